@@ -1,0 +1,23 @@
+# Warnings, sanitizers and the compiler cache, the same for every target.
+add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -fno-omit-frame-pointer)
+if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+  add_compile_options(-Wno-sign-conversion)  # GCC's -Wconversion does not include it
+endif()
+if(ORSANTA_WERROR)
+  add_compile_options(-Werror)
+endif()
+if(ORSANTA_SANITIZE)
+  add_compile_options(-fsanitize=${ORSANTA_SANITIZE} -fno-sanitize-recover=all)
+  add_link_options(-fsanitize=${ORSANTA_SANITIZE})
+endif()
+
+# The measuring results are promised to the bit: no contraction into fused multiply-add.
+add_compile_options(-ffp-contract=off)
+
+find_program(CCACHE ccache)
+if(CCACHE)
+  # Sources are named relative to the base folder, so that checkouts in other folders share the cache.
+  set(launcher ${CMAKE_COMMAND} -E env CCACHE_BASEDIR=${CMAKE_SOURCE_DIR} CCACHE_NOHASHDIR=1 ${CCACHE})
+  set(CMAKE_C_COMPILER_LAUNCHER ${launcher})
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${launcher})
+endif()

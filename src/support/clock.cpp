@@ -1,0 +1,102 @@
+#include "support/clock.h"
+
+#include <sys/prctl.h>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <cstdio>
+#include <cstdlib>
+#include <limits>
+#include <random>
+#include <thread>
+#include <vector>
+
+#include "support/simulation.h"
+
+namespace orsanta {
+
+namespace {
+
+using C_Steady = std::chrono::steady_clock;
+
+constexpr double Forever_Ms = std::numeric_limits<double>::infinity();
+
+C_Steady::time_point To_Steady(double ms) {
+  return C_Steady::time_point(std::chrono::duration_cast<C_Steady::duration>(std::chrono::duration<double, std::milli>(ms)));
+}
+
+// The kernel may round a thread's sleeps up by its timer slack, 50 microseconds by default. A poll of 1 ms would then
+// last 5 percent too long, and the poll is the unit of every wait in this system.
+void Ask_For_Sharp_Timers() {
+  thread_local const bool asked = prctl(PR_SET_TIMERSLACK, 1000UL, 0UL, 0UL, 0UL) == 0;
+  static_cast<void>(asked);
+}
+
+}  // namespace
+
+// Real waiters share a condition variable; simulated ones are listed by the simulation itself.
+struct C_Wait_Point::C_Waiters {
+  std::condition_variable condition;
+};
+
+C_Wait_Point::C_Wait_Point(const char* what) : m_What(what), m_Waiters(std::make_unique<C_Waiters>()) {}
+C_Wait_Point::~C_Wait_Point() = default;
+
+double Now_Ms() {
+  if (C_Simulation* simulation = C_Simulation::Current()) return simulation->Now_Ms();
+  return std::chrono::duration<double, std::milli>(C_Steady::now().time_since_epoch()).count();
+}
+
+void Sleep(int ms) {
+  if (C_Simulation* simulation = C_Simulation::Current()) {
+    simulation->Sleep(ms);
+    return;
+  }
+  Ask_For_Sharp_Timers();
+  if (ms <= 0) {
+    std::this_thread::yield();
+  } else {
+    std::this_thread::sleep_for(std::chrono::milliseconds(ms));
+  }
+}
+
+void C_Wait_Point::Wait(std::unique_lock<std::mutex>& lock) { Wait_Until(lock, Forever_Ms); }
+
+bool C_Wait_Point::Wait_Until(std::unique_lock<std::mutex>& lock, double until_ms) {
+  if (C_Simulation* simulation = C_Simulation::Current()) return simulation->Wait(this, m_What, lock, until_ms);
+  if (until_ms == Forever_Ms) {
+    m_Waiters->condition.wait(lock);
+    return true;
+  }
+  Ask_For_Sharp_Timers();
+  return m_Waiters->condition.wait_until(lock, To_Steady(until_ms)) == std::cv_status::no_timeout;
+}
+
+void C_Wait_Point::Notify_All() {
+  if (C_Simulation* simulation = C_Simulation::Current()) {
+    simulation->Notify(this);
+  } else {
+    m_Waiters->condition.notify_all();
+  }
+}
+
+namespace clock_thread {
+
+uint64_t Announce(const std::string& name) {
+  C_Simulation* simulation = C_Simulation::Current();
+  return simulation ? simulation->Announce(name) : 0;
+}
+
+void Enter(uint64_t ticket) {
+  if (ticket != 0) C_Simulation::Current()->Enter(ticket);
+}
+
+void Leave(uint64_t ticket) {
+  if (ticket != 0) C_Simulation::Current()->Leave();
+}
+
+}  // namespace clock_thread
+
+}  // namespace orsanta

@@ -1,0 +1,70 @@
+// Task lanes: numbered first-in first-out queues, each with a thread of its own. Lanes run side by side; the tasks of one
+// lane run one after the other, in the order in which they were added.
+//
+// A subclass fills in OnProcessTask, where the work is done, and calls ReleaseSubClass_CQueueTask_MutiTask_Thread first
+// in its destructor, while it is still whole. AddNewDelayProcess, GetDelayProcessFifoCount and
+// BeAtLeaseOneDelayTaskInProcess may be called from any thread at once.
+#pragma once
+
+#include "support/array.h"
+#include "support/smart_pointer.h"
+
+namespace orsanta {
+
+class CQueueTask_Single_Base;  // one lane: its queue and its thread
+
+class ICQueueTask_MutiTask_Base {
+ public:
+  virtual ~ICQueueTask_MutiTask_Base() = default;
+  virtual void OnProcessQueueTask(int lane, int code, void* data) = 0;
+  virtual void OnPreEndProcessQueueTask(int lane) = 0;
+  virtual CSmartPointer<CQueueTask_Single_Base, 0> OnCreateAndInitNewSingleTaskObject(int lane) = 0;
+  virtual void PreReleaseSingleTaskObject(CSmartPointer<CQueueTask_Single_Base, 0> lane) = 0;
+  virtual void ReleaseSingleTaskObject(CSmartPointer<CQueueTask_Single_Base, 0> lane) = 0;
+};
+
+class CQueueTask_MutiTask_Base : public ICQueueTask_MutiTask_Base {
+ public:
+  // In mode 1 a lane that holds this many unfinished tasks refuses another, so that a trigger that repeats cannot pile
+  // up work without end; the refusal ends as the lane works its queue off.
+  static constexpr int Max_Unfinished_In_Mode_1 = 64;
+
+  // Makes `lanes` lanes and starts their threads. timeout_ms: how long stopping one may take before it is reported as a
+  // fault of the program. Returns 1.
+  int Init(int lanes, int reserved, int timeout_ms);
+  // Puts a task at the tail of a lane's queue. mode 0: always taken; mode 1: may be refused, and a refusal leaves the queue
+  // unchanged. data is handed on and not owned. Returns 1 when the task was taken, 0 when it was refused.
+  int AddNewDelayProcess(int lane, int code, int mode, void* data);
+  // Tasks of the lane that have not finished, the running one included.
+  int GetDelayProcessFifoCount(int lane);
+  // Non-zero while any lane holds a waiting or a running task.
+  int BeAtLeaseOneDelayTaskInProcess();
+
+ protected:
+  void Stop_Lanes();
+
+ private:
+  CMyArray<CSmartPointer<CQueueTask_Single_Base, 0>> m_Lanes;
+};
+
+class CQueueTask_MutiTask_Thread : public CQueueTask_MutiTask_Base {
+ public:
+  ~CQueueTask_MutiTask_Thread() override;
+
+  // Stops the lanes: each finishes the task it runs and drops those that wait. Called first in every subclass's destructor.
+  void ReleaseSubClass_CQueueTask_MutiTask_Thread();
+
+  void OnProcessQueueTask(int lane, int code, void* data) override;
+  void OnPreEndProcessQueueTask(int lane) override;
+  CSmartPointer<CQueueTask_Single_Base, 0> OnCreateAndInitNewSingleTaskObject(int lane) override;
+  void PreReleaseSingleTaskObject(CSmartPointer<CQueueTask_Single_Base, 0> lane) override;
+  void ReleaseSingleTaskObject(CSmartPointer<CQueueTask_Single_Base, 0> lane) override;
+
+ protected:
+  // Does the work of one task, on the lane's thread.
+  virtual void OnProcessTask(int lane, int code, void* data) = 0;
+  // Runs on the lane's thread before it ends.
+  virtual void PreEndDelayTask(int lane) = 0;
+};
+
+}  // namespace orsanta

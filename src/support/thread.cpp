@@ -1,0 +1,78 @@
+#include "support/thread.h"
+
+#include <pthread.h>
+
+#include "support/assertion.h"
+#include "support/priority.h"
+#include "support/wide_string.h"
+
+namespace orsanta {
+
+void C_Thread::Start(const std::string& name, std::function<void()> body) {
+  MY_ASSERT(!m_Thread.joinable());
+  m_Ended = false;
+  const uint64_t ticket = clock_thread::Announce(name);
+  m_Thread = std::thread([this, ticket, name, body = std::move(body)] {
+    pthread_setname_np(pthread_self(), name.substr(0, 15).c_str());
+    clock_thread::Enter(ticket);
+    body();
+    {
+      const std::lock_guard<std::mutex> lock(m_Lock);
+      m_Ended = true;
+      m_End.Notify_All();
+    }
+    clock_thread::Leave(ticket);
+  });
+}
+
+bool C_Thread::Join(double timeout_ms) {
+  if (!m_Thread.joinable()) return true;
+  {
+    std::unique_lock<std::mutex> lock(m_Lock);
+    const double until_ms = Now_Ms() + timeout_ms;
+    while (!m_Ended) {
+      if (timeout_ms < 0.0) {
+        m_End.Wait(lock);
+      } else if (!m_End.Wait_Until(lock, until_ms) && !m_Ended) {
+        return false;
+      }
+    }
+  }
+  m_Thread.join();
+  return true;
+}
+
+CBaseBindThread::~CBaseBindThread() { ReleaseSubClass_CBaseBindThread(); }
+
+void CBaseBindThread::SetUseCWndThread(int) {}
+
+int CBaseBindThread::BeginThread(void* param, int priority, int, int timeout_ms, const wchar_t* name) {
+  if (m_Thread.Is_Running()) return 0;
+  m_Be_End = false;
+  m_Timeout_Ms = timeout_ms;
+  m_Name = name != nullptr ? name : L"";
+  m_Thread.Start(m_Name.empty() ? "bind thread" : To_Utf8(m_Name), [this, param, priority] {
+    if (priority >= Priority_Time_Critical) SetThreadPriority(Priority_Time_Critical);
+    OnThreadBegin(param);
+    while (!Is_Ending()) OnThreadLoop(param);
+  });
+  return 1;
+}
+
+int CBaseBindThread::EndThread(int, int) {
+  if (!m_Thread.Is_Running()) return 1;
+  m_Be_End = true;
+  if (!m_Thread.Join(m_Timeout_Ms)) {
+    MY_ASSERT_REPORT(Format_Assert_Text("thread %s did not end within %d ms", To_Utf8(m_Name).c_str(), m_Timeout_Ms));
+  }
+  return 1;
+}
+
+void CBaseBindThread::ReleaseSubClass_CBaseBindThread() { EndThread(1, 1); }
+
+void CBaseBindThread::OnThreadBegin(void*) {}
+void CBaseBindThread::OnThreadLoop(void*) { Sleep(1); }
+void CBaseBindThread::OnThreadHook3(void*) {}
+void CBaseBindThread::OnThreadHook4(void*) {}
+
+}  // namespace orsanta

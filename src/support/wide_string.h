@@ -1,0 +1,40 @@
+// CMyStringW: the wide string of the system, and the conversions at its borders. Files and streams are UTF-8 in every
+// locale; wide texts are UTF-32, one element for each character. A plain std::wstring is the platform's string.
+#pragma once
+
+#include <string>
+
+namespace orsanta {
+
+std::string To_Utf8(const std::wstring& text);
+// Bytes that are no UTF-8 come out as U+FFFD, one for each.
+std::wstring From_Utf8(const std::string& text);
+
+class CMyStringW {
+ public:
+  CMyStringW() = default;
+  CMyStringW(const wchar_t* text) : m_Text(text != nullptr ? text : L"") {}  // NOLINT: converts like a literal
+  CMyStringW(const char* utf8) : m_Text(From_Utf8(utf8 != nullptr ? utf8 : "")) {}  // NOLINT
+  CMyStringW(std::wstring text) : m_Text(std::move(text)) {}  // NOLINT
+
+  int operator==(const CMyStringW& other) const { return m_Text == other.m_Text ? 1 : 0; }
+  int operator==(const wchar_t* other) const { return m_Text == other ? 1 : 0; }
+
+  // Composes the text in the manner of the wide printf in which %s takes a wide text (const wchar_t*). Independent of
+  // the locale. Returns itself.
+  CMyStringW& Format(const wchar_t* format, ...);
+  CMyStringW& Append(const CMyStringW& other);
+
+  const wchar_t* GetBuffer() const { return m_Text.c_str(); }
+  operator const wchar_t*() const { return m_Text.c_str(); }  // NOLINT: the system passes it where a wide text is due
+  const std::wstring& Text() const { return m_Text; }
+  bool Is_Empty() const { return m_Text.empty(); }
+
+ private:
+  std::wstring m_Text;
+};
+
+// A composed text in one expression.
+CMyStringW Format_Text(const wchar_t* format, ...);
+
+}  // namespace orsanta
