@@ -1,0 +1,11 @@
+# Runs the README's host program in a fresh folder and checks what it prints.
+set(folder ${CMAKE_CURRENT_BINARY_DIR}/readme_host_run)
+file(REMOVE_RECURSE ${folder})
+file(MAKE_DIRECTORY ${folder})
+execute_process(COMMAND ${PROGRAM} WORKING_DIRECTORY ${folder} OUTPUT_VARIABLE printed RESULT_VARIABLE status)
+if(NOT status EQUAL 0)
+  message(FATAL_ERROR "the host program ended with ${status}: ${printed}")
+endif()
+if(NOT printed MATCHES "^(4\\.999|5\\.000|5\\.001) mm at 100 g\n$")
+  message(FATAL_ERROR "the host program printed: ${printed}")
+endif()
