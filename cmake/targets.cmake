@@ -1,9 +1,15 @@
 # orsanta_floor(<name> <folder> <link libraries...>)
 # One floor of the house: the static library orsanta_<name> of all sources in the folder.
-# A folder that holds headers alone becomes an interface library.
+# Left out are the top of the house (exports, show_panel), which src/CMakeLists.txt links, and the two files that stand on
+# support alone and that the station uses (debug_com, time_viewer), which are linked with the station.
 function(orsanta_floor name folder)
   file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/${folder}/*.cpp)
-  list(FILTER sources EXCLUDE REGEX "/(exports|show_panel)\\.cpp$")  # the top of the house, linked by src/CMakeLists.txt
+  list(FILTER sources EXCLUDE REGEX "/(exports|show_panel|debug_com|time_viewer)\\.cpp$")
+  if(name STREQUAL station)
+    file(GLOB services CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/src/host/debug_com.cpp
+                                         ${CMAKE_SOURCE_DIR}/src/ui/time_viewer.cpp)
+    list(APPEND sources ${services})
+  endif()
   if(NOT sources)
     file(WRITE ${CMAKE_BINARY_DIR}/empty_${name}.cpp "namespace orsanta {}\n")
     set(sources ${CMAKE_BINARY_DIR}/empty_${name}.cpp)
