@@ -1,0 +1,59 @@
+// CComSerial: one serial port, raw, eight data bits, no parity, one stop bit.
+//
+// Which device a port number means: a file or symbolic link named "COM<n>" in the working directory, where the stores
+// are, is the device; where there is none, port n is /dev/ttyS<n-1>. So COM1 is the first built-in port, and an
+// installer puts a USB adapter in its place with `ln -s /dev/serial/by-id/... COM1`. The link is followed at every
+// opening.
+//
+// A port in use is exclusive: no other program opens it meanwhile. A port that vanishes (an adapter pulled out) is told
+// once; until it is back, which is looked for at most every Reopen_Period_Ms, reads give nothing and writes send
+// nothing.
+//
+// Any thread may call, also several at once; no call waits.
+#pragma once
+
+#include <mutex>
+#include <string>
+
+namespace orsanta {
+
+class CComSerial {
+ public:
+  static constexpr double Reopen_Period_Ms = 500.0;
+
+  CComSerial() = default;
+  ~CComSerial();
+  CComSerial(const CComSerial&) = delete;
+  CComSerial& operator=(const CComSerial&) = delete;
+
+  // Opens the port with that number, 1 for the first. Returns 1, or 0 when there is no such port, it is no serial line,
+  // or another program has it; a trace line then gives the reason.
+  int OpenCom(int port);
+  // Sets the line: one of the seven rates 9600, 14400, 19200, 28800, 38400, 57600, 115200 baud; the other three are 8,
+  // 1 and 0. Returns 1, or 0 when the port is closed or does not take the setting.
+  int SetPropW(int baud, int data_bits, int stop_bits, int parity);
+  // Takes what has arrived, at most max bytes; got: how many, 0 when nothing has. Returns 1, or 0 when the port is
+  // closed or away.
+  int GetComData(void* buffer, int max, int& got);
+  // Sends bytes; written: how many the line has taken, fewer than length when its buffer is full. Returns 1, or 0 when
+  // the port is closed or away.
+  int WriteComData(const void* data, int length, int& written);
+  // Gives the port back. A closed port costs nothing.
+  void CloseCom();
+
+ private:
+  bool Open_Device();  // all three with m_Lock held
+  bool Apply_Line();
+  bool Be_There();  // true when the device is open, which is tried anew when it was away
+  void Tell_Vanished(const char* reason);
+  void Release_Device();
+
+  std::mutex m_Lock;  // guards all below
+  int m_Port = 0;     // 0 while closed
+  std::string m_Path;
+  int m_Device = -1;  // -1 while closed or away
+  int m_Baud = 0;     // 0 until the line was set
+  double m_Next_Try_Ms = 0.0;
+};
+
+}  // namespace orsanta
