@@ -19,7 +19,7 @@ class CMyCriticalSection;
 class CMy_Assert_Exception {};
 
 struct CVCDumpMessage {
-  static std::string& Error_Msg();      // m_cErrorMsg: the text of the last report, UTF-8
+  static std::string& Error_Msg();  // m_cErrorMsg: the text of the last report, UTF-8
   static CMyCriticalSection& m_hErrorMsg();
   // The terminate handler: writes the dump, shows the report, ends the process with a non-zero status.
   [[noreturn]] static void DumpFileProcess();
@@ -32,7 +32,8 @@ std::string& cMyAssertAppendDispInfo();
 std::string Format_Assert_Text(const char* format, ...) __attribute__((format(printf, 1, 2)));
 
 // Composes and keeps the report, then throws CMy_Assert_Exception.
-// function: full signature of the reporting function; line: source line of the check; message: what failed, may be empty.
+// function: full signature of the reporting function; line: source line of the check; message: what failed, may be
+// empty.
 [[noreturn]] void Report_Assertion(const char* function, int line, const std::string& message);
 
 }  // namespace orsanta

@@ -2,16 +2,11 @@
 
 #include <sys/prctl.h>
 
-#include <algorithm>
-#include <atomic>
 #include <chrono>
 #include <condition_variable>
-#include <cstdio>
-#include <cstdlib>
+#include <ctime>
 #include <limits>
-#include <random>
 #include <thread>
-#include <vector>
 
 #include "support/simulation.h"
 
@@ -24,7 +19,8 @@ using C_Steady = std::chrono::steady_clock;
 constexpr double Forever_Ms = std::numeric_limits<double>::infinity();
 
 C_Steady::time_point To_Steady(double ms) {
-  return C_Steady::time_point(std::chrono::duration_cast<C_Steady::duration>(std::chrono::duration<double, std::milli>(ms)));
+  return C_Steady::time_point(
+      std::chrono::duration_cast<C_Steady::duration>(std::chrono::duration<double, std::milli>(ms)));
 }
 
 // The kernel may round a thread's sleeps up by its timer slack, 50 microseconds by default. A poll of 1 ms would then
@@ -49,6 +45,24 @@ double Now_Ms() {
   return std::chrono::duration<double, std::milli>(C_Steady::now().time_since_epoch()).count();
 }
 
+C_Local_Time Local_Time_Now() {
+  std::tm parts{};
+  int64_t ms = 0;
+  if (const C_Simulation* simulation = C_Simulation::Current()) {
+    constexpr std::time_t Simulated_Start = 1577836800;  // seconds: 2020-01-01 00:00:00, read as UTC below
+    ms = static_cast<int64_t>(simulation->Now_Ms());
+    const std::time_t seconds = Simulated_Start + ms / 1000;
+    gmtime_r(&seconds, &parts);
+  } else {
+    const auto since_1970 = std::chrono::system_clock::now().time_since_epoch();
+    ms = std::chrono::duration_cast<std::chrono::milliseconds>(since_1970).count();
+    const std::time_t seconds = ms / 1000;
+    localtime_r(&seconds, &parts);
+  }
+  return {parts.tm_year + 1900, parts.tm_mon + 1,           parts.tm_mday, parts.tm_hour, parts.tm_min,
+          parts.tm_sec,         static_cast<int>(ms % 1000)};
+}
+
 void Sleep(int ms) {
   if (C_Simulation* simulation = C_Simulation::Current()) {
     simulation->Sleep(ms);
@@ -62,7 +76,9 @@ void Sleep(int ms) {
   }
 }
 
-void C_Wait_Point::Wait(std::unique_lock<std::mutex>& lock) { Wait_Until(lock, Forever_Ms); }
+void C_Wait_Point::Wait(std::unique_lock<std::mutex>& lock) {
+  Wait_Until(lock, Forever_Ms);
+}
 
 bool C_Wait_Point::Wait_Until(std::unique_lock<std::mutex>& lock, double until_ms) {
   if (C_Simulation* simulation = C_Simulation::Current()) return simulation->Wait(this, m_What, lock, until_ms);

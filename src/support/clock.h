@@ -21,6 +21,21 @@ double Now_Ms();
 // Lets the calling thread rest for ms milliseconds (0 or less: lets others run and returns).
 void Sleep(int ms);
 
+// Date and time of day, local.
+struct C_Local_Time {
+  int year = 0;
+  int month = 0;  // 1 to 12
+  int day = 0;    // 1 to 31
+  int hour = 0;
+  int minute = 0;
+  int second = 0;
+  int millisecond = 0;
+};
+
+// The local time, for names and records that people read; it may jump when the machine's clock is set, so that nothing
+// is measured or awaited by it. Simulated time counts from midnight on 1 January 2020.
+C_Local_Time Local_Time_Now();
+
 // A place where threads wait until they are notified or until a time. It works like a condition variable: the caller
 // holds `lock`, a leaf lock of its own, tests its condition in a loop, and holds the lock again after the return.
 class C_Wait_Point {

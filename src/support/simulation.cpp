@@ -35,7 +35,9 @@ namespace {
 thread_local void* the_participant = nullptr;  // the C_Participant of the calling thread
 }
 
-C_Simulation* C_Simulation::Current() { return the_simulation.load(std::memory_order_acquire); }
+C_Simulation* C_Simulation::Current() {
+  return the_simulation.load(std::memory_order_acquire);
+}
 
 C_Simulation::C_Simulation(uint64_t seed) : m_Choice(seed) {
   C_Simulation* expected = nullptr;

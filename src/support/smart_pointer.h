@@ -1,8 +1,10 @@
-// CSmartPointer: a reference-counted owning pointer, counted in one process-wide table. Any thread may copy and release;
-// the object itself has no lock.
+// CSmartPointer: a reference-counted owning pointer, counted in one process-wide table. Any thread may copy and
+// release; the object itself has no lock.
 #pragma once
 
 #include <cstdint>
+#include <new>
+#include <utility>
 
 #include "support/array.h"
 
@@ -37,14 +39,11 @@ class CSmartPointer {
     MY_ASSERT(n >= 1);
     T* data = n == 1 ? new (std::nothrow) T : new (std::nothrow) T[static_cast<size_t>(n)];
     MY_ASSERT(data != nullptr);
-    Take(data, n);
-  }
-
-  // Takes over an object made with new, of T or of a class derived from it.
-  static CSmartPointer Own(T* object) {
-    CSmartPointer pointer;
-    pointer.Take(object, 1);
-    return pointer;
+    const smart_pointer_table::C_Place place = smart_pointer_table::Enter(data, n);
+    m_nHeapID = place.heap_id;
+    m_nSerial = place.serial;
+    m_nCount = n;
+    m_pT = data;
   }
 
   CSmartPointer(const CSmartPointer& other)
@@ -87,15 +86,6 @@ class CSmartPointer {
 
  private:
   static constexpr uint32_t No_Heap_ID = 0xFFFFFFFF;
-
-  void Take(T* data, int n) {
-    m_bNoCount = 0;
-    const smart_pointer_table::C_Place place = smart_pointer_table::Enter(data, n);
-    m_nHeapID = place.heap_id;
-    m_nSerial = place.serial;
-    m_nCount = n;
-    m_pT = data;
-  }
 
   int m_bNoCount = 0;
   T* m_pT = nullptr;

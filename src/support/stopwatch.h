@@ -1,4 +1,5 @@
-// CPerformanceTimeValue: a stopwatch with sub-millisecond resolution on the present clock. Copyable; one thread at a time.
+// CPerformanceTimeValue: a stopwatch with sub-millisecond resolution on the present clock. Copyable; one thread at a
+// time.
 #pragma once
 
 #include "support/clock.h"

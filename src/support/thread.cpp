@@ -42,7 +42,9 @@ bool C_Thread::Join(double timeout_ms) {
   return true;
 }
 
-CBaseBindThread::~CBaseBindThread() { ReleaseSubClass_CBaseBindThread(); }
+CBaseBindThread::~CBaseBindThread() {
+  ReleaseSubClass_CBaseBindThread();
+}
 
 void CBaseBindThread::SetUseCWndThread(int) {}
 
@@ -68,10 +70,14 @@ int CBaseBindThread::EndThread(int, int) {
   return 1;
 }
 
-void CBaseBindThread::ReleaseSubClass_CBaseBindThread() { EndThread(1, 1); }
+void CBaseBindThread::ReleaseSubClass_CBaseBindThread() {
+  EndThread(1, 1);
+}
 
 void CBaseBindThread::OnThreadBegin(void*) {}
-void CBaseBindThread::OnThreadLoop(void*) { Sleep(1); }
+void CBaseBindThread::OnThreadLoop(void*) {
+  Sleep(1);
+}
 void CBaseBindThread::OnThreadHook3(void*) {}
 void CBaseBindThread::OnThreadHook4(void*) {}
 

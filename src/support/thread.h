@@ -1,8 +1,8 @@
 // CBaseBindThread: an object with a thread of its own that runs a loop body until it is told to end.
 //
 // A subclass fills in OnThreadLoop and calls ReleaseSubClass_CBaseBindThread first in its destructor, while it is still
-// whole. C_Thread runs one function on a thread; it serves where no loop object is needed. Threads made here take part in
-// the simulated clock.
+// whole. C_Thread runs one function on a thread; it serves where no loop object is needed. Threads made here take part
+// in the simulated clock.
 #pragma once
 
 #include <atomic>

@@ -13,9 +13,9 @@ std::wstring From_Utf8(const std::string& text);
 class CMyStringW {
  public:
   CMyStringW() = default;
-  CMyStringW(const wchar_t* text) : m_Text(text != nullptr ? text : L"") {}  // NOLINT: converts like a literal
+  CMyStringW(const wchar_t* text) : m_Text(text != nullptr ? text : L"") {}         // NOLINT: converts like a literal
   CMyStringW(const char* utf8) : m_Text(From_Utf8(utf8 != nullptr ? utf8 : "")) {}  // NOLINT
-  CMyStringW(std::wstring text) : m_Text(std::move(text)) {}  // NOLINT
+  CMyStringW(std::wstring text) : m_Text(std::move(text)) {}                        // NOLINT
 
   int operator==(const CMyStringW& other) const { return m_Text == other.m_Text ? 1 : 0; }
   int operator==(const wchar_t* other) const { return m_Text == other ? 1 : 0; }
