@@ -1,0 +1,37 @@
+// C_History: a row of measured values that one thread appends to while others copy or clear it.
+//
+// Any thread may call any operation; a leaf lock inside guards the values. The row is bounded, so that months of
+// running stay in bounded memory: it never holds more than its limit. When it is full the oldest quarter goes at once,
+// so that trimming costs next to nothing for each value; the newest values are always kept.
+#pragma once
+
+#include <mutex>
+
+#include "support/array.h"
+
+namespace orsanta {
+
+class C_History {
+ public:
+  // limit: greatest number of values held, at least 4.
+  explicit C_History(int limit) : m_Limit(limit) { MY_ASSERT(limit >= 4); }
+  C_History(const C_History&) = delete;
+  C_History& operator=(const C_History&) = delete;
+
+  void Append(double value);
+  // Appends the values in their order; of more than the limit only the newest stay.
+  void Append(const CMyArray<double>& values);
+  CMyArray<double> Copy() const;
+  int GetSize() const;
+  // Empties the row and frees its memory.
+  void Clear();
+
+ private:
+  void Make_Room(int n);
+
+  const int m_Limit;
+  mutable std::mutex m_Lock;
+  CMyArray<double> m_Values;  // oldest first
+};
+
+}  // namespace orsanta
