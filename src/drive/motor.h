@@ -1,0 +1,160 @@
+// C_Kestrune_Motor_test: the one place where a station talks to its voice-coil drive. One object stands for one drive.
+//
+// Everything that goes to the drive is a double written to a numbered output channel; everything that comes back is a
+// stream of doubles from a numbered input channel. Channel numbers are can_id * 20 + k, with the k of the tables in
+// motor_channels.h. The drive is always position-commanded: a force is a clamp on the coil current, and a landing
+// commands a position beyond the part, so that the probe comes to rest pressing with that current.
+//
+// Raw positions are fixed-point numbers with 16 fraction bits of an encoder count. Outward:
+//     raw = mm * m_Sign * m_Scale + m_Offset
+// Inward:
+//     mm = raw / m_Scale
+// Sign and offset are not applied on the way in. This is meant, and every reader relies on it.
+//
+// Threads: every operation may be called from any thread, and the object has no lock of its own; a station takes its
+// own lock around a motion sequence. Waits block the calling thread, message boxes too. Construction and destruction
+// are guarded by theDriveLock, Map_Once by theMapLock.
+//
+// Unless told otherwise an operation returns 1 for success and 0 for failure; millimetres, mm/s, mm/s^2, amperes and
+// milliseconds are the units. No operation but the constructor throws.
+#pragma once
+
+#include <cstdint>
+
+#include "drive/fifo_window.h"
+#include "support/array.h"
+#include "support/critical_section.h"
+#include "support/shared.h"
+
+namespace orsanta {
+
+class C_Kestrune_Motor_test {
+ public:
+  // can_id: CAN id of the drive, 1 to 63. thread_num: instruction thread of the motion server for this drive's
+  // instructions. connect_server: 1 lets this object open the connection when none is open.
+  // Opening connects, rebuilds the server's side and connects again, each with up to 101 tries 100 ms apart. A pass
+  // that fails shows a box; when the second one fails, an assertion report ends the process. Nothing is mapped yet:
+  // Map_Once.
+  C_Kestrune_Motor_test(int can_id, int thread_num, int connect_server);
+  // Ends the window threads. The last object of the process releases the server.
+  ~C_Kestrune_Motor_test();
+  C_Kestrune_Motor_test(const C_Kestrune_Motor_test&) = delete;
+  C_Kestrune_Motor_test& operator=(const C_Kestrune_Motor_test&) = delete;
+
+  // --- Mapping (motor_map.cpp) ---
+
+  // Maps the drive's channels unless an object of the process has mapped this id: then it returns 1 at once, and the
+  // window of this object never starts. Returns 1 when mapped, else 0.
+  int Map_Once();
+  // Searches the bus, ids 1 to 63, and maps the channels of the drive can_id. A drive that does not answer is reported
+  // in one box with the list of the ids that do, and the result is 0.
+  int MapMotorID(int can_id);
+  // Ties a port to an input channel with a FIFO of 4096 samples and starts the window on it. Returns 1.
+  int Map_Fifo_Channel(int can_id, int port, int channel, C_FIFO2Window* window, int format);
+
+  // --- Scaling ---
+
+  // Offset of outgoing positions, raw. Returns 1.
+  int Set_Pos_Offset(double offset);
+  // dir 1 sets the sign to 1.0. Any other value sets -1.0 only while the sign is 0.0, which it never is: it changes
+  // nothing and returns 0.
+  int Set_Run_Dir(int dir);
+  // counts_per_mm: encoder counts for each millimetre. Returns 1.
+  int SetScale(double counts_per_mm);
+
+  // --- Status ---
+
+  // The drive's ready flag: 1 ready, 0 while it homes. When the channel is silent it shows a box and returns 0.
+  int Check_Ready();
+  // ver: software version; bcd_date: its date as the drive sends it. 0 when no sample waits.
+  int Get_Version(uint16_t& ver, uint32_t& bcd_date);
+  // code: the fault bits, 0 for none. When no sample waits it returns 0 and leaves code as it is.
+  int Get_Error_Code(uint64_t& code);
+  // pos: the newest position in mm. Untouched, with result 0, while the window is empty.
+  int Get_Cur_Pos(double& pos);
+  // value: the drive's load figure. Untouched on failure.
+  int Get_Load(double& value);
+  // positions: the whole window in mm, oldest first. Returns 1 if it is not empty.
+  int Get_Pos_Window(CMyArray<double>& positions);
+  // Drops all samples of the window. Returns 1.
+  int Clear_Pos_Window(C_FIFO2Window& window);
+  // The samples that wait on the channels of the measured coil current and of three streamed drive values.
+  int Get_Current_Fifo(CMyArray<double>& samples);
+  int Get_Fifo7(CMyArray<double>& samples);
+  int Get_Fifo8(CMyArray<double>& samples);
+  int Get_Fifo10(CMyArray<double>& samples);
+  // Empties those four FIFOs and sets their depth to 4096. Returns 1.
+  int Reset_Data_Fifo();
+  // current: measured coil current in amperes. Untouched on failure.
+  int Get_Current(double& current);
+  // The run flag: 1 while the drive moves or takes up a current, 0 idle. When the channel is silent it shows a box and
+  // returns 2.
+  int Get_InterRunFlag();
+
+  // --- Commands ---
+
+  // Waits until the drive is idle, without a limit, commands the position, and waits for its arrival (TillStop).
+  int Go_Pos(double mm);
+  // Commands a position and does not wait for the arrival.
+  void Send_Pos(double mm);
+  // The coil current in amperes that clamps the force, upward and downward. Both wait until the server has sent it.
+  void Set_Current_Pos(double current);
+  void Set_Current_Neg(double current);
+  // Opens both clamps, to +40 and -40 amperes.
+  void Reset_Current_Limit();
+  // Speed in mm/s, acceleration in mm/s^2, for later moves.
+  void Set_Speed(double speed);
+  void Set_Acc(double acceleration);
+  // The drive has no jerk setting: does nothing.
+  void Set_Jerk(double jerk);
+  // Holds the instruction thread for ms milliseconds, not the caller. Returns what the library returns.
+  int Till_Time(double ms);
+  // Waits until the run flag reads 0. After 5000 polls of 1 ms each further poll shows the time-out box and the wait
+  // goes on. 0 when the flag cannot be read.
+  int TillStop();
+  // Runs the drive's own homing and stroke measurement. max, min: the ends of the stroke, raw. 0 when the drive takes
+  // more than 5000 polls of 1 ms or sends no ends.
+  int Measure_Stroke(double& max, double& min);
+  // The drive's zero routine: a pass over its 256 registers and device instruction 0x55.
+  int Go_Zero();
+  // Maps, homes and runs the drive over its stroke in steps and back and forth (homing.cpp). can_id goes into the
+  // report texts only. max, min: the ends of the stroke in mm. The first failure is told in a box and ends it with 0.
+  int Home_And_Check(int can_id, double& max, double& min);
+
+  // --- Channel reads ---
+
+  // value: a sample that is fresh, not an old one out of a full FIFO. 0 when none comes in 41 reads 1 ms apart.
+  int Read_Latest(int channel, double& value);
+  // samples: all that wait, 65536 at most. 0 when none comes in three reads. Not for a cyclic path.
+  int Read_Channel_Array(int channel, CMyArray<double>& samples);
+
+  // 1: the two current operations swap their channels and the station negates positions. Nothing sets it.
+  Shared<int64_t> m_Be_Invert = 0;
+  const int m_CanId;
+  C_FIFO2Window m_PosWindow;  // the actual position, raw
+
+ private:
+  int Input_Channel(int k) const;
+  int Output_Channel(int k) const;
+  // Writes a value to output channel k and waits until the server has sent it.
+  void Output_And_Wait(int k, double value);
+  // Writes the value of one of the two current clamps.
+  void Output_Current(int k, double value, double asked);
+  // One read of input channel k without a retry: the newest of the samples that wait.
+  int Read_Once(int k, double& value);
+  int Wait_For_Ready_Flag(int wanted, int& flag, int& polls);
+
+  CMyArray<C_FIFO2Window*> m_WindowList;  // the windows whose threads this object started; not owned
+  Shared<double> m_Sign = 1.0;
+  Shared<double> m_Offset = 0.0;
+  Shared<double> m_Scale = 65536000.0;  // raw for each mm: 1000 counts of 65536
+  const int m_ThreadNum;
+
+  static CMyCriticalSection theDriveLock;  // construction and destruction as a whole, boxes included
+  static int theDriveCount;                // live objects
+  static int theServerConnected;           // 1 once a constructor has connected
+  static CMyCriticalSection theMapLock;    // one Map_Once at a time
+  static CMyArray<int> theMappedIds;       // CAN ids whose channels stand
+};
+
+}  // namespace orsanta
