@@ -42,17 +42,18 @@ class CComSerial {
   void CloseCom();
 
  private:
-  bool Open_Device();  // all three with m_Lock held
+  // All with m_Lock held.
+  bool Open_Device(std::string& reason);
   bool Apply_Line();
-  bool Be_There();  // true when the device is open, which is tried anew when it was away
-  void Tell_Vanished(const char* reason);
+  bool Be_There();  // true when the device is open; one that is away is tried anew
+  void Tell_Vanished(const std::string& reason);
   void Release_Device();
 
-  std::mutex m_Lock;  // guards all below
-  int m_Port = 0;     // 0 while closed
-  std::string m_Path;
-  int m_Device = -1;  // -1 while closed or away
-  int m_Baud = 0;     // 0 until the line was set
+  std::mutex m_Lock;   // guards all below
+  int m_Port = 0;      // 0 while closed
+  std::string m_Path;  // of the device, as the port's number gave it at OpenCom
+  int m_Device = -1;   // -1 while closed or away
+  int m_Baud = 0;      // 0 until the line was set
   double m_Next_Try_Ms = 0.0;
 };
 

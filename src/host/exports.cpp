@@ -1,0 +1,151 @@
+// The exported surface: thin forwards to the supervisor and the stations. Told in full in orsanta/orsanta.h.
+#include "host/motor_base.h"
+#include "orsanta/orsanta.h"
+#include "station/voice_motor.h"
+#include "support/clock.h"
+#include "support/message_box.h"
+#include "ui/init_dialog.h"
+
+using namespace orsanta;
+
+namespace {
+
+Shared<C_VoiceMotorBase*> theMotorBase = nullptr;  // null before Orsanta_dll_init and after Orsanta_dll_uninit
+Shared<int> thePanelOpen = 0;
+
+CMyArray<VCM_Resource_struct>& theResourceList() {
+  static CMyArray<VCM_Resource_struct> list;
+  return list;
+}
+
+C_VoiceMotorBase& Supervisor() { return *theMotorBase.Get(); }
+
+// False, after a message, for a station number above the count. A number below 1 passes, and ends the process in the
+// array's index check as the fault of the program that it is.
+bool Check_Station(const wchar_t* export_name, int station) {
+  if (Supervisor().StationList.GetSize() >= station) return true;
+  Message_Box(Format_Text(L"%s前没有初始化电机%d", export_name, station));
+  return false;
+}
+
+C_VoiceMotor& Station(int station) { return *Supervisor().StationList[station - 1]; }
+
+void Fill_Default_Resources(int MotorNum, int Start_num) {
+  for (int i = 1; i <= MotorNum; ++i) {
+    VCM_Resource_struct record;
+    record.CanID = i + Start_num - 1;
+    record.AxisNum = i;
+    record.AuxAxisNum = i;
+    record.ControllerNum = 2 * i;
+    record.SpareNum = 2 * i + 1;
+    record.ConnectServer = 1;
+    theResourceList().Add(record);
+  }
+}
+
+}  // namespace
+
+void ORSA_resource_alloc(const VCM_Resource_struct* records, int count) noexcept {
+  theResourceList().Clear();
+  for (int i = 0; i < count; ++i) theResourceList().Add(records[i]);
+}
+
+void Orsanta_dll_init(int IoMode) noexcept {
+  C_InitDlg settings;
+  int MotorNum = 0, PortNum = 0, Baud = 0, advanceduser = 0, IoInit = 0, Start_num = 0;
+  settings.Read_Out(MotorNum, PortNum, Baud, advanceduser, IoInit, Start_num);
+  if (IoMode == 0 || IoMode == 1) IoInit = IoMode;
+  if (theResourceList().GetSize() == 0) Fill_Default_Resources(MotorNum, Start_num);
+  theMotorBase = new C_VoiceMotorBase(theResourceList(), PortNum, Baud, advanceduser, IoInit);
+}
+
+void Orsanta_dll_uninit(void) noexcept {
+  if (thePanelOpen == 1) {
+    Message_Box(L"窗口未推出，程序忙无法析构");
+    return;
+  }
+  theResourceList().Clear();
+  delete theMotorBase.Get();
+  theMotorBase = nullptr;
+}
+
+void show_dlg(void) noexcept {
+  thePanelOpen = 1;
+  Sleep(500);
+  Supervisor().show();
+  thePanelOpen = 0;
+}
+
+int do_test(int station, int task_code) noexcept {
+  if (!Check_Station(L"do_test", station)) return 0;
+  return Supervisor().do_test(station, task_code);
+}
+
+int get_ans(int station, double* thickness, double* force) noexcept {
+  if (!Check_Station(L"get_ans", station)) return 0;
+  return Supervisor().get_ans(station, thickness, force);
+}
+
+void Check_User_Zero(int station) noexcept {
+  if (!Check_Station(L"Check_User_Zero", station)) return;
+  C_VoiceMotor& motor = Station(station);
+  const double current = motor.Force_To_Current(motor.Val_Force_Set[0]);
+  motor.Val_BaseDistance =
+      motor.Correct_Base(static_cast<float>(motor.Val_Speed_Set[0].Get()), static_cast<float>(current));
+}
+
+int Get_Force_Back_Finish(int station) noexcept {
+  if (!Check_Station(L"Get_Force_Back_Finish", station)) return 0;
+  return Station(station).Get_Force_Back_Finish();
+}
+
+int GoZero(int station) noexcept {
+  if (!Check_Station(L"GoZero", station)) return 0;
+  return Station(station).m_pMotor->Go_Zero();
+}
+
+void Set_Force(int station, double force) noexcept {
+  if (!Check_Station(L"Set_Force", station)) return;
+  Station(station).Val_Force_Set[0] = force;
+  Station(station).Test_Force[0] = force;
+  Save_Parameter2file(station);
+}
+
+void Set_Force2(int station, double force) noexcept {
+  if (!Check_Station(L"Set_Force2", station)) return;
+  Station(station).Val_Force_Set[1] = force;
+  Station(station).Test_Force[1] = force;
+  Save_Parameter2file(station);
+}
+
+void Get_Force(int station, double* force) noexcept {
+  if (!Check_Station(L"Get_Force", station)) return;
+  *force = Station(station).Val_Force_Set[0];
+}
+
+void Save_Parameter2file(int station) noexcept {
+  if (!Check_Station(L"Save_Parameter2file", station)) return;
+  Station(station).Save();
+}
+
+void Set_Ans_Offset(int station, double offset) noexcept {
+  if (!Check_Station(L"Set_Ans_Offset", station)) return;
+  Station(station).Val_Block_Size = offset;
+}
+
+void Get_Ans_Offset(int station, double* offset) noexcept {
+  if (!Check_Station(L"Get_Ans_Offset", station)) return;
+  *offset = Station(station).Val_Block_Size;
+}
+
+void set_test_distance(int station, double distance) noexcept {
+  if (!Check_Station(L"set_test_distance", station)) return;
+  Station(station).test_distance = static_cast<float>(distance);
+}
+
+int SetIO(int channel, int value) noexcept {
+  Supervisor().IoCard.Set_Io(channel, value);
+  return 1;
+}
+
+int GetIO(int channel) noexcept { return Supervisor().IoCard.Get_Io(channel); }

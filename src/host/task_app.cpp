@@ -1,0 +1,78 @@
+#include "host/task_app.h"
+
+#include <cstdint>
+
+#include "station/voice_motor.h"
+
+namespace orsanta {
+namespace {
+
+constexpr double Slow_Speed = 3.0;        // mm/s
+constexpr int Min_Surface_Terms = 4;      // a force surface with fewer coefficients is not in use
+
+// The current (A) that presses with the station's first force target. Where a part was touched before and a force surface
+// is known, it is the current for that height; otherwise the plain force model gives it.
+double Landing_Current(C_VoiceMotor& station) {
+  const double position = station.Last_Land_Pos;
+  if (position == 0.0 || station.m_P.GetSize() < Min_Surface_Terms) {
+    return station.Force_To_Current(station.Test_Force[0]);
+  }
+  return station.Surface_Current(station.Test_Force[0], station.m_pMotor->m_Be_Invert == 1 ? -position : position);
+}
+
+}  // namespace
+
+void C_Muti_Task_app::OnProcessTask(int /*lane*/, int code, void* station_object) {
+  C_VoiceMotor& station = *static_cast<C_VoiceMotor*>(station_object);
+  const double current = Landing_Current(station);
+  switch (code) {
+    case Task_Measure: return Measure(station, station.Val_Speed_Set[0], current);
+    case Task_Force_Back: return Lift_Off(station);
+    case Task_Force_Difference: return Measure_Force_Difference(station);
+    case Task_Measure_Slow: return Measure(station, Slow_Speed, current);
+    default: return;
+  }
+}
+
+void C_Muti_Task_app::PreEndDelayTask(int /*lane*/) {}
+
+void C_Muti_Task_app::Measure(C_VoiceMotor& station, double speed, double current) {
+  Begin_Measuring(station);
+  station.Test_Ans = station.Detection_thickness(static_cast<float>(speed), static_cast<float>(current)) +
+                     station.Val_Error_offset;
+  Report_Result(station);
+}
+
+void C_Muti_Task_app::Lift_Off(C_VoiceMotor& station) {
+  station.Force_Back(static_cast<float>(station.Val_UpSpeed_Set.Get()));
+  uint64_t motor_error = 0;
+  station.m_pMotor->Get_Error_Code(motor_error);
+  if (motor_error == 0) OnForceBackOk(station.CanID);
+  // The flag rises on a fault too, so that the handshake goes on; the output, which then stays low, tells of the fault.
+  station.Set_Force_Back_Finish();
+}
+
+void C_Muti_Task_app::Measure_Force_Difference(C_VoiceMotor& station) {
+  Begin_Measuring(station);
+  const auto speed = static_cast<float>(station.Val_Speed_Set[0].Get());
+  // Both landings go by the plain force model, so that its errors drop out of the difference.
+  const double first_current = station.Force_To_Current(station.Test_Force[0]);
+  station.Test_Ans = station.Detection_thickness(speed, static_cast<float>(first_current));
+  const double second_current = station.Force_To_Current(station.Test_Force[1]);
+  const double second = station.Detection_thickness(speed, static_cast<float>(second_current));
+  station.Test_Ans = station.Test_Ans - second;
+  Report_Result(station);
+}
+
+void C_Muti_Task_app::Begin_Measuring(C_VoiceMotor& station) {
+  OnTaskBegin(station.CanID);
+  station.Take_Force_Back_Finish();
+}
+
+void C_Muti_Task_app::Report_Result(C_VoiceMotor& station) {
+  station.Ans_Ready = 1;
+  OnTestResult(&station);
+  station.Set_Test_Finish();
+}
+
+}  // namespace orsanta
