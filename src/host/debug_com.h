@@ -8,9 +8,6 @@
 // is what makes that safe.
 #pragma once
 
-#include <memory>
-#include <mutex>
-
 #include "support/serial.h"
 #include "support/shared.h"
 #include "support/store.h"
@@ -47,25 +44,6 @@ class C_VoiceDebugCom : public CAutoSaveClassData2 {
   CComSerial m_Port;
   Shared<int> m_Open = 0;
   CMyStringW m_Title;
-};
-
-// The place of a station's link. Reading it through -> keeps the link alive to the end of the expression, also when
-// another thread replaces it meanwhile. Any thread.
-class C_Debug_Com_Holder {
- public:
-  std::shared_ptr<C_VoiceDebugCom> operator->() const { return Get(); }
-  std::shared_ptr<C_VoiceDebugCom> Get() const;
-  // Closes the present link, then makes a new one from the stored settings. Until the new one stands the closed old one
-  // is in its place.
-  void Replace(int CanID);
-  // Closes the link and removes it.
-  void Release();
-
- private:
-  void Put(std::shared_ptr<C_VoiceDebugCom> link);
-
-  mutable std::mutex m_Lock;
-  std::shared_ptr<C_VoiceDebugCom> m_Link;
 };
 
 }  // namespace orsanta

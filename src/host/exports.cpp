@@ -18,7 +18,9 @@ CMyArray<VCM_Resource_struct>& theResourceList() {
   return list;
 }
 
-C_VoiceMotorBase& Supervisor() { return *theMotorBase.Get(); }
+C_VoiceMotorBase& Supervisor() {
+  return *theMotorBase.Get();
+}
 
 // False, after a message, for a station number above the count. A number below 1 passes, and ends the process in the
 // array's index check as the fault of the program that it is.
@@ -28,7 +30,9 @@ bool Check_Station(const wchar_t* export_name, int station) {
   return false;
 }
 
-C_VoiceMotor& Station(int station) { return *Supervisor().StationList[station - 1]; }
+C_VoiceMotor& Station(int station) {
+  return *Supervisor().StationList[station - 1];
+}
 
 void Fill_Default_Resources(int MotorNum, int Start_num) {
   for (int i = 1; i <= MotorNum; ++i) {
@@ -148,4 +152,6 @@ int SetIO(int channel, int value) noexcept {
   return 1;
 }
 
-int GetIO(int channel) noexcept { return Supervisor().IoCard.Get_Io(channel); }
+int GetIO(int channel) noexcept {
+  return Supervisor().IoCard.Get_Io(channel);
+}

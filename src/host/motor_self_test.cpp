@@ -28,7 +28,9 @@ C_MyMutiMotorTest::C_MyMutiMotorTest() {
   for (int queue = 0; queue < Worker_Count; ++queue) AddNewDelayProcess(queue, 0, 0, nullptr);
 }
 
-C_MyMutiMotorTest::~C_MyMutiMotorTest() { ReleaseSubClass_CQueueTask_MutiTask_Thread(); }
+C_MyMutiMotorTest::~C_MyMutiMotorTest() {
+  ReleaseSubClass_CQueueTask_MutiTask_Thread();
+}
 
 void C_MyMutiMotorTest::OnProcessTask(int queue, int /*code*/, void* /*object*/) {
   const int id = queue + 1;

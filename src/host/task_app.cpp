@@ -2,35 +2,30 @@
 
 #include <cstdint>
 
+#include "drive/motor.h"
 #include "station/voice_motor.h"
 
 namespace orsanta {
 namespace {
 
-constexpr double Slow_Speed = 3.0;        // mm/s
-constexpr int Min_Surface_Terms = 4;      // a force surface with fewer coefficients is not in use
-
-// The current (A) that presses with the station's first force target. Where a part was touched before and a force surface
-// is known, it is the current for that height; otherwise the plain force model gives it.
-double Landing_Current(C_VoiceMotor& station) {
-  const double position = station.Last_Land_Pos;
-  if (position == 0.0 || station.m_P.GetSize() < Min_Surface_Terms) {
-    return station.Force_To_Current(station.Test_Force[0]);
-  }
-  return station.Surface_Current(station.Test_Force[0], station.m_pMotor->m_Be_Invert == 1 ? -position : position);
-}
+constexpr double Slow_Speed = 3.0;  // mm/s
 
 }  // namespace
 
 void C_Muti_Task_app::OnProcessTask(int /*lane*/, int code, void* station_object) {
   C_VoiceMotor& station = *static_cast<C_VoiceMotor*>(station_object);
-  const double current = Landing_Current(station);
+  const double current = station.Landing_Current(station.Test_Force[0]);
   switch (code) {
-    case Task_Measure: return Measure(station, station.Val_Speed_Set[0], current);
-    case Task_Force_Back: return Lift_Off(station);
-    case Task_Force_Difference: return Measure_Force_Difference(station);
-    case Task_Measure_Slow: return Measure(station, Slow_Speed, current);
-    default: return;
+    case Task_Measure:
+      return Measure(station, station.Val_Speed_Set[0], current);
+    case Task_Force_Back:
+      return Lift_Off(station);
+    case Task_Force_Difference:
+      return Measure_Force_Difference(station);
+    case Task_Measure_Slow:
+      return Measure(station, Slow_Speed, current);
+    default:
+      return;
   }
 }
 
@@ -38,8 +33,8 @@ void C_Muti_Task_app::PreEndDelayTask(int /*lane*/) {}
 
 void C_Muti_Task_app::Measure(C_VoiceMotor& station, double speed, double current) {
   Begin_Measuring(station);
-  station.Test_Ans = station.Detection_thickness(static_cast<float>(speed), static_cast<float>(current)) +
-                     station.Val_Error_offset;
+  station.Test_Ans =
+      station.Detection_thickness(static_cast<float>(speed), static_cast<float>(current)) + station.Val_Error_offset;
   Report_Result(station);
 }
 
