@@ -4,8 +4,9 @@
 // Wire format outward: "%6.0f\n", the value in micrometres. Inward: "T" as the last byte of a read asks for a
 // measurement.
 //
-// The loop thread reads, the station's lane writes, and the panel replaces a link while both go on: C_Debug_Com_Holder
-// is what makes that safe.
+// The loop thread reads and the station's lane writes, at once and without a common lock. The panel replaces a link
+// while both go on: the station hands links out by shared pointer, and closes the old one before it makes the new one,
+// since a port has one user at a time.
 #pragma once
 
 #include "support/serial.h"

@@ -20,10 +20,12 @@
 #include "support/serial.h"
 #include "support/shared.h"
 #include "support/thread.h"
+#include "support/wide_string.h"
 #include "ui/time_viewer.h"
 
 namespace orsanta {
 
+class C_VoiceMotor;
 class plot_task;
 
 class C_VoiceMotorBase : public C_Muti_Task_app, public CBaseBindThread {
@@ -74,7 +76,7 @@ class C_VoiceMotorBase : public C_Muti_Task_app, public CBaseBindThread {
 
   void SomeThinkNeedLoop();
   int Trigger_Level(C_VoiceMotor& station);
-  void Start_Task_For_Level(C_VoiceMotor& station, int level);
+  void Start_Task_For_Level(int lane, int level);
   void Serve_Host_Serial();
   void Send_Status_Lines();
   void Send_Host_Line(const CMyStringW& line);

@@ -7,7 +7,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -19,8 +18,6 @@
 
 namespace orsanta {
 namespace {
-
-constexpr std::array<int, 7> Rates = {9600, 14400, 19200, 28800, 38400, 57600, 115200};
 
 // Where port n lives; see the header.
 std::string Device_Path(int port) {

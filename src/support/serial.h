@@ -12,6 +12,7 @@
 // Any thread may call, also several at once; no call waits.
 #pragma once
 
+#include <array>
 #include <mutex>
 #include <string>
 
@@ -19,6 +20,7 @@ namespace orsanta {
 
 class CComSerial {
  public:
+  static constexpr std::array<int, 7> Rates = {9600, 14400, 19200, 28800, 38400, 57600, 115200};  // baud
   static constexpr double Reopen_Period_Ms = 500.0;
 
   CComSerial() = default;

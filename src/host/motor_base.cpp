@@ -1,0 +1,152 @@
+// Start and stop of the system, and what the tasks report. The loop stands in motor_loop.cpp.
+#include "host/motor_base.h"
+
+#include <cstdio>
+#include <cstdlib>
+
+#include "drive/motor.h"
+#include "host/debug_com.h"
+#include "station/voice_motor.h"
+#include "support/clock.h"
+#include "support/file.h"
+#include "support/message_box.h"
+#include "support/priority.h"
+#include "support/process.h"
+
+namespace orsanta {
+namespace {
+
+constexpr int Stop_Timeout_Ms = 300000;  // of the lanes and of the loop thread
+constexpr int Io_Card_Can_Id = 15;
+constexpr double Pause_From_Um =
+    100.0;  // a result beyond it, either way, leaves the host's line at rest for 1 ms first
+
+// What went out on the host's line since the process began, for a debugger to look at.
+struct C_Sent_Statistics {
+  Shared<int> count = 0;
+  Shared<double> largest = 0.0;
+  Shared<double> smallest = 0.0;
+
+  void Note(double value_um) {
+    if (count == 0 || value_um > largest) largest = value_um;
+    if (count == 0 || value_um < smallest) smallest = value_um;
+    count = count + 1;
+  }
+};
+C_Sent_Statistics theSentStatistics;
+
+}  // namespace
+
+C_VoiceMotorBase::C_VoiceMotorBase(CMyArray<VCM_Resource_struct> resources, int PortNum, int Baud, int advanceduser,
+                                   int IoInit) {
+  Ensure_Single_Process();
+  if (PortNum > 0) Open_Host_Serial(PortNum, Baud);
+  AdvancedUser = advanceduser;
+  SetPriorityClass(Process_Class_High);
+  SetThreadPriority(Priority_Above_Normal);
+  ResourceList = resources;
+  StationCount = ResourceList.GetSize();
+  Init(StationCount + 1, 0, Stop_Timeout_Ms);
+  for (int i = 0; i < StationCount; ++i) Add_Station(i, IoInit);
+  SetUseCWndThread(1);
+  BeginThread(nullptr, Priority_Time_Critical, 2, Stop_Timeout_Ms, nullptr);
+}
+
+C_VoiceMotorBase::~C_VoiceMotorBase() {
+  for (int channel = 0; channel < C_Io_Card::Channel_Count; ++channel) IoCard.Set_Io(channel, 0);
+  LoopPaused = 0;
+  EndThread(1, 1);
+  while (BeAtLeaseOneDelayTaskInProcess() != 0) Sleep(10);
+  ReleaseSubClass_CBaseBindThread();
+  ReleaseSubClass_CQueueTask_MutiTask_Thread();
+  for (C_VoiceMotor* station : StationList) delete station;
+}
+
+void C_VoiceMotorBase::Ensure_Single_Process() {
+  CMyArray<int> ids;
+  CProcessAndThreadSnapShot::GetProcessIDFromProcessName(L"Orsanta.exe", ids, 0);
+  if (ids.GetSize() <= 1) return;
+  Message_Box(L"Orsanta.exe 已经在运行");
+  std::fflush(nullptr);
+  std::_Exit(0);  // at once: the other process owns the machine
+}
+
+void C_VoiceMotorBase::Open_Host_Serial(int PortNum, int Baud) {
+  if (HostSerial.OpenCom(PortNum) == 0) {
+    Message_Box(Format_Text(L"无法打开串口%d", PortNum));
+    return;
+  }
+  HostSerial.SetPropW(Baud, 8, 1, 0);
+  HostSerialOpen = 1;
+}
+
+void C_VoiceMotorBase::Add_Station(int index, int IoInit) {
+  const VCM_Resource_struct& record = ResourceList[index];
+  const CMyStringW title = Format_Text(L"微米仪%d参数", record.CanID);
+  auto* station = new C_VoiceMotor(record.CanID, record.AxisNum, record.AuxAxisNum, record.ControllerNum,
+                                   record.SpareNum, record.ConnectServer, -1, -1, -1);
+  ParamTitles.Add(title.Text());
+  StateTitles.Add(title.Text());
+  StationList.Add(station);
+  if (station->Get_Motor_Ready() == 1) {
+    station->m_pMotor->SetScale(station->Val_SensorScale);
+    station->Set_Cur_BaseDistance(static_cast<float>(station->Val_BaseDistance.Get()));
+    IoCard.Set_Io_Mode(IoInit);
+    IoCard.Map_Io(StationCount, Io_Card_Can_Id);
+    IoCard.Set_Sim_Mask(0);
+    AddNewDelayProcess(index, Task_Force_Back, 0, station);
+    OnForceBackOk(index + 1);
+  } else {
+    Message_Box(Format_Text(L"CanID：%d的设备没有连接", record.CanID));
+  }
+  // A file of earlier results is looked for and its absence is no fault.
+  CMyFileCopy::FileExist(Format_Text(L"测试历史纪录%d.dat", index + 1));
+}
+
+int C_VoiceMotorBase::do_test(int station, int task_code) {
+  const int index = station - 1;
+  if (index >= StationCount) return 0;
+  C_VoiceMotor* object = StationList[index];
+  return AddNewDelayProcess(index, task_code, 0, object);
+}
+
+int C_VoiceMotorBase::get_ans(int station, double* thickness, double* force) {
+  const int index = station - 1;
+  if (index >= StationCount) return 0;
+  C_VoiceMotor& object = *StationList[index];
+  const int ready = object.Ans_Ready;
+  if (ready == 1) object.Ans_Ready = 0;
+  *thickness = object.Test_Ans;
+  *force = object.Val_Force_Set[0];
+  return ready;
+}
+
+void C_VoiceMotorBase::OnTaskBegin(int id) {
+  const C_Section_Holder hold(IoLock);
+  IoCard.Set_Io(id, 0);
+}
+
+void C_VoiceMotorBase::OnTestResult(C_VoiceMotor* station) {
+  const C_Section_Holder hold(IoLock);
+  const double value_um = station->Test_Ans * 1000.0;
+  if (const auto link = station->Debug_Com()) link->Send_Value(value_um);
+  if (HostSerialOpen != 1) return;
+  theSentStatistics.Note(value_um);
+  if (value_um > Pause_From_Um || value_um < -Pause_From_Um) Sleep(1);
+  Send_Host_Line(Format_Text(L"%x%d%06.0f %04.0f\n", station->CanID, station->Ans_Valid.Get(), value_um,
+                             station->Val_Force_Set[0].Get()));
+}
+
+void C_VoiceMotorBase::OnForceBackOk(int id) {
+  const C_Section_Holder hold(IoLock);
+  IoCard.Set_Io(id, 1);
+}
+
+void C_VoiceMotorBase::Send_Host_Line(const CMyStringW& line) {
+  const std::string bytes = To_Utf8(line.Text());
+  int written = 0;
+  HostSerial.WriteComData(bytes.data(), static_cast<int>(bytes.size()), written);
+  if (written < static_cast<int>(bytes.size())) Sleep(1);  // the rest of the line is dropped
+}
+
+}  // namespace orsanta
