@@ -64,7 +64,6 @@ class C_VoiceMotor : public CAutoSaveClassData2 {
 
   // --- Parameters (parameters.cpp) ---
 
-  void OptSaveAndLoadDataStore(CAutoSaveClassData_Data& data) override;
   // Writes the parameters to the station's store. Any thread.
   void Save();
   // Sets the reference surface, in single precision.
@@ -270,29 +269,33 @@ class C_VoiceMotor : public CAutoSaveClassData2 {
   CPerformanceTimeValue m_CycleTimer;
   CPerformanceTimeValue m_SettleTimer;
 
- private:
-  enum class C_Settling { Settled, Timed_Out, No_Samples };
+ protected:
+  void OptSaveAndLoadDataStore(CAutoSaveClassData_Data& data) override;
 
+ private:
   std::wstring Store_Name() const;
-  void Check_Loaded_Values();
-  void Connect_Drive(int connect_server, int aux_axis_num);
-  C_Settling Wait_Until_Settled(DetectorState& det_model, CMyArray<double>& MotorTestData, float limit_ms);
+  void Report_Faults_At_Start();
+
+  bool Wait_Until_Settled(DetectorState& det_model, CMyArray<double>& MotorTestData, float limit_ms);
   bool Read_Window(CMyArray<double>& temp_val);
   void Record_Cycle(double check_val, const CMyArray<double>& MotorTestData);
-  void Set_Current_Limit(float current);
+
   void Wait_Idle(double limit_ms, const CMyStringW& message);
-  bool Watch_Retract(double temp_pos, double& pos, int retries);
-  void Report_Stuck(double pos);
+  bool Try_Retract(float speed, int retries, double& pos);
+  void Give_Up_Retract(double pos);
+
   CMyArray<double> Copy_Surface() const;
+  void Set_Surface(CMyArray<double> coefficients);
+
+  bool Ask_Cal_Settings(int& be_SetBaseParameter);
   int Enter_Base_Parameters();
-  int Take_Cal_Samples();
+  int Measure_Force_Model();
+  bool Take_Cal_Samples();
   bool Take_Cal_Sample(double current);
-  double Fit_Cal_Samples();
+  double Fit_Cal_Samples(bool be_surface);
   void Clear_Cal_Data();
   double Cal_Land(double current);
   void Cal_Back();
-
-  CMyCriticalSection m_Save_Lock;  // one save at a time, a message box of it included
 };
 
 }  // namespace orsanta

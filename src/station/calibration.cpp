@@ -1,0 +1,152 @@
+// The force calibration. The station presses with a row of known currents at one or more heights of the head, the
+// operator types the force that a gauge under the probe reads, and the force polynomial and, from three heights on, the
+// force surface are fitted to the samples. Dialogs show newtons; parameters are grams, with 100 g to 1 N.
+#include <algorithm>
+#include <cmath>
+
+#include "drive/motor.h"
+#include "station/voice_motor.h"
+#include "support/clock.h"
+#include "support/dialog.h"
+#include "support/message_box.h"
+
+namespace orsanta {
+
+namespace {
+
+// How many heights a calibration takes. Shared by all stations, lasts as long as the process: the next calibration, of
+// whichever station, starts from the value of the last.
+Shared<double> theHeadPositionNum{1.0};
+
+constexpr double Grams_Per_Newton = 100.0;
+constexpr double Surface_From_Heights = 3.0;
+
+}  // namespace
+
+int C_VoiceMotor::Calibrate_Force() {
+  Clear_Cal_Data();
+  int be_SetBaseParameter = 0;
+  if (!Ask_Cal_Settings(be_SetBaseParameter)) return 0;
+  const int done = be_SetBaseParameter != 0 ? Enter_Base_Parameters() : Measure_Force_Model();
+  Clear_Cal_Data();
+  return done;
+}
+
+bool C_VoiceMotor::Ask_Cal_Settings(int& be_SetBaseParameter) {
+  std::wstring temp_str = L"推力矫正";
+  double D_test_distance = test_distance;
+  CParameterInOutDlg dlg;
+  dlg.AddDataDisp(L"电机", 0, 10.0F, temp_str, 1, 1, 0, nullptr);
+  dlg.AddDataEditRange(L"请输入测试最大电流(A)", 0, 10.0F, Val_Correction_MaxI, -5.0, 10.0, 3, 1, 0, nullptr);
+  dlg.AddDataEditRange(L"请输入测试最小电流(A)", 0, 10.0F, Val_Correction_MinI, -5.0, 10.0, 4, 1, 0, nullptr);
+  dlg.AddDataEditRange(L"测试采集的电流点数", 0, 10.0F, Val_FC_test_num, 4.0, 10.0, 1, 0, nullptr);
+  dlg.AddDataEditRange(L"测试采集的位置点数", 0, 10.0F, theHeadPositionNum, 1.0, 10.0, 1, 1, 0, nullptr);
+  dlg.AddDataEditRange(L"标定最大距离", 0, 10.0F, D_test_distance, 1.0, 50.0, 1, 1, 0, nullptr);
+  dlg.AddDataEditBool(L"直接设置标定参数", 0, 10.0F, be_SetBaseParameter, 1, 0, nullptr);
+  if (dlg.DoParameterDlg(0, 1, 1.0F, 1, nullptr, nullptr, 1) == 0) return false;
+  test_distance = static_cast<float>(D_test_distance);
+  return true;
+}
+
+// The model entered by hand: it is linear, and there is no surface.
+int C_VoiceMotor::Enter_Base_Parameters() {
+  double temp_kp = Val_Force_K / Grams_Per_Newton;
+  double temp_static = Val_Static_GForce / Grams_Per_Newton;
+  double temp_SK = Val_Spring_K / Grams_Per_Newton;
+  CParameterInOutDlg dlg;
+  dlg.AddDataEditRange(L"推力常数(N/A)", 0, 10.0F, temp_kp, -3.0, 5.0, 16, 1, 0, nullptr);
+  dlg.AddDataEditRange(L"弹簧Kp(N/mm)", 0, 10.0F, temp_SK, -3.0, 5.0, 16, 1, 0, nullptr);
+  dlg.AddDataEditRange(L"零位补偿(N)", 0, 10.0F, temp_static, -3.0, 5.0, 16, 1, 0, nullptr);
+  if (dlg.DoParameterDlg(0, 1, 1.0F, 1, nullptr, nullptr, 1) == 0) return 0;
+  Val_Force_K = temp_kp * Grams_Per_Newton;
+  Val_Force_KK = 0.0;
+  Val_Static_GForce = temp_static * Grams_Per_Newton;
+  Val_Spring_K = temp_SK * Grams_Per_Newton;
+  Val_mark_pos = 0.0;
+  Set_Surface({});
+  return 1;
+}
+
+int C_VoiceMotor::Measure_Force_Model() {
+  if (!Take_Cal_Samples()) return 0;
+  m_MatData.Save_Double_Vector(m_CalCurrent.GetData(), m_CalCurrent.GetSize(), L"x_data.dat");
+  m_MatData.Save_Double_Vector(m_CalPos.GetData(), m_CalPos.GetSize(), L"y_data.dat");
+  m_MatData.Save_Double_Vector(m_CalForce.GetData(), m_CalForce.GetSize(), L"z_data.dat");
+
+  const bool be_surface = theHeadPositionNum >= Surface_From_Heights;
+  const double temp_val = Fit_Cal_Samples(be_surface);
+  Force_Back(static_cast<float>(Val_UpSpeed_Set));
+  Message_Box(Format_Text(be_surface ? L"3D推力拟合误差%3.3f g" : L"2D推力拟合误差%3.3f g", temp_val));
+  return 1;
+}
+
+// One row of currents at each height of the head. Returns false when the operator cancelled.
+bool C_VoiceMotor::Take_Cal_Samples() {
+  const double step = (Val_Correction_MaxI - Val_Correction_MinI) / (Val_FC_test_num - 1);
+  for (int i = 0; theHeadPositionNum > i; ++i) {
+    Message_Box(L"请调整测量头高度");
+    for (int j = 0; j < Val_FC_test_num; ++j) {
+      if (!Take_Cal_Sample(Val_Correction_MinI + j * step)) return false;
+    }
+  }
+  return true;
+}
+
+// One landing with the current, and the force that the operator reads at it. The probe is up again at the return, after
+// a cancel too.
+bool C_VoiceMotor::Take_Cal_Sample(double current) {
+  Cal_Land(current);
+  double temp_force = 0.0;
+  CParameterInOutDlg dlg;
+  dlg.AddDataEditRange(L"请输入当前推力(g)", 0, 10.0F, temp_force, 0.0, 10000.0, 3, 1, 0, nullptr);
+  const int confirmed = dlg.DoParameterDlg(0, 1, 1.0F, 1, nullptr, nullptr, 1);
+  m_CalForce.Add(temp_force);
+  Cal_Back();
+  return confirmed != 0;
+}
+
+// Lands with the current and keeps both it and the position; the probe then presses with it. Returns the position.
+double C_VoiceMotor::Cal_Land(double current) {
+  Land_To(static_cast<float>(Val_Speed_Set[1]), static_cast<float>(current), test_distance);
+  Sleep(100);
+  double pos = 0.0;
+  if (m_pMotor->Get_Cur_Pos(pos) != 1) Message_Box(L"位置数据err");
+  m_CalMarkPos = pos;
+  m_CalCurrent.Add(current);
+  return pos;
+}
+
+// Lifts the probe and takes the typed force to the height of the first landing: a higher or lower one gets the spring's
+// force of the difference.
+void C_VoiceMotor::Cal_Back() {
+  m_CalPos.Add(0.0);  // its place, until the probe is up
+  Force_Back(static_cast<float>(Val_UpSpeed_Set));
+  m_CalPos.GetEndData() = m_CalMarkPos;
+  m_CalForce.GetEndData() += (m_CalMarkPos - m_CalPos[0]) * Val_Spring_K;
+}
+
+// Fits the polynomial and, where asked for, the surface; else an old surface goes. Returns the largest error of the fit
+// that the next landings use, in grams.
+double C_VoiceMotor::Fit_Cal_Samples(bool be_surface) {
+  Fit_Force_Model(m_CalCurrent.GetData(), m_CalForce.GetData(), m_CalCurrent.GetSize());
+  CMyArray<double> force_array2 = Currents_To_Forces(m_CalCurrent);
+  if (be_surface) {
+    Surface_Fit(m_CalCurrent, m_CalPos, m_CalForce);
+    force_array2 = Surface_Forces(m_CalCurrent, m_CalPos);
+  } else {
+    Set_Surface({});
+  }
+  double temp_val = 0.0;
+  for (int k = 0; k < m_CalForce.GetSize(); ++k) {
+    temp_val = std::max(temp_val, std::fabs(m_CalForce[k] - force_array2[k]));
+  }
+  return temp_val;
+}
+
+void C_VoiceMotor::Clear_Cal_Data() {
+  m_CalPos.SetArraySize(0);
+  m_CalForce.SetArraySize(0);
+  m_CalCurrent.SetArraySize(0);
+}
+
+}  // namespace orsanta

@@ -1,0 +1,170 @@
+// The conversions between force, current and position. The polynomial serves until a landing is known; from then on the
+// force surface, once there is one, works at the height of the last landing. The polynomial has no spring term at run
+// time: the spring enters through the calibration.
+#include <cmath>
+#include <utility>
+
+#include "drive/motor.h"
+#include "numeric/force_surface.h"
+#include "numeric/polyfit.h"
+#include "station/voice_motor.h"
+
+namespace orsanta {
+
+namespace {
+
+constexpr double Linear_Below_KK = 1e-9;  // up to this square term, g/A^2, the polynomial counts as linear
+constexpr int Sample_Limit = 10;          // pairs of the sample correction beyond which the oldest goes
+
+CMyArray<double> One_Element(double value) {
+  CMyArray<double> array;
+  array.Add(value);
+  return array;
+}
+
+double Invert_Surface(double force, double position, const CMyArray<double>& surface) {
+  CMyArray<double> current;
+  C_My3DPolyfit().my3dinvval(One_Element(force), One_Element(position), surface, current);
+  return current[0];
+}
+
+bool Is_Surface(const CMyArray<double>& coefficients) {
+  return coefficients.GetSize() > 3;
+}
+
+}  // namespace
+
+double C_VoiceMotor::Force_To_Current(double force) const {
+  const double G = Val_Static_GForce;
+  const double K = Val_Force_K;
+  const double KK = Val_Force_KK;
+  if (KK <= Linear_Below_KK) return (force - G) / K;
+  // The larger root of KK I^2 + K I + G = force, which grows with the force.
+  const double D = K * K - 4.0 * KK * G + 4.0 * force * KK;
+  return -(K - std::sqrt(D)) / (2.0 * KK);
+}
+
+double C_VoiceMotor::Current_To_Force(double current) const {
+  return Val_Force_KK * current * current + Val_Force_K * current + Val_Static_GForce;
+}
+
+double C_VoiceMotor::Spring_Force(double position) const {
+  if (m_pMotor->m_Be_Invert == 1) return (Val_mark_pos + position) * Val_Spring_K;
+  return (position - Val_mark_pos) * Val_Spring_K;
+}
+
+double C_VoiceMotor::Force_Less_Spring(double current, double position) const {
+  return Current_To_Force(current) - Spring_Force(position);
+}
+
+CMyArray<double> C_VoiceMotor::Currents_To_Forces(CMyArray<double> currents) const {
+  for (double& value : currents) value = Current_To_Force(value);
+  return currents;
+}
+
+CMyArray<double> C_VoiceMotor::Net_Forces(CMyArray<double> currents, CMyArray<double> positions) const {
+  for (int i = 0; i < currents.GetSize(); ++i) currents[i] = Force_Less_Spring(currents[i], positions[i]);
+  return currents;
+}
+
+int C_VoiceMotor::Surface_Fit(const CMyArray<double>& currents, const CMyArray<double>& positions,
+                              const CMyArray<double>& forces) {
+  CMyArray<double> fitted;
+  C_My3DPolyfit().my3dfit(currents, positions, forces, fitted);
+  Set_Surface(std::move(fitted));
+  return 1;
+}
+
+void C_VoiceMotor::Set_Surface(CMyArray<double> coefficients) {
+  const std::lock_guard<std::mutex> hold(m_Surface_Lock);
+  m_P = std::move(coefficients);
+}
+
+CMyArray<double> C_VoiceMotor::Copy_Surface() const {
+  const std::lock_guard<std::mutex> hold(m_Surface_Lock);
+  return m_P;
+}
+
+bool C_VoiceMotor::Has_Surface() const {
+  return Is_Surface(Copy_Surface());
+}
+
+double C_VoiceMotor::Surface_Current(double force, double position) const {
+  return Invert_Surface(force, position, Copy_Surface());
+}
+
+double C_VoiceMotor::Surface_Force(double current, double position) const {
+  return Surface_Forces(One_Element(current), One_Element(position))[0];
+}
+
+CMyArray<double> C_VoiceMotor::Surface_Currents(CMyArray<double> forces, CMyArray<double> positions) const {
+  CMyArray<double> currents;
+  C_My3DPolyfit().my3dinvval(forces, positions, Copy_Surface(), currents);
+  return currents;
+}
+
+CMyArray<double> C_VoiceMotor::Surface_Forces(CMyArray<double> currents, CMyArray<double> positions) const {
+  CMyArray<double> forces;
+  C_My3DPolyfit().my3dval(currents, positions, Copy_Surface(), forces);
+  return forces;
+}
+
+double C_VoiceMotor::Landing_Current(double force) const {
+  // One copy serves the question and the answer, since a calibration may replace the surface between the two.
+  const CMyArray<double> surface = Copy_Surface();
+  const double position = Last_Land_Pos;
+  if (position == 0.0 || !Is_Surface(surface)) return Force_To_Current(force);
+  return Invert_Surface(force, m_pMotor->m_Be_Invert == 1 ? -position : position, surface);
+}
+
+void C_VoiceMotor::Set_Landing_Current(double force, double position) {
+  const CMyArray<double> surface = Copy_Surface();
+  if (Is_Surface(surface)) {
+    m_pMotor->Set_Current_Pos(Invert_Surface(force, position, surface));
+    return;
+  }
+  const float sum = static_cast<float>(force) + static_cast<float>(Spring_Force(position));
+  m_pMotor->Set_Current_Pos(static_cast<float>(Force_To_Current(sum)));
+}
+
+int C_VoiceMotor::Add_Sample(double y, double x) {
+  if (m_SampleY.GetSize() == 0) {
+    for (const double seed : {0.0, 1000.0, 2000.0}) {
+      m_SampleY.Add(seed);
+      m_SampleX.Add(seed);
+    }
+  }
+  if (m_SampleY.GetSize() > Sample_Limit) {
+    m_SampleY.DelStartData();
+    m_SampleX.DelStartData();
+  }
+  m_SampleY.Add(y);
+  m_SampleX.Add(x);
+  return 1;
+}
+
+double C_VoiceMotor::Sample_Value(double x) const {
+  CMyArray<double> line;
+  double y = 0.0;
+  CMyPolyfit().My_PolyFit(m_SampleX, m_SampleY, 1, line);
+  CMyPolyfit().My_PolyVal(line, x, y);
+  return y;
+}
+
+int C_VoiceMotor::Get_Key_Window(double& start_margin, double& key_dis) const {
+  start_margin = Val_Pos_Set[2] - (Val_Pos_Set[0] - Val_Pos_Set[1]);
+  key_dis = 2.0 * Val_Pos_Set[1];
+  return 1;
+}
+
+int C_VoiceMotor::Set_Key_Window(double /*start_margin*/, double /*key_dis*/) {
+  double start_margin = 0.0;
+  double key_dis = 0.0;
+  Get_Key_Window(start_margin, key_dis);
+  const double half = key_dis / 2.0;
+  Val_Pos_Set[0] = Val_Pos_Set[2] - start_margin + half;
+  Val_Pos_Set[1] = half;
+  return 1;
+}
+
+}  // namespace orsanta

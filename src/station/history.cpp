@@ -1,0 +1,79 @@
+// The station's histories and their export. The files are a snapshot that nothing reads back.
+#include "station/history.h"
+
+#include <algorithm>
+#include <ctime>
+
+#include "station/voice_motor.h"
+#include "support/wide_string.h"
+
+namespace orsanta {
+
+void C_History::Append(double value) {
+  const std::lock_guard<std::mutex> hold(m_Lock);
+  Make_Room(1);
+  m_Values.Add(value);
+}
+
+void C_History::Append(const CMyArray<double>& values) {
+  const std::lock_guard<std::mutex> hold(m_Lock);
+  const int surplus = values.GetSize() > m_Limit ? values.GetSize() - m_Limit : 0;
+  Make_Room(values.GetSize() - surplus);
+  m_Values.ExpandMem(m_Values.GetSize() + values.GetSize() - surplus);
+  for (int i = surplus; i < values.GetSize(); ++i) m_Values.Add(values[i]);
+}
+
+// Drops oldest values until n more fit: a quarter of the limit at once, or more where n asks for it.
+void C_History::Make_Room(int n) {
+  const int excess = m_Values.GetSize() + n - m_Limit;
+  if (excess <= 0) return;
+  const int dropped = std::max(excess, m_Limit / 4);
+  m_Values.RemoveData(0, std::min(dropped, m_Values.GetSize()));
+}
+
+CMyArray<double> C_History::Copy() const {
+  const std::lock_guard<std::mutex> hold(m_Lock);
+  return m_Values;
+}
+
+int C_History::GetSize() const {
+  const std::lock_guard<std::mutex> hold(m_Lock);
+  return m_Values.GetSize();
+}
+
+void C_History::Clear() {
+  const std::lock_guard<std::mutex> hold(m_Lock);
+  m_Values.Clear();
+}
+
+namespace {
+
+// The local date and time as it stands in file names; the year is left out.
+class get_time {
+ public:
+  std::wstring Time_Text() const {
+    const std::time_t now = std::time(nullptr);
+    std::tm local{};
+    localtime_r(&now, &local);
+    return Format_Text(L"%d月%d日%d时%d分%d秒", local.tm_mon + 1, local.tm_mday, local.tm_hour, local.tm_min,
+                       local.tm_sec)
+        .Text();
+  }
+};
+
+}  // namespace
+
+void C_VoiceMotor::Export_History() {
+  const std::wstring time_text = get_time().Time_Text();  // once, so that the four files share it
+  const auto save = [&](const wchar_t* prefix, const C_History& history) {
+    CMyArray<double> values = history.Copy();
+    const std::wstring name = Format_Text(prefix, CanID).Text() + time_text;
+    m_MatData.Save_Double_Vector(values.GetData(), values.GetSize(), name.c_str());
+  };
+  save(L"ThicknessArray%d ", ThicknessArray);
+  save(L"TempArray%d ", TempArray);
+  save(L"TestTimeArray%d ", TestTimeArray);
+  save(L"SlowTestData%d ", SlowTestData);
+}
+
+}  // namespace orsanta

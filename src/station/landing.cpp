@@ -1,0 +1,132 @@
+// The motion sequences around a cycle: the landing under a limited current, the force-back that lifts the probe off the
+// part, and the reference correction. Each reports what goes wrong in message boxes and goes on.
+#include <atomic>
+#include <cmath>
+
+#include "drive/motor.h"
+#include "station/voice_motor.h"
+#include "support/clock.h"
+#include "support/message_box.h"
+
+namespace orsanta {
+
+namespace {
+
+std::atomic<int> the_Force_Backs{0};
+
+constexpr double Current_Limit_Ms = 2000.0;  // until a current setting must have been taken up
+constexpr double Retract_Limit_Ms = 5000.0;  // for one attempt to lift the probe
+constexpr double Free_Mm = 1.0;              // a probe that moved so far has come off the part
+constexpr double Sane_Position_Mm = 100.0;   // a reading beyond it is garbage
+constexpr int Retries = 1;                   // attempts after the first before the probe counts as stuck
+
+}  // namespace
+
+int C_VoiceMotor::Land_To(float speed, float current, float target) {
+  // The travel figure is in seconds and stretches a limit in milliseconds: it adds next to nothing, and that is meant.
+  const double travel = std::fabs(target / speed);
+  const C_Section_Holder hold(m_TestLock);
+  m_pMotor->Set_Speed(speed);
+  // The two operations are mirror images, so that both ways put the same value on the same channel.
+  if (Val_Run_Negative == 1) {
+    m_pMotor->Set_Current_Neg(-current);
+  } else {
+    m_pMotor->Set_Current_Pos(current);
+  }
+  Wait_Idle(Current_Limit_Ms + travel, L"等待电流设定超时");
+  m_pMotor->Go_Pos(target);
+  Sleep(5);
+  return 1;
+}
+
+// Waits until the drive is idle; past limit_ms (counted in sleeps) shows the message and gives up. An unreadable flag
+// counts as busy.
+void C_VoiceMotor::Wait_Idle(double limit_ms, const CMyStringW& message) {
+  int waited_ms = 0;
+  while (m_pMotor->Get_InterRunFlag() != 0) {
+    Sleep(10);
+    waited_ms += 10;
+    if (waited_ms > limit_ms) {
+      Message_Box(message);
+      return;
+    }
+  }
+}
+
+int C_VoiceMotor::Force_Back(float speed) {
+  const C_Section_Holder hold(m_TestLock);
+  double pos = 0.0;
+  for (int retries = 0; !Try_Retract(speed, retries, pos);) ++retries;
+  m_pMotor->Reset_Current_Limit();  // until here the current of the last landing was in force
+  // No limit, and no sleep of its own: reading the flag waits for a fresh sample of it.
+  while (m_pMotor->Get_InterRunFlag() != 0) {
+  }
+  ++the_Force_Backs;
+  return 1;
+}
+
+// One attempt to lift the probe. pos: the position last read, in and out. Returns true when the probe has come free,
+// has arrived, or was reported as stuck; false when the attempt ran out of time.
+bool C_VoiceMotor::Try_Retract(float speed, int retries, double& pos) {
+  Wait_Idle(Retract_Limit_Ms, Format_Text(L"canid:%d force_back_timeout Get_InterRunFlag", CanID));
+  m_pMotor->Set_Speed(speed);
+  const double temp_pos = Val_BeginePoint_offset;
+  m_pMotor->Send_Pos(temp_pos);  // of a retry too: the move that the drive is carrying out is not cancelled
+  m_BackTimer.InitBeginTime(0.0);
+  m_pMotor->Get_Cur_Pos(pos);
+  const double start_pos = pos;
+  for (;;) {
+    if (m_BackTimer.GetCurPerformanceTimeFromBeginTimeMsDouble() > Retract_Limit_Ms) return false;
+    if (retries > Retries) {
+      Give_Up_Retract(pos);
+      return true;
+    }
+    if (m_pMotor->Get_Cur_Pos(pos) != 1) {
+      Message_Box(Format_Text(L"CANID:%d读取位置超时,请检查驱动器电源", CanID));
+    }
+    if (std::fabs(pos - start_pos) > Free_Mm) return true;
+    if (std::fabs(pos - temp_pos) < Free_Mm) return true;
+    Sleep(1);
+  }
+}
+
+// The probe does not come free: the current of the landing is too small to lift it. Holds it where it is, opens the
+// limits and sends it to 0.
+void C_VoiceMotor::Give_Up_Retract(double pos) {
+  if (std::fabs(pos) > Sane_Position_Mm) pos = 0.0;
+  Message_Box(Format_Text(L"canid:%d force_back_timeout 最小电流过小 ", CanID));
+  m_pMotor->Go_Pos(pos);
+  m_pMotor->Reset_Current_Limit();
+  m_pMotor->Go_Pos(0.0);
+}
+
+int C_VoiceMotor::Force_Back_Count() {
+  return the_Force_Backs;
+}
+
+double C_VoiceMotor::Correct_Base(float speed, float current) {
+  double result = 0.0;
+  {
+    const C_Section_Holder hold(m_TestLock);
+    result = Detection_thickness(speed, current);
+    Force_Back(speed);
+  }
+  // The result is measured against the old reference, so that this is the observed position, whatever that one was.
+  const double base = Cur_BaseDistance + Val_Block_Size - result;
+  Cur_BaseDistance = base;
+  return base;
+}
+
+double C_VoiceMotor::Store_Position() {
+  m_pMotor->Set_Acc(Val_Acc_Set[0]);
+  const double force = Val_Force_Set[0] + static_cast<float>(Spring_Force(test_distance));
+  const double current = Force_To_Current(force);
+  const double position =
+      -Detection_thickness(static_cast<float>(Val_Speed_Set[1]), static_cast<float>(current)) + Val_Block_Size;
+  Val_Pos_Set[0] = m_pMotor->m_Be_Invert == 1 ? -position : position;
+  Val_Pos_Set[2] = Val_Pos_Set[0];
+  Force_Back(10.0F);
+  return position;
+}
+
+}  // namespace orsanta

@@ -1,0 +1,219 @@
+// What a station is apart from its cycles: its life, its store, its flags and its link.
+#include <utility>
+#include <vector>
+
+#include "drive/interpolation_motor.h"
+#include "drive/motor.h"
+#include "host/debug_com.h"
+#include "station/voice_motor.h"
+#include "support/clock.h"
+#include "support/message_box.h"
+
+namespace orsanta {
+
+namespace {
+
+constexpr int First_Fault_Read_Ms = 1000;  // for the drive's first fault word
+
+// The temperature readers, which outlive their stations. Never destroyed, so that reader threads that still run at the
+// end of the process find it whole.
+struct C_Temp_Sensors {
+  std::mutex lock;
+  std::vector<std::unique_ptr<C_Interpolation_Voice_Motor>> readers;
+};
+
+C_Temp_Sensors& Temp_Sensors() {
+  static auto* const sensors = new C_Temp_Sensors;
+  return *sensors;
+}
+
+C_Interpolation_Voice_Motor* Keep_Temp_Sensor(std::unique_ptr<C_Interpolation_Voice_Motor> reader) {
+  const std::lock_guard<std::mutex> hold(Temp_Sensors().lock);
+  Temp_Sensors().readers.push_back(std::move(reader));
+  return Temp_Sensors().readers.back().get();
+}
+
+}  // namespace
+
+// The order matters: the loaded parameters decide what is built.
+C_VoiceMotor::C_VoiceMotor(int can_id, int axis_num, int aux_axis_num, int controller_num, int spare_num,
+                           int connect_server, int /*reserved1*/, int /*reserved2*/, int /*reserved3*/)
+    : AxisNum(axis_num), ControllerNum(controller_num), SpareNum(spare_num), CanID(can_id) {
+  m_MatData.SetBaseSaveFileDir_SubDir(L"历史数据", 1);
+  LoadAllClassParameterFromHashOpt(Store_Name().c_str(), 1);
+  Test_Force[0] = Val_Force_Set[0];
+  Test_Force[1] = Val_Force_Set[1];
+  m_pDebugCom = std::make_shared<C_VoiceDebugCom>(CanID);
+  Set_RunNegative(Val_Run_Negative != 0 ? 0 : 1);
+
+  m_pMotor = std::make_unique<C_Kestrune_Motor_test>(CanID, ControllerNum, connect_server);
+  Motor_Ready = m_pMotor->Map_Once();
+  if (Val_TempSensorCanID != 0.0) {
+    m_pTempSensor = Keep_Temp_Sensor(std::make_unique<C_Interpolation_Voice_Motor>(
+        static_cast<int>(Val_TempSensorCanID.Get()), AxisNum, aux_axis_num, ControllerNum, 0, -1, -1, -1));
+  }
+  if (Motor_Ready == 1) {
+    m_pMotor->Set_Acc(Val_Acc_Set[0]);
+    m_pMotor->Set_Jerk(Val_Jerk_Set);
+    Report_Faults_At_Start();
+  }
+}
+
+C_VoiceMotor::~C_VoiceMotor() {
+  Save();
+  m_pDebugCom.reset();
+  m_pMotor.reset();
+}
+
+void C_VoiceMotor::Release_Temp_Sensors() {
+  const std::lock_guard<std::mutex> hold(Temp_Sensors().lock);
+  Temp_Sensors().readers.clear();
+}
+
+// Waits for the first fault word of a drive that has just been mapped. A read takes the samples out, so that the wait
+// goes on for one step more after it: the report finds fresh ones.
+void C_VoiceMotor::Report_Faults_At_Start() {
+  int read = 0;
+  for (int waited_ms = 0; read != 1 && waited_ms <= First_Fault_Read_Ms; waited_ms += 10) {
+    uint64_t code = 0;
+    read = m_pMotor->Get_Error_Code(code);
+    Sleep(10);
+  }
+  Report_Fault();
+}
+
+std::wstring C_VoiceMotor::Store_Name() const {
+  return Format_Text(L"音圈电机%d参数", CanID).Text();
+}
+
+void C_VoiceMotor::Save() {
+  SaveAllClassParameterToHashOpt(Store_Name().c_str(), 1);
+}
+
+void C_VoiceMotor::OptSaveAndLoadDataStore(CAutoSaveClassData_Data& data) {
+  {
+    const C_Store_Class entered(*this, data);
+    Process_Member("Val_Force_OffSet", Val_Force_OffSet, data);
+    Process_Member("Val_Force_Set[0]", Val_Force_Set[0], data);
+    Process_Member("Val_Force_Set[1]", Val_Force_Set[1], data);
+    Process_Member("Val_Acc_Set[0]", Val_Acc_Set[0], data);
+    Process_Member("Val_Acc_Set[1]", Val_Acc_Set[1], data);
+    Process_Member("Val_Pos_Set[0]", Val_Pos_Set[0], data);
+    Process_Member("Val_Pos_Set[1]", Val_Pos_Set[1], data);
+    Process_Member("Val_Pos_Set[2]", Val_Pos_Set[2], data);
+    Process_Member("Val_HoldTime_Set[0]", Val_HoldTime_Set[0], data);
+    Process_Member("Val_HoldTime_Set[1]", Val_HoldTime_Set[1], data);
+    Process_Member("Val_Speed_Set[0]", Val_Speed_Set[0], data);
+    Process_Member("Val_Speed_Set[1]", Val_Speed_Set[1], data);
+    Process_Member("Val_Speed_Set[2]", Val_Speed_Set[2], data);
+    Process_Member("Val_UpSpeed_Set", Val_UpSpeed_Set, data);
+    Process_Member("test_distance", test_distance, data);
+    Process_Member("Val_BeginePoint_offset", Val_BeginePoint_offset, data);
+    Process_Member("Val_Static_GForce", Val_Static_GForce, data);
+    Process_Member("Val_Force_K", Val_Force_K, data);
+    Process_Member("Val_Force_KK", Val_Force_KK, data);
+    CMyArray<double> surface = Copy_Surface();
+    Process_Member("m_P", surface, data);
+    if (data.m_bLoad != 0) Set_Surface(std::move(surface));
+    Process_Member("Val_BaseDistance", Val_BaseDistance, data);
+    Process_Member("Val_Block_Size", Val_Block_Size, data);
+    Process_Member("Val_Error_offset", Val_Error_offset, data);
+    Process_Member("Val_ErrorThreshold", Val_ErrorThreshold, data);
+    Process_Member("Val_ErrorWindowLen", Val_ErrorWindowLen, data);
+    Process_Member("Val_Run_Negative", Val_Run_Negative, data);
+    Process_Member("Val_Jerk_Set", Val_Jerk_Set, data);
+    Process_Member("Val_mark_pos", Val_mark_pos, data);
+    Process_Member("Val_Spring_K", Val_Spring_K, data);
+    Process_Member("Val_SensorScale", Val_SensorScale, data);
+    Process_Member("Val_Correction_MaxI", Val_Correction_MaxI, data);
+    Process_Member("Val_Correction_MinI", Val_Correction_MinI, data);
+    Process_Member("Val_Sendback_Frq", Val_Sendback_Frq, data);
+    Process_Member("Val_FC_test_num", Val_FC_test_num, data);
+    Process_Member("Val_Pos_Friction[0].MyArrayBasisList", Val_Pos_Friction[0].BasisList, data);
+    Process_Member("Val_Pos_Friction[0].MyArrayP", Val_Pos_Friction[0].p, data);
+    Process_Member("Val_Pos_Friction[0].xscale", Val_Pos_Friction[0].xscale, data);
+    Process_Member("Val_Pos_Friction[1].MyArrayBasisList", Val_Pos_Friction[1].BasisList, data);
+    Process_Member("Val_Pos_Friction[1].MyArrayP", Val_Pos_Friction[1].p, data);
+    Process_Member("Val_Pos_Friction[1].xscale", Val_Pos_Friction[1].xscale, data);
+    Process_Member("Val_Head_mg", Val_Head_mg, data);
+    Process_Member("Val_TempSensorCanID", Val_TempSensorCanID, data);
+  }
+  CAutoSaveClassData2::OptSaveAndLoadDataStore(data);
+}
+
+void C_VoiceMotor::Set_Cur_BaseDistance(float position) {
+  Cur_BaseDistance = position;
+}
+
+int C_VoiceMotor::Set_RunNegative(int flag) {
+  if (flag != 0 && flag != 1) return 0;
+  Val_Run_Negative = flag == 1 ? 0 : 1;
+  return 1;
+}
+
+void C_VoiceMotor::Set_TestDistance(double distance) {
+  test_distance = static_cast<float>(distance);
+}
+
+void C_VoiceMotor::Get_TestDistance(double& distance) const {
+  distance = test_distance;
+}
+
+int C_VoiceMotor::Set_TestMode(int mode) {
+  if (mode < 0 || mode > 9) return 0;
+  m_TestMode = mode;
+  return 1;
+}
+
+void C_VoiceMotor::Set_Test_Finish() {
+  Test_Finish = 1;
+  Test_Finish_Panel = 1;
+}
+
+int C_VoiceMotor::Take_Test_Finish() {
+  const int old = Test_Finish;
+  if (old == 1) Test_Finish = 0;
+  return old;
+}
+
+int C_VoiceMotor::Take_Test_Finish_Panel() {
+  const int old = Test_Finish_Panel;
+  if (old == 1) Test_Finish_Panel = 0;
+  return old;
+}
+
+int C_VoiceMotor::Take_Force_Back_Finish() {
+  const int old = Force_Back_Finish;
+  Force_Back_Finish = 0;
+  return old;
+}
+
+int C_VoiceMotor::Report_Fault() {
+  uint64_t code = 0;
+  const int read = m_pMotor->Get_Error_Code(code);
+  if (read != 1) return read;
+  if ((code & 1) != 0) Message_Box(Format_Text(L"ID:%d 超电流", CanID));
+  if ((code & 2) != 0) Message_Box(Format_Text(L"ID:%d 无法回零", CanID), Box_System_Modal);
+  if ((code & 4) != 0) Message_Box(Format_Text(L"ID:%d 超负荷", CanID), Box_System_Modal);
+  if ((code & 8) != 0) Message_Box(Format_Text(L"ID:%d 检测到漏电流过大", CanID), Box_System_Modal);
+  return read;
+}
+
+std::shared_ptr<C_VoiceDebugCom> C_VoiceMotor::Debug_Com() const {
+  const std::lock_guard<std::mutex> hold(m_Link_Lock);
+  return m_pDebugCom;
+}
+
+void C_VoiceMotor::Renew_Debug_Com() {
+  std::shared_ptr<C_VoiceDebugCom> link;
+  {
+    const std::lock_guard<std::mutex> hold(m_Link_Lock);
+    link.swap(m_pDebugCom);
+  }
+  if (link != nullptr) link->Close();  // a thread that still holds it no longer holds its port
+  link = std::make_shared<C_VoiceDebugCom>(CanID);
+  const std::lock_guard<std::mutex> hold(m_Link_Lock);
+  m_pDebugCom = std::move(link);
+}
+
+}  // namespace orsanta
