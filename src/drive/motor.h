@@ -1,7 +1,7 @@
 // C_Kestrune_Motor_test: the one place where a station talks to its voice-coil drive. One object stands for one drive.
 //
 // Everything that goes to the drive is a double written to a numbered output channel; everything that comes back is a
-// stream of doubles from a numbered input channel. Channel numbers are can_id * 20 + k, with the k of the tables in
+// stream of doubles from a numbered input channel. Channel numbers are can_id * 20 + k, with the k of
 // motor_channels.h. The drive is always position-commanded: a force is a clamp on the coil current, and a landing
 // commands a position beyond the part, so that the probe comes to rest pressing with that current.
 //
@@ -138,10 +138,9 @@ class C_Kestrune_Motor_test {
   int Output_Channel(int k) const;
   // Writes a value to output channel k and waits until the server has sent it.
   void Output_And_Wait(int k, double value);
-  // Writes the value of one of the two current clamps.
-  void Output_Current(int k, double value, double asked);
   // One read of input channel k without a retry: the newest of the samples that wait.
   int Read_Once(int k, double& value);
+  // Polls the ready flag until it has the wanted value. polls: spent so far of the poll budget; 0 once it is used up.
   int Wait_For_Ready_Flag(int wanted, int& flag, int& polls);
 
   CMyArray<C_FIFO2Window*> m_WindowList;  // the windows whose threads this object started; not owned

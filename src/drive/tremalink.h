@@ -1,12 +1,14 @@
-// The motion contract: 48 functions of the client library libtremalink.so, through which everything reaches the CAN bus.
+// The motion contract: 48 functions of the client library libtremalink.so, through which everything reaches the CAN
+// bus.
 //
-// The motion server behind them owns the bus, the devices and the instruction threads. An instruction thread is a numbered
-// queue in the server: functions in capitals append an instruction and return at once; instructions of one thread run in
-// order, different threads run side by side. Wait instructions hold their thread, never the caller; the caller blocks in
-// WaitForAllInsFinish alone, and such a wait on one thread does not hold a call on another.
+// The motion server behind them owns the bus, the devices and the instruction threads. An instruction thread is a
+// numbered queue in the server: functions in capitals append an instruction and return at once; instructions of one
+// thread run in order, different threads run side by side. Wait instructions hold their thread, never the caller; the
+// caller blocks in WaitForAllInsFinish alone, and such a wait on one thread does not hold a call on another.
 //
-// Every function may be called from any thread, also at once from several, and none throws. Positions on channels are raw
-// (see drive/motor.h); axis positions are in user units. Only src/drive calls these functions; bench/ implements them.
+// Every function may be called from any thread, also at once from several, and none throws. Positions on channels are
+// raw (see drive/motor.h); axis positions are in user units. Only src/drive calls these functions; bench/ implements
+// them.
 #pragma once
 
 #include <cstdint>
@@ -59,7 +61,8 @@ TREMALINK_API int SET_OUTPUT_DATA_MAP(int thread, int can_id, int port, int form
 TREMALINK_API int RESET_INPUT_DATA_FIFO(int thread, int channel, int depth);
 // Ties the axis to the drive at can_id.
 TREMALINK_API int SET_AXIS_MAP(int thread, int can_id, int reserved, int axis);
-// Ties a device's input or output bit to an IO number. Kinds: 1 a drive's own input, 3 a card's output, 4 a card's input.
+// Ties a device's input or output bit to an IO number. Kinds: 1 a drive's own input, 3 a card's output, 4 a card's
+// input.
 TREMALINK_API int SET_IOIN_MAP(int thread, int can_id, int kind, int bit, int reserved, int io);
 TREMALINK_API int SET_IOOUT_MAP(int thread, int can_id, int kind, int bit, int io);
 // Size of the thread's back-jump instruction buffer.
@@ -81,8 +84,8 @@ TREMALINK_API int WaitForAllInsFinish(int thread);
 TREMALINK_API int GetThreadInsBufferRemainCount(int thread, int* buffer_len, int* ins_finish);
 // Drops what is still queued, at once.
 TREMALINK_API int ClearInsBuffer(int thread);
-// Hold the thread: until the axis has stopped; for ms milliseconds; until the input is on, off; until the axis has paused;
-// until another thread is empty.
+// Hold the thread: until the axis has stopped; for ms milliseconds; until the input is on, off; until the axis has
+// paused; until another thread is empty.
 TREMALINK_API int TILLSTOP(int thread, int axis);
 TREMALINK_API int TILLTIME(int thread, int ms);
 TREMALINK_API int TILLIO(int thread, int io);
@@ -93,7 +96,8 @@ TREMALINK_API int TILL_THREAD_INS_FINISH(int thread, int other_thread);
 TREMALINK_API int CLEAR_THREAD_INS(int thread, int other_thread);
 // Lets a paused axis go on.
 TREMALINK_API int AXIS_RESUME(int thread, int axis);
-// Smooth move to the position within the set limits; with the target in a register; direct, unplanned move; smooth stop.
+// Smooth move to the position within the set limits; with the target in a register; direct, unplanned move; smooth
+// stop.
 TREMALINK_API int SGO(int thread, int axis, double position);
 TREMALINK_API int SGO_R(int thread, int axis, int reg);
 TREMALINK_API int RAPID_GO(int thread, int axis, double position);

@@ -1,0 +1,120 @@
+#include "drive/fifo_window.h"
+
+#include <algorithm>
+
+#include "drive/tremalink.h"
+#include "support/clock.h"
+#include "support/priority.h"
+
+namespace orsanta {
+
+namespace {
+
+constexpr int Pass_Sleep_Ms = 2;
+constexpr int Stop_Timeout_Ms = 300000;
+
+template <class T>
+void Copy_Live_Part(const CMyArray<T>& from, int start, CMyArray<T>& to) {
+  const int count = from.GetSize() - start;
+  to.ReallocateMem(count);
+  std::copy_n(from.GetData() + start, count, to.GetData());
+}
+
+}  // namespace
+
+C_FIFO2Window::~C_FIFO2Window() {
+  ReleaseSubClass_CBaseBindThread();
+}
+
+int C_FIFO2Window::Set_Window_Len(int length) {
+  const C_Section_Holder hold(m_Lock);
+  if (m_WindowLen < 1) return 0;
+  m_WindowLen = length;
+  Empty();
+  return 1;
+}
+
+int C_FIFO2Window::Start_Read(int channel) {
+  if (channel > 0) m_Channel = channel;
+  BeginThread(nullptr, Process_Class_High, 2, Stop_Timeout_Ms, nullptr);
+  return 1;
+}
+
+int C_FIFO2Window::Get_Window(CMyArray<double>& out) {
+  const C_Section_Holder hold(m_Lock);
+  Copy_Live_Part(m_Data, m_Start, out);
+  {
+    const std::lock_guard<std::mutex> guard(m_ReadIndexLock);
+    Copy_Live_Part(m_Index, m_Start, m_ReadIndex);
+  }
+  m_BeNewData = 0;
+  return out.GetSize() > 0 ? 1 : 0;
+}
+
+int C_FIFO2Window::Get_Read_Index(CMyArray<uint64_t>& out) const {
+  const std::lock_guard<std::mutex> guard(m_ReadIndexLock);
+  out = m_ReadIndex;
+  return 1;
+}
+
+CMyArray<uint64_t> C_FIFO2Window::Get_Read_Index_Copy() const {
+  CMyArray<uint64_t> out;
+  Get_Read_Index(out);
+  return out;
+}
+
+int C_FIFO2Window::Get_Count() {
+  const C_Section_Holder hold(m_Lock);
+  return Live_Count();
+}
+
+int C_FIFO2Window::Clear_Window() {
+  const C_Section_Holder hold(m_Lock);
+  Empty();
+  return 1;
+}
+
+int C_FIFO2Window::Push_Sample(double value, uint64_t index) {
+  const C_Section_Holder hold(m_Lock);
+  if (Live_Count() >= m_WindowLen) Drop_Oldest();
+  m_Data.Add(value);
+  m_Index.Add(index);
+  m_BeNewData = 1;
+  return 1;
+}
+
+// The count goes to 0 and the blocks stay, since they fill up again.
+void C_FIFO2Window::Empty() {
+  m_Data.SetArraySize(0);
+  m_Index.SetArraySize(0);
+  m_Start = 0;
+}
+
+void C_FIFO2Window::Drop_Oldest() {
+  MY_ASSERT(Live_Count() >= 1);
+  ++m_Start;
+  if (m_Data.GetSize() < 2 * m_WindowLen) return;
+  m_Data.RemoveData(0, m_Start);
+  m_Index.RemoveData(0, m_Start);
+  m_Start = 0;
+}
+
+// The window thread runs ahead of all other work of the process, so that no FIFO of a drive overflows.
+void C_FIFO2Window::OnThreadBegin(void*) {
+  SetPriorityClass(Process_Class_High);
+  SetThreadPriority(Priority_Time_Critical);
+}
+
+void C_FIFO2Window::OnThreadLoop(void*) {
+  const int length = m_WindowLen;
+  m_PassData.SetArraySize(length);
+  m_PassIndex.SetArraySize(length);
+  int nLen = 0;
+  // The result is not looked at: a failed read brings no samples, and the window keeps what it has.
+  if (m_Channel != -1) GetInputChannelData(m_Channel, length, &nLen, m_PassData.GetData(), m_PassIndex.GetData());
+  // The lock is taken for each sample, so that a reader gets in between.
+  for (int i = 0; i < nLen; ++i) Push_Sample(m_PassData[i], m_PassIndex[i]);
+  Sleep(Pass_Sleep_Ms);
+}
+
+}  // namespace orsanta

@@ -1,0 +1,368 @@
+#include "drive/motor.h"
+
+#include <cmath>
+
+#include "drive/motor_channels.h"
+#include "drive/tremalink.h"
+#include "support/clock.h"
+#include "support/message_box.h"
+
+namespace orsanta {
+
+namespace {
+
+using namespace motor_channels;
+
+// Empty: the local server, which the client library reaches over the loopback address "127.0.0.1".
+constexpr const wchar_t* Server_Address = L"";
+constexpr int Server_Is_Local = 1;
+constexpr int Connect_Tries = 100;  // a pass ends with the first try beyond
+constexpr int Connect_Sleep_Ms = 100;
+
+constexpr double Raw_Per_Count = 65536.0;
+constexpr double Sleep_Above_Current = 11.0;  // amperes
+constexpr double Open_Clamp_Current = 40.0;   // amperes, beyond what the coil ever draws
+
+constexpr int Poll_Budget = 5000;  // polls of 1 ms
+constexpr int Busy_Sleep_Ms = 10;
+constexpr int Run_Flag_Unreadable = 2;
+
+constexpr int Latest_Count = 256;  // samples in one read, which is the depth of a status FIFO
+constexpr int Latest_Tries = 40;   // empty reads; the one beyond gives up
+constexpr int Array_Count = 65536;
+constexpr int Array_Tries = 3;
+
+constexpr int Register_Count = 256;
+constexpr int Zero_Instruction = 0x55;
+
+int Connect_Pass() {
+  int connected = 0;
+  int count = 0;
+  do {
+    connected = ConnectControlServer(Server_Address, 0, nullptr);
+    Sleep(Connect_Sleep_Ms);  // after the try that works too
+    ++count;
+  } while (connected == 0 && count <= Connect_Tries);
+  if (connected == 0) Message_Box(L"连接服务端失败");
+  return connected;
+}
+
+}  // namespace
+
+CMyCriticalSection C_Kestrune_Motor_test::theDriveLock;
+int C_Kestrune_Motor_test::theDriveCount = 0;
+int C_Kestrune_Motor_test::theServerConnected = 0;
+CMyCriticalSection C_Kestrune_Motor_test::theMapLock;
+CMyArray<int> C_Kestrune_Motor_test::theMappedIds;
+
+C_Kestrune_Motor_test::C_Kestrune_Motor_test(int can_id, int thread_num, int connect_server)
+    : m_CanId(can_id), m_ThreadNum(thread_num) {
+  const C_Section_Holder hold(theDriveLock);
+  ++theDriveCount;
+  if (theServerConnected == 0 && connect_server == 1) {
+    InitDevice_PC_Local_Controler(Server_Is_Local, 0);
+    Connect_Pass();
+    // What an earlier client left in the server goes; it drops the connection, so that a second pass makes the one that
+    // counts, whatever became of the first.
+    ReBuildSystem();
+    if (Connect_Pass() == 0) {
+      MY_ASSERT_REPORT("the motion server refused the connection; restart the motion server, then the program");
+    }
+    theServerConnected = 1;
+  }
+  Set_Run_Dir(0);  // the direction stays as it is, see there
+}
+
+C_Kestrune_Motor_test::~C_Kestrune_Motor_test() {
+  const C_Section_Holder hold(theDriveLock);
+  for (C_FIFO2Window* window : m_WindowList) window->ReleaseSubClass_CBaseBindThread();
+  m_WindowList.Clear();
+  --theDriveCount;
+  if (theDriveCount != 0) return;
+  theMappedIds.Clear();
+  theServerConnected = 0;
+  ReleaseDevice();
+}
+
+int C_Kestrune_Motor_test::Input_Channel(int k) const {
+  return m_CanId * Channels_Per_Drive + k;
+}
+int C_Kestrune_Motor_test::Output_Channel(int k) const {
+  return m_CanId * Channels_Per_Drive + k;
+}
+
+// --- Scaling ---
+
+int C_Kestrune_Motor_test::Set_Pos_Offset(double offset) {
+  m_Offset = offset;
+  return 1;
+}
+
+int C_Kestrune_Motor_test::Set_Run_Dir(int dir) {
+  if (dir == 1) {
+    m_Sign = 1.0;
+    return 1;
+  }
+  // Only a sign that was never set can be turned: once it is 1.0, -1.0 is out of reach. This is meant.
+  if (m_Sign != 0.0) return 0;
+  m_Sign = -1.0;
+  return 1;
+}
+
+int C_Kestrune_Motor_test::SetScale(double counts_per_mm) {
+  m_Scale = counts_per_mm * Raw_Per_Count;
+  return 1;
+}
+
+// --- Status ---
+
+int C_Kestrune_Motor_test::Check_Ready() {
+  double value = 0.0;
+  if (Read_Latest(Input_Channel(In_Ready), value) != 1) {
+    Message_Box(L"Check_Ready无法获取数据通道");
+    return 0;
+  }
+  return static_cast<int>(value);
+}
+
+int C_Kestrune_Motor_test::Get_Version(uint16_t& ver, uint32_t& bcd_date) {
+  double value = 0.0;
+  if (Read_Once(In_Version, value) != 1) return 0;
+  const auto packed = static_cast<int64_t>(value);
+  ver = static_cast<uint16_t>(packed & 0xFFFF);
+  bcd_date = static_cast<uint32_t>((packed >> 16) & 0xFFFFFFFF);
+  return 1;
+}
+
+int C_Kestrune_Motor_test::Get_Error_Code(uint64_t& code) {
+  double value = 0.0;
+  if (Read_Once(In_Fault, value) != 1) return 0;
+  code = static_cast<uint64_t>(value);
+  return 1;
+}
+
+int C_Kestrune_Motor_test::Get_Cur_Pos(double& pos) {
+  CMyArray<double> positions;
+  const int result = Get_Pos_Window(positions);
+  if (positions.GetSize() >= 1) pos = positions.GetEndData();
+  return result;
+}
+
+int C_Kestrune_Motor_test::Get_Load(double& value) {
+  double load_temp = 0.0;
+  if (Read_Latest(Input_Channel(In_Load), load_temp) != 1) return 0;
+  value = load_temp;
+  return 1;
+}
+
+int C_Kestrune_Motor_test::Get_Pos_Window(CMyArray<double>& positions) {
+  const int result = m_PosWindow.Get_Window(positions);
+  const double scale = m_Scale;
+  for (double& position : positions) position /= scale;
+  return result;
+}
+
+int C_Kestrune_Motor_test::Clear_Pos_Window(C_FIFO2Window& window) {
+  return window.Clear_Window();
+}
+
+int C_Kestrune_Motor_test::Get_Current_Fifo(CMyArray<double>& samples) {
+  return Read_Channel_Array(Input_Channel(In_Current), samples);
+}
+int C_Kestrune_Motor_test::Get_Fifo7(CMyArray<double>& samples) {
+  return Read_Channel_Array(Input_Channel(In_Stream_7), samples);
+}
+int C_Kestrune_Motor_test::Get_Fifo8(CMyArray<double>& samples) {
+  return Read_Channel_Array(Input_Channel(In_Stream_8), samples);
+}
+int C_Kestrune_Motor_test::Get_Fifo10(CMyArray<double>& samples) {
+  return Read_Channel_Array(Input_Channel(In_Stream_10), samples);
+}
+
+int C_Kestrune_Motor_test::Reset_Data_Fifo() {
+  for (const int k : {In_Current, In_Stream_7, In_Stream_10, In_Stream_8}) {
+    RESET_INPUT_DATA_FIFO(m_ThreadNum, Input_Channel(k), Depth_Stream);
+  }
+  return 1;
+}
+
+int C_Kestrune_Motor_test::Get_Current(double& current) {
+  return Read_Latest(Input_Channel(In_Current), current);
+}
+
+int C_Kestrune_Motor_test::Get_InterRunFlag() {
+  double value = 0.0;
+  if (Read_Latest(Input_Channel(In_Run), value) != 1) {
+    Message_Box(Format_Text(L"CANID:%d  Get_InterRunFlag无法读取数据通道", m_CanId));
+    return Run_Flag_Unreadable;
+  }
+  return static_cast<int>(value);
+}
+
+// --- Commands ---
+
+int C_Kestrune_Motor_test::Go_Pos(double mm) {
+  while (Get_InterRunFlag() == 1) Sleep(Busy_Sleep_Ms);
+  Send_Pos(mm);
+  const int result = TillStop();
+  WaitForAllInsFinish(m_ThreadNum);
+  return result;
+}
+
+void C_Kestrune_Motor_test::Send_Pos(double mm) {
+  WaitForAllInsFinish(m_ThreadNum);
+  OUTPUT_DATA(m_ThreadNum, Output_Channel(Out_Position), mm * m_Sign * m_Scale + m_Offset);
+}
+
+void C_Kestrune_Motor_test::Output_And_Wait(int k, double value) {
+  OUTPUT_DATA(m_ThreadNum, Output_Channel(k), value);
+  WaitForAllInsFinish(m_ThreadNum);
+}
+
+void C_Kestrune_Motor_test::Set_Current_Pos(double current) {
+  if (std::abs(current) > Sleep_Above_Current) Sleep(1);  // a breath before a strong push; it changes nothing else
+  if (m_Be_Invert == 1) {
+    Output_And_Wait(Out_Current_Lower, -current);
+  } else {
+    Output_And_Wait(Out_Current_Upper, current);
+  }
+}
+
+void C_Kestrune_Motor_test::Set_Current_Neg(double current) {
+  if (std::abs(current) > Sleep_Above_Current) Sleep(1);
+  if (m_Be_Invert == 1) {
+    Output_And_Wait(Out_Current_Lower, current);
+  } else {
+    Output_And_Wait(Out_Current_Upper, -current);
+  }
+}
+
+void C_Kestrune_Motor_test::Reset_Current_Limit() {
+  OUTPUT_DATA(m_ThreadNum, Output_Channel(Out_Current_Upper), Open_Clamp_Current);
+  Output_And_Wait(Out_Current_Lower, -Open_Clamp_Current);
+}
+
+void C_Kestrune_Motor_test::Set_Speed(double speed) {
+  Output_And_Wait(Out_Speed, speed);
+}
+void C_Kestrune_Motor_test::Set_Acc(double acceleration) {
+  Output_And_Wait(Out_Acceleration, acceleration);
+}
+void C_Kestrune_Motor_test::Set_Jerk(double) {}
+
+int C_Kestrune_Motor_test::Till_Time(double ms) {
+  return TILLTIME(m_ThreadNum, static_cast<int>(ms));
+}
+
+int C_Kestrune_Motor_test::TillStop() {
+  int polls = 0;
+  for (;;) {
+    const int flag = Get_InterRunFlag();
+    if (flag == Run_Flag_Unreadable) {
+      Message_Box(L"TillStop无法获取数据");
+      return 0;
+    }
+    ++polls;
+    Sleep(1);
+    // A drive that does not arrive is told again at each further poll, and the wait goes on: nobody may command a drive
+    // that still moves.
+    if (polls > Poll_Budget) Message_Box(L"到位超时");
+    if (flag == 0) return 1;
+  }
+}
+
+int C_Kestrune_Motor_test::Wait_For_Ready_Flag(int wanted, int& flag, int& polls) {
+  while (flag != wanted) {
+    Sleep(1);
+    flag = Check_Ready();
+    ++polls;
+    if (polls > Poll_Budget) return 0;
+  }
+  return 1;
+}
+
+int C_Kestrune_Motor_test::Measure_Stroke(double& max, double& min) {
+  OUTPUT_DATA(m_ThreadNum, Output_Channel(Out_Home), 0.0);
+  int flag = 1;
+  int polls = 0;  // one budget for the start and the end of the drive's homing
+  if (Wait_For_Ready_Flag(0, flag, polls) != 1) return 0;
+  if (Wait_For_Ready_Flag(1, flag, polls) != 1) return 0;
+  Sleep(1);
+  if (Read_Once(In_Stroke_Lower, min) != 1) return 0;
+  return Read_Once(In_Stroke_Upper, max);
+}
+
+int C_Kestrune_Motor_test::Go_Zero() {
+  // One buffer for one register, used for all of them: the write pass therefore gives every register the last one's
+  // value. The drive's zero routine wants it this way.
+  char temp_data[Register_Count] = {};
+  int res = 0;
+  for (int reg = 0; reg < Register_Count; ++reg) {
+    ReadDeviceReg(m_CanId, reg, temp_data, 1, &res);
+    if (res != 1) return 0;
+  }
+  for (int reg = 0; reg < Register_Count; ++reg) {
+    WriteDeviceReg(m_CanId, reg, temp_data, 1, &res);
+    if (res != 1) return 0;
+  }
+  ExecuteDeviceIns(m_CanId, Zero_Instruction, &res);
+  return res;
+}
+
+// --- Channel reads ---
+
+int C_Kestrune_Motor_test::Read_Once(int k, double& value) {
+  double pdata[Latest_Count];
+  int nLen = 0;
+  if (GetInputChannelData(Input_Channel(k), Latest_Count, &nLen, pdata, nullptr) == 0 || nLen < 1) return 0;
+  value = pdata[nLen - 1];
+  return 1;
+}
+
+int C_Kestrune_Motor_test::Read_Latest(int channel, double& value) {
+  double pdata[Latest_Count];
+  int nLen = 0;
+  int result = 0;
+  const auto read = [&] {
+    nLen = 0;
+    result = GetInputChannelData(channel, Latest_Count, &nLen, pdata, nullptr);
+    return nLen >= 1;
+  };
+  for (int empty_reads = 0; !read();) {
+    ++empty_reads;
+    Sleep(1);
+    if (empty_reads > Latest_Tries) return 0;
+  }
+  if (nLen == Latest_Count) {
+    // The FIFO was full and dropped what came after, so that even its newest sample may be old. Wait for one that is
+    // not.
+    for (int reads = 0; reads <= Latest_Tries; ++reads) {
+      Sleep(1);
+      if (read()) break;
+    }
+  }
+  if (result == 0 || nLen < 1) return 0;
+  value = pdata[nLen - 1];
+  return 1;
+}
+
+int C_Kestrune_Motor_test::Read_Channel_Array(int channel, CMyArray<double>& samples) {
+  CMyArray<double> pdata;
+  pdata.SetArraySize(Array_Count);
+  int nLen = 0;
+  int result = 0;
+  int empty_reads = 0;
+  for (;;) {
+    nLen = 0;
+    result = GetInputChannelData(channel, Array_Count, &nLen, pdata.GetData(), nullptr);
+    if (nLen >= 1) break;
+    ++empty_reads;
+    Sleep(1);
+    if (empty_reads >= Array_Tries) return 0;
+  }
+  if (result != 1) return 0;
+  pdata.GetSubArray(0, nLen, samples);
+  return 1;
+}
+
+}  // namespace orsanta
