@@ -144,9 +144,9 @@ double C_VoiceMotor::Fit_Cal_Samples(bool be_surface) {
 }
 
 void C_VoiceMotor::Clear_Cal_Data() {
-  m_CalPos.SetArraySize(0);
-  m_CalForce.SetArraySize(0);
-  m_CalCurrent.SetArraySize(0);
+  m_CalPos.Clear();
+  m_CalForce.Clear();
+  m_CalCurrent.Clear();
 }
 
 }  // namespace orsanta

@@ -2,9 +2,9 @@
 #include "station/history.h"
 
 #include <algorithm>
-#include <ctime>
 
 #include "station/voice_motor.h"
+#include "support/clock.h"
 #include "support/wide_string.h"
 
 namespace orsanta {
@@ -52,12 +52,8 @@ namespace {
 class get_time {
  public:
   std::wstring Time_Text() const {
-    const std::time_t now = std::time(nullptr);
-    std::tm local{};
-    localtime_r(&now, &local);
-    return Format_Text(L"%d月%d日%d时%d分%d秒", local.tm_mon + 1, local.tm_mday, local.tm_hour, local.tm_min,
-                       local.tm_sec)
-        .Text();
+    const C_Local_Time now = Local_Time_Now();
+    return Format_Text(L"%d月%d日%d时%d分%d秒", now.month, now.day, now.hour, now.minute, now.second).Text();
   }
 };
 
@@ -66,7 +62,7 @@ class get_time {
 void C_VoiceMotor::Export_History() {
   const std::wstring time_text = get_time().Time_Text();  // once, so that the four files share it
   const auto save = [&](const wchar_t* prefix, const C_History& history) {
-    CMyArray<double> values = history.Copy();
+    const CMyArray<double> values = history.Copy();
     const std::wstring name = Format_Text(prefix, CanID).Text() + time_text;
     m_MatData.Save_Double_Vector(values.GetData(), values.GetSize(), name.c_str());
   };
