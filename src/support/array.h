@@ -87,7 +87,7 @@ class CMyArray {
 
   // Makes room for n elements, by doubling so that a loop of appends copies only at each power of two. Keeps the count.
   void ExpandMem(int n) {
-    if (n <= m_nSize) return;
+    if (n <= m_nSize || n <= 0) return;  // the second test spares the compiler a false warning on an array of none
     int nNewSize = m_nSize * 2;
     if (nNewSize < n) nNewSize = n;
     T* pNewData = new (std::nothrow) T[static_cast<size_t>(nNewSize)];
