@@ -38,8 +38,11 @@ class C_Matrix {
 // Run-time check: right has as many elements as the matrix has rows.
 std::vector<double> Left_Divide(C_Matrix matrix, std::vector<double> right);
 
-// The least-squares solution by the same QR factorisation, but with every column kept: dependent columns give infinite
-// or not-a-number elements, or ones that rounding alone decides. The matrix has at least as many rows as columns.
-std::vector<double> Solve_Keeping_All_Columns(C_Matrix matrix, std::vector<double> right);
+// The least-squares solution by the same QR factorisation, but with every column kept. The matrix has at least as many
+// rows as columns.
+// rank: how many columns the caller knows to be independent. The triangle's diagonal is an exact zero behind them,
+// where rounding would leave noise, so that a deficient system gives infinite or not-a-number elements every time. A
+// system that is deficient only as far as rounding goes gives elements that rounding decides.
+std::vector<double> Solve_Keeping_All_Columns(C_Matrix matrix, std::vector<double> right, int rank);
 
 }  // namespace orsanta
