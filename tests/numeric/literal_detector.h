@@ -1,0 +1,47 @@
+// The settling detector as a literal pass over all slots of the ring: what DetectorStep must equal to the bit, and what
+// the benchmark compares it with.
+#pragma once
+
+#include "numeric/settling_detector.h"
+
+namespace orsanta {
+
+// The largest (sign 1) or smallest (sign -1) of the window, not-a-number skipped.
+inline double Literal_Extreme(const double* window, int length, double sign) {
+  double extreme = window[0];
+  int place = 0;
+  if (length > 1 && extreme != extreme) {
+    for (int i = 1; i < length && extreme != extreme; ++i) {
+      if (window[i] == window[i]) extreme = window[place = i];
+    }
+  }
+  for (int i = place + 1; i < length; ++i) {
+    if (sign > 0 ? window[i] > extreme : window[i] < extreme) extreme = window[i];
+  }
+  return extreme;
+}
+
+inline void Literal_Step(DetectorState& s) {
+  s.RingPos += 1;
+  if (s.RingPos > 1000) s.RingPos = 1;
+  s.RingBuffer[static_cast<int>(s.RingPos) - 1] = s.Input;
+  for (int i = 0; i < 1000; ++i) {
+    double k = s.RingPos + s.RingOffsets[i];
+    if (k > 1000) k -= 1000;
+    s.OrderedWindow[i] = s.RingBuffer[static_cast<int>(k) - 1];
+  }
+  const double start = 1000 - s.WindowLen + 1;
+  const int first = start > 1000 ? 0 : static_cast<int>(start) - 1;
+  const int end = start > 1000 ? 1 : 1001;
+  const int length = end - first - 1;
+  const double* window = s.OrderedWindow + first;
+  s.Settled = s.Threshold > Literal_Extreme(window, length, 1) - Literal_Extreme(window, length, -1);
+  s.Mean = 0;
+  if (!s.Settled) return;
+  for (int i = 0; i < length; ++i) s.TailCopy[i] = window[i];
+  double sum = length > 0 ? s.TailCopy[0] : 0.0;
+  for (int i = 1; i < length; ++i) sum += s.TailCopy[i];
+  s.Mean = sum / length;
+}
+
+}  // namespace orsanta

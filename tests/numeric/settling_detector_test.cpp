@@ -1,0 +1,105 @@
+#include "numeric/settling_detector.h"
+
+#include <gtest/gtest.h>
+
+#include <bit>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+#include <random>
+
+#include "tests/numeric/literal_detector.h"
+
+namespace orsanta {
+namespace {
+
+constexpr double Not_A_Number = std::numeric_limits<double>::quiet_NaN();
+
+class Settling_Detector : public testing::Test {
+ protected:
+  void Start(double window, double threshold) {
+    DetectorInit(m_State);
+    m_State.WindowLen = window;
+    m_State.Threshold = threshold;
+  }
+  bool Step(double input) {
+    m_State.Input = input;
+    DetectorStep(m_State);
+    return m_State.Settled;
+  }
+  DetectorState m_State;
+};
+
+TEST_F(Settling_Detector, SettlesWhenTheWindowHoldsStillBelowTheThreshold) {
+  Start(5, 0.001);
+  EXPECT_EQ(DetectorErrorStatus(m_State), nullptr);
+  Step(99999.0);
+  for (int i = 0; i < 4; ++i) EXPECT_FALSE(Step(3.25)) << i;
+  EXPECT_TRUE(Step(3.25));
+  EXPECT_EQ(m_State.Mean, 3.25);
+  EXPECT_FALSE(Step(3.5));
+  EXPECT_EQ(m_State.Mean, 0.0);
+
+  Start(2, 0.25);
+  Step(1.0);
+  EXPECT_FALSE(Step(1.25)) << "a range equal to the threshold";
+  Start(1, 1e-9);
+  EXPECT_TRUE(Step(7.5));
+  EXPECT_EQ(m_State.Mean, 7.5);
+  Start(3, 0.0);
+  for (int i = 0; i < 5; ++i) EXPECT_FALSE(Step(1.0));
+}
+
+TEST_F(Settling_Detector, WindowsAtTheEndsOfTheirRange) {
+  Start(1000, 0.001);
+  Step(99999.0);
+  for (int i = 0; i < 999; ++i) ASSERT_FALSE(Step(2.0)) << i;
+  EXPECT_TRUE(Step(2.0));
+
+  Start(0, 1.0);
+  EXPECT_TRUE(Step(3.0));
+  EXPECT_TRUE(std::isnan(m_State.Mean));
+
+  for (const double window : {1e9, 1000.5, Not_A_Number}) {  // cut to the ring
+    Start(window, 5.0);
+    EXPECT_TRUE(Step(4.0));
+    EXPECT_EQ(m_State.Mean, 4.0 / 1000);
+  }
+}
+
+// Values that come close to each other, so that windows settle often, with not-a-number, infinity and signed zeros.
+TEST_F(Settling_Detector, EqualsTheLiteralPassToTheBit) {
+  for (const unsigned seed : {1u, 2u, 3u, 4u, 5u, 6u}) {
+    std::mt19937 random(seed);
+    const auto below = [&](int n) { return static_cast<int>(random() % static_cast<unsigned>(n)); };
+    Start(50, 0.01);
+    DetectorState literal = m_State;
+    int settled = 0, not_a_number = 0;
+    double level = 1.0;
+    for (int i = 0; i < 6000; ++i) {
+      if (below(40) == 0) {
+        const double windows[] = {0, 0.5, 1, 1.5, 2, 5, 7.25, 50, 500, 999.5, 1000};
+        m_State.WindowLen = literal.WindowLen = windows[below(11)];
+      }
+      if (below(60) == 0) m_State.Threshold = literal.Threshold = below(5) == 0 ? 1e300 : 0.002 * below(10);
+      if (below(300) == 0) level = 0.1 * below(100) - 3;
+      double input = level + 1e-5 * below(1000);
+      const bool burst = i % 1500 > 1400;
+      if (below(burst ? 2 : 150) == 0) input = Not_A_Number;
+      if (below(500) == 0) input = std::numeric_limits<double>::infinity();
+      if (below(100) == 0) input = -0.0;
+      literal.Input = input;
+      Literal_Step(literal);
+      Step(input);
+      ASSERT_EQ(m_State.Settled, literal.Settled) << "seed " << seed << " step " << i;
+      ASSERT_EQ(std::bit_cast<uint64_t>(m_State.Mean), std::bit_cast<uint64_t>(literal.Mean)) << seed << " " << i;
+      settled += literal.Settled;
+      not_a_number += std::isnan(literal.Mean);
+    }
+    EXPECT_GT(settled, 1000);
+    EXPECT_GT(not_a_number, 100);
+  }
+}
+
+}  // namespace
+}  // namespace orsanta
