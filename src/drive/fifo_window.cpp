@@ -85,8 +85,8 @@ int C_FIFO2Window::Push_Sample(double value, uint64_t index) {
 
 // The count goes to 0 and the blocks stay, since they fill up again.
 void C_FIFO2Window::Empty() {
-  m_Data.SetArraySize(0);
-  m_Index.SetArraySize(0);
+  m_Data.ReallocateMem(0);
+  m_Index.ReallocateMem(0);
   m_Start = 0;
 }
 

@@ -173,6 +173,9 @@ class C_Interpolation_Voice_Motor {
   int Read_Channel_Array(int channel, CMyArray<double>& samples);
 
  private:
+  static constexpr int Fast_Windows = 4;
+  static constexpr int Slow_Windows = 5;
+
   int Port_Channel(int port) const { return m_CanId * 256 + port; }
   void Output_Port(int port, double value);
   int Is_Direction_Turned() const;
@@ -184,7 +187,7 @@ class C_Interpolation_Voice_Motor {
   void Map_Outputs(int can_id);
   int Map_Axis(int can_id);
   double Axis_Scale() const;
-  void Queue_Home_Passes(int dir, double speed, double acceleration, double jerk);
+  void Queue_Home_Passes(int dir);
   int Watch_Home(int timeout_ms);
 
   CMyCriticalSection m_Lock;  // guards m_TimeIndex, and the scale and the zero offset together with a position read
@@ -195,7 +198,7 @@ class C_Interpolation_Voice_Motor {
   const int m_Axis;
   const int m_IoCanId;
   const int m_IoBit;
-  C_FIFO2Window m_FastWindow[4];
+  C_FIFO2Window m_FastWindow[Fast_Windows];
   C_FIFO2Window m_PosWindow;
   C_FIFO2Window m_Window16;
   int m_BeMapped = 0;
@@ -209,7 +212,7 @@ class C_Interpolation_Voice_Motor {
   C_FIFO2Window m_Window20;
   C_FIFO2Window m_Window25;
   C_FIFO2Window m_Window26;
-  C_FIFO2Window m_SlowWindow[5];
+  C_FIFO2Window m_SlowWindow[Slow_Windows];
   CMyArray<C_FIFO2Window*> m_WindowList;  // started windows; not owned
   double m_HomeStroke = 15.0;
   double m_HomeSpeed = 20.0;

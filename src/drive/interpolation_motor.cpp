@@ -1,0 +1,396 @@
+#include "drive/interpolation_motor.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "drive/thermistor.h"
+#include "drive/tremalink.h"
+#include "support/clock.h"
+
+namespace orsanta {
+
+namespace {
+
+constexpr double Raw_Per_Count = 65536.0;
+constexpr int Count_Fraction_Bits = 16;
+constexpr double Open_Clamp_Current = 50.0;  // amperes, beyond what the coil ever draws
+constexpr int Lowest_Port15 = 250;
+constexpr int Highest_Port15 = 2000;
+constexpr int Target_Register = 500;
+constexpr int Emergency_Thread = 0;
+
+constexpr int Latest_Count = 4096;  // samples in one read, which is the depth of a stream FIFO
+constexpr int Latest_Tries = 200;   // empty reads; the one beyond gives up
+constexpr int Array_Count = 65536;
+constexpr int Array_Tries = 3;
+
+// Numbers of the ports, out and in.
+constexpr int Port_Current_A = 4;
+constexpr int Port_Current_B = 12;
+constexpr int Port_Enable = 17;
+constexpr int Port_Load = 15;
+constexpr int Port_Thermistor = 27;
+constexpr int Port_Temperature = 28;
+constexpr int Port_Used = 29;
+constexpr int Port_Error_Value = 50;
+constexpr int Port_Fault2 = 199;
+constexpr int Port_Version = 200;
+constexpr int Port_Fault = 201;
+constexpr int Port_Encoder_Errors = 202;  // of encoder 0; the next port is encoder 1
+
+}  // namespace
+
+// --- Instruction stream ---
+
+void C_Interpolation_Voice_Motor::Send_Go(double mm) {
+  Sgo(mm);
+  Till_Stop(0);
+}
+
+int C_Interpolation_Voice_Motor::Go_Wait(double mm) {
+  Send_Go(mm);
+  Till_Stop(1);
+  return 1;
+}
+
+void C_Interpolation_Voice_Motor::Sgo(double mm) {
+  SGO(m_ThreadNum, m_Axis, mm);
+}
+
+void C_Interpolation_Voice_Motor::Till_Stop(int wait) {
+  TILLSTOP(m_ThreadNum, m_Axis);
+  if (wait == 1) WaitForAllInsFinish(m_ThreadNum);
+}
+
+void C_Interpolation_Voice_Motor::Go_Relative(double d) {
+  USE_LOCAL_REG(m_ThreadNum);
+  GET_OUTPUT_POS(m_ThreadNum, m_Axis, Target_Register);
+  ADD_R_C(m_ThreadNum, Target_Register, Target_Register, d);
+  SGO_R(m_ThreadNum, m_Axis, Target_Register);
+}
+
+int C_Interpolation_Voice_Motor::Rapid_Go(double mm) {
+  RAPID_GO(m_ThreadNum, m_Axis, mm);
+  TILLTIME(m_ThreadNum, 1);
+  return 1;
+}
+
+void C_Interpolation_Voice_Motor::Set_Max_Vel(double velocity) {
+  SET_MAX_VEL(m_ThreadNum, m_Axis, velocity);
+}
+void C_Interpolation_Voice_Motor::Set_Max_Acc(double acceleration) {
+  SET_MAX_ACC(m_ThreadNum, m_Axis, acceleration);
+}
+void C_Interpolation_Voice_Motor::Set_Max_Jerk(double jerk) {
+  SET_MAX_JERK(m_ThreadNum, m_Axis, jerk);
+}
+
+int C_Interpolation_Voice_Motor::Till_Time(double ms) {
+  return TILLTIME(m_ThreadNum, static_cast<int>(ms));
+}
+
+void C_Interpolation_Voice_Motor::Emergency_Stop(int other_thread) {
+  TILL_AXIS_PAUSE(Emergency_Thread, m_Axis);
+  CLEAR_THREAD_INS(Emergency_Thread, other_thread);
+  TILL_THREAD_INS_FINISH(Emergency_Thread, other_thread);
+  STOP_S(Emergency_Thread, m_Axis);
+  AXIS_RESUME(Emergency_Thread, m_Axis);
+  WaitForAllInsFinish(Emergency_Thread);
+}
+
+int C_Interpolation_Voice_Motor::GetInsBuffLen() {
+  int len = 0;
+  int ins_finish = 0;
+  MY_ASSERT(GetThreadInsBufferRemainCount(m_ThreadNum, &len, &ins_finish) == 1);
+  return len;
+}
+
+int C_Interpolation_Voice_Motor::CheckStop() {
+  int len = 0;
+  int ins_finish = 0;
+  MY_ASSERT(GetThreadInsBufferRemainCount(m_ThreadNum, &len, &ins_finish) == 1);
+  if (ins_finish != 1) return 0;
+  int be_map = 0;
+  int run = 0;
+  BeAxisRun(m_Axis, &be_map, &run);
+  MY_ASSERT(be_map == 1);
+  return run == 0 ? 1 : 0;
+}
+
+int C_Interpolation_Voice_Motor::Check_Map_Stop() {
+  WaitForAllInsFinish(m_ThreadNum);
+  int be_map = 0;
+  int run = 0;
+  BeAxisRun(m_Axis, &be_map, &run);
+  return run == 0 ? 1 : 0;
+}
+
+// --- Output ports ---
+
+void C_Interpolation_Voice_Motor::Output_Port(int port, double value) {
+  OUTPUT_DATA(m_ThreadNum, Port_Channel(port), value);
+}
+
+int C_Interpolation_Voice_Motor::Is_Direction_Turned() const {
+  const int turned = m_Dir == 1 ? 1 : 0;
+  return m_DirInvert == 1 ? 1 - turned : turned;
+}
+
+void C_Interpolation_Voice_Motor::Set_Current_Pos(double current) {
+  if (Is_Direction_Turned() == 1) {
+    Output_Port(Port_Current_B, -current);
+  } else {
+    Output_Port(Port_Current_A, current);
+  }
+}
+
+void C_Interpolation_Voice_Motor::Set_Current_Neg(double current) {
+  if (Is_Direction_Turned() == 1) {
+    Output_Port(Port_Current_A, -current);
+  } else {
+    Output_Port(Port_Current_B, current);
+  }
+  WaitForAllInsFinish(m_ThreadNum);
+}
+
+void C_Interpolation_Voice_Motor::Reset_Current_Limit() {
+  Output_Port(Port_Current_A, Open_Clamp_Current);
+  Output_Port(Port_Current_B, -Open_Clamp_Current);
+}
+
+void C_Interpolation_Voice_Motor::Set_Enable(int enable) {
+  Output_Port(Port_Enable, enable);
+}
+void C_Interpolation_Voice_Motor::Set_Port8(int value) {
+  Output_Port(8, value);
+}
+void C_Interpolation_Voice_Motor::Set_Port16(int value) {
+  Output_Port(16, value);
+}
+void C_Interpolation_Voice_Motor::Set_Port15(int value) {
+  Output_Port(15, std::clamp(value, Lowest_Port15, Highest_Port15));
+}
+void C_Interpolation_Voice_Motor::Set_Port18(double value) {
+  Output_Port(18, value);
+}
+
+int C_Interpolation_Voice_Motor::Set_Output_Io(int, int) {
+  return 0;
+}
+
+double C_Interpolation_Voice_Motor::Axis_Scale() const {
+  return m_Dir == 1 ? -m_Scale : +m_Scale;
+}
+
+int C_Interpolation_Voice_Motor::SetScale(double counts_per_mm) {
+  MY_ASSERT(counts_per_mm != 0.0);
+  const double magnitude = std::abs(counts_per_mm);
+  {
+    const C_Section_Holder hold(m_Lock);
+    m_Dir = static_cast<int>(counts_per_mm / magnitude);
+    m_Scale = magnitude * Raw_Per_Count;
+  }
+  SET_AXIS_SCALE(m_ThreadNum, m_Axis, Axis_Scale());
+  return 1;
+}
+
+// --- Status ---
+
+int C_Interpolation_Voice_Motor::Get_Cur_Pos(double& pos) {
+  const C_Section_Holder hold(m_Lock);
+  CMyArray<double> array_temp;
+  if (m_PosWindow.Get_Window(array_temp) != 1) return 0;
+  const int64_t counts = static_cast<int64_t>(array_temp.GetEndData()) >> Count_Fraction_Bits;
+  pos = static_cast<double>(counts) / m_Scale * Raw_Per_Count - m_ZeroOffset;
+  return 1;
+}
+
+int C_Interpolation_Voice_Motor::Get_Pos_Window(CMyArray<double>& positions) {
+  const C_Section_Holder hold(m_Lock);
+  const int result = m_PosWindow.Get_Window(positions);
+  const double scale = m_Scale;
+  const double zero_offset = m_ZeroOffset;
+  for (double& position : positions) position = position / scale - zero_offset;
+  m_PosWindow.Get_Read_Index(m_TimeIndex);
+  return result;
+}
+
+int C_Interpolation_Voice_Motor::Get_Output_Pos(double& pos) {
+  int count = m_CanId + 1;
+  CMyArray<double> positions;
+  positions.SetArraySize(count);
+  GetCurOutputPos(positions.GetData(), &count);
+  if (count >= 1) pos = positions[count - 1];
+  return count;
+}
+
+int C_Interpolation_Voice_Motor::Get_Code(int port, uint64_t& code) {
+  code = m_LastCode;
+  double value = 0.0;
+  if (Read_Once(Port_Channel(port), value) != 1) return 0;
+  code = static_cast<uint64_t>(value);
+  m_LastCode = code;
+  return 1;
+}
+
+int C_Interpolation_Voice_Motor::Get_Error_Code(uint64_t& code) {
+  return Get_Code(Port_Fault, code);
+}
+int C_Interpolation_Voice_Motor::Get_Error_Code2(uint64_t& code) {
+  return Get_Code(Port_Fault2, code);
+}
+
+int C_Interpolation_Voice_Motor::Get_encoder_Error_counter(int which, int& counter) {
+  MY_ASSERT(which == 0 || which == 1);
+  double value = 0.0;
+  if (Read_Once(Port_Channel(Port_Encoder_Errors + which), value) != 1) return 0;
+  counter = static_cast<int>(value);
+  return 1;
+}
+
+int C_Interpolation_Voice_Motor::Get_Version(uint16_t& ver, uint32_t& bcd_date) {
+  double value = 0.0;
+  if (Read_Once(Port_Channel(Port_Version), value) != 1) return 0;
+  const auto packed = static_cast<int64_t>(value);
+  ver = static_cast<uint16_t>(packed & 0xFFFF);
+  bcd_date = static_cast<uint32_t>((packed >> 16) & 0xFFFFFFFF);
+  return 1;
+}
+
+int C_Interpolation_Voice_Motor::Get_Load(double& value) {
+  return Read_Once(Port_Channel(Port_Load), value);
+}
+int C_Interpolation_Voice_Motor::Get_Used(double& value) {
+  return Read_Once(Port_Channel(Port_Used), value);
+}
+int C_Interpolation_Voice_Motor::Get_Error_Value(double& value) {
+  return Read_Once(Port_Channel(Port_Error_Value), value);
+}
+
+int C_Interpolation_Voice_Motor::Get_Temperature(double& t, int which) {
+  double value = 0.0;
+  if (Read_Once(Port_Channel(which == 0 ? Port_Thermistor : Port_Temperature), value) != 1) return 0;
+  t = which == 0 ? static_cast<double>(NTC_Adc_To_Temp(static_cast<int>(value))) : value;
+  return 1;
+}
+
+int C_Interpolation_Voice_Motor::Get_Sensor() {
+  int value = 0;
+  GetCurIoInput(m_SensorIo, &value);
+  return value;
+}
+
+int C_Interpolation_Voice_Motor::Get_Sensor2() {
+  int value = 0;
+  GetCurIoInput(m_SensorIo2, &value);
+  return value;
+}
+
+int C_Interpolation_Voice_Motor::Get_Error(int* ith, int* ins_point, wchar_t* str, int* str_len, int* ERROR_Num) {
+  return GetError(ith, ins_point, str, str_len, ERROR_Num);
+}
+
+// --- Windows ---
+
+int C_Interpolation_Voice_Motor::Get_Fast_Window(int i, CMyArray<double>& samples) {
+  MY_ASSERT(i >= 0 && i < Fast_Windows);
+  return m_FastWindow[i].Get_Window(samples);
+}
+
+int C_Interpolation_Voice_Motor::Get_Slow_Window(int i, CMyArray<double>& samples) {
+  MY_ASSERT(i >= 0 && i < Slow_Windows);
+  return m_SlowWindow[i].Get_Window(samples);
+}
+
+int C_Interpolation_Voice_Motor::Get_Window16(CMyArray<double>& samples) {
+  const C_Section_Holder hold(m_Lock);
+  const int result = m_Window16.Get_Window(samples);
+  m_Window16.Get_Read_Index(m_TimeIndex);
+  return result;
+}
+
+int C_Interpolation_Voice_Motor::Get_Window16_Newest(double& value) {
+  CMyArray<double> samples;
+  if (m_Window16.Get_Window(samples) != 1) return 0;
+  value = samples.GetEndData();
+  return 1;
+}
+
+int C_Interpolation_Voice_Motor::Get_Window17(CMyArray<double>& samples) {
+  return m_Window17.Get_Window(samples);
+}
+int C_Interpolation_Voice_Motor::Get_Window19(CMyArray<double>& samples) {
+  return m_Window19.Get_Window(samples);
+}
+int C_Interpolation_Voice_Motor::Get_Window20(CMyArray<double>& samples) {
+  return m_Window20.Get_Window(samples);
+}
+int C_Interpolation_Voice_Motor::Get_Window25(CMyArray<double>& samples) {
+  return m_Window25.Get_Window(samples);
+}
+int C_Interpolation_Voice_Motor::Get_Window26(CMyArray<double>& samples) {
+  return m_Window26.Get_Window(samples);
+}
+
+CMyArray<uint64_t> C_Interpolation_Voice_Motor::Get_Time_Index() {
+  const C_Section_Holder hold(m_Lock);
+  return m_TimeIndex;
+}
+
+int C_Interpolation_Voice_Motor::Get_Fifo(int port, CMyArray<double>& samples) {
+  MY_ASSERT(port == 18 || (port >= 21 && port <= 24));
+  return Read_Channel_Array(Port_Channel(port), samples);
+}
+
+// --- Channel reads ---
+
+int C_Interpolation_Voice_Motor::Read_Once(int channel, double& value) {
+  double pdata[Latest_Count];
+  int nLen = 0;
+  if (GetInputChannelData(channel, Latest_Count, &nLen, pdata, nullptr) == 0 || nLen < 1) return 0;
+  value = pdata[nLen - 1];
+  return 1;
+}
+
+int C_Interpolation_Voice_Motor::Read_Latest(int channel, double& value) {
+  double pdata[Latest_Count];
+  int nLen = 0;
+  int result = 0;
+  const auto read = [&] {
+    nLen = 0;
+    result = GetInputChannelData(channel, Latest_Count, &nLen, pdata, nullptr);
+    return nLen >= 1;
+  };
+  for (int empty_reads = 0; !read();) {
+    ++empty_reads;
+    Sleep(1);
+    if (empty_reads > Latest_Tries) return 0;
+  }
+  if (nLen == Latest_Count) {
+    for (int reads = 0; reads <= Latest_Tries; ++reads) {
+      Sleep(1);
+      if (read()) break;
+    }
+  }
+  if (result == 0 || nLen < 1) return 0;
+  value = pdata[nLen - 1];
+  return 1;
+}
+
+// Unlike the other drive class this one takes the first read that works, even an empty one.
+int C_Interpolation_Voice_Motor::Read_Channel_Array(int channel, CMyArray<double>& samples) {
+  CMyArray<double> pdata;
+  pdata.SetArraySize(Array_Count);
+  int nLen = 0;
+  int failed_reads = 0;
+  while (GetInputChannelData(channel, Array_Count, &nLen, pdata.GetData(), nullptr) != 1) {
+    ++failed_reads;
+    Sleep(1);
+    if (failed_reads >= Array_Tries) return 0;
+  }
+  if (nLen < 1) return 0;
+  pdata.GetSubArray(0, nLen, samples);
+  return 1;
+}
+
+}  // namespace orsanta
