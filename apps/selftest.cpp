@@ -1,0 +1,62 @@
+// orsanta selftest: the drive's self-test, run from ten workers at once. It reaches into the house through this
+// program's own copy of the host floor: the library does not export it.
+#include <cstdio>
+#include <mutex>
+
+#include "commands.h"
+#include "host/motor_self_test.h"
+#include "support/clock.h"
+#include "support/console_front.h"
+#include "support/message_box.h"
+
+namespace app {
+namespace {
+
+// Prints each box on the standard output and counts the outcomes that they tell.
+class C_Selftest_Front : public orsanta::C_Console_Front {
+ public:
+  void Post_Message(const orsanta::C_Message_Model& model, orsanta::C_Message_Sink& sink) override {
+    {
+      const std::lock_guard lock(m_Lock);
+      std::printf("%s\n", orsanta::To_Utf8(model.text).c_str());
+      std::fflush(stdout);
+      if (model.text.find(L"测试成功") != std::wstring::npos) ++m_Passed;
+    }
+    sink.On_Answer(orsanta::Answer_Ok);
+  }
+
+  int Passed() {
+    const std::lock_guard lock(m_Lock);
+    return m_Passed;
+  }
+
+ private:
+  std::mutex m_Lock;
+  int m_Passed = 0;
+};
+
+int Run_Selftest() {
+  auto owned_front = std::make_unique<C_Selftest_Front>();
+  C_Selftest_Front& front = *owned_front;
+  orsanta::Replace_Front(std::move(owned_front));
+  {
+    orsanta::C_MyMutiMotorTest test;
+    while (test.BeAtLeaseOneDelayTaskInProcess() != 0) orsanta::Sleep(10);
+  }
+  const int passed = front.Passed();
+  const bool all = passed == orsanta::C_MyMutiMotorTest::Worker_Count;
+  std::printf("%s: %d of %d tests passed\n", all ? "PASS" : "FAIL", passed, orsanta::C_MyMutiMotorTest::Worker_Count);
+  return all ? Done : Failed;
+}
+
+}  // namespace
+
+void Add_Selftest(CLI::App& program, int& exit_status) {
+  CLI::App* command =
+      program.add_subcommand("selftest",
+                             "Tests the drive with CAN id 1 from ten workers at once: mapping, homing, stroke.\n"
+                             "Example: orsanta selftest");
+  command->callback([&exit_status] { exit_status = Run_Selftest(); });
+}
+
+}  // namespace app
