@@ -1,20 +1,20 @@
 #include "support/smart_pointer.h"
 
-#include <unordered_map>
-#include <vector>
-
 #include "support/critical_section.h"
+#include "support/hash.h"
 
 namespace orsanta::smart_pointer_table {
 
 namespace {
 
+constexpr unsigned No_Heap_ID = 0xFFFFFFFF;
+
 // Lives as long as the process: pointers in static objects are released after main has returned.
 struct C_Table {
-  CMyCriticalSection hEvent_SmartPointer;
-  std::unordered_map<void*, uint32_t> cPointerAddr2ID;
+  CMyCriticalSection hEvent_SmartPointer;  // guards the three below
+  CHashOpt cPointerAddr2ID;
   CMyArray<CSmartHeapDataStruct> cHeapInformationList_SmartPointer;
-  std::vector<uint32_t> free_ids;
+  CHashGather cAllocateHeapIDs_SmartPointer;
 };
 
 C_Table& Table() {
@@ -27,20 +27,18 @@ C_Table& Table() {
 C_Place Enter(void* data, int count) {
   C_Table& table = Table();
   const C_Section_Holder holder(table.hEvent_SmartPointer);
+  const unsigned id = table.cAllocateHeapIDs_SmartPointer.GetUniqueID();
   CMyArray<CSmartHeapDataStruct>& records = table.cHeapInformationList_SmartPointer;
-  auto id = static_cast<uint32_t>(records.GetSize());
-  if (!table.free_ids.empty()) {
-    id = table.free_ids.back();
-    table.free_ids.pop_back();
-  } else {
-    records.Add(CSmartHeapDataStruct());
-  }
+  const int needed = static_cast<int>(id) + 1;
+  if (records.GetSize() < needed) records.SetArraySize(needed);
   CSmartHeapDataStruct& record = records.GetAt(id);
   ++record.nSerial;
   record.nRef = 1;
   record.nCount = count;
   record.pData = data;
-  table.cPointerAddr2ID[data] = id;
+  table.cPointerAddr2ID << reinterpret_cast<uintptr_t>(data);
+  table.cPointerAddr2ID.StartAddVarToLogInData(id);
+  table.cPointerAddr2ID++;
   return {id, record.nSerial};
 }
 
@@ -55,8 +53,12 @@ bool Release(uint32_t heap_id, void* data) {
   const C_Section_Holder holder(table.hEvent_SmartPointer);
   CSmartHeapDataStruct& record = table.cHeapInformationList_SmartPointer.GetAt(heap_id);
   if (--record.nRef != 0) return false;
-  MY_ASSERT(table.cPointerAddr2ID.erase(data) == 1);
-  table.free_ids.push_back(heap_id);
+  table.cPointerAddr2ID << reinterpret_cast<uintptr_t>(data);
+  int found = 0;
+  table.cPointerAddr2ID > found;
+  MY_ASSERT(static_cast<unsigned>(found) != No_Heap_ID);
+  table.cPointerAddr2ID--;
+  table.cAllocateHeapIDs_SmartPointer.DeleteUniqueID(heap_id);
   record.pData = nullptr;
   return true;
 }
@@ -64,7 +66,7 @@ bool Release(uint32_t heap_id, void* data) {
 int Live_Records() {
   C_Table& table = Table();
   const C_Section_Holder holder(table.hEvent_SmartPointer);
-  return static_cast<int>(table.cPointerAddr2ID.size());
+  return static_cast<int>(table.cPointerAddr2ID.Entries().size());
 }
 
 }  // namespace orsanta::smart_pointer_table
