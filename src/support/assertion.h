@@ -2,8 +2,8 @@
 //
 // A failed check composes a report, keeps it in CVCDumpMessage::m_cErrorMsg, traces it, logs it, and throws a
 // CMy_Assert_Exception that nothing in the system catches. The process then ends in CVCDumpMessage::DumpFileProcess,
-// which writes a .dmp text file with the stack of the failing thread and shows the report. A broken precondition is a
-// fault of the program: there is no way on from it.
+// which writes a .dmp text file with the stack of the failing thread. A broken precondition is a fault of the program:
+// there is no way on from it.
 //
 // Any thread may report. The first report keeps the lock m_hErrorMsg for good, so that a second failing thread waits
 // and the first report stands.
@@ -19,9 +19,13 @@ class CMyCriticalSection;
 class CMy_Assert_Exception {};
 
 struct CVCDumpMessage {
-  static std::string& Error_Msg();  // m_cErrorMsg: the text of the last report, UTF-8
+  static constexpr int Exit_Status = 3;
+
+  static std::string& m_cErrorMsg();  // the text of the last report, UTF-8
   static CMyCriticalSection& m_hErrorMsg();
-  // The terminate handler: writes the dump, shows the report, ends the process with a non-zero status.
+  // The terminate handler: writes "<program>_<pid>_<time>.dmp" to the working directory (to the folder for temporary
+  // files where that is not writable), tells its name on the standard error stream, and ends the process with
+  // Exit_Status. A failure inside it ends the process at once.
   [[noreturn]] static void DumpFileProcess();
 };
 
@@ -34,13 +38,14 @@ std::string Format_Assert_Text(const char* format, ...) __attribute__((format(pr
 // Composes and keeps the report, then throws CMy_Assert_Exception.
 // function: full signature of the reporting function; line: source line of the check; message: what failed, may be
 // empty.
-[[noreturn]] void Report_Assertion(const char* function, int line, const std::string& message);
+[[noreturn]] __attribute__((cold)) void Report_Assertion(const char* function, int line, const std::string& message);
+[[noreturn]] __attribute__((cold)) void Report_Assertion(const char* function, int line);
 
 }  // namespace orsanta
 
 // Reports unless the condition holds. The report is composed only after a check failed.
 #define MY_ASSERT(condition) \
-  ((condition) ? static_cast<void>(0) : ::orsanta::Report_Assertion(__PRETTY_FUNCTION__, __LINE__, std::string()))
+  ((condition) ? static_cast<void>(0) : ::orsanta::Report_Assertion(__PRETTY_FUNCTION__, __LINE__))
 
 // Reports a failure that has a message of its own.
 #define MY_ASSERT_REPORT(message) ::orsanta::Report_Assertion(__PRETTY_FUNCTION__, __LINE__, (message))

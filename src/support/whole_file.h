@@ -1,0 +1,14 @@
+// Writes a file whole or not at all: at every instant, power cut included, the old or the new content stands under the
+// name. Any thread.
+#pragma once
+
+#include <string>
+
+namespace orsanta {
+
+// Writes a new file beside `path` (UTF-8), flushes it to the disk, and renames it over the old one.
+// rights: of the file, as in 0600. Returns an empty text, or the reason when it could not be written; the old file then
+// stands as it was.
+std::string Write_Whole_File(const std::string& path, const std::string& bytes, unsigned rights);
+
+}  // namespace orsanta
