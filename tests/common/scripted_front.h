@@ -40,6 +40,8 @@ class C_Scripted_Front;
 class C_Script {
  public:
   C_Script& Fill(std::wstring caption, std::wstring text, int column = -1);
+  // The text is asked for when the dialog is open, as of an instrument that the person reads.
+  C_Script& Fill(std::wstring caption, std::function<std::wstring()> text, int column = -1);
   C_Script& Select(std::wstring caption, int place, int column = -1);  // drop-down or tick box
   C_Script& Press(std::wstring caption, int column = -1);              // goes on when the press was handled
   C_Script& Wait(int ms);
@@ -82,10 +84,10 @@ class C_Scripted_Front : public C_Front {
     m_Scripts.push_back({std::move(match), std::move(script)});
   }
   void Next_Dialog(C_Script script) { On_Dialog(L"", std::move(script)); }
-  // after_ms: how long the box stands open.
-  void On_Box(std::wstring match, int answer, int after_ms = 0) {
+  // after_ms: how long the box stands open. act: what the person does before the answer.
+  void On_Box(std::wstring match, int answer, int after_ms = 0, std::function<void()> act = {}) {
     const std::lock_guard holder(m_Lock);
-    m_Answers.push_back({std::move(match), answer, after_ms});
+    m_Answers.push_back({std::move(match), answer, after_ms, std::move(act)});
   }
   void Let_Charts_Open(bool open) {
     const std::lock_guard holder(m_Lock);
@@ -223,6 +225,7 @@ class C_Scripted_Front : public C_Front {
     std::wstring match;
     int answer;
     int after_ms;
+    std::function<void()> act;
   };
 
   static bool Matches(const C_Dialog_Model& model, const std::wstring& match) {
@@ -311,6 +314,10 @@ struct C_Script::C_Session {
 
 inline C_Script& C_Script::Fill(std::wstring caption, std::wstring text, int column) {
   return Add([=](C_Session& session) { session.Entry(caption, column).text = text; });
+}
+
+inline C_Script& C_Script::Fill(std::wstring caption, std::function<std::wstring()> text, int column) {
+  return Add([=](C_Session& session) { session.Entry(caption, column).text = text(); });
 }
 
 inline C_Script& C_Script::Select(std::wstring caption, int place, int column) {
@@ -425,6 +432,7 @@ inline void C_Scripted_Front::Set_Busy(int dialog, bool busy) {
 inline void C_Scripted_Front::Post_Message(const C_Message_Model& model, C_Message_Sink& sink) {
   int answer = (model.flags & Box_Yes_No) != 0 ? Answer_No : Answer_Ok;
   int after_ms = 0;
+  std::function<void()> act;
   std::unique_lock lock(m_Lock);
   Record({C_Shown::Kind::Box, L"", model.text, model.flags});
   const auto queued = std::find_if(m_Answers.begin(), m_Answers.end(), [&model](const C_Queued_Answer& item) {
@@ -433,17 +441,20 @@ inline void C_Scripted_Front::Post_Message(const C_Message_Model& model, C_Messa
   if (queued != m_Answers.end()) {
     answer = queued->answer;
     after_ms = queued->after_ms;
+    act = queued->act;
     m_Answers.erase(queued);
   }
   if (after_ms <= 0) {
     lock.unlock();
+    if (act) act();
     sink.On_Answer(answer);
     return;
   }
   C_Thread& late = m_Late_Answers.emplace_back();
   lock.unlock();
-  late.Start("late answer", [&sink, answer, after_ms] {
+  late.Start("late answer", [&sink, answer, after_ms, act] {
     Sleep(after_ms);
+    if (act) act();
     sink.On_Answer(answer);
   });
 }
