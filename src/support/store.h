@@ -44,6 +44,8 @@ class CAutoSaveClassData_Data {
   // The number that stands for the present stack of class names, the same in every pass.
   int GetAreaIDFrom_OptSaveFunctionCallInClassNameList();
 
+  int m_TextCount = 0;                    // texts in the table of texts
+  CHashObject_String m_Text_Found;        // what LoadStrFromSaveHash hands out
   std::vector<std::string> m_Mismatches;  // loading: entries that hold another kind of value than their member takes
 };
 
@@ -119,8 +121,6 @@ class CAutoSaveClassData2 : public CDynamicClassCreatorObject {
   // has.
   bool Begin_Array(const std::type_info& type, int& count, CAutoSaveClassData_Data& data);
   void End_Array(CAutoSaveClassData_Data& data);
-
-  CHashObject_String m_Text_Found;  // what LoadStrFromSaveHash hands out
 };
 
 // Enters a class for the span of a scope: its name goes on the stack of class names, and its area on the stack of

@@ -1,0 +1,287 @@
+#include "support/store_disk.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <mutex>
+
+#include "support/message_box.h"
+#include "support/wide_string.h"
+
+namespace orsanta {
+
+namespace {
+
+constexpr mode_t Owner_Alone = 0600;
+constexpr size_t Largest_Store = size_t{64} << 20;  // bytes; a file beyond it is no store
+
+struct C_Disk_Place {
+  std::mutex lock;
+  std::unique_ptr<C_Disk> replacement;
+  C_Disk built_in;
+};
+
+C_Disk_Place& Place() {
+  static C_Disk_Place& place = *new C_Disk_Place;
+  return place;
+}
+
+C_Disk& Disk() {
+  C_Disk_Place& place = Place();
+  const std::lock_guard holder(place.lock);
+  return place.replacement != nullptr ? *place.replacement : place.built_in;
+}
+
+int Write_All(int file, const std::string& bytes) {
+  size_t done = 0;
+  while (done < bytes.size()) {
+    const ssize_t written = write(file, bytes.data() + done, bytes.size() - done);
+    if (written < 0 && errno == EINTR) continue;
+    if (written < 0) return errno;
+    done += static_cast<size_t>(written);
+  }
+  return 0;
+}
+
+int Read_All(int file, std::string& bytes) {
+  struct stat info {};
+  if (fstat(file, &info) != 0) return errno;
+  if (S_ISDIR(info.st_mode)) return EISDIR;
+  if (!S_ISREG(info.st_mode)) return EINVAL;
+  bytes.clear();
+  char block[16384];
+  for (;;) {
+    const ssize_t count = read(file, block, sizeof block);
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) return errno;
+    if (count == 0) return 0;
+    bytes.append(block, static_cast<size_t>(count));
+    if (bytes.size() > Largest_Store) return EFBIG;
+  }
+}
+
+std::wstring Reason_Text(int error) {
+  std::wstring text;
+  switch (error) {
+    case ENOSPC:
+    case EDQUOT:
+      text = L"磁盘已满";
+      break;
+    case EACCES:
+    case EPERM:
+      text = L"没有权限";
+      break;
+    case EROFS:
+      text = L"磁盘或文件夹是只读的";
+      break;
+    case EISDIR:
+      text = L"该名称下是一个文件夹";
+      break;
+    case EINVAL:
+      text = L"不是普通文件";
+      break;
+    case EFBIG:
+      text = L"文件过大";
+      break;
+    case ENOENT:
+      text = L"文件夹不存在";
+      break;
+    default:
+      text = L"磁盘读写错误";
+      break;
+  }
+  return text + L" (" + From_Utf8(std::strerror(error)) + L")";
+}
+
+// The store's whole path, so that the operator finds it.
+std::wstring Full_Path(const std::string& name) {
+  std::error_code none;
+  return From_Utf8((std::filesystem::current_path(none) / name).string());
+}
+
+// Holds the folder for the span of a scope.
+class C_Folder_Holder {
+ public:
+  explicit C_Folder_Holder(C_Disk& disk) : m_Disk(disk), m_Error(disk.Lock_Folder(m_Folder)) {}
+  ~C_Folder_Holder() {
+    if (m_Error == 0) m_Disk.Unlock_Folder(m_Folder);
+  }
+  C_Folder_Holder(const C_Folder_Holder&) = delete;
+  C_Folder_Holder& operator=(const C_Folder_Holder&) = delete;
+  int Error() const { return m_Error; }
+  int Flush() { return m_Disk.Flush_Folder(m_Folder); }
+
+ private:
+  C_Disk& m_Disk;
+  int m_Folder = -1;
+  int m_Error;
+};
+
+// Renames the store to the first free name of NAME.bad, NAME.1.bad, NAME.2.bad and so on. The folder is held.
+// Returns 0 or the error; what to tell the operator is added to `message`.
+int Move_Aside_Held(C_Disk& disk, const std::string& name, std::wstring& message) {
+  std::string aside = name + ".bad";
+  for (int i = 1; disk.Exists(aside); ++i) aside = name + "." + std::to_string(i) + ".bad";
+  const int error = disk.Rename(name, aside);
+  if (error == 0) {
+    message += L"\n原文件已改名为 " + From_Utf8(aside) + L"。修正后改回原名即可恢复。";
+  } else {
+    message += L"\n原文件无法改名: " + Reason_Text(error) + L"。文件保持不变。";
+  }
+  return error;
+}
+
+enum class C_Outcome { Missing, Whole, Moved_Aside, Failed };
+
+// Reads the store while the folder is held. What the operator is to be told goes to `message`, to be shown once the
+// folder is free: a box may stand open for hours.
+C_Outcome Read_Held(C_Disk& disk, const std::string& name, C_Store_Content& content, std::wstring& message) {
+  std::string bytes;
+  const int error = disk.Read(name, bytes);
+  if (error == ENOENT) return C_Outcome::Missing;
+  if (error != 0) {
+    message = L"无法读取参数文件 " + Full_Path(name) + L": " + Reason_Text(error);
+    return C_Outcome::Failed;
+  }
+  C_Store_Fault fault;
+  if (Parse_Store(bytes, content, fault)) return C_Outcome::Whole;
+  content = {};
+  message = L"参数文件 " + Full_Path(name) + L" 第" + std::to_wstring(fault.line) + L"行有误: " + fault.text;
+  return Move_Aside_Held(disk, name, message) == 0 ? C_Outcome::Moved_Aside : C_Outcome::Failed;
+}
+
+// Replaces the store while the folder is held. Returns 0 or the error, and whether the new store stands all the same.
+int Replace_Held(C_Disk& disk, C_Folder_Holder& folder, const std::string& name, const C_Store_Content& content,
+                 bool& replaced) {
+  const std::string fresh = name + ".new";
+  int error = disk.Write(fresh, Format_Store(content));
+  if (error == 0) error = disk.Rename(fresh, name);
+  replaced = error == 0;
+  if (replaced) return folder.Flush();
+  disk.Remove(fresh);
+  return error;
+}
+
+void Show(const std::wstring& message) {
+  if (!message.empty()) Message_Box(message);
+}
+
+}  // namespace
+
+int C_Disk::Lock_Folder(int& folder) {
+  folder = open(".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (folder < 0) return errno;
+  // A file system without locks serves as well, as long as nobody else uses the folder.
+  while (flock(folder, LOCK_EX) != 0 && errno == EINTR) {
+  }
+  return 0;
+}
+
+void C_Disk::Unlock_Folder(int folder) {
+  close(folder);
+}
+
+int C_Disk::Flush_Folder(int folder) {
+  if (fsync(folder) == 0 || errno == EINVAL)
+    return 0;  // EINVAL: the file system keeps its folders on the disk by itself
+  return errno;
+}
+
+int C_Disk::Read(const std::string& name, std::string& bytes) {
+  const int file = open(name.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);  // a pipe in the place must not hang
+  if (file < 0) return errno;
+  const int error = Read_All(file, bytes);
+  close(file);
+  return error;
+}
+
+int C_Disk::Write(const std::string& name, const std::string& bytes) {
+  const int file = open(name.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, Owner_Alone);
+  if (file < 0) return errno;
+  int error = fchmod(file, Owner_Alone) == 0 ? 0 : errno;  // an abandoned file may have other rights
+  if (error == 0) error = Write_All(file, bytes);
+  if (error == 0 && fsync(file) != 0) error = errno;
+  if (close(file) != 0 && error == 0) error = errno;
+  return error;
+}
+
+int C_Disk::Rename(const std::string& from, const std::string& to) {
+  return std::rename(from.c_str(), to.c_str()) == 0 ? 0 : errno;
+}
+
+int C_Disk::Remove(const std::string& name) {
+  return unlink(name.c_str()) == 0 ? 0 : errno;
+}
+
+bool C_Disk::Exists(const std::string& name) {
+  struct stat info {};
+  return lstat(name.c_str(), &info) == 0;
+}
+
+std::unique_ptr<C_Disk> Replace_Disk(std::unique_ptr<C_Disk> disk) {
+  C_Disk_Place& place = Place();
+  const std::lock_guard holder(place.lock);
+  std::swap(place.replacement, disk);
+  return disk;
+}
+
+bool Read_Store(const std::wstring& name, C_Store_Content& content) {
+  C_Disk& disk = Disk();
+  std::wstring message;
+  C_Outcome outcome = C_Outcome::Failed;
+  {
+    const C_Folder_Holder folder(disk);
+    // Reading needs no lock; it is held for the move.
+    outcome = Read_Held(disk, To_Utf8(name), content, message);
+  }
+  if (!message.empty()) message += L"\n本次使用默认值。";
+  Show(message);
+  return outcome == C_Outcome::Whole;
+}
+
+bool Write_Store(const std::wstring& name, C_Store_Content content) {
+  C_Disk& disk = Disk();
+  const std::string file = To_Utf8(name);
+  std::wstring message;
+  int error = 0;
+  bool may_write = true;
+  bool replaced = false;
+  {
+    C_Folder_Holder folder(disk);
+    error = folder.Error();
+    if (error == 0) {
+      C_Store_Content present;
+      const C_Outcome outcome = Read_Held(disk, file, present, message);
+      may_write = outcome != C_Outcome::Failed;
+      if (outcome == C_Outcome::Whole) Keep_Unknown_Entries(present, content);
+      if (may_write) error = Replace_Held(disk, folder, file, content, replaced);
+    }
+  }
+  const bool written = may_write && error == 0;
+  if (!written) {
+    if (!message.empty()) message += L"\n";
+    message += L"无法保存参数文件 " + Full_Path(file);
+    if (error != 0) message += L": " + Reason_Text(error);
+    message += replaced ? L"\n新文件已写入,但断电时可能丢失。" : L"\n原有的参数文件保持不变。";
+  }
+  Show(message);
+  return written;
+}
+
+void Move_Store_Aside(const std::wstring& name, const std::wstring& reason) {
+  C_Disk& disk = Disk();
+  std::wstring message = L"参数文件 " + Full_Path(To_Utf8(name)) + L" 有误: " + reason;
+  {
+    const C_Folder_Holder folder(disk);
+    Move_Aside_Held(disk, To_Utf8(name), message);
+  }
+  Show(message);
+}
+
+}  // namespace orsanta

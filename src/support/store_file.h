@@ -1,0 +1,56 @@
+// The form of a store's file: UTF-8 text that a person can read and mend in an editor.
+//
+//   orsanta store 1
+//   C_InitDlg Num 0 = int 1
+//   C_VoiceMotor Val_Force_OffSet 0 = double 0.1
+//   C_VoiceMotor m_P 0 = array CMyArray<double> 2
+//   C_VoiceMotor/CMyArray m_P 0 = double -1.5
+//   C_VoiceMotor/CMyArray m_P 1 = double nan:7ff8000000000000
+//   C_ORS_Dlg password_str 0 = text "mocha"
+//   end
+//
+// One entry a line: class path, key, index, kind, value. Every value reads back to the same bits. Names with blanks are
+// quoted like texts, with \" \\ \n \r \t \xHH. Empty lines may stand anywhere; lines that start with # are kept. The
+// last line shows that the file is whole.
+//
+// No file is touched here, and no call depends on the locale or keeps state: any thread.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "support/hash.h"
+
+namespace orsanta {
+
+struct C_Store_Entry {
+  std::string path;  // class names joined by '/'
+  std::string key;
+  int index = 0;
+  C_Entry_Kind kind = C_Entry_Kind::Raw;
+  std::string bytes;  // the value as it stands in memory; a text in UTF-8; of an array, the type of the array
+  int count = 0;      // of an array
+};
+
+struct C_Store_Content {
+  std::vector<std::string> comments;
+  std::vector<C_Store_Entry> entries;
+};
+
+struct C_Store_Fault {
+  int line = 0;       // from 1
+  std::wstring text;  // what is wrong there, for the operator
+};
+
+// The word for a kind in the file.
+const char* Kind_Word(C_Entry_Kind kind);
+
+std::string Format_Store(const C_Store_Content& content);
+// Reads a whole file. On a fault it returns false and tells where; `content` is then of no use.
+bool Parse_Store(std::string_view text, C_Store_Content& content, C_Store_Fault& fault);
+// The entries of `present` that `written` does not name, and its comments, added to `written`. Elements beyond the end
+// of an array that was written anew are dropped.
+void Keep_Unknown_Entries(const C_Store_Content& present, C_Store_Content& written);
+
+}  // namespace orsanta
