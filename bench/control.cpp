@@ -1,0 +1,148 @@
+// The control surface of bench.h over the installation.
+#include <algorithm>
+#include <cmath>
+
+#include "bench/bench.h"
+#include "bench/installation.h"
+
+namespace bench {
+
+namespace {
+
+// Does something to a drive; nothing where there is none at that id.
+template <class F>
+void With_Drive(int can_id, F&& action) {
+  const C_Access access;
+  if (C_Drive* drive = access->room.Find_Drive(can_id)) action(*drive);
+}
+
+// Reads something of a drive; 0 where there is none at that id.
+template <class F>
+double Of_Drive(int can_id, F&& read) {
+  double value = 0.0;
+  With_Drive(can_id, [&](const C_Drive& drive) { value = read(drive); });
+  return value;
+}
+
+template <class F>
+void With_Device(int can_id, F&& action) {
+  const C_Access access;
+  if (C_Device* device = access->room.Find(can_id)) action(*device);
+}
+
+}  // namespace
+
+void Reset(const Settings& settings) {
+  Replace_Installation(settings);
+}
+
+void Place_Part(int can_id, double thickness_mm) {
+  if (!std::isfinite(thickness_mm) || thickness_mm < 0.0) return;
+  With_Drive(can_id, [&](C_Drive& drive) { drive.Set_Part(thickness_mm); });
+}
+
+void Remove_Part(int can_id) {
+  Place_Part(can_id, 0.0);
+}
+
+void Set_Head_Height(int can_id, double mm) {
+  if (!std::isfinite(mm)) return;
+  With_Drive(can_id, [&](C_Drive& drive) { drive.Set_Head_Height(mm); });
+}
+
+double True_Contact_Position(int can_id) {
+  return Of_Drive(can_id, [](const C_Drive& drive) { return drive.Plant().Surface(); });
+}
+
+double True_Position(int can_id) {
+  return Of_Drive(can_id, [](const C_Drive& drive) { return drive.Plant().Position(); });
+}
+
+double True_Force(int can_id) {
+  return Of_Drive(can_id, [](const C_Drive& drive) { return drive.Plant().Contact_Force(); });
+}
+
+double Force_Gauge(int can_id) {
+  return std::round(True_Force(can_id) * 100.0) / 100.0;
+}
+
+void Set_Input(int bit, int value) {
+  const C_Access access;
+  C_Bench_Io_Card* card = access->room.Find_Card();
+  if (card != nullptr && C_Bench_Io_Card::Is_Bit(bit)) card->Set_Input(bit, value != 0);
+}
+
+int Get_Output(int bit) {
+  const C_Access access;
+  const C_Bench_Io_Card* card = access->room.Find_Card();
+  return card != nullptr && C_Bench_Io_Card::Is_Bit(bit) && card->Get_Output(bit) ? 1 : 0;
+}
+
+void Set_Absent(int can_id, bool absent) {
+  With_Device(can_id, [&](C_Device& device) { device.Set_Absent(absent); });
+}
+
+void Set_Silent(int can_id, bool silent) {
+  With_Device(can_id, [&](C_Device& device) { device.Set_Silent(silent); });
+}
+
+void Set_Frozen(int can_id, bool frozen) {
+  With_Drive(can_id, [&](C_Drive& drive) { drive.Set_Frozen(frozen); });
+}
+
+void Set_Stuck(int can_id, bool stuck) {
+  With_Drive(can_id, [&](C_Drive& drive) { drive.Set_Stuck(stuck); });
+}
+
+void Set_Weak_Lift(int can_id, bool weak) {
+  With_Drive(can_id, [&](C_Drive& drive) { drive.Set_Weak_Lift(weak); });
+}
+
+void Set_Restless(int can_id, double amplitude_mm) {
+  if (!std::isfinite(amplitude_mm)) return;
+  With_Drive(can_id, [&](C_Drive& drive) { drive.Set_Restless(std::clamp(amplitude_mm, 0.0, Restless_Limit_Mm)); });
+}
+
+void Set_Fault_Bits(int can_id, uint64_t bits) {
+  With_Drive(can_id, [&](C_Drive& drive) { drive.Set_Fault_Bits(bits); });
+}
+
+void Set_Refused_Connects(int count) {
+  const C_Access access;
+  access->refused_connects = count;
+}
+
+void Set_Io_Card_Missing(bool missing) {
+  Set_Absent(C_Bench_Io_Card::Can_Id_Of_Card, missing);
+}
+
+void Set_Slow_Homing(int can_id, bool slow) {
+  With_Drive(can_id, [&](C_Drive& drive) { drive.Set_Slow_Homing(slow); });
+}
+
+void Journal_Keep_Reads(bool keep) {
+  const C_Access access;
+  access->journal.Keep_Reads(keep);
+}
+
+void Journal_Clear() {
+  const C_Access access;
+  access->journal.Clear();
+}
+
+std::vector<Journal_Entry> Journal() {
+  const C_Access access;
+  return access->journal.Entries();
+}
+
+std::string Journal_Text() {
+  const C_Access access;
+  return access->journal.Text();
+}
+
+uint64_t Journal_Checksum() {
+  const C_Access access;
+  return access->journal.Checksum();
+}
+
+}  // namespace bench

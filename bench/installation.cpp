@@ -1,0 +1,51 @@
+#include "bench/installation.h"
+
+#include <cmath>
+
+#include "support/clock.h"
+
+namespace bench {
+
+namespace {
+
+std::mutex the_lock;
+std::unique_ptr<C_Installation> the_installation;
+uint64_t the_session = 0;
+
+void Replace(const Settings& settings) {
+  the_installation = std::make_unique<C_Installation>(settings);
+  the_installation->start_ms = orsanta::Now_Ms();
+}
+
+}  // namespace
+
+C_Installation::C_Installation(const Settings& settings) : room(settings), refused_connects(settings.refused_connects) {
+  Restart_Server();
+}
+
+void C_Installation::Restart_Server() {
+  room.Unsubscribe_All();
+  server = std::make_unique<C_Server>(room, server == nullptr ? 0 : server->Now());
+  connected = false;
+  session = ++the_session;
+}
+
+C_Access::C_Access() : m_Guard(the_lock) {
+  if (the_installation == nullptr) Replace(Settings());
+  m_Installation = the_installation.get();
+  const double clock_ms = orsanta::Now_Ms();
+  double now_ms = clock_ms - m_Installation->start_ms;
+  if (now_ms < m_Installation->now_ms) {  // the process went over to another clock: the room's time goes on from here
+    m_Installation->start_ms = clock_ms - m_Installation->now_ms;
+    now_ms = m_Installation->now_ms;
+  }
+  m_Installation->now_ms = now_ms;
+  m_Installation->server->Advance(static_cast<Ticks>(std::floor(now_ms * static_cast<double>(Ticks_Per_Ms) + 1e-6)));
+}
+
+void Replace_Installation(const Settings& settings) {
+  const std::lock_guard<std::mutex> guard(the_lock);
+  Replace(settings);
+}
+
+}  // namespace bench

@@ -1,0 +1,36 @@
+#include "bench/room.h"
+
+namespace bench {
+
+C_Room::C_Room(const Settings& settings) {
+  if (settings.io_card) m_Devices.emplace(C_Bench_Io_Card::Can_Id_Of_Card, std::make_unique<C_Bench_Io_Card>(settings));
+  for (int i = 0; i < settings.drives; ++i) {
+    const int can_id = settings.first_drive_id + i;
+    if (can_id < 1 || can_id >= Can_Id_Limit) continue;
+    if (!m_Devices.contains(can_id)) m_Devices.emplace(can_id, std::make_unique<C_Drive>(settings, can_id));
+  }
+}
+
+C_Device* C_Room::Find(int can_id) const {
+  const auto found = m_Devices.find(can_id);
+  return found == m_Devices.end() ? nullptr : found->second.get();
+}
+
+C_Device* C_Room::Answering(int can_id) const {
+  C_Device* device = Find(can_id);
+  return device != nullptr && !device->Is_Absent() ? device : nullptr;
+}
+
+void C_Room::Advance(Ticks to) {
+  for (const auto& [can_id, device] : m_Devices) device->Advance(to);
+}
+
+void C_Room::Unsubscribe(const C_Sample_Fifo* fifo) {
+  for (const auto& [can_id, device] : m_Devices) device->Unsubscribe(fifo);
+}
+
+void C_Room::Unsubscribe_All() {
+  for (const auto& [can_id, device] : m_Devices) device->Unsubscribe_All();
+}
+
+}  // namespace bench
