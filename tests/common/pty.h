@@ -1,0 +1,75 @@
+// C_Pty: the outside end of a serial line. The inside end is a pseudo-terminal under the name COM<n> in the working
+// directory, where CComSerial finds it. Both ends are real; bytes cross in the kernel, in real time, so reads here wait
+// in real time and not on the clock.
+#pragma once
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+#include <system_error>
+
+namespace orsanta {
+
+class C_Pty {
+ public:
+  explicit C_Pty(int port) : m_Link("COM" + std::to_string(port)) { Plug_In(); }
+  ~C_Pty() { Pull_Out(); }
+  C_Pty(const C_Pty&) = delete;
+  C_Pty& operator=(const C_Pty&) = delete;
+
+  // Takes the device away, as pulling an adapter out does, and brings a new one under the same name.
+  void Pull_Out() {
+    if (m_Master >= 0) close(m_Master);
+    m_Master = -1;
+    std::error_code ignored;
+    std::filesystem::remove(m_Link, ignored);
+  }
+  void Plug_In() {
+    m_Master = posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK);
+    if (m_Master < 0 || grantpt(m_Master) != 0 || unlockpt(m_Master) != 0)
+      throw std::system_error(errno, std::generic_category(), "pty");
+    std::filesystem::create_symlink(ptsname(m_Master), m_Link);
+  }
+
+  int Master() const { return m_Master; }
+
+  // Sends bytes inward. Returns once the line has them all.
+  void Send(const std::string& bytes) {
+    size_t sent = 0;
+    while (sent < bytes.size()) {
+      const ssize_t count = write(m_Master, bytes.data() + sent, bytes.size() - sent);
+      if (count > 0) sent += static_cast<size_t>(count);
+      if (count < 0 && !Wait_For(POLLOUT)) return;
+    }
+  }
+
+  // What has come out: all that is there now; or at least so many bytes, waiting for them.
+  std::string Take() {
+    std::string bytes;
+    char part[4096];
+    for (ssize_t count; (count = read(m_Master, part, sizeof part)) > 0;)
+      bytes.append(part, static_cast<size_t>(count));
+    return bytes;
+  }
+  std::string Take_At_Least(size_t wanted) {
+    std::string bytes = Take();
+    while (bytes.size() < wanted && Wait_For(POLLIN)) bytes += Take();
+    return bytes;
+  }
+
+ private:
+  bool Wait_For(short events) {
+    pollfd line = {m_Master, events, 0};
+    return poll(&line, 1, 2000) == 1;
+  }
+
+  std::filesystem::path m_Link;
+  int m_Master = -1;
+};
+
+}  // namespace orsanta
