@@ -1,0 +1,117 @@
+#include "desktop/chart_window.h"
+
+#include <QCloseEvent>
+#include <QFileDialog>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPixmap>
+#include <QPushButton>
+#include <QSaveFile>
+#include <QVBoxLayout>
+#include <algorithm>
+
+#include "desktop/chart_view.h"
+#include "desktop/look.h"
+
+namespace orsanta {
+
+C_Chart_Window::C_Chart_Window(const C_Chart_Model& model, std::function<void()> closed)
+    : QWidget(nullptr, Qt::Window), m_Closed(std::move(closed)) {
+  setAttribute(Qt::WA_DeleteOnClose);
+  setObjectName(QStringLiteral("chart_window"));
+  auto* layout = new QVBoxLayout(this);
+  layout->setContentsMargins(0, 0, 0, 0);
+  layout->setSpacing(0);
+
+  auto* head = new QWidget;
+  head->setObjectName(QStringLiteral("header"));
+  head->setAttribute(Qt::WA_StyledBackground);
+  auto* head_row = new QHBoxLayout(head);
+  head_row->setContentsMargins(14, 6, 14, 6);
+  m_Title = new QLabel;
+  m_Title->setObjectName(QStringLiteral("title"));
+  m_Title->setTextFormat(Qt::PlainText);
+  head_row->addWidget(m_Title);
+  layout->addWidget(head);
+
+  m_View = new C_Chart_View;
+  layout->addWidget(m_View, 1);
+
+  auto* foot = new QHBoxLayout;
+  foot->setContentsMargins(10, 6, 10, 8);
+  const auto add_button = [this, foot](const QString& caption, const char* name, std::function<void()> work) {
+    auto* button = new QPushButton(caption);
+    button->setObjectName(QLatin1String(name));
+    button->setMinimumHeight(30);
+    QObject::connect(button, &QPushButton::clicked, this, std::move(work));
+    foot->addWidget(button);
+  };
+  add_button(QStringLiteral("显示全部"), "follow", [this] { m_View->Follow(); });
+  add_button(QStringLiteral("保存图片"), "save_png", [this] {
+    Ask_And_Save(QStringLiteral("PNG (*.png)"), QStringLiteral("png"), &C_Chart_Window::Save_Png);
+  });
+  add_button(QStringLiteral("保存数据"), "save_csv", [this] {
+    Ask_And_Save(QStringLiteral("CSV (*.csv)"), QStringLiteral("csv"), &C_Chart_Window::Save_Csv);
+  });
+  m_Note = new QLabel;
+  m_Note->setObjectName(QStringLiteral("hint"));
+  m_Note->setTextFormat(Qt::PlainText);
+  foot->addWidget(m_Note, 1);
+  layout->addLayout(foot);
+
+  resize(std::max(model.width, minimumSizeHint().width()), std::max(model.height, minimumSizeHint().height()));
+  Redraw(model);
+  m_View->setFocus();
+}
+
+void C_Chart_Window::Show_Title(const C_Chart_Model& model) {
+  const QString title = To_Qt(model.title);
+  if (title == windowTitle()) return;
+  setWindowTitle(title);
+  m_Title->setText(title);
+}
+
+void C_Chart_Window::Redraw(const C_Chart_Model& model) {
+  m_Model = model;
+  Show_Title(model);
+  m_View->Set_Model(model);
+}
+
+void C_Chart_Window::Ask_And_Save(const QString& filter, const QString& suffix,
+                                  QString (C_Chart_Window::*save)(const QString&)) {
+  auto* dialog = new QFileDialog(this, QString(), QString(), filter);
+  dialog->setAttribute(Qt::WA_DeleteOnClose);
+  dialog->setAcceptMode(QFileDialog::AcceptSave);
+  dialog->setDefaultSuffix(suffix);
+  QObject::connect(dialog, &QFileDialog::fileSelected, this, [this, save](const QString& path) {
+    const QString failure = (this->*save)(path);
+    m_Note->setText(failure.isEmpty() ? QStringLiteral("已保存：%1").arg(path) : failure);
+  });
+  dialog->open();
+}
+
+QString C_Chart_Window::Save_Png(const QString& path) {
+  const QPixmap picture = m_View->grab();
+  QSaveFile file(path);
+  if (file.open(QIODevice::WriteOnly) && picture.save(&file, "PNG") && file.commit()) return QString();
+  return QStringLiteral("无法写入 %1：%2").arg(path, file.errorString());
+}
+
+QString C_Chart_Window::Save_Csv(const QString& path) {
+  QSaveFile file(path);
+  bool good = file.open(QIODevice::WriteOnly | QIODevice::Text) && file.write("number,value\n") > 0;
+  const size_t count = std::min(m_Model.x.size(), m_Model.y.size());
+  for (size_t i = 0; good && i < count; ++i) {
+    const QByteArray line = QByteArray::number(m_Model.x[i], 'g', 17) + ',' + QByteArray::number(m_Model.y[i], 'g', 17);
+    good = file.write(line + '\n') > 0;
+  }
+  if (good && file.commit()) return QString();
+  return QStringLiteral("无法写入 %1：%2").arg(path, file.errorString());
+}
+
+void C_Chart_Window::closeEvent(QCloseEvent* event) {
+  if (m_Closed) std::exchange(m_Closed, nullptr)();
+  QWidget::closeEvent(event);
+}
+
+}  // namespace orsanta

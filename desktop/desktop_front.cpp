@@ -1,0 +1,145 @@
+#include "desktop/desktop_front.h"
+
+#include <cstdio>
+
+#include "desktop/look.h"
+#include "support/message_box.h"
+
+namespace orsanta {
+
+C_Desktop_Front::C_Desktop_Front(const std::string& platform) : m_Thread(platform, [this] { Give_Up(); }) {
+  m_Thread.Post([this] { m_Desk = std::make_unique<C_Window_Desk>(); });
+}
+
+C_Desktop_Front::~C_Desktop_Front() { Stop(); }
+
+void C_Desktop_Front::Stop() {
+  m_Thread.Stop([this] { m_Desk.reset(); });
+}
+
+std::shared_ptr<C_Dialog_Link> C_Desktop_Front::Find(int dialog) {
+  std::lock_guard<std::mutex> guard(m_Lock);
+  const auto found = m_Links.find(dialog);
+  return found != m_Links.end() ? found->second : nullptr;
+}
+
+int C_Desktop_Front::Open_Dialog(const C_Dialog_Model& model, C_Dialog_Sink& sink) {
+  auto link = std::make_shared<C_Dialog_Link>(sink);
+  int dialog = 0;
+  {
+    std::lock_guard<std::mutex> guard(m_Lock);
+    dialog = ++m_Last_Dialog;
+    m_Links[dialog] = link;
+  }
+  if (!m_Thread.Post([this, dialog, model, link] { m_Desk->Open_Dialog(dialog, model, link); })) {
+    link->Send(C_Dialog_Event());
+  }
+  return dialog;
+}
+
+void C_Desktop_Front::Close_Dialog(int dialog) {
+  const std::shared_ptr<C_Dialog_Link> link = Find(dialog);
+  if (!link) return;
+  link->Cut();
+  {
+    std::lock_guard<std::mutex> guard(m_Lock);
+    m_Links.erase(dialog);
+  }
+  m_Thread.Post([this, dialog] { m_Desk->Close_Dialog(dialog); });
+}
+
+void C_Desktop_Front::Set_Control_Text(int dialog, int control, const std::wstring& text) {
+  const std::shared_ptr<C_Dialog_Link> link = Find(dialog);
+  if (!link || !link->Put_Text(control, text)) return;
+  m_Thread.Post([this, dialog] { m_Desk->Show_Waiting_Texts(dialog); });
+}
+
+void C_Desktop_Front::Refuse_Entry(int dialog, int control, const std::wstring& reason) {
+  m_Thread.Post([this, dialog, control, reason] { m_Desk->Refuse_Entry(dialog, control, reason); });
+}
+
+void C_Desktop_Front::Set_Busy(int dialog, bool busy) {
+  m_Thread.Post([this, dialog, busy] { m_Desk->Set_Busy(dialog, busy); });
+}
+
+void C_Desktop_Front::Post_Message(const C_Message_Model& model, C_Message_Sink& sink) {
+  const int refusal = (model.flags & Box_Yes_No) != 0 ? Answer_No : Answer_Ok;
+  int message = 0;
+  {
+    std::lock_guard<std::mutex> guard(m_Lock);
+    message = ++m_Last_Message;
+    m_Messages[message] = {&sink, refusal};
+  }
+  const auto answered = [this, message](int answer) { Answer(message, answer); };
+  if (m_Thread.Post([this, model, answered] { m_Desk->Show_Message(model, answered); })) return;
+  fprintf(stderr, "%s\n", To_Qt(model.text).toUtf8().constData());
+  Answer(message, refusal);
+}
+
+void C_Desktop_Front::Answer(int message, int answer) {
+  C_Message_Sink* sink = nullptr;
+  {
+    std::lock_guard<std::mutex> guard(m_Lock);
+    const auto found = m_Messages.find(message);
+    if (found == m_Messages.end()) return;
+    sink = found->second.sink;
+    m_Messages.erase(found);
+  }
+  sink->On_Answer(answer);
+}
+
+void C_Desktop_Front::Give_Up() {
+  m_Thread.Abandon();
+  std::map<int, std::shared_ptr<C_Dialog_Link>> links;
+  std::map<int, C_Open_Message> messages;
+  {
+    std::lock_guard<std::mutex> guard(m_Lock);
+    links = m_Links;
+    messages.swap(m_Messages);
+    m_Charts.clear();
+  }
+  for (const auto& [number, message] : messages) message.sink->On_Answer(message.refusal);
+  for (const auto& [number, link] : links) link->Send(C_Dialog_Event());
+}
+
+void C_Desktop_Front::Draw_Chart(unsigned chart, const C_Chart_Model& model) {
+  {
+    std::lock_guard<std::mutex> guard(m_Lock);
+    C_Chart_State& state = m_Charts[chart];
+    const bool posted = state.waiting != nullptr;
+    state.waiting = std::make_unique<C_Chart_Model>(model);
+    state.open = true;
+    if (posted) return;
+  }
+  if (!m_Thread.Post([this, chart] { Draw_Waiting(chart); })) Close_Chart(chart);
+}
+
+void C_Desktop_Front::Draw_Waiting(unsigned chart) {
+  std::unique_ptr<C_Chart_Model> model;
+  {
+    std::lock_guard<std::mutex> guard(m_Lock);
+    const auto found = m_Charts.find(chart);
+    if (found != m_Charts.end()) model = std::move(found->second.waiting);
+  }
+  if (!model) return;
+  m_Desk->Draw_Chart(chart, *model, [this, chart] {
+    std::lock_guard<std::mutex> guard(m_Lock);
+    m_Charts.erase(chart);
+  });
+}
+
+bool C_Desktop_Front::Is_Chart_Open(unsigned chart) {
+  std::lock_guard<std::mutex> guard(m_Lock);
+  const auto found = m_Charts.find(chart);
+  return found != m_Charts.end() && found->second.open;
+}
+
+void C_Desktop_Front::Close_Chart(unsigned chart) {
+  {
+    std::lock_guard<std::mutex> guard(m_Lock);
+    m_Charts.erase(chart);
+  }
+  m_Thread.Post([this, chart] { m_Desk->Close_Chart(chart); });
+}
+
+}  // namespace orsanta

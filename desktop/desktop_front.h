@@ -1,0 +1,65 @@
+// The desktop front: windows of Qt Widgets on a thread of their own.
+//
+// Any thread may call any operation; each posts its work to the Qt thread and returns. Only the open flags of charts, the
+// texts of displays and the sinks are shared between the threads, each behind a leaf lock.
+#pragma once
+
+#include <atomic>
+#include <map>
+#include <memory>
+#include <mutex>
+
+#include "desktop/dialog_link.h"
+#include "desktop/qt_thread.h"
+#include "desktop/window_desk.h"
+#include "support/front.h"
+
+namespace orsanta {
+
+class C_Desktop_Front : public C_Front {
+ public:
+  explicit C_Desktop_Front(const std::string& platform);
+  ~C_Desktop_Front() override;
+
+  int Open_Dialog(const C_Dialog_Model& model, C_Dialog_Sink& sink) override;
+  void Close_Dialog(int dialog) override;
+  void Set_Control_Text(int dialog, int control, const std::wstring& text) override;
+  void Refuse_Entry(int dialog, int control, const std::wstring& reason) override;
+  void Set_Busy(int dialog, bool busy) override;
+  void Post_Message(const C_Message_Model& model, C_Message_Sink& sink) override;
+  void Draw_Chart(unsigned chart, const C_Chart_Model& model) override;
+  bool Is_Chart_Open(unsigned chart) override;
+  void Close_Chart(unsigned chart) override;
+
+  // Closes all windows and ends the thread; what is called after it does as if the person had cancelled.
+  void Stop();
+  // For a display that went away while windows stood open: every dialog and box is cancelled, and the process goes on.
+  // Qt thread only.
+  void Give_Up();
+
+ private:
+  struct C_Chart_State {
+    bool open = false;
+    std::unique_ptr<C_Chart_Model> waiting;  // the newest drawing that the Qt thread has not taken yet
+  };
+
+  struct C_Open_Message {
+    C_Message_Sink* sink = nullptr;
+    int refusal = 0;  // what counts as its answer when nobody can give one
+  };
+
+  std::shared_ptr<C_Dialog_Link> Find(int dialog);
+  void Answer(int message, int answer);
+  void Draw_Waiting(unsigned chart);
+
+  std::mutex m_Lock;
+  int m_Last_Dialog = 0;
+  std::map<int, std::shared_ptr<C_Dialog_Link>> m_Links;
+  int m_Last_Message = 0;
+  std::map<int, C_Open_Message> m_Messages;
+  std::map<unsigned, C_Chart_State> m_Charts;
+  std::unique_ptr<C_Window_Desk> m_Desk;  // made, used and ended on the Qt thread
+  C_Qt_Thread m_Thread;
+};
+
+}  // namespace orsanta

@@ -1,0 +1,58 @@
+// What the two sides of one open dialog share: events go from the window to the sink, texts from the caller to the window.
+//
+// Texts are taken on the caller's thread and only changed ones are kept, so that displays that ask ten times a second and
+// stay as they are cost a comparison and no redrawing. Any thread.
+#pragma once
+
+#include <map>
+#include <mutex>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "support/front.h"
+
+namespace orsanta {
+
+class C_Dialog_Link {
+ public:
+  explicit C_Dialog_Link(C_Dialog_Sink& sink) : m_Sink(&sink) {}
+
+  void Send(const C_Dialog_Event& event) {
+    std::lock_guard<std::mutex> guard(m_Lock);
+    if (m_Sink != nullptr) m_Sink->On_Dialog_Event(event);
+  }
+  // After the return the sink gets nothing more.
+  void Cut() {
+    std::lock_guard<std::mutex> guard(m_Lock);
+    m_Sink = nullptr;
+  }
+
+  // Returns true when the window has to be told that texts wait.
+  bool Put_Text(int control, const std::wstring& text) {
+    std::lock_guard<std::mutex> guard(m_Lock);
+    const auto last = m_Last.find(control);
+    if (last != m_Last.end() && last->second == text) return false;
+    m_Last[control] = text;
+    const bool tell = m_Waiting.empty();
+    m_Waiting[control] = text;
+    return tell;
+  }
+  std::map<int, std::wstring> Take_Texts() {
+    std::lock_guard<std::mutex> guard(m_Lock);
+    return std::exchange(m_Waiting, {});
+  }
+  // The person may have changed the control: the next text is taken even if it equals the last one.
+  void Forget(int control) {
+    std::lock_guard<std::mutex> guard(m_Lock);
+    m_Last.erase(control);
+  }
+
+ private:
+  std::mutex m_Lock;
+  C_Dialog_Sink* m_Sink;
+  std::map<int, std::wstring> m_Last;     // what each control shows, as far as it was told
+  std::map<int, std::wstring> m_Waiting;  // not yet on the window
+};
+
+}  // namespace orsanta

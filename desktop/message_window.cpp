@@ -1,0 +1,104 @@
+#include "desktop/message_window.h"
+
+#include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QPushButton>
+#include <QScreen>
+#include <QStyle>
+#include <QVBoxLayout>
+#include <utility>
+
+#include "desktop/look.h"
+#include "support/message_box.h"
+
+namespace orsanta {
+
+namespace {
+constexpr int Guard_Ms = 400;    // a key typed for another window must not answer a box that has just come up
+constexpr int Set_Off = 28;      // pixels between boxes that stand open together
+constexpr int Places = 8;        // set-offs before the first place is used again
+constexpr int Text_Width = 380;  // pixels of the narrowest text
+}  // namespace
+
+C_Message_Window::C_Message_Window(const C_Message_Model& model, int place, std::function<void(int)> answered)
+    : m_Yes_No((model.flags & Box_Yes_No) != 0), m_Answered(std::move(answered)) {
+  Qt::WindowFlags flags = Qt::Window | Qt::WindowTitleHint | Qt::WindowCloseButtonHint;
+  if ((model.flags & Box_System_Modal) != 0) flags |= Qt::WindowStaysOnTopHint;
+  setWindowFlags(flags);
+  setObjectName(QStringLiteral("message_box"));
+  setWindowTitle(QStringLiteral("Orsanta"));
+  setAttribute(Qt::WA_DeleteOnClose);
+
+  auto* layout = new QVBoxLayout(this);
+  layout->setContentsMargins(24, 22, 24, 18);
+  layout->setSpacing(18);
+  auto* row = new QHBoxLayout;
+  row->setSpacing(18);
+  auto* icon = new QLabel;
+  const auto picture = (model.flags & Box_Stop_Icon) != 0 ? QStyle::SP_MessageBoxCritical
+                       : m_Yes_No                         ? QStyle::SP_MessageBoxQuestion
+                                                          : QStyle::SP_MessageBoxInformation;
+  icon->setPixmap(style()->standardIcon(picture).pixmap(40, 40));
+  icon->setObjectName((model.flags & Box_Stop_Icon) != 0 ? QStringLiteral("stop_icon") : QStringLiteral("icon"));
+  row->addWidget(icon, 0, Qt::AlignTop);
+  auto* text = new QLabel(To_Qt(model.text));
+  text->setTextFormat(Qt::PlainText);
+  text->setObjectName(QStringLiteral("message"));
+  text->setWordWrap(true);
+  text->setMinimumWidth(Text_Width);
+  row->addWidget(text, 1);
+  layout->addLayout(row);
+
+  auto* buttons = new QHBoxLayout;
+  buttons->addStretch(1);
+  const auto add_button = [this, buttons](const QString& caption, const char* name, int answer) {
+    auto* button = new QPushButton(caption);
+    button->setObjectName(QLatin1String(name));
+    button->setMinimumSize(120, look::Row_Height);
+    button->installEventFilter(this);
+    QObject::connect(button, &QPushButton::clicked, this, [this, answer] { Answer(answer); });
+    buttons->addWidget(button);
+    return button;
+  };
+  if (m_Yes_No) {
+    add_button(QStringLiteral("是(&Y)"), "confirm", Answer_Yes)->setDefault(true);
+    add_button(QStringLiteral("否(&N)"), "no", Answer_No);
+  } else {
+    add_button(QStringLiteral("确定"), "confirm", Answer_Ok)->setDefault(true);
+  }
+  layout->addLayout(buttons);
+
+  adjustSize();
+  const QPoint offset(Set_Off * (place % Places), Set_Off * (place % Places));
+  move(screen()->availableGeometry().center() - rect().center() + offset);
+  m_Shown.start();
+}
+
+void C_Message_Window::Answer(int answer) {
+  if (!m_Answered) return;
+  std::exchange(m_Answered, nullptr)(answer);
+  close();
+}
+
+// Escape and the close button: OK to a notice, No to a question.
+void C_Message_Window::reject() {
+  if (m_Answered) {
+    Answer(m_Yes_No ? Answer_No : Answer_Ok);
+  } else {
+    QDialog::reject();
+  }
+}
+
+void C_Message_Window::keyPressEvent(QKeyEvent* event) {
+  if (m_Shown.elapsed() < Guard_Ms) return;
+  QDialog::keyPressEvent(event);
+}
+
+bool C_Message_Window::eventFilter(QObject* object, QEvent* event) {
+  const bool is_key = event->type() == QEvent::KeyPress || event->type() == QEvent::KeyRelease;
+  if (is_key && m_Shown.elapsed() < Guard_Ms) return true;
+  return QDialog::eventFilter(object, event);
+}
+
+}  // namespace orsanta

@@ -1,0 +1,31 @@
+// One message box: an icon, the text, and OK or yes and no. Several may stand open at once, and none blocks another window.
+// Qt thread only.
+#pragma once
+
+#include <QDialog>
+#include <QElapsedTimer>
+#include <functional>
+
+#include "support/front.h"
+
+namespace orsanta {
+
+class C_Message_Window : public QDialog {
+ public:
+  // answered: called once, with an Answer_ value. place: how many boxes stand open, which sets this one off from them.
+  C_Message_Window(const C_Message_Model& model, int place, std::function<void(int)> answered);
+
+  void Answer(int answer);
+  void reject() override;
+
+ protected:
+  void keyPressEvent(QKeyEvent* event) override;
+  bool eventFilter(QObject* object, QEvent* event) override;
+
+ private:
+  bool m_Yes_No;
+  std::function<void(int)> m_Answered;
+  QElapsedTimer m_Shown;
+};
+
+}  // namespace orsanta
