@@ -7,9 +7,9 @@
 namespace orsanta {
 
 namespace {
-constexpr int Height = 4;       // pixels
-constexpr int Period_Ms = 80;   // between two steps
-constexpr int Steps = 24;       // from one end to the other
+constexpr int Height = 4;      // pixels
+constexpr int Period_Ms = 80;  // between two steps
+constexpr int Steps = 24;      // from one end to the other
 }  // namespace
 
 C_Busy_Mark::C_Busy_Mark() {

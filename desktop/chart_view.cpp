@@ -21,8 +21,8 @@ constexpr int Bottom = 32;
 constexpr int Tick_Text = 13;
 constexpr int X_Tick_Width = 90;  // pixels that one label takes
 constexpr int Y_Tick_Height = 44;
-constexpr double Wheel_Step = 0.8;  // of the span for one notch
-constexpr int Key_Pan = 40;         // pixels
+constexpr double Wheel_Step = 0.8;     // of the span for one notch
+constexpr int Key_Pan = 40;            // pixels
 constexpr double Point_Spacing = 6.0;  // points wider apart than this are marked
 
 QFont Small_Font(const QWidget& widget) {
@@ -130,9 +130,13 @@ void C_Chart_View::mouseMoveEvent(QMouseEvent* event) {
   update();
 }
 
-void C_Chart_View::mouseReleaseEvent(QMouseEvent*) { m_Drag_From.reset(); }
+void C_Chart_View::mouseReleaseEvent(QMouseEvent*) {
+  m_Drag_From.reset();
+}
 
-void C_Chart_View::mouseDoubleClickEvent(QMouseEvent*) { Follow(); }
+void C_Chart_View::mouseDoubleClickEvent(QMouseEvent*) {
+  Follow();
+}
 
 void C_Chart_View::leaveEvent(QEvent*) {
   m_Pointer.reset();
@@ -181,7 +185,7 @@ void C_Chart_View::Find_Nearest() {
 QString C_Chart_View::Crosshair_Text() const {
   if (!m_Nearest.has_value()) return QString();
   return QStringLiteral("%1 : %2").arg(QString::number(m_Model.x[*m_Nearest], 'g', 10),
-                                        Value_Text(m_Model.y[*m_Nearest], m_Y.high - m_Y.low));
+                                       Value_Text(m_Model.y[*m_Nearest], m_Y.high - m_Y.low));
 }
 
 void C_Chart_View::paintEvent(QPaintEvent*) {

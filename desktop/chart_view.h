@@ -1,7 +1,7 @@
 // The drawing of a chart: axes, grid, line, newest value, crosshair. Qt thread only.
 //
-// Wheel: zoom at the pointer, with Ctrl along x only, with Shift along y only. Drag: pan. Double click or Home: follow the
-// data again. Keys: + and - zoom, arrows pan.
+// Wheel: zoom at the pointer, with Ctrl along x only, with Shift along y only. Drag: pan. Double click or Home: follow
+// the data again. Keys: + and - zoom, arrows pan.
 #pragma once
 
 #include <QWidget>
@@ -48,11 +48,11 @@ class C_Chart_View : public QWidget {
   void Draw_Crosshair(QPainter& painter) const;
 
   C_Chart_Model m_Model;
-  bool m_Has_View = false;   // the axes were set once
-  bool m_Following = true;   // until the person zooms or pans
+  bool m_Has_View = false;  // the axes were set once
+  bool m_Following = true;  // until the person zooms or pans
   C_Chart_Axis m_X;
   C_Chart_Axis m_Y;
-  QRectF m_Plot;             // within the axes
+  QRectF m_Plot;  // within the axes
   std::optional<QPointF> m_Pointer;
   std::optional<QPointF> m_Drag_From;
   std::optional<size_t> m_Nearest;

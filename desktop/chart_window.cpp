@@ -47,12 +47,10 @@ C_Chart_Window::C_Chart_Window(const C_Chart_Model& model, std::function<void()>
     foot->addWidget(button);
   };
   add_button(QStringLiteral("显示全部"), "follow", [this] { m_View->Follow(); });
-  add_button(QStringLiteral("保存图片"), "save_png", [this] {
-    Ask_And_Save(QStringLiteral("PNG (*.png)"), QStringLiteral("png"), &C_Chart_Window::Save_Png);
-  });
-  add_button(QStringLiteral("保存数据"), "save_csv", [this] {
-    Ask_And_Save(QStringLiteral("CSV (*.csv)"), QStringLiteral("csv"), &C_Chart_Window::Save_Csv);
-  });
+  add_button(QStringLiteral("保存图片"), "save_png",
+             [this] { Ask_And_Save(QStringLiteral("PNG (*.png)"), QStringLiteral("png"), &C_Chart_Window::Save_Png); });
+  add_button(QStringLiteral("保存数据"), "save_csv",
+             [this] { Ask_And_Save(QStringLiteral("CSV (*.csv)"), QStringLiteral("csv"), &C_Chart_Window::Save_Csv); });
   m_Note = new QLabel;
   m_Note->setObjectName(QStringLiteral("hint"));
   m_Note->setTextFormat(Qt::PlainText);

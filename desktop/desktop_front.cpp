@@ -11,7 +11,9 @@ C_Desktop_Front::C_Desktop_Front(const std::string& platform) : m_Thread(platfor
   m_Thread.Post([this] { m_Desk = std::make_unique<C_Window_Desk>(); });
 }
 
-C_Desktop_Front::~C_Desktop_Front() { Stop(); }
+C_Desktop_Front::~C_Desktop_Front() {
+  Stop();
+}
 
 void C_Desktop_Front::Stop() {
   m_Thread.Stop([this] { m_Desk.reset(); });

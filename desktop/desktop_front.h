@@ -1,7 +1,7 @@
 // The desktop front: windows of Qt Widgets on a thread of their own.
 //
-// Any thread may call any operation; each posts its work to the Qt thread and returns. Only the open flags of charts, the
-// texts of displays and the sinks are shared between the threads, each behind a leaf lock.
+// Any thread may call any operation; each posts its work to the Qt thread and returns. Only the open flags of charts,
+// the texts of displays and the sinks are shared between the threads, each behind a leaf lock.
 #pragma once
 
 #include <atomic>

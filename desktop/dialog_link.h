@@ -1,7 +1,8 @@
-// What the two sides of one open dialog share: events go from the window to the sink, texts from the caller to the window.
+// What the two sides of one open dialog share: events go from the window to the sink, texts from the caller to the
+// window.
 //
-// Texts are taken on the caller's thread and only changed ones are kept, so that displays that ask ten times a second and
-// stay as they are cost a comparison and no redrawing. Any thread.
+// Texts are taken on the caller's thread and only changed ones are kept, so that displays that ask ten times a second
+// and stay as they are cost a comparison and no redrawing. Any thread.
 #pragma once
 
 #include <map>

@@ -23,12 +23,12 @@ namespace orsanta {
 
 namespace {
 
-constexpr int Pressed_Ms = 150;           // the least time that a button shows its press
-constexpr double Unit_Of_Panels = 20.0;   // pixels of one unit of width in windows of buttons
-constexpr double Unit_Of_Forms = 36.0;    // and in windows of edits, whose captions are longer
-constexpr int Window_Width = 1280;        // windows are no larger than this at opening
+constexpr int Pressed_Ms = 150;          // the least time that a button shows its press
+constexpr double Unit_Of_Panels = 20.0;  // pixels of one unit of width in windows of buttons
+constexpr double Unit_Of_Forms = 36.0;   // and in windows of edits, whose captions are longer
+constexpr int Window_Width = 1280;       // windows are no larger than this at opening
 constexpr int Window_Height = 800;
-constexpr int Window_Frame = 32;          // room for the frame that the desktop draws
+constexpr int Window_Frame = 32;  // room for the frame that the desktop draws
 
 void Set_Mark(QWidget* widget, const char* mark, bool on) {
   if (widget->property(mark).toBool() == on) return;

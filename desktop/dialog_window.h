@@ -1,5 +1,5 @@
-// The window of one dialog model: a head with title and busy mark, columns of controls, and for a dialog that confirms a
-// foot with the two answers. Qt thread only.
+// The window of one dialog model: a head with title and busy mark, columns of controls, and for a dialog that confirms
+// a foot with the two answers. Qt thread only.
 //
 // Keys: Tab and arrows move, Enter confirms or presses, Escape cancels.
 #pragma once

@@ -1,5 +1,5 @@
-// Finds out whether windows can be shown at all. Qt ends the process when it cannot start, so that everything it needs is
-// tried out before.
+// Finds out whether windows can be shown at all. Qt ends the process when it cannot start, so that everything it needs
+// is tried out before.
 #pragma once
 
 #include <string>

@@ -1,5 +1,5 @@
-// One message box: an icon, the text, and OK or yes and no. Several may stand open at once, and none blocks another window.
-// Qt thread only.
+// One message box: an icon, the text, and OK or yes and no. Several may stand open at once, and none blocks another
+// window. Qt thread only.
 #pragma once
 
 #include <QDialog>

@@ -41,6 +41,7 @@ extern "C" __attribute__((visibility("default"))) orsanta::C_Front* orsanta_make
       return front;
     }
   }
-  fprintf(stderr, "orsanta: no windows: %s; messages go to this stream and dialogs count as cancelled\n", reason.c_str());
+  fprintf(stderr, "orsanta: no windows: %s; messages go to this stream and dialogs count as cancelled\n",
+          reason.c_str());
   return nullptr;
 }

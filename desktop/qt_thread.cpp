@@ -15,8 +15,8 @@ namespace {
 QtMessageHandler the_Previous_Handler = nullptr;
 std::function<void()> the_Display_Lost;
 
-// When the connection to the display breaks, Qt says so and then ends the process, measurements and all. This thread stays
-// in the saying: windows are gone, the process lives.
+// When the connection to the display breaks, Qt says so and then ends the process, measurements and all. This thread
+// stays in the saying: windows are gone, the process lives.
 [[noreturn]] void Stay_Without_Display() {
   fputs("orsanta: the display went away; the system goes on without windows\n", stderr);
   the_Display_Lost();

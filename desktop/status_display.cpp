@@ -39,7 +39,8 @@ QRect C_Status_Display::Text_Area() const {
 void C_Status_Display::Fit() {
   const QRect area = Text_Area();
   int size = m_Largest_Text;
-  if (!m_Lines.isEmpty()) size = std::min(size, static_cast<int>(area.height() / (Line_Height * m_Lines.size())));
+  if (!m_Lines.isEmpty())
+    size = std::min(size, static_cast<int>(area.height() / (Line_Height * static_cast<double>(m_Lines.size()))));
   QFont text_font = font();
   for (; size > Smallest_Text; --size) {
     text_font.setPixelSize(size);
@@ -51,7 +52,9 @@ void C_Status_Display::Fit() {
   m_Text_Size = std::max(size, Smallest_Text);
 }
 
-void C_Status_Display::resizeEvent(QResizeEvent*) { Fit(); }
+void C_Status_Display::resizeEvent(QResizeEvent*) {
+  Fit();
+}
 
 void C_Status_Display::paintEvent(QPaintEvent*) {
   QPainter painter(this);

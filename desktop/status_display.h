@@ -1,4 +1,5 @@
-// A display that can be read from two metres: light text on a dark ground, as large as its space allows. Qt thread only.
+// A display that can be read from two metres: light text on a dark ground, as large as its space allows. Qt thread
+// only.
 #pragma once
 
 #include <QWidget>
@@ -24,7 +25,7 @@ class C_Status_Display : public QWidget {
   QString m_Caption;
   QString m_Text;
   QStringList m_Lines;
-  int m_Largest_Text;  // pixels
+  int m_Largest_Text;   // pixels
   int m_Text_Size = 0;  // pixels, as fitted
 };
 

@@ -65,8 +65,8 @@ void C_Window_Desk::Set_Busy(int number, bool busy) {
   Update_Busy_Marks();
 }
 
-// A command that has opened another dialog waits for the person and is not at work: busy marks show only while the topmost
-// dialog is busy as well.
+// A command that has opened another dialog waits for the person and is not at work: busy marks show only while the
+// topmost dialog is busy as well.
 void C_Window_Desk::Update_Busy_Marks() {
   const bool at_work = !m_Dialogs.empty() && m_Dialogs.back().second->Is_Busy();
   for (const auto& [number, window] : m_Dialogs) window->Show_Busy_Mark(at_work && window->Is_Busy());
@@ -75,8 +75,9 @@ void C_Window_Desk::Update_Busy_Marks() {
 void C_Window_Desk::Show_Message(const C_Message_Model& model, std::function<void(int)> answered) {
   auto* box = new C_Message_Window(model, static_cast<int>(m_Messages.size()), std::move(answered));
   m_Messages.push_back(box);
-  QObject::connect(box, &QObject::destroyed, qApp,
-                   [this, box] { m_Messages.erase(std::remove(m_Messages.begin(), m_Messages.end(), box), m_Messages.end()); });
+  QObject::connect(box, &QObject::destroyed, qApp, [this, box] {
+    m_Messages.erase(std::remove(m_Messages.begin(), m_Messages.end(), box), m_Messages.end());
+  });
   box->show();
   box->raise();
   box->activateWindow();

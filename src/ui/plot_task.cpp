@@ -1,0 +1,62 @@
+#include "ui/plot_task.h"
+
+#include <algorithm>
+
+#include "host/motor_base.h"
+#include "station/voice_motor.h"
+#include "support/clock.h"
+#include "support/wide_string.h"
+
+namespace orsanta {
+
+namespace {
+
+constexpr int Pass_Ms = 500;
+constexpr int Chart_Width = 500;   // pixels at opening
+constexpr int Chart_Height = 400;  // pixels at opening
+constexpr int Stop_Timeout_Ms = 300000;
+
+}  // namespace
+
+plot_task::plot_task(C_VoiceMotorBase* base, int motor_index) : m_MotorIndex(motor_index) {
+  m_Plot.SetDynamicAdjustRange(1);
+  BeginThread(base, 2, 2, Stop_Timeout_Ms, nullptr);
+}
+
+plot_task::~plot_task() {
+  ReleaseSubClass_CBaseBindThread();
+}
+
+void plot_task::OnThreadLoop(void* param) {
+  Sleep(Pass_Ms);
+  if (m_Plot.BeImageWindowCreate() == 0) return;
+  const C_VoiceMotorBase& base = *static_cast<C_VoiceMotorBase*>(param);
+  const C_VoiceMotor& station = *base.StationList[m_MotorIndex];
+  const int points = static_cast<int>(base.PlotPointNum);
+  const int number = m_MotorIndex + 1;
+  switch (base.SelectedChart) {
+    case 0:
+      return Plot_Last(Format_Text(L"Orsanta：%d测量尺寸（mm）", number).Text(), station.ThicknessArray.Copy(), points,
+                       0);
+    case 1:
+      return Plot_Last(Format_Text(L"Orsanta：%d测量时间（ms）", number).Text(), station.TestTimeArray.Copy(), points,
+                       0);
+    case 2:
+      return Plot_Last(Format_Text(L"Orsanta：%d测量温度（°C）", number).Text(), station.TempArray.Copy(), points, 0);
+    default:
+      return;
+  }
+}
+
+void plot_task::Plot_Last(const std::wstring& title, CMyArray<double> y, int n, int mode) {
+  const int count = y.GetSize();
+  if (count == 0) return;
+  const int first = std::max(0, count - n);
+  CMyArray<double> x;
+  x.SetArraySize(count - first);
+  for (int i = first; i < count; ++i) x[i - first] = i;
+  y.GetSubArray(first, x.GetSize(), y);
+  m_Plot.Plot(title, x, y, mode, Chart_Width, Chart_Height, CKestruneGraph::Line_Solid, L"");
+}
+
+}  // namespace orsanta
