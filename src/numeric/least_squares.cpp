@@ -1,6 +1,6 @@
 #include "numeric/least_squares.h"
 
-#include <Eigen/Core>
+#include <Eigen/LU>
 #include <algorithm>
 #include <cmath>
 #include <utility>
@@ -10,11 +10,11 @@
 namespace orsanta {
 namespace {
 
-// The factorisation is written here, on Eigen's vectors, and not taken from Eigen's ColPivHouseholderQR, whose pivoting
-// is of the same form but not of the same outcome: its column norms are plain roots of sums of squares, which overflow
-// or vanish where a high power of a large or small position stands (beyond 1e154 or below 1e-154) and then pick
-// other pivots; it takes a column that is small against its own threshold out of the solution, where the polynomial
-// keeps every column; and a column with a not-a-number norm can be chosen, or hide the largest one.
+// The factorisation is written here, on Eigen's vectors, because Eigen's ColPivHouseholderQR, of the same form, does
+// not come to the same outcome. Its solution leaves out columns that are small against a threshold of its own, where a
+// polynomial over a narrow or a wide range keeps every column. Its column norms are plain roots of sums of squares,
+// which overflow or vanish where a high power of a large or a small position stands (beyond 1e154 or below 1e-154), and
+// then the pivots are others or the result is not-a-number.
 
 using Vector = Eigen::Map<Eigen::VectorXd>;
 
@@ -40,10 +40,10 @@ double Norm(const Column& column) {
 }
 
 // A = Q R P^T. The triangle R stands on and above the diagonal of the matrix; below it the Householder vectors, whose
-// leading 1 is not stored. Column j of R belongs to column pivot[j] of A.
+// leading 1 is not stored. Column j of R belongs to column jpvt[j] of A.
 struct C_Pivoted_Qr {
   std::vector<double> tau;
-  std::vector<int> pivot;
+  std::vector<int> jpvt;
 };
 
 // Turns the column below and including row k into (beta, 0, ..., 0) and leaves the Householder vector in the zeros'
@@ -77,31 +77,31 @@ C_Pivoted_Qr Factor_Qr(C_Matrix& matrix) {
   const auto column = [&](int j) { return Vector(matrix.Column(j), rows); };
 
   C_Pivoted_Qr qr{std::vector<double>(static_cast<size_t>(steps)), std::vector<int>(static_cast<size_t>(columns))};
-  std::vector<double> norms(static_cast<size_t>(columns));  // of what is left of each column, downdated
+  std::vector<double> vn1(static_cast<size_t>(columns));  // of what is left of each column, downdated
   for (int j = 0; j < columns; ++j) {
-    qr.pivot[static_cast<size_t>(j)] = j;
-    norms[static_cast<size_t>(j)] = Norm(column(j));
+    qr.jpvt[static_cast<size_t>(j)] = j;
+    vn1[static_cast<size_t>(j)] = Norm(column(j));
   }
-  std::vector<double> true_norms = norms;  // the last ones that were formed from the column itself
+  std::vector<double> vn2 = vn1;  // the last ones that were formed from the column itself
 
   for (int k = 0; k < steps; ++k) {
     // The largest remaining norm, the first on a tie. A not-a-number norm stays where it is.
-    const auto begin = norms.begin() + k;
-    const int chosen = k + static_cast<int>(std::max_element(begin, norms.end()) - begin);
+    const auto begin = vn1.begin() + k;
+    const int chosen = k + static_cast<int>(std::max_element(begin, vn1.end()) - begin);
     if (chosen != k) {
       const auto to = static_cast<size_t>(k), from = static_cast<size_t>(chosen);
       column(k).swap(column(chosen));
-      std::swap(qr.pivot[to], qr.pivot[from]);
-      norms[from] = norms[to];
-      true_norms[from] = true_norms[to];
+      std::swap(qr.jpvt[to], qr.jpvt[from]);
+      vn1[from] = vn1[to];
+      vn2[from] = vn2[to];
     }
 
     const double tau = Make_Reflector(column(k), k);
     qr.tau[static_cast<size_t>(k)] = tau;
     for (int j = k + 1; j < columns; ++j) {
       Apply_Reflector(column(k), k, tau, column(j));
-      double& norm = norms[static_cast<size_t>(j)];
-      double& true_norm = true_norms[static_cast<size_t>(j)];
+      double& norm = vn1[static_cast<size_t>(j)];
+      double& true_norm = vn2[static_cast<size_t>(j)];
       if (norm == 0.0) continue;
       // The row that is done with leaves the norm.
       const double share = std::fabs(matrix(k, j)) / norm;
@@ -128,7 +128,7 @@ std::vector<double> Solve_Qr(C_Matrix& matrix, const C_Pivoted_Qr& qr, std::vect
   std::vector<double> solution(static_cast<size_t>(matrix.Columns()));
   for (int k = rank - 1; k >= 0; --k) {
     const double value = right[static_cast<size_t>(k)] / matrix(k, k);
-    solution[static_cast<size_t>(qr.pivot[static_cast<size_t>(k)])] = value;
+    solution[static_cast<size_t>(qr.jpvt[static_cast<size_t>(k)])] = value;
     for (int i = 0; i < k; ++i) right[static_cast<size_t>(i)] -= value * matrix(i, k);
   }
   return solution;
@@ -145,36 +145,13 @@ int Find_Rank(C_Matrix& matrix) {
 }
 
 // LU with partial pivoting: the largest magnitude of the column, the first on a tie. A singular matrix is not detected.
-std::vector<double> Solve_Lu(C_Matrix& matrix, std::vector<double> right) {
+// A zero of the right side passes its column over: it stays zero whatever the pivot is, a zero pivot included.
+void Solve_Lu(C_Matrix& matrix, std::vector<double>& right) {
   const int n = matrix.Rows();
+  Eigen::Map<Eigen::MatrixXd> square(matrix.Column(0), n, n);
+  const Eigen::PartialPivLU<Eigen::Ref<Eigen::MatrixXd>> lu(square);
   Vector b(right.data(), n);
-  for (int k = 0; k < n; ++k) {
-    int chosen = k;
-    for (int i = k + 1; i < n; ++i) {
-      if (std::fabs(matrix(i, k)) > std::fabs(matrix(chosen, k))) chosen = i;
-    }
-    if (matrix(chosen, k) == 0.0) continue;
-    if (chosen != k) {
-      for (int j = 0; j < n; ++j) std::swap(matrix(k, j), matrix(chosen, j));
-      std::swap(b[k], b[chosen]);
-    }
-    const int below = n - k - 1;
-    Vector factors(matrix.Column(k) + k + 1, below);
-    factors /= matrix(k, k);
-    for (int j = k + 1; j < n; ++j) {
-      if (matrix(k, j) != 0.0) Vector(matrix.Column(j) + k + 1, below) -= matrix(k, j) * factors;
-    }
-  }
-  // A zero of the right side passes its column over: it stays zero whatever the pivot is, a zero pivot included.
-  for (int k = 0; k < n; ++k) {
-    if (b[k] != 0.0) b.tail(n - k - 1) -= b[k] * Vector(matrix.Column(k) + k + 1, n - k - 1);
-  }
-  for (int k = n - 1; k >= 0; --k) {
-    if (b[k] == 0.0) continue;
-    b[k] /= matrix(k, k);
-    b.head(k) -= b[k] * Vector(matrix.Column(k), k);
-  }
-  return right;
+  b = lu.solve(b).eval();
 }
 
 }  // namespace
@@ -184,7 +161,10 @@ std::vector<double> Left_Divide(C_Matrix matrix, std::vector<double> right) {
     Fail_Runtime_Check(__func__, __LINE__, "Matrix dimensions must agree.");
   }
   if (matrix.Rows() == 0 || matrix.Columns() == 0) return std::vector<double>(static_cast<size_t>(matrix.Columns()));
-  if (matrix.Rows() == matrix.Columns()) return Solve_Lu(matrix, std::move(right));
+  if (matrix.Rows() == matrix.Columns()) {
+    Solve_Lu(matrix, right);
+    return right;
+  }
   const C_Pivoted_Qr qr = Factor_Qr(matrix);
   return Solve_Qr(matrix, qr, right, Find_Rank(matrix));
 }

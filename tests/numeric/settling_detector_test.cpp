@@ -50,17 +50,8 @@ TEST_F(Settling_Detector, SettlesWhenTheWindowHoldsStillBelowTheThreshold) {
   for (int i = 0; i < 5; ++i) EXPECT_FALSE(Step(1.0));
 }
 
-TEST_F(Settling_Detector, WindowsAtTheEndsOfTheirRange) {
-  Start(1000, 0.001);
-  Step(99999.0);
-  for (int i = 0; i < 999; ++i) ASSERT_FALSE(Step(2.0)) << i;
-  EXPECT_TRUE(Step(2.0));
-
-  Start(0, 1.0);
-  EXPECT_TRUE(Step(3.0));
-  EXPECT_TRUE(std::isnan(m_State.Mean));
-
-  for (const double window : {1e9, 1000.5, Not_A_Number}) {  // cut to the ring
+TEST_F(Settling_Detector, WindowsBeyondTheRingAreCutToIt) {
+  for (const double window : {1e9, 1000.5, Not_A_Number}) {
     Start(window, 5.0);
     EXPECT_TRUE(Step(4.0));
     EXPECT_EQ(m_State.Mean, 4.0 / 1000);
