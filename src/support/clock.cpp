@@ -3,7 +3,6 @@
 #include <sys/prctl.h>
 
 #include <chrono>
-#include <condition_variable>
 #include <ctime>
 #include <limits>
 #include <thread>
@@ -32,13 +31,9 @@ void Ask_For_Sharp_Timers() {
 
 }  // namespace
 
-// Real waiters share a condition variable; simulated ones are listed by the simulation itself.
-struct C_Wait_Point::C_Waiters {
-  std::condition_variable condition;
-};
-
-C_Wait_Point::C_Wait_Point(const char* what) : m_What(what), m_Waiters(std::make_unique<C_Waiters>()) {}
-C_Wait_Point::~C_Wait_Point() = default;
+bool Is_Simulated_Time() {
+  return C_Simulation::Current() != nullptr;
+}
 
 double Now_Ms() {
   if (C_Simulation* simulation = C_Simulation::Current()) return simulation->Now_Ms();
@@ -83,18 +78,18 @@ void C_Wait_Point::Wait(std::unique_lock<std::mutex>& lock) {
 bool C_Wait_Point::Wait_Until(std::unique_lock<std::mutex>& lock, double until_ms) {
   if (C_Simulation* simulation = C_Simulation::Current()) return simulation->Wait(this, m_What, lock, until_ms);
   if (until_ms == Forever_Ms) {
-    m_Waiters->condition.wait(lock);
+    m_Waiters.wait(lock);
     return true;
   }
   Ask_For_Sharp_Timers();
-  return m_Waiters->condition.wait_until(lock, To_Steady(until_ms)) == std::cv_status::no_timeout;
+  return m_Waiters.wait_until(lock, To_Steady(until_ms)) == std::cv_status::no_timeout;
 }
 
 void C_Wait_Point::Notify_All() {
   if (C_Simulation* simulation = C_Simulation::Current()) {
     simulation->Notify(this);
   } else {
-    m_Waiters->condition.notify_all();
+    m_Waiters.notify_all();
   }
 }
 

@@ -8,6 +8,7 @@
 // All calls may come from any thread; under the simulated clock only from threads that take part.
 #pragma once
 
+#include <condition_variable>
 #include <cstdint>
 #include <memory>
 #include <mutex>
@@ -17,6 +18,9 @@ namespace orsanta {
 
 // Milliseconds of the present clock, with sub-millisecond resolution; never runs backwards.
 double Now_Ms();
+
+// True while the process runs on simulated time.
+bool Is_Simulated_Time();
 
 // Lets the calling thread rest for ms milliseconds (0 or less: lets others run and returns).
 void Sleep(int ms);
@@ -41,8 +45,7 @@ C_Local_Time Local_Time_Now();
 class C_Wait_Point {
  public:
   // what: names the place in the report of a run in which every thread waits.
-  explicit C_Wait_Point(const char* what);
-  ~C_Wait_Point();
+  explicit C_Wait_Point(const char* what) : m_What(what) {}
   C_Wait_Point(const C_Wait_Point&) = delete;
   C_Wait_Point& operator=(const C_Wait_Point&) = delete;
 
@@ -54,11 +57,8 @@ class C_Wait_Point {
   void Notify_All();
 
  private:
-  struct C_Waiters;
-  friend class C_System_Clock;
-  friend class C_Simulation;
   const char* m_What;
-  std::unique_ptr<C_Waiters> m_Waiters;
+  std::condition_variable m_Waiters;  // real ones; the simulation lists its own
 };
 
 // Runs the process on simulated time from construction to destruction, starting at 0 ms. The thread that makes it takes

@@ -1,5 +1,6 @@
 // Process and thread levels, mapped to what the system grants: a nice value for the process, a real-time class for
 // time-critical threads. Where the system grants neither, one trace line for the process says so and the run goes on.
+// Simulated time knows no priorities: nothing is asked for then. Any thread.
 #pragma once
 
 namespace orsanta {
@@ -8,7 +9,7 @@ constexpr int Priority_Above_Normal = 1;    // thread level
 constexpr int Priority_Time_Critical = 15;  // thread level
 constexpr int Process_Class_High = 128;     // process class
 
-// Raises the process to the class asked for. Any thread.
+// Raises the process, all its present and future threads, to the class asked for.
 void SetPriorityClass(int process_class);
 // Raises the calling thread to the level asked for.
 void SetThreadPriority(int level);

@@ -1,8 +1,9 @@
 #include "support/simulation.h"
 
+#include <semaphore.h>
+
 #include <algorithm>
-#include <atomic>
-#include <condition_variable>
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <limits>
@@ -20,15 +21,18 @@ std::atomic<C_Simulation*> the_simulation{nullptr};
 }  // namespace
 
 struct C_Simulation::C_Participant {
-  uint64_t ticket = 0;
-  std::string name;
-  bool ready = true;             // may be handed the run at the present time
-  bool running = false;          // holds the run
+  explicit C_Participant(std::string its_name) : name(std::move(its_name)) { sem_init(&turn, 0, 0); }
+  ~C_Participant() { sem_destroy(&turn); }
+  C_Participant(const C_Participant&) = delete;
+  C_Participant& operator=(const C_Participant&) = delete;
+
+  // A new thread is ready at the present time.
+  double wake_ms = -Forever_Ms;  // from then on it may run
+  const void* point = nullptr;   // where it waits; null while it sleeps, runs or is ready
   bool notified = false;         // the last wait ended by a notification
-  double wake_ms = Forever_Ms;   // wake-up time of a wait
-  const void* point = nullptr;   // wait point of a wait, null for a sleep
-  const char* what = "";         // where it waits, for the deadlock report
-  std::condition_variable turn;  // signalled when the run is handed to this thread
+  sem_t turn;                    // raised when the run is handed to this thread
+  const char* what = "start";    // where it waits, for the report
+  std::string name;
 };
 
 namespace {
@@ -45,35 +49,35 @@ C_Simulation::C_Simulation(uint64_t seed) : m_Choice(seed) {
     std::fputs("simulated clock: one is installed already\n", stderr);
     std::abort();
   }
-  auto self = std::make_unique<C_Participant>();
-  self->ticket = m_Next_Ticket++;
-  self->name = "installing thread";
-  self->running = true;
-  the_participant = self.get();
-  m_Participants.push_back(std::move(self));
+  m_Participants.push_back(std::make_unique<C_Participant>("installing thread"));
+  the_participant = m_Participants.back().get();
+  Stay_On_This_Processor();
+}
+
+// New threads inherit it. Where the system does not grant it the run is slower and otherwise the same.
+void C_Simulation::Stay_On_This_Processor() {
+  const int processor = sched_getcpu();
+  if (processor < 0 || sched_getaffinity(0, sizeof(m_Old_Processors), &m_Old_Processors) != 0) return;
+  cpu_set_t one;
+  CPU_ZERO(&one);
+  CPU_SET(static_cast<size_t>(processor), &one);
+  m_Pinned = sched_setaffinity(0, sizeof(one), &one) == 0;
 }
 
 C_Simulation::~C_Simulation() {
-  {
-    const std::lock_guard<std::mutex> guard(m_Lock);
-    if (m_Participants.size() != 1) {
-      std::fputs("simulated clock: these threads still take part at its end:\n", stderr);
-      for (const auto& participant : m_Participants) std::fprintf(stderr, "  %s\n", participant->name.c_str());
-      std::abort();
-    }
+  if (m_Participants.size() != 1) {
+    std::fputs("simulated clock: these threads still take part at its end:\n", stderr);
+    for (const auto& participant : m_Participants) std::fprintf(stderr, "  %s\n", participant->name.c_str());
+    std::abort();
   }
+  if (m_Pinned) sched_setaffinity(0, sizeof(m_Old_Processors), &m_Old_Processors);
   the_participant = nullptr;
   the_simulation.store(nullptr, std::memory_order_release);
 }
 
-double C_Simulation::Now_Ms() const {
-  const std::lock_guard<std::mutex> guard(m_Lock);
-  return m_Now_Ms;
-}
-
 C_Simulation::C_Participant& C_Simulation::Self() const {
   if (the_participant == nullptr) {
-    std::fputs("simulated clock: a thread that was not made through support/thread waits\n", stderr);
+    std::fputs("simulated clock: a thread that was not made through support/thread waits or notifies\n", stderr);
     std::abort();
   }
   return *static_cast<C_Participant*>(the_participant);
@@ -81,104 +85,84 @@ C_Simulation::C_Participant& C_Simulation::Self() const {
 
 void C_Simulation::Sleep(int ms) {
   C_Participant& self = Self();
-  const std::lock_guard<std::mutex> guard(m_Lock);
-  self.point = nullptr;
   self.what = "Sleep";
-  self.wake_ms = m_Now_Ms + std::max(ms, 0);
-  self.ready = false;
+  self.wake_ms = Now_Ms() + std::max(ms, 0);
   Hand_Over(self);
 }
 
 bool C_Simulation::Wait(const void* point, const char* what, std::unique_lock<std::mutex>& lock, double until_ms) {
   C_Participant& self = Self();
-  {
-    const std::lock_guard<std::mutex> guard(m_Lock);
-    lock.unlock();
-    self.point = point;
-    self.what = what;
-    self.wake_ms = std::max(until_ms, m_Now_Ms);
-    self.ready = false;
-    self.notified = false;
-    Hand_Over(self);
-  }
+  self.what = what;
+  self.wake_ms = until_ms;
+  self.point = point;
+  self.notified = false;
+  lock.unlock();
+  Hand_Over(self);
   lock.lock();
   return self.notified;
 }
 
 void C_Simulation::Notify(const void* point) {
-  const std::lock_guard<std::mutex> guard(m_Lock);
+  Self();
   for (const auto& participant : m_Participants) {
-    if (participant->point != point || participant->ready || participant->running) continue;
-    participant->ready = true;
+    if (participant->point != point) continue;
+    participant->point = nullptr;
     participant->notified = true;
+    participant->wake_ms = -Forever_Ms;
   }
 }
 
 uint64_t C_Simulation::Announce(const std::string& name) {
-  auto participant = std::make_unique<C_Participant>();
-  const std::lock_guard<std::mutex> guard(m_Lock);
-  participant->ticket = m_Next_Ticket++;
-  participant->name = name;
-  participant->wake_ms = m_Now_Ms;
-  m_Participants.push_back(std::move(participant));
-  return m_Participants.back()->ticket;
+  Self();
+  m_Participants.push_back(std::make_unique<C_Participant>(name));
+  return reinterpret_cast<uint64_t>(m_Participants.back().get());
 }
 
 void C_Simulation::Enter(uint64_t ticket) {
-  std::unique_lock<std::mutex> guard(m_Lock);
-  const auto found = std::find_if(m_Participants.begin(), m_Participants.end(),
-                                  [ticket](const auto& participant) { return participant->ticket == ticket; });
-  C_Participant& self = **found;
-  the_participant = &self;
-  self.turn.wait(guard, [&self] { return self.running; });
+  the_participant = reinterpret_cast<C_Participant*>(ticket);
+  while (sem_wait(&Self().turn) != 0 && errno == EINTR) {
+  }
 }
 
 void C_Simulation::Leave() {
-  const std::lock_guard<std::mutex> guard(m_Lock);
   const auto found = std::find_if(m_Participants.begin(), m_Participants.end(),
                                   [](const auto& participant) { return participant.get() == the_participant; });
   m_Participants.erase(found);
   the_participant = nullptr;
-  C_Participant* next = Choose_Next();
-  next->running = true;
-  next->turn.notify_one();
+  sem_post(&Choose_Next().turn);
 }
 
-// Gives the run to the next thread and blocks until it comes back. m_Lock is held by the caller's guard.
+// Gives the run to the next thread and blocks until it comes back.
 void C_Simulation::Hand_Over(C_Participant& self) {
-  self.running = false;
-  C_Participant* next = Choose_Next();
-  next->running = true;
-  if (next == &self) return;
-  next->turn.notify_one();
-  std::unique_lock<std::mutex> held(m_Lock, std::adopt_lock);
-  self.turn.wait(held, [&self] { return self.running; });
-  held.release();
+  C_Participant& next = Choose_Next();
+  if (&next == &self) return;
+  sem_post(&next.turn);
+  while (sem_wait(&self.turn) != 0 && errno == EINTR) {
+  }
 }
 
 // Picks one of the threads that may run at the earliest possible time, and moves the time there.
-C_Simulation::C_Participant* C_Simulation::Choose_Next() {
+C_Simulation::C_Participant& C_Simulation::Choose_Next() {
   double earliest = Forever_Ms;
-  for (const auto& participant : m_Participants) {
-    earliest = std::min(earliest, participant->ready ? m_Now_Ms : participant->wake_ms);
-  }
+  for (const auto& participant : m_Participants) earliest = std::min(earliest, participant->wake_ms);
   if (earliest == Forever_Ms) Report_Deadlock();
-  m_Now_Ms = std::max(m_Now_Ms, earliest);
+  const double now = std::max(Now_Ms(), earliest);
+  m_Now_Ms.store(now, std::memory_order_relaxed);
   uint64_t candidates = 0;
   C_Participant* chosen = nullptr;
   // One pass, every candidate with the same chance: the k-th replaces the one held with a chance of 1 in k.
   for (const auto& participant : m_Participants) {
-    if (!participant->ready && participant->wake_ms > m_Now_Ms) continue;
+    if (participant->wake_ms > now) continue;
     ++candidates;
     if (candidates == 1 || m_Choice() % candidates == 0) chosen = participant.get();
   }
-  chosen->ready = false;
+  chosen->point = nullptr;
   chosen->wake_ms = Forever_Ms;
-  return chosen;
+  return *chosen;
 }
 
 void C_Simulation::Report_Deadlock() const {
-  std::fprintf(stderr, "simulated clock: at %.3f ms every thread waits and none has a wake-up time:\n", m_Now_Ms);
+  std::fprintf(stderr, "simulated clock: at %.3f ms every thread waits and none has a wake-up time:\n", Now_Ms());
   for (const auto& participant : m_Participants) {
     std::fprintf(stderr, "  %s waits in %s\n", participant->name.c_str(), participant->what);
   }

@@ -1,12 +1,31 @@
 #include "support/thread.h"
 
+#include <cxxabi.h>
 #include <pthread.h>
+
+#include <cstdlib>
+#include <memory>
+#include <typeinfo>
 
 #include "support/assertion.h"
 #include "support/priority.h"
 #include "support/wide_string.h"
 
 namespace orsanta {
+
+namespace {
+
+// The class's own name, without its namespaces.
+std::string Readable_Type_Name(const std::type_info& type) {
+  int status = 0;
+  const std::unique_ptr<char, decltype(&std::free)> name(abi::__cxa_demangle(type.name(), nullptr, nullptr, &status),
+                                                         &std::free);
+  const std::string full = status == 0 ? name.get() : type.name();
+  const size_t colons = full.rfind("::");
+  return colons == std::string::npos ? full : full.substr(colons + 2);
+}
+
+}  // namespace
 
 void C_Thread::Start(const std::string& name, std::function<void()> body) {
   MY_ASSERT(!m_Thread.joinable());
@@ -52,8 +71,8 @@ int CBaseBindThread::BeginThread(void* param, int priority, int, int timeout_ms,
   if (m_Thread.Is_Running()) return 0;
   m_Be_End = false;
   m_Timeout_Ms = timeout_ms;
-  m_Name = name != nullptr ? name : L"";
-  m_Thread.Start(m_Name.empty() ? "bind thread" : To_Utf8(m_Name), [this, param, priority] {
+  m_Name = name != nullptr ? To_Utf8(name) : Readable_Type_Name(typeid(*this));
+  m_Thread.Start(m_Name, [this, param, priority] {
     if (priority >= Priority_Time_Critical) SetThreadPriority(Priority_Time_Critical);
     OnThreadBegin(param);
     while (!Is_Ending()) OnThreadLoop(param);
@@ -65,7 +84,7 @@ int CBaseBindThread::EndThread(int, int) {
   if (!m_Thread.Is_Running()) return 1;
   m_Be_End = true;
   if (!m_Thread.Join(m_Timeout_Ms)) {
-    MY_ASSERT_REPORT(Format_Assert_Text("thread %s did not end within %d ms", To_Utf8(m_Name).c_str(), m_Timeout_Ms));
+    MY_ASSERT_REPORT(Format_Assert_Text("thread %s did not end within %d ms", m_Name.c_str(), m_Timeout_Ms));
   }
   return 1;
 }

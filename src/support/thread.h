@@ -49,7 +49,7 @@ class CBaseBindThread {
   // Starts the thread.
   // param: handed to every hook. priority: 15 or above asks for the highest scheduling the system grants, anything else
   // for the default. timeout_ms: how long a stop may take before it is reported as a fault of the program. name: may be
-  // null. Returns 1, or 0 when the thread runs already.
+  // null, the thread then bears the class's name. Returns 1, or 0 when the thread runs already.
   int BeginThread(void* param, int priority, int reserved, int timeout_ms, const wchar_t* name);
   // Asks the thread to leave its loop and waits for it: after the return no OnThreadLoop pass runs. Returns 1.
   int EndThread(int reserved1, int reserved2);
@@ -69,7 +69,7 @@ class CBaseBindThread {
   C_Thread m_Thread;
   std::atomic<bool> m_Be_End{false};
   int m_Timeout_Ms = 0;
-  std::wstring m_Name;
+  std::string m_Name;
 };
 
 }  // namespace orsanta
