@@ -1,4 +1,5 @@
 // The exported surface: thin forwards to the supervisor and the stations. Told in full in orsanta/orsanta.h.
+#include "drive/motor.h"
 #include "host/motor_base.h"
 #include "orsanta/orsanta.h"
 #include "station/voice_motor.h"

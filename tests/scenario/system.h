@@ -1,0 +1,95 @@
+// A whole system on the bench, under the simulated clock, driven through the exported functions as a host drives it.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <vector>
+
+#include "bench/bench.h"
+#include "common/scripted_front.h"
+#include "common/temp_folder.h"
+#include "orsanta/orsanta.h"
+#include "support/clock.h"
+
+namespace orsanta {
+
+constexpr double Block_Mm = 5.0;  // the reference block
+
+class System : public ::testing::Test {
+ protected:
+  explicit System(uint64_t seed = 1) : clock(seed) { bench::Reset(); }
+  ~System() override { Stop(); }
+
+  // Stations on the CAN ids from first_id on, or on the given ids.
+  void Start(int stations, int io_mode = 0, int first_id = 1) {
+    std::vector<int> ids;
+    for (int i = 0; i < stations; ++i) ids.push_back(first_id + i);
+    Start_On(ids, io_mode);
+  }
+  void Start_On(const std::vector<int>& can_ids, int io_mode = 0) {
+    std::vector<VCM_Resource_struct> records;
+    for (const int id : can_ids) {
+      const int i = static_cast<int>(records.size()) + 1;
+      VCM_Resource_struct record;
+      record.CanID = id;
+      record.AxisNum = record.AuxAxisNum = i;
+      record.ControllerNum = 2 * i;
+      record.SpareNum = 2 * i + 1;
+      record.ConnectServer = 1;
+      records.push_back(record);
+    }
+    ORSA_resource_alloc(records.data(), static_cast<int>(records.size()));
+    Init(io_mode);
+  }
+  void Init(int io_mode) {
+    Orsanta_dll_init(io_mode);
+    m_Running = true;
+  }
+  void Stop() {
+    if (m_Running) Orsanta_dll_uninit();
+    m_Running = false;
+  }
+
+  static bool Wait_For(const std::function<bool()>& condition, int limit_ms = 30000) {
+    for (int waited = 0; !condition(); ++waited) {
+      if (waited >= limit_ms) return false;
+      Sleep(1);
+    }
+    return true;
+  }
+  static bool Wait_Lifted(int station) {
+    return Wait_For([=] { return Get_Force_Back_Finish(station) == 1; });
+  }
+  static bool Lift(int station) { return do_test(station, ORSANTA_TASK_FORCE_BACK) == 1 && Wait_Lifted(station); }
+
+  // Waits for the next result. NaN when none comes.
+  static double Next_Result(int station) {
+    double thickness = 0.0, force = 0.0;
+    if (Wait_For([&] { return get_ans(station, &thickness, &force) == 1; })) return thickness;
+    return __builtin_nan("");
+  }
+  // One whole cycle: a part goes on, is measured, and the probe lifted. station and CAN id are the same.
+  static double Measure(int station, double part_mm, int code = ORSANTA_TASK_MEASURE) {
+    bench::Place_Part(station, part_mm);
+    EXPECT_EQ(do_test(station, code), 1);
+    const double thickness = Next_Result(station);
+    EXPECT_TRUE(Lift(station));
+    return thickness;
+  }
+  static void Correct_Reference(int station, double force = 100.0) {
+    bench::Place_Part(station, Block_Mm);
+    Set_Force(station, force);
+    Set_Ans_Offset(station, Block_Mm);
+    Check_User_Zero(station);
+  }
+
+  C_Simulated_Clock clock;
+  C_Temp_Folder folder;
+  C_Scripted_Front_Holder front;
+
+ private:
+  bool m_Running = false;
+};
+
+}  // namespace orsanta
