@@ -9,6 +9,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <new>
 #include <utility>
 
@@ -79,6 +80,7 @@ class CMyArray {
     MY_ASSERT(n >= 0);
     if (m_nSize < n) {
       const int old_size = m_nSize;
+      m_nCount = old_size;  // so that the places beyond the count move to the new block too
       ExpandMem(n);
       for (int i = old_size; i < n; ++i) m_pData[i] = fill;
     }
@@ -88,8 +90,9 @@ class CMyArray {
   // Makes room for n elements, by doubling so that a loop of appends copies only at each power of two. Keeps the count.
   void ExpandMem(int n) {
     if (n <= m_nSize || n <= 0) return;  // the second test spares the compiler a false warning on an array of none
-    int nNewSize = m_nSize * 2;
-    if (nNewSize < n) nNewSize = n;
+    // Beyond the middle of the range doubling would overflow.
+    const int nDoubled = m_nSize <= std::numeric_limits<int>::max() / 2 ? m_nSize * 2 : n;
+    const int nNewSize = nDoubled < n ? n : nDoubled;
     T* pNewData = new (std::nothrow) T[static_cast<size_t>(nNewSize)];
     if (pNewData == nullptr) Report_No_Memory(nNewSize);
     for (int i = 0; i < m_nCount; ++i) pNewData[i] = m_pData[i];
@@ -134,7 +137,7 @@ class CMyArray {
   void RemoveData(int start, int n) {
     MY_ASSERT(start >= 0);
     if (n == 0) return;
-    MY_ASSERT(start + n <= m_nCount);
+    MY_ASSERT(int64_t{start} + n <= m_nCount);
     MY_ASSERT(n >= 1);
     Move_Down(start + n, m_nCount, start);
     m_nCount -= n;
@@ -165,7 +168,7 @@ class CMyArray {
     MY_ASSERT(start >= 0);
     MY_ASSERT(start <= m_nCount);
     MY_ASSERT(n >= 0);
-    MY_ASSERT(start + n <= m_nCount);
+    MY_ASSERT(int64_t{start} + n <= m_nCount);
     if (&out == this || (m_pData != nullptr && out.m_pData == m_pData)) {
       const CMyArray<T> source(*this);
       source.GetSubArray(start, n, out);

@@ -1,0 +1,182 @@
+#include "support/array.h"
+
+#include <gmock/gmock.h>
+
+#include <set>
+#include <string>
+#include <vector>
+
+#include "common/failed_check.h"
+#include "common/temp_folder.h"
+
+namespace orsanta {
+namespace {
+
+CMyArray<int> Numbers(int count) {
+  CMyArray<int> array;
+  for (int i = 0; i < count; ++i) array.Add(i);
+  return array;
+}
+
+std::vector<int> Content(const CMyArray<int>& array) {
+  return {array.begin(), array.end()};
+}
+
+// An element that tells how many of its kind live.
+struct C_Counted {
+  C_Counted() { ++live; }
+  C_Counted(const C_Counted& other) : text(other.text) { ++live; }
+  C_Counted& operator=(const C_Counted&) = default;
+  ~C_Counted() { --live; }
+  std::string text;
+  static inline int live = 0;
+};
+
+TEST(Array, GrowsByDoublingAndKeepsElements) {
+  CMyArray<int> array;
+  EXPECT_EQ(array.GetData(), nullptr);
+  std::vector<int> sizes;
+  for (int i = 0; i < 5; ++i) {
+    array.Add(i);
+    sizes.push_back(array.GetAllocatedSize());
+  }
+  EXPECT_THAT(sizes, testing::ElementsAre(1, 2, 4, 4, 8));
+  array.ExpandMem(100);
+  EXPECT_EQ(array.GetAllocatedSize(), 100);
+  EXPECT_THAT(Content(array), testing::ElementsAre(0, 1, 2, 3, 4));
+  array.SetArraySize(0);
+  EXPECT_EQ(array.GetAllocatedSize(), 100);
+  array.Clear();
+  EXPECT_EQ(array.GetAllocatedSize(), 0);
+  EXPECT_EQ(array.GetData(), nullptr);
+}
+
+TEST(Array, FillReachesOnlyThePlacesBeyondTheOldBlock) {
+  CMyArray<double> array;
+  array.SetArraySize(4, 7.0);
+  array.SetArraySize(2);
+  array.SetArraySize(5, 1.0);
+  EXPECT_THAT(std::vector<double>(array.begin(), array.end()), testing::ElementsAre(7.0, 7.0, 7.0, 7.0, 1.0));
+  ASSERT_EQ(array.GetAllocatedSize(), 8);
+  array.SetArraySize(7);
+  array[6] = 3.0;
+  array.SetArraySize(5);
+  array.SetArraySize(7, 2.0);
+  EXPECT_EQ(array[6], 3.0);
+}
+
+TEST(Array, ReallocateDropsTheContentOnlyWhenItGrows) {
+  CMyArray<int> array = Numbers(3);
+  const int* block = array.GetData();
+  array.ReallocateMem(2);
+  EXPECT_EQ(array.GetData(), block);
+  EXPECT_THAT(Content(array), testing::ElementsAre(0, 1));
+  array.ReallocateMem(9);
+  EXPECT_EQ(array.GetSize(), 9);
+  EXPECT_EQ(array.GetAllocatedSize(), 9);
+}
+
+TEST(Array, RemovesRangesAndLists) {
+  CMyArray<int> range = Numbers(6);
+  range.RemoveData(1, 2);
+  EXPECT_THAT(Content(range), testing::ElementsAre(0, 3, 4, 5));
+  range.RemoveData(0, 0);
+  range.DelStartData();
+  range.DelEndData();
+  EXPECT_THAT(Content(range), testing::ElementsAre(3, 4));
+  range.RemoveData(0, 2);
+  EXPECT_EQ(range.GetSize(), 0);
+  EXPECT_EQ(range.GetAllocatedSize(), 8);
+
+  // Every set of places of an array of six, against a plain filter.
+  for (unsigned set = 0; set < 64; ++set) {
+    CMyArray<int> array = Numbers(6);
+    std::vector<int> places, left;
+    for (int i = 0; i < 6; ++i) (set >> i & 1 ? places : left).push_back(i);
+    array.RemoveData(places.data(), static_cast<int>(places.size()));
+    EXPECT_EQ(Content(array), left) << "set " << set;
+  }
+}
+
+TEST(Array, CutsSubArraysInPlaceToo) {
+  CMyArray<int> array = Numbers(6);
+  CMyArray<int> out = Numbers(2);
+  array.GetSubArray(6, 0, out);
+  EXPECT_EQ(out.GetSize(), 0);
+  array.GetSubArray(2, 3, out);
+  EXPECT_THAT(Content(out), testing::ElementsAre(2, 3, 4));
+  array.GetSubArray(3, 3, array);
+  EXPECT_THAT(Content(array), testing::ElementsAre(3, 4, 5));
+}
+
+TEST(Array, ElementsOfClassesAreCopiedDeepAndAllDestroyed) {
+  {
+    CMyArray<C_Counted> array;
+    for (const char* text : {"a", "b", "c"}) {
+      array.Add(C_Counted());
+      array.GetEndData().text = text;
+    }
+    CMyArray<C_Counted> copy(array);
+    copy.GetAt(0).text = "other";
+    EXPECT_EQ(array.GetAt(0).text, "a");
+    array = copy;
+    EXPECT_EQ(array.GetAt(0).text, "other");
+    EXPECT_EQ(copy.GetAt(2).text, "c");
+    array.DelStartData();
+    EXPECT_EQ(array.GetAt(0).text, "b");
+  }
+  EXPECT_EQ(C_Counted::live, 0);
+}
+
+TEST(Array, EachBrokenCheckReportsItsOwnLine) {
+  const C_Temp_Folder folder;
+  CMyArray<int> array = Numbers(3);
+  CMyArray<int> empty, out;
+  const int equal[] = {1, 1}, falling[] = {2, 0}, beyond[] = {0, 3}, negative[] = {-2, 0}, last_beyond[] = {3};
+  const int four[] = {0, 1, 2, 3};
+  const std::vector<int> lines = {
+      Failed_Check_Line([&] { array.GetAt(3); }),
+      Failed_Check_Line([&] { array.GetAt(-1); }),
+      Failed_Check_Line([&] { empty.GetEndData(); }),
+      Failed_Check_Line([&] { array.SetArraySize(-1); }),
+      Failed_Check_Line([&] { array.SetArraySize(-1, 0); }),
+      Failed_Check_Line([&] { empty.DelEndData(); }),
+      Failed_Check_Line([&] { empty.DelStartData(); }),
+      Failed_Check_Line([&] { array.RemoveData(-1, 1); }),
+      Failed_Check_Line([&] { array.RemoveData(2, 2); }),
+      Failed_Check_Line([&] { array.RemoveData(2, -1); }),
+      Failed_Check_Line([&] { array.RemoveData(equal, 2); }),
+      Failed_Check_Line([&] { array.RemoveData(beyond, 2); }),
+      Failed_Check_Line([&] { array.RemoveData(negative, 2); }),
+      Failed_Check_Line([&] { array.RemoveData(last_beyond, 1); }),
+      Failed_Check_Line([&] { array.RemoveData(four, 4); }),
+      Failed_Check_Line([&] { array.GetSubArray(-1, 1, out); }),
+      Failed_Check_Line([&] { array.GetSubArray(4, 0, out); }),
+      Failed_Check_Line([&] { array.GetSubArray(1, -1, out); }),
+      Failed_Check_Line([&] { array.GetSubArray(2, 2, out); }),
+  };
+  EXPECT_EQ(std::set<int>(lines.begin(), lines.end()).size(), lines.size());
+  EXPECT_THAT(lines, testing::Each(testing::Gt(0)));
+  EXPECT_EQ(Failed_Check_Line([&] { array.RemoveData(falling, 2); }), lines[10]);
+  // Sums that do not fit the 32 bits of a count are no way around the checks.
+  EXPECT_EQ(Failed_Check_Line([&] { array.RemoveData(2147483647, 2147483647); }), lines[8]);
+  EXPECT_THAT(Content(array), testing::ElementsAre(0, 1, 2));
+}
+
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)  // their allocators end the process instead
+TEST(Array, ReportsAnAllocationThatFails) {
+  const C_Temp_Folder folder;
+  struct C_Megabyte {
+    char bytes[1 << 20];
+  };
+  CMyArray<C_Megabyte> array;
+  EXPECT_GT(Failed_Check_Line([&] { array.ExpandMem(2147483647); }), 0);
+  EXPECT_TRUE(CVCDumpMessage::m_cErrorMsg().starts_with(
+      "CMyArray<T>::ExpandMem错误: T* pNewData = new T[nNewSize]; nNewSize = 2147483647\n"));
+  EXPECT_GT(Failed_Check_Line([&] { array.ReallocateMem(2147483647); }), 0);
+  EXPECT_EQ(array.GetSize(), 0);
+}
+#endif
+
+}  // namespace
+}  // namespace orsanta

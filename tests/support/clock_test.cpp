@@ -1,0 +1,184 @@
+#include "support/clock.h"
+
+#include <gmock/gmock.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "support/critical_section.h"
+#include "support/stopwatch.h"
+#include "support/thread.h"
+
+namespace orsanta {
+namespace {
+
+// Runs threads that sleep, share a lock and wait for each other, and writes down what happened when.
+std::string Trace_Of(uint64_t seed) {
+  const C_Simulated_Clock clock(seed);
+  std::string trace;
+  CMyCriticalSection section;
+  std::mutex lock;
+  C_Wait_Point changed("changed");
+  int turns = 0;
+  C_Thread threads[5];
+  for (int id = 0; id < 5; ++id) {
+    threads[id].Start("thread " + std::to_string(id), [&, id] {
+      const auto note = [&](const char* what) { trace += std::to_string(id) + what + std::to_string(Now_Ms()) + "\n"; };
+      for (int i = 0; i < 20; ++i) {
+        section.Lock();
+        note(" holds ");
+        Sleep(i % 3);
+        section.Unlock();
+        std::unique_lock<std::mutex> holder(lock);
+        ++turns;
+        changed.Notify_All();
+        const int seen = turns;
+        const double until_ms = Now_Ms() + 1.5;
+        while (turns == seen) {
+          if (!changed.Wait_Until(holder, until_ms)) break;
+        }
+        note(turns == seen ? " gave up " : " was told ");
+      }
+    });
+  }
+  for (C_Thread& thread : threads) thread.Join();
+  return trace;
+}
+
+TEST(SimulatedClock, ASeedReplaysARunExactly) {
+  const std::string first = Trace_Of(7);
+  EXPECT_THAT(first, testing::AllOf(testing::HasSubstr("gave up"), testing::HasSubstr("was told")));
+  EXPECT_EQ(first, Trace_Of(7));
+  EXPECT_NE(first, Trace_Of(8));
+}
+
+TEST(SimulatedClock, SleepsEndInTheOrderOfTheirTimes) {
+  const C_Simulated_Clock clock(1);
+  std::vector<int> order;
+  std::vector<double> times;
+  C_Thread threads[4];
+  for (int id = 0; id < 4; ++id) {
+    threads[id].Start("sleeper", [&, id] {
+      Sleep(40 - 10 * id);
+      order.push_back(id);
+      times.push_back(Now_Ms());
+    });
+  }
+  EXPECT_EQ(Now_Ms(), 0.0);
+  for (C_Thread& thread : threads) thread.Join();
+  EXPECT_THAT(order, testing::ElementsAre(3, 2, 1, 0));
+  EXPECT_THAT(times, testing::ElementsAre(10.0, 20.0, 30.0, 40.0));
+  // A thread that only lets others run does not move time, and every ready thread gets its turn.
+  bool ran = false;
+  C_Thread other;
+  other.Start("other", [&ran] { ran = true; });
+  for (int i = 0; i < 1000 && !ran; ++i) Sleep(0);
+  EXPECT_TRUE(ran);
+  EXPECT_EQ(Now_Ms(), 40.0);
+}
+
+TEST(SimulatedClock, WaitsEndByNotificationOrAtTheirTime) {
+  const C_Simulated_Clock clock(1);
+  std::mutex lock;
+  C_Wait_Point point("point"), other_point("other point");
+  C_Thread notifier;
+  notifier.Start("notifier", [&] {
+    Sleep(5);
+    const std::lock_guard<std::mutex> holder(lock);
+    point.Notify_All();
+  });
+  std::unique_lock<std::mutex> holder(lock);
+  EXPECT_TRUE(point.Wait_Until(holder, 100.0));
+  EXPECT_EQ(Now_Ms(), 5.0);
+  EXPECT_TRUE(holder.owns_lock());
+  EXPECT_FALSE(other_point.Wait_Until(holder, 7.25));
+  EXPECT_EQ(Now_Ms(), 7.25);
+  EXPECT_FALSE(other_point.Wait_Until(holder, 1.0));  // a time that is past
+  EXPECT_EQ(Now_Ms(), 7.25);
+}
+
+TEST(SimulatedClock, JoinTimesOutAndAnswersEarly) {
+  const C_Simulated_Clock clock(3);
+  C_Thread thread;
+  thread.Start("slow", [] { Sleep(300000); });
+  EXPECT_FALSE(thread.Join(5000.0));
+  EXPECT_EQ(Now_Ms(), 5000.0);
+  EXPECT_TRUE(thread.Join(1e9));
+  EXPECT_EQ(Now_Ms(), 300000.0);
+}
+
+TEST(SimulatedClock, EightHoursPassInMoments) {
+  const C_Simulated_Clock clock(2);
+  constexpr int Hours_8_In_S = 8 * 3600;
+  C_Thread thread;
+  thread.Start("second sleeper", [] {
+    for (int i = 0; i < Hours_8_In_S; ++i) Sleep(1000);
+  });
+  const C_Local_Time start = Local_Time_Now();
+  CPerformanceTimeValue watch, with_offset;
+  watch.InitBeginTime(0.0);
+  const CPerformanceTimeValue copy = watch;
+  with_offset.InitBeginTime(250.0);
+  for (int i = 0; i < 8 * Hours_8_In_S; ++i) Sleep(125);
+  thread.Join();
+  EXPECT_EQ(copy.GetCurPerformanceTimeFromBeginTimeMsDouble(), Hours_8_In_S * 1000.0);
+  EXPECT_EQ(with_offset.GetCurPerformanceTimeFromBeginTimeMsDouble(), Hours_8_In_S * 1000.0 + 250.0);
+  EXPECT_EQ(start.hour, 0);
+  EXPECT_EQ(Local_Time_Now().hour, 8);
+  EXPECT_EQ(Local_Time_Now().day, start.day);
+}
+
+void Wait_Without_End() {
+  const C_Simulated_Clock clock(1);
+  std::mutex lock;
+  C_Wait_Point never("a place that nobody notifies");
+  C_Thread thread;
+  thread.Start("the waiter", [&] {
+    std::unique_lock<std::mutex> holder(lock);
+    never.Wait(holder);
+  });
+  thread.Join();
+}
+
+TEST(SimulatedClockDeathTest, TellsWhoWaitsWhereWhenNothingCanHappen) {
+  EXPECT_DEATH(Wait_Without_End(),
+               "installing thread waits in C_Thread::Join\n  the waiter waits in a place that nobody");
+  EXPECT_DEATH(
+      {
+        C_Simulated_Clock clock(1);
+        C_Thread thread;
+        thread.Start("left over", [] { Sleep(1000); });
+        Sleep(1);
+        clock.~C_Simulated_Clock();
+      },
+      "still take part at its end:\n.*\n  left over");
+}
+
+TEST(SystemClock, SleepsAtLeastAndIsNotifiedAtOnce) {
+  const double start_ms = Now_Ms();
+  Sleep(20);
+  EXPECT_GE(Now_Ms() - start_ms, 20.0);
+  std::mutex lock;
+  C_Wait_Point point("point");
+  bool told = false;
+  C_Thread notifier;
+  notifier.Start("notifier", [&] {
+    const std::lock_guard<std::mutex> holder(lock);
+    told = true;
+    point.Notify_All();
+  });
+  std::unique_lock<std::mutex> holder(lock);
+  const double until_ms = Now_Ms() + 60000.0;
+  while (!told) ASSERT_TRUE(point.Wait_Until(holder, until_ms));
+  holder.unlock();
+  EXPECT_TRUE(notifier.Join(60000.0));
+  holder.lock();
+  const double late_ms = Now_Ms() + 5.0;
+  while (point.Wait_Until(holder, late_ms)) {
+  }
+  EXPECT_GE(Now_Ms(), late_ms);
+}
+
+}  // namespace
+}  // namespace orsanta

@@ -1,0 +1,178 @@
+// Wide strings, files, processes and vector files.
+#include <gmock/gmock.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <clocale>
+#include <cmath>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <limits>
+#include <string>
+#include <vector>
+
+#include "common/temp_folder.h"
+#include "support/file.h"
+#include "support/process.h"
+#include "support/vector_file.h"
+#include "support/whole_file.h"
+#include "support/wide_string.h"
+
+namespace orsanta {
+namespace {
+
+std::string File_Text(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  return std::string((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+}
+
+TEST(WideString, FormatsInEveryLocale) {
+  for (const char* locale : {"C", "C.UTF-8"}) {
+    if (std::setlocale(LC_ALL, locale) == nullptr) continue;
+    CMyStringW text;
+    text.Format(L"%s|%5s|%-3s|%d%%|%x|%06.0f|%3.3f|%c", L"微米仪", L"厚度", L"a", -3, 255, 42.4, 1.0005, L'秒');
+    EXPECT_EQ(text.Text(), L"微米仪|   厚度|a  |-3%|ff|000042|1.000|秒") << locale;
+  }
+  std::setlocale(LC_ALL, "C");
+  CMyStringW own = L"x";
+  own.Format(L"%s%s", own.GetBuffer(), own.GetBuffer());  // its own text as an argument
+  EXPECT_EQ(own.Text(), L"xx");
+  const std::wstring longer(5000, L'长');
+  EXPECT_EQ(Format_Text(L"<%s>", longer.c_str()).Text(), L"<" + longer + L">");
+  EXPECT_EQ(own.Append(L"y").Append(own) == L"xxyxxy", 1);
+}
+
+TEST(WideString, ConvertsUtf8BothWaysAndMarksWhatIsNone) {
+  const std::wstring all = L"aé厚\U0001F600";
+  EXPECT_EQ(To_Utf8(all), "a\xC3\xA9\xE5\x8E\x9A\xF0\x9F\x98\x80");
+  EXPECT_EQ(From_Utf8(To_Utf8(all)), all);
+  EXPECT_EQ(CMyStringW("厚度").Text(), L"厚度");
+  // A lone continuation, a cut sequence, an overlong zero, a surrogate, a value beyond the last.
+  EXPECT_EQ(From_Utf8("\x80z\xE5\x8E"), L"\xFFFDz\xFFFD\xFFFD");
+  EXPECT_EQ(From_Utf8("\xC0\x80"), L"\xFFFD\xFFFD");
+  EXPECT_EQ(From_Utf8("\xED\xA0\x80"), L"\xFFFD\xFFFD\xFFFD");
+  EXPECT_EQ(From_Utf8("\xF4\x90\x80\x80"), L"\xFFFD\xFFFD\xFFFD\xFFFD");
+  EXPECT_EQ(To_Utf8({static_cast<wchar_t>(0xD800)}), "\xEF\xBF\xBD");
+}
+
+TEST(Files, ExistUnderTheWorkingDirectory) {
+  const C_Temp_Folder folder;
+  EXPECT_EQ(CMyFileCopy::FileExist(L"全局电机参数"), 0);
+  EXPECT_EQ(Write_Whole_File("全局电机参数", "1", 0600), "");
+  EXPECT_EQ(CMyFileCopy::FileExist(L"全局电机参数"), 1);
+  EXPECT_EQ(CMyFileCopy::FileExist(L"."), 0);  // a folder is no file
+}
+
+TEST(Files, AreWrittenWholeOrNotAtAll) {
+  const C_Temp_Folder folder;
+  ASSERT_EQ(Write_Whole_File("store", "old", 0600), "");
+  EXPECT_EQ(Write_Whole_File("store", "new", 0600), "");
+  EXPECT_EQ(File_Text("store"), "new");
+  EXPECT_EQ(std::filesystem::status("store").permissions(), std::filesystem::perms(0600));
+  std::filesystem::create_directory("taken");
+  EXPECT_NE(Write_Whole_File("taken", "x", 0600), "");
+  EXPECT_NE(Write_Whole_File("missing/store", "x", 0600), "");
+  // Nothing half written stays behind.
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator("."), std::filesystem::directory_iterator()), 2);
+}
+
+TEST(Processes, PathsAreCutAtTheirLastSeparatorAndDot) {
+  const auto parts = [](const wchar_t* path) {
+    std::wstring drive, dir, name, ext;
+    CMyExecuteProc::SplitPath(path, drive, dir, name, ext);
+    return std::vector<std::wstring>{drive, dir, name, ext};
+  };
+  using testing::ElementsAre;
+  EXPECT_THAT(parts(L"/opt/ors.d/orsanta.bin.exe"), ElementsAre(L"", L"/opt/ors.d/", L"orsanta.bin", L".exe"));
+  EXPECT_THAT(parts(L"D:\\设备\\Orsanta.exe"), ElementsAre(L"D:", L"\\设备\\", L"Orsanta", L".exe"));
+  EXPECT_THAT(parts(L"/a.b/c"), ElementsAre(L"", L"/a.b/", L"c", L""));
+  EXPECT_THAT(parts(L".hidden"), ElementsAre(L"", L"", L".hidden", L""));
+  EXPECT_THAT(parts(L"C:x"), ElementsAre(L"C:", L"", L"x", L""));
+  EXPECT_EQ(CMyExecuteProc::GetCurApplicationFilePath(), std::filesystem::read_symlink("/proc/self/exe").wstring());
+}
+
+TEST(Processes, AreFoundByTheirExecutableAndByTheNameTheyWereStartedAs) {
+  CMyArray<int> ids;
+  ids.Add(-1);
+  const pid_t child = fork();
+  if (child == 0) {
+    execl("/bin/sleep", "C:\\设备\\Orsanta_of_a_test.exe", "60", nullptr);
+    _exit(127);
+  }
+  while (CProcessAndThreadSnapShot::GetProcessIDFromProcessName(L"Orsanta_of_a_test.exe", ids, 0) == 0) usleep(1000);
+  EXPECT_THAT(std::vector<int>(ids.begin(), ids.end()), testing::ElementsAre(-1, child));
+  EXPECT_GE(CProcessAndThreadSnapShot::GetProcessIDFromProcessName(L"sleep", ids, 0), 1);
+  kill(child, SIGKILL);
+  waitpid(child, nullptr, 0);
+  EXPECT_EQ(CProcessAndThreadSnapShot::GetProcessIDFromProcessName(L"Orsanta_of_a_test.exe", ids, 0), 0);
+  ids.Clear();
+  CProcessAndThreadSnapShot::GetProcessIDFromProcessName(L"test_support", ids, 0);
+  EXPECT_THAT(std::vector<int>(ids.begin(), ids.end()), testing::Contains(getpid()));
+}
+
+TEST(VectorFiles, KeepEveryBitAndAreReplacedWhole) {
+  const C_Temp_Folder folder;
+  const std::vector<double> values = {0.1, -1.0 / 3.0, 5e-324, std::numeric_limits<double>::max(), -0.0, 1e22};
+  CMatLab_Matrix_Data exporter;
+  exporter.SetBaseSaveFileDir_SubDir(L"历史数据", 1);
+  ASSERT_EQ(exporter.Save_Double_Vector(values.data(), 1, L"x_data.dat"), 1);
+  ASSERT_EQ(exporter.Save_Double_Vector(values.data(), static_cast<int>(values.size()), L"x_data.dat"), 1);
+  std::ifstream file("历史数据/x_data.dat");
+  std::string line;
+  std::vector<std::string> head;
+  while (file.peek() == '#' && std::getline(file, line)) head.push_back(line);
+  EXPECT_THAT(head,
+              testing::ElementsAre("# x_data.dat", "# name: x_data", "# type: matrix", "# rows: 6", "# columns: 1"));
+  std::vector<double> read;
+  while (std::getline(file, line)) read.push_back(std::strtod(line.c_str(), nullptr));
+  ASSERT_EQ(read.size(), values.size());
+  EXPECT_EQ(std::memcmp(read.data(), values.data(), values.size() * sizeof(double)), 0);
+}
+
+TEST(VectorFiles, LoadInOctaveAndNumpyUnderAnyName) {
+  const C_Temp_Folder folder;
+  const double values[] = {1.5, std::numeric_limits<double>::infinity(), -std::numeric_limits<double>::infinity(),
+                           std::nan("")};
+  CMatLab_Matrix_Data exporter;
+  ASSERT_EQ(exporter.Save_Double_Vector(values, 4, L"ThicknessArray1 12月15日16时5分9秒"), 1);
+  ASSERT_EQ(exporter.Save_Double_Vector(values, 0, L"7/空"), 1);
+  const std::string file = "ThicknessArray1 12月15日16时5分9秒.txt";
+  EXPECT_THAT(File_Text(file), testing::EndsWith("# columns: 1\n1.5\nInf\n-Inf\nNaN\n"));
+  EXPECT_TRUE(std::filesystem::exists("7_空.txt"));
+  bool tried = false;
+  if (std::system("octave-cli --version > /dev/null 2>&1") == 0) {
+    tried = true;
+    const std::string script = "a = struct2cell(load('" + file +
+                               "')); b = struct2cell(load('7_空.txt')); "
+                               "exit(!(isequaln(a{1}, [1.5; Inf; -Inf; NaN]) && isempty(b{1})))";
+    EXPECT_EQ(std::system(("octave-cli --norc --quiet --eval \"" + script + "\" > octave.txt 2>&1").c_str()), 0)
+        << File_Text("octave.txt");
+  }
+  if (std::system("/usr/bin/python3 -c 'import numpy' > /dev/null 2>&1") == 0) {
+    tried = true;
+    const std::string script = "import numpy as n; a = n.loadtxt('" + file +
+                               "'); assert n.array_equal(a, [1.5, n.inf, -n.inf, n.nan], equal_nan=True); "
+                               "assert n.loadtxt('7_空.txt').size == 0";
+    EXPECT_EQ(std::system(("/usr/bin/python3 -c \"" + script + "\" > numpy.txt 2>&1").c_str()), 0)
+        << File_Text("numpy.txt");
+  }
+  if (!tried) GTEST_SKIP() << "neither Octave nor NumPy is installed: the files were not loaded";
+}
+
+TEST(VectorFiles, AFailureIsShownOnceWithFileAndReason) {
+  const C_Temp_Folder folder;
+  ASSERT_EQ(Write_Whole_File("历史数据", "a file where the folder should be", 0600), "");
+  CMatLab_Matrix_Data exporter;
+  exporter.SetBaseSaveFileDir_SubDir(L"历史数据", 1);
+  const double value = 1.0;
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(exporter.Save_Double_Vector(&value, 1, L"y_data.dat"), 0);
+  const std::string shown = testing::internal::GetCapturedStderr();
+  EXPECT_THAT(shown, testing::AllOf(testing::HasSubstr("历史数据/y_data.dat"), testing::HasSubstr("Not a directory")));
+  EXPECT_EQ(std::count(shown.begin(), shown.end(), '\n'), 1);
+}
+
+}  // namespace
+}  // namespace orsanta

@@ -1,0 +1,87 @@
+#include "support/smart_pointer.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+
+#include "common/failed_check.h"
+#include "common/temp_folder.h"
+#include "support/thread.h"
+
+namespace orsanta {
+namespace {
+
+struct C_Alive {
+  C_Alive() { ++live; }
+  ~C_Alive() { --live; }
+  static inline std::atomic<int> live{0};
+};
+
+using C_Pointer = CSmartPointer<C_Alive, 0>;
+
+TEST(SmartPointer, TheLastCopyFreesObjectsAndArrays) {
+  const int records_before = smart_pointer_table::Live_Records();
+  {
+    const C_Pointer empty;
+    EXPECT_FALSE(empty);
+    C_Pointer last;
+    {
+      const C_Pointer first(1);
+      C_Pointer many(3);
+      EXPECT_EQ(C_Alive::live, 4);
+      EXPECT_EQ(smart_pointer_table::Live_Records(), records_before + 2);
+      last = first;
+      last = *&last;
+      many = empty;  // gives the array back
+      EXPECT_EQ(C_Alive::live, 1);
+    }
+    EXPECT_EQ(C_Alive::live, 1);
+    last.ReleaseCurSmartPointReference();
+    EXPECT_EQ(C_Alive::live, 0);
+    last.ReleaseCurSmartPointReference();
+  }
+  EXPECT_EQ(smart_pointer_table::Live_Records(), records_before);
+}
+
+TEST(SmartPointer, APlaceThatIsUsedAgainHasANewSerial) {
+  int object = 0;
+  const auto first = smart_pointer_table::Enter(&object, 1);
+  EXPECT_TRUE(smart_pointer_table::Release(first.heap_id, &object));
+  const auto second = smart_pointer_table::Enter(&object, 1);
+  EXPECT_EQ(second.heap_id, first.heap_id);
+  EXPECT_EQ(second.serial, first.serial + 1);
+  EXPECT_TRUE(smart_pointer_table::Release(second.heap_id, &object));
+}
+
+TEST(SmartPointer, AnAddressThatIsNotInTheTableIsReported) {
+  const C_Temp_Folder folder;
+  int object = 0, other = 0;
+  const auto place = smart_pointer_table::Enter(&object, 1);
+  EXPECT_GT(Failed_Check_Line([&] { smart_pointer_table::Release(place.heap_id, &other); }), 0);
+  EXPECT_GT(Failed_Check_Line([] { C_Pointer negative(-1); }), 0);
+}
+
+TEST(SmartPointer, ThreadsCopyAndReleaseTheSameObject) {
+  const int records_before = smart_pointer_table::Live_Records();
+  {
+    CMyArray<C_Pointer> shared;
+    for (int i = 0; i < 4; ++i) shared.Add(C_Pointer(1));
+    C_Thread threads[4];
+    for (C_Thread& thread : threads) {
+      thread.Start("copier", [&shared] {
+        for (int i = 0; i < 2000; ++i) {
+          const C_Pointer copy = shared.GetAt(i % 4);
+          C_Pointer own(1 + i % 2);
+          own = copy;
+        }
+      });
+    }
+    for (C_Thread& thread : threads) thread.Join();
+    EXPECT_EQ(C_Alive::live, 4);
+  }
+  EXPECT_EQ(C_Alive::live, 0);
+  EXPECT_EQ(smart_pointer_table::Live_Records(), records_before);
+}
+
+}  // namespace
+}  // namespace orsanta

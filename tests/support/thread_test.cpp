@@ -1,0 +1,218 @@
+// Threads with a loop, the recursive lock, and task lanes.
+#include "support/thread.h"
+
+#include <gmock/gmock.h>
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "common/temp_folder.h"
+#include "support/critical_section.h"
+#include "support/shared.h"
+#include "support/task_lanes.h"
+
+namespace orsanta {
+namespace {
+
+class C_Loop : public CBaseBindThread {
+ public:
+  explicit C_Loop(int pass_ms) : m_Pass_Ms(pass_ms) {}
+  ~C_Loop() override { ReleaseSubClass_CBaseBindThread(); }
+
+  void OnThreadBegin(void* param) override { m_Trace += *static_cast<std::string*>(param); }
+  void OnThreadLoop(void*) override {
+    m_Trace += "(";
+    Sleep(m_Pass_Ms);
+    m_Trace += ")";
+  }
+
+  std::string m_Trace;  // touched by the loop while it runs
+
+ private:
+  const int m_Pass_Ms;
+};
+
+TEST(BindThread, BeginsOncePassesAgainAndAgainAndEndsAfterAWholePass) {
+  const C_Simulated_Clock clock(1);
+  std::string begin = "begin";
+  C_Loop loop(10);
+  EXPECT_EQ(loop.BeginThread(&begin, 15, 2, 300000, nullptr), 1);
+  EXPECT_EQ(loop.BeginThread(&begin, 15, 2, 300000, nullptr), 0);
+  Sleep(25);
+  EXPECT_EQ(loop.EndThread(1, 1), 1);
+  EXPECT_EQ(loop.m_Trace, "begin()()()");
+  EXPECT_EQ(Now_Ms(), 30.0);
+  Sleep(100);
+  EXPECT_EQ(loop.m_Trace, "begin()()()");
+  EXPECT_EQ(loop.EndThread(1, 1), 1);
+}
+
+void Stop_A_Pass_That_Hangs() {
+  const C_Simulated_Clock clock(1);
+  std::string begin;
+  C_Loop loop(1000000);
+  loop.BeginThread(&begin, 2, 2, 300000, nullptr);
+  Sleep(1);
+}
+
+TEST(BindThreadDeathTest, AThreadThatDoesNotEndIsReportedByItsName) {
+  const C_Temp_Folder folder;
+  EXPECT_EXIT(Stop_A_Pass_That_Hangs(), testing::ExitedWithCode(CVCDumpMessage::Exit_Status),
+              "thread C_Loop did not end within 300000 ms");
+}
+
+TEST(CriticalSection, IsTakenAgainByItsHolderAndGivenBackByNobodyElse) {
+  const C_Simulated_Clock clock(1);
+  CMyCriticalSection section;
+  EXPECT_EQ(section.Unlock(), 0);
+  double other_got_it_ms = 0.0;
+  section.Lock();
+  section.Lock();
+  C_Thread other;
+  other.Start("other", [&] {
+    EXPECT_EQ(section.Unlock(), 0);
+    section.Lock();
+    other_got_it_ms = Now_Ms();
+    section.Unlock();
+  });
+  Sleep(10);
+  EXPECT_EQ(section.Unlock(), 1);
+  Sleep(10);
+  EXPECT_EQ(other_got_it_ms, 0.0);
+  EXPECT_EQ(section.Unlock(), 1);
+  other.Join();
+  EXPECT_EQ(other_got_it_ms, 20.0);
+}
+
+TEST(CriticalSection, KeepsThreadsApartUnderContention) {
+  CMyCriticalSection section;
+  int count = 0;  // plain: only the section guards it
+  C_Thread threads[4];
+  for (C_Thread& thread : threads) {
+    thread.Start("contender", [&] {
+      for (int i = 0; i < 20000; ++i) {
+        const C_Section_Holder holder(section);
+        const C_Section_Holder again(section);
+        ++count;
+        if (i % 1000 == 0) Sleep(0);
+      }
+    });
+  }
+  for (C_Thread& thread : threads) thread.Join();
+  EXPECT_EQ(count, 80000);
+}
+
+// Lanes whose task `code` takes that many milliseconds.
+class C_Lanes : public CQueueTask_MutiTask_Thread {
+ public:
+  ~C_Lanes() override { ReleaseSubClass_CQueueTask_MutiTask_Thread(); }
+
+  std::vector<std::string> Trace() {
+    const std::lock_guard<std::mutex> holder(m_Lock);
+    return m_Trace;
+  }
+
+ protected:
+  void OnProcessTask(int lane, int code, void* data) override {
+    Sleep(code);
+    const char* name = data != nullptr ? static_cast<const char*>(data) : "";
+    Note(std::to_string(lane) + " did " + std::to_string(code) + name);
+  }
+  void PreEndDelayTask(int lane) override { Note(std::to_string(lane) + " ends"); }
+
+ private:
+  void Note(const std::string& text) {
+    const std::lock_guard<std::mutex> holder(m_Lock);
+    m_Trace.push_back(text);
+  }
+
+  std::mutex m_Lock;
+  std::vector<std::string> m_Trace;
+};
+
+TEST(TaskLanes, RunSideBySideAndEachInOrder) {
+  const C_Simulated_Clock clock(5);
+  C_Lanes lanes;
+  EXPECT_EQ(lanes.Init(3, 0, 300000), 1);
+  EXPECT_EQ(lanes.BeAtLeaseOneDelayTaskInProcess(), 0);
+  char data[] = "!";
+  EXPECT_EQ(lanes.AddNewDelayProcess(0, 50, 0, data), 1);
+  EXPECT_EQ(lanes.AddNewDelayProcess(0, 10, 0, nullptr), 1);
+  EXPECT_EQ(lanes.AddNewDelayProcess(2, 20, 1, nullptr), 1);
+  Sleep(30);
+  EXPECT_EQ(lanes.GetDelayProcessFifoCount(0), 2);  // the running one included
+  EXPECT_EQ(lanes.GetDelayProcessFifoCount(2), 0);
+  Sleep(25);
+  EXPECT_EQ(lanes.GetDelayProcessFifoCount(0), 1);
+  EXPECT_NE(lanes.BeAtLeaseOneDelayTaskInProcess(), 0);
+  Sleep(10);
+  EXPECT_EQ(lanes.BeAtLeaseOneDelayTaskInProcess(), 0);
+  EXPECT_THAT(lanes.Trace(), testing::ElementsAre("2 did 20", "0 did 50!", "0 did 10"));
+}
+
+TEST(TaskLanes, ARefusalLeavesTheQueueUnchangedAndEndsByItself) {
+  const C_Simulated_Clock clock(5);
+  C_Lanes lanes;
+  lanes.Init(1, 0, 300000);
+  int taken = 0;
+  while (lanes.AddNewDelayProcess(0, 10, 1, nullptr) != 0) ++taken;
+  EXPECT_EQ(taken, CQueueTask_MutiTask_Base::Max_Unfinished_In_Mode_1);
+  EXPECT_EQ(lanes.GetDelayProcessFifoCount(0), taken);
+  EXPECT_EQ(lanes.AddNewDelayProcess(0, 10, 0, nullptr), 1);
+  ++taken;
+  while (lanes.AddNewDelayProcess(0, 1, 1, nullptr) == 0) Sleep(1);
+  EXPECT_EQ(Now_Ms(), 20.0);
+  while (lanes.BeAtLeaseOneDelayTaskInProcess() != 0) Sleep(10);
+  EXPECT_EQ(lanes.Trace().size(), static_cast<size_t>(taken) + 1);
+  EXPECT_EQ(lanes.Trace().back(), "0 did 1");
+}
+
+TEST(TaskLanes, AStopFinishesWhatRunsAndDropsWhatWaits) {
+  const C_Simulated_Clock clock(5);
+  C_Lanes lanes;
+  lanes.Init(2, 0, 300000);
+  for (int i = 0; i < 3; ++i) lanes.AddNewDelayProcess(1, 40, 0, nullptr);
+  Sleep(10);
+  lanes.ReleaseSubClass_CQueueTask_MutiTask_Thread();
+  EXPECT_EQ(Now_Ms(), 40.0);
+  EXPECT_THAT(lanes.Trace(), testing::ElementsAre("0 ends", "1 did 40", "1 ends"));
+  EXPECT_EQ(lanes.AddNewDelayProcess(1, 40, 0, nullptr), 0);
+  EXPECT_EQ(lanes.BeAtLeaseOneDelayTaskInProcess(), 0);
+}
+
+TEST(TaskLanesDeathTest, ALaneThatDoesNotEndIsReported) {
+  const C_Temp_Folder folder;
+  const auto stop_a_hanging_lane = [] {
+    const C_Simulated_Clock clock(1);
+    C_Lanes lanes;
+    lanes.Init(2, 0, 300000);
+    lanes.AddNewDelayProcess(1, 1000000, 0, nullptr);
+    Sleep(1);
+  };
+  EXPECT_EXIT(stop_a_hanging_lane(), testing::ExitedWithCode(CVCDumpMessage::Exit_Status),
+              "task lane 1 did not end within 300000 ms");
+}
+
+TEST(TaskLanes, TakeTasksOfManyThreadsAtOnce) {
+  C_Lanes lanes;
+  lanes.Init(3, 0, 300000);
+  C_Thread adders[4];
+  for (C_Thread& adder : adders) {
+    adder.Start("adder", [&lanes] {
+      for (int i = 0; i < 300; ++i) {
+        while (lanes.AddNewDelayProcess(i % 3, 0, 1, nullptr) == 0) Sleep(1);
+        if (i % 50 == 0) lanes.GetDelayProcessFifoCount(i % 3);
+      }
+    });
+  }
+  for (C_Thread& adder : adders) adder.Join();
+  while (lanes.BeAtLeaseOneDelayTaskInProcess() != 0) Sleep(1);
+  std::map<std::string, int> done;
+  for (const std::string& line : lanes.Trace()) ++done[line];
+  EXPECT_THAT(done, testing::ElementsAre(testing::Pair("0 did 0", 400), testing::Pair("1 did 0", 400),
+                                         testing::Pair("2 did 0", 400)));
+}
+
+}  // namespace
+}  // namespace orsanta
