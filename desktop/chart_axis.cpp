@@ -61,7 +61,7 @@ std::vector<C_Chart_Tick> Make_Ticks(const C_Chart_Axis& axis, int most, bool wh
 }
 
 QString Value_Text(double value, double span) {
-  const int decimals = span > 0.0 ? std::clamp(static_cast<int>(std::ceil(-std::log10(span))) + 3, 4, 9) : 4;
+  const int decimals = span > 0.0 ? std::clamp(static_cast<int>(std::ceil(-std::log10(span))) + 2, 4, 9) : 4;
   return QString::number(value, 'f', decimals);
 }
 

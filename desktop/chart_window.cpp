@@ -18,9 +18,10 @@ namespace orsanta {
 C_Chart_Window::C_Chart_Window(const C_Chart_Model& model, std::function<void()> closed)
     : QWidget(nullptr, Qt::Window), m_Closed(std::move(closed)) {
   setAttribute(Qt::WA_DeleteOnClose);
+  setAttribute(Qt::WA_StyledBackground);
   setObjectName(QStringLiteral("chart_window"));
   auto* layout = new QVBoxLayout(this);
-  layout->setContentsMargins(0, 0, 0, 0);
+  layout->setContentsMargins(1, 1, 1, 1);
   layout->setSpacing(0);
 
   auto* head = new QWidget;
@@ -39,6 +40,7 @@ C_Chart_Window::C_Chart_Window(const C_Chart_Model& model, std::function<void()>
 
   auto* foot = new QHBoxLayout;
   foot->setContentsMargins(10, 6, 10, 8);
+  foot->setSpacing(8);
   const auto add_button = [this, foot](const QString& caption, const char* name, std::function<void()> work) {
     auto* button = new QPushButton(caption);
     button->setObjectName(QLatin1String(name));

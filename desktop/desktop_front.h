@@ -33,6 +33,8 @@ class C_Desktop_Front : public C_Front {
 
   // Closes all windows and ends the thread; what is called after it does as if the person had cancelled.
   void Stop();
+  // For a process that is ending already: brings the Qt thread to a halt where it stands.
+  void Rest() { m_Thread.Rest(); }
   // For a display that went away while windows stood open: every dialog and box is cancelled, and the process goes on.
   // Qt thread only.
   void Give_Up();

@@ -3,6 +3,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -28,7 +29,8 @@ constexpr double Unit_Of_Panels = 20.0;  // pixels of one unit of width in windo
 constexpr double Unit_Of_Forms = 36.0;   // and in windows of edits, whose captions are longer
 constexpr int Window_Width = 1280;       // windows are no larger than this at opening
 constexpr int Window_Height = 800;
-constexpr int Window_Frame = 32;  // room for the frame that the desktop draws
+constexpr int Window_Frame = 32;     // room for the frame that the desktop draws
+constexpr int Around_Columns = 100;  // head and margins, pixels of height
 
 void Set_Mark(QWidget* widget, const char* mark, bool on) {
   if (widget->property(mark).toBool() == on) return;
@@ -63,8 +65,10 @@ C_Dialog_Window::C_Dialog_Window(int number, const C_Dialog_Model& model, std::s
                  (m_Confirms ? Qt::WindowFlags() : Qt::WindowMinMaxButtonsHint));
   if (m_Confirms) setWindowModality(Qt::WindowModal);
 
+  setAttribute(Qt::WA_StyledBackground);
+  setProperty("window", true);
   auto* layout = new QVBoxLayout(this);
-  layout->setContentsMargins(0, 0, 0, 0);
+  layout->setContentsMargins(1, 1, 1, 1);
   layout->setSpacing(0);
   layout->addWidget(Make_Head(model));
   m_Busy_Mark = new C_Busy_Mark;
@@ -72,6 +76,7 @@ C_Dialog_Window::C_Dialog_Window(int number, const C_Dialog_Model& model, std::s
   auto* scroll = new QScrollArea;
   scroll->setWidgetResizable(true);
   scroll->setFocusPolicy(Qt::NoFocus);
+  m_Row_Height = Choose_Row_Height(model);
   m_Body = Make_Columns(model);
   scroll->setWidget(m_Body);
   layout->addWidget(scroll, 1);
@@ -95,6 +100,17 @@ QWidget* C_Dialog_Window::Make_Head(const C_Dialog_Model& model) {
   m_Busy_Text->hide();
   row->addWidget(m_Busy_Text);
   return head;
+}
+
+// Rows shrink a little before a column scrolls.
+int C_Dialog_Window::Choose_Row_Height(const C_Dialog_Model& model) const {
+  std::map<int, int> rows;
+  int most = 1;
+  for (const C_Control_Model& control : model.controls) {
+    most = std::max(most, rows[control.column] += control.rows);
+  }
+  const int space = std::min(Window_Height, screen()->availableGeometry().height()) - Window_Frame - Around_Columns;
+  return std::clamp(space / most - look::Row_Gap, look::Least_Row_Height, look::Row_Height);
 }
 
 QWidget* C_Dialog_Window::Make_Columns(const C_Dialog_Model& model) {
@@ -128,7 +144,7 @@ void C_Dialog_Window::Add_Control(int index, const C_Control_Model& model, QVBox
   C_Control& control = m_Controls[static_cast<size_t>(index)];
   control.kind = model.kind;
   const QString caption = To_Qt(model.caption);
-  const int height = model.rows * look::Row_Height;
+  const int height = model.rows * m_Row_Height;
   switch (model.kind) {
     case C_Control_Kind::Button:
       control.widget = Make_Button(index, model);
@@ -178,7 +194,7 @@ void C_Dialog_Window::Add_Control(int index, const C_Control_Model& model, QVBox
 
 QPushButton* C_Dialog_Window::Make_Button(int index, const C_Control_Model& model) {
   auto* button = new QPushButton(To_Qt(model.caption));
-  button->setMinimumHeight(model.rows * look::Row_Height);
+  button->setMinimumHeight(model.rows * m_Row_Height);
   QFont text_font = font();
   text_font.setPixelSize(static_cast<int>(look::Normal_Text * static_cast<double>(model.text_scale)));
   button->setFont(text_font);
@@ -189,7 +205,7 @@ QPushButton* C_Dialog_Window::Make_Button(int index, const C_Control_Model& mode
 
 QLineEdit* C_Dialog_Window::Make_Edit(int index, const C_Control_Model& model) {
   auto* edit = new QLineEdit(To_Qt(model.text));
-  edit->setMinimumHeight(model.rows * look::Row_Height);
+  edit->setMinimumHeight(model.rows * m_Row_Height);
   edit->setAccessibleName(To_Qt(model.caption));
   QObject::connect(edit, &QLineEdit::textEdited, this, [this, index] {
     m_Link->Forget(index);
@@ -239,7 +255,8 @@ void C_Dialog_Window::Choose_Size() {
   const int most_height = std::min(Window_Height, space.height()) - Window_Frame;
   const bool wide = wanted.width() > most_width;
   const bool tall = wanted.height() > most_height;
-  resize(std::min(wanted.width() + (tall ? bar : 0), most_width),
+  const bool is_panel = !m_Confirms && parentWidget() == nullptr;  // takes all the width, for the sake of its displays
+  resize(is_panel ? most_width : std::min(wanted.width() + (tall ? bar : 0), most_width),
          std::min(wanted.height() + (wide ? bar : 0), most_height));
   if (parentWidget() == nullptr) {
     move(space.center() - rect().center());
@@ -269,15 +286,18 @@ void C_Dialog_Window::Let_Go() {
 
 void C_Dialog_Window::Set_Busy(bool busy) {
   m_Busy = busy;
+  m_Busy_Mark->Run(busy);
+  m_Busy_Text->setVisible(busy);
   if (busy) return;
   QTimer::singleShot(Pressed_Ms, this, [this] {
     if (!m_Busy) Let_Go();
   });
 }
 
-void C_Dialog_Window::Show_Busy_Mark(bool show) {
-  m_Busy_Mark->Run(show);
-  m_Busy_Text->setVisible(show);
+void C_Dialog_Window::keyPressEvent(QKeyEvent* event) {
+  const bool is_panel = !m_Confirms && parentWidget() == nullptr;
+  if (is_panel && event->key() == Qt::Key_Escape) return;
+  QDialog::keyPressEvent(event);
 }
 
 void C_Dialog_Window::accept() {

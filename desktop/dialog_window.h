@@ -1,7 +1,8 @@
 // The window of one dialog model: a head with title and busy mark, columns of controls, and for a dialog that confirms
 // a foot with the two answers. Qt thread only.
 //
-// Keys: Tab and arrows move, Enter confirms or presses, Escape cancels.
+// Keys: Tab and arrows move, Enter confirms or presses, Escape cancels; the panel, on which all else stands, takes no
+// Escape.
 #pragma once
 
 #include <QDialog>
@@ -29,14 +30,12 @@ class C_Dialog_Window : public QDialog {
   void Refuse(int control, const QString& reason);
   // The command of a press runs, or has ended.
   void Set_Busy(bool busy);
-  bool Is_Busy() const { return m_Busy; }
-  // Whether the busy mark shows: it is hidden while the command waits for the person.
-  void Show_Busy_Mark(bool show);
 
   void reject() override;  // Escape and the close button of the window: cancels, and waits to be closed
 
  protected:
   void accept() override;
+  void keyPressEvent(QKeyEvent* event) override;
 
  private:
   struct C_Control {
@@ -46,6 +45,7 @@ class C_Dialog_Window : public QDialog {
     QString range;
   };
 
+  int Choose_Row_Height(const C_Dialog_Model& model) const;
   QWidget* Make_Head(const C_Dialog_Model& model);
   QWidget* Make_Columns(const C_Dialog_Model& model);
   QWidget* Make_Foot();
@@ -63,6 +63,7 @@ class C_Dialog_Window : public QDialog {
   std::vector<C_Control> m_Controls;
   bool m_Confirms;
   bool m_Busy = false;
+  int m_Row_Height = 0;              // pixels
   QPushButton* m_Pressed = nullptr;  // the button whose command runs
   C_Busy_Mark* m_Busy_Mark = nullptr;
   QLabel* m_Busy_Text = nullptr;

@@ -23,6 +23,10 @@ QString Find_Font() {
 }
 
 const char* const Style_Sheet = R"(
+QDialog[window="true"] { border: 1px solid #14202B; }
+QDialog#message_box { background: #FFFFFF; border: 1px solid #14202B; }
+QDialog#message_box[stop="true"] { border: 2px solid #B41E1E; }
+QWidget#chart_window { border: 1px solid #14202B; }
 QWidget#header { background: #14202B; }
 QLabel#title { color: #FFFFFF; font-weight: 600; font-size: 18px; }
 QLabel#busy { color: #FFD27A; font-size: 15px; }

@@ -15,9 +15,10 @@
 namespace orsanta {
 
 namespace {
-constexpr int Guard_Ms = 400;    // a key typed for another window must not answer a box that has just come up
-constexpr int Set_Off = 28;      // pixels between boxes that stand open together
-constexpr int Places = 8;        // set-offs before the first place is used again
+constexpr int Guard_Ms = 400;  // a key typed for another window must not answer a box that has just come up
+constexpr int Set_Off_X = 36;  // pixels between boxes that stand open together: the text of each stays in sight
+constexpr int Set_Off_Y = 72;
+constexpr int Places = 6;        // set-offs before the first place is used again
 constexpr int Text_Width = 380;  // pixels of the narrowest text
 }  // namespace
 
@@ -29,6 +30,8 @@ C_Message_Window::C_Message_Window(const C_Message_Model& model, int place, std:
   setObjectName(QStringLiteral("message_box"));
   setWindowTitle(QStringLiteral("Orsanta"));
   setAttribute(Qt::WA_DeleteOnClose);
+  setAttribute(Qt::WA_StyledBackground);
+  setProperty("stop", (model.flags & Box_Stop_Icon) != 0);
 
   auto* layout = new QVBoxLayout(this);
   layout->setContentsMargins(24, 22, 24, 18);
@@ -70,8 +73,9 @@ C_Message_Window::C_Message_Window(const C_Message_Model& model, int place, std:
   layout->addLayout(buttons);
 
   adjustSize();
-  const QPoint offset(Set_Off * (place % Places), Set_Off * (place % Places));
-  move(screen()->availableGeometry().center() - rect().center() + offset);
+  const QRect space = screen()->availableGeometry();
+  const QPoint first(space.center().x() - width() / 2, space.top() + space.height() / 6);
+  move(first + (place % Places) * QPoint(Set_Off_X, Set_Off_Y));
   m_Shown.start();
 }
 

@@ -3,8 +3,11 @@
 #include <unistd.h>
 
 #include <QApplication>
+#include <chrono>
 #include <clocale>
 #include <future>
+#include <memory>
+#include <utility>
 
 #include "desktop/look.h"
 
@@ -79,15 +82,14 @@ bool C_Qt_Thread::Post(std::function<void()> work) {
 }
 
 void C_Qt_Thread::Stop(std::function<void()> last) {
-  if (!Post([end = std::move(last)] {
-        if (end) end();
-        QApplication::quit();
-      })) {
-    return;
-  }
   {
     std::lock_guard<std::mutex> guard(m_Lock);
-    m_Context = nullptr;
+    if (m_Context == nullptr) return;
+    const auto end = [work = std::move(last)] {
+      if (work) work();
+      QApplication::quit();
+    };
+    QMetaObject::invokeMethod(std::exchange(m_Context, nullptr), end, Qt::QueuedConnection);
   }
   m_Thread.join();
 }
@@ -96,6 +98,18 @@ void C_Qt_Thread::Abandon() {
   std::lock_guard<std::mutex> guard(m_Lock);
   m_Context = nullptr;
   m_Thread.detach();
+}
+
+void C_Qt_Thread::Rest() {
+  auto halted = std::make_shared<std::promise<void>>();
+  if (!Post([halted] {
+        halted->set_value();
+        for (;;) pause();
+      })) {
+    return;
+  }
+  halted->get_future().wait_for(std::chrono::milliseconds(500));
+  Abandon();
 }
 
 }  // namespace orsanta

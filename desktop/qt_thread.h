@@ -28,6 +28,8 @@ class C_Qt_Thread {
   void Stop(std::function<void()> last = {});
   // The Qt thread will never come back: takes no more posts, and nobody waits for its end.
   void Abandon();
+  // Halts the Qt thread for good, and returns when it has halted or a moment has passed.
+  void Rest();
 
  private:
   void Run(std::string platform, const std::function<void()>& started);

@@ -1,6 +1,7 @@
 #include "desktop/window_desk.h"
 
 #include <QApplication>
+#include <QScreen>
 #include <algorithm>
 
 #include "desktop/chart_window.h"
@@ -9,6 +10,11 @@
 #include "desktop/message_window.h"
 
 namespace orsanta {
+
+namespace {
+constexpr int Chart_Set_Off = 40;  // pixels between charts that stand open together
+constexpr int Chart_Places = 8;
+}  // namespace
 
 // Boxes that nobody will answer any more count as refused, so that no thread waits for them.
 C_Window_Desk::~C_Window_Desk() {
@@ -27,7 +33,6 @@ void C_Window_Desk::Open_Dialog(int number, const C_Dialog_Model& model, std::sh
   QWidget* under = m_Dialogs.empty() ? nullptr : m_Dialogs.back().second;
   auto* window = new C_Dialog_Window(number, model, std::move(link), under);
   m_Dialogs.emplace_back(number, window);
-  Update_Busy_Marks();
   window->show();
   window->raise();
   window->activateWindow();
@@ -49,7 +54,6 @@ void C_Window_Desk::Close_Dialog(int number) {
   window->hide();
   window->deleteLater();
   if (under != nullptr) under->activateWindow();
-  Update_Busy_Marks();
 }
 
 void C_Window_Desk::Show_Waiting_Texts(int number) {
@@ -62,14 +66,6 @@ void C_Window_Desk::Refuse_Entry(int number, int control, const std::wstring& re
 
 void C_Window_Desk::Set_Busy(int number, bool busy) {
   if (C_Dialog_Window* window = Find(number)) window->Set_Busy(busy);
-  Update_Busy_Marks();
-}
-
-// A command that has opened another dialog waits for the person and is not at work: busy marks show only while the
-// topmost dialog is busy as well.
-void C_Window_Desk::Update_Busy_Marks() {
-  const bool at_work = !m_Dialogs.empty() && m_Dialogs.back().second->Is_Busy();
-  for (const auto& [number, window] : m_Dialogs) window->Show_Busy_Mark(at_work && window->Is_Busy());
 }
 
 void C_Window_Desk::Show_Message(const C_Message_Model& model, std::function<void(int)> answered) {
@@ -93,6 +89,11 @@ void C_Window_Desk::Draw_Chart(unsigned chart, const C_Chart_Model& model, std::
     m_Charts.erase(chart);
     closed();
   });
+  // Each chart that stands open moves the next one down and to the left.
+  const int place = static_cast<int>(m_Charts.size()) % Chart_Places;
+  const QRect space = window->screen()->availableGeometry();
+  window->move(space.right() - window->width() - Chart_Set_Off * (place + 1),
+               space.top() + Chart_Set_Off * (place + 1));
   m_Charts[chart] = window;
   window->show();
 }

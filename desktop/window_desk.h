@@ -33,7 +33,6 @@ class C_Window_Desk {
 
  private:
   C_Dialog_Window* Find(int number) const;
-  void Update_Busy_Marks();
 
   std::vector<std::pair<int, C_Dialog_Window*>> m_Dialogs;  // in the order of their opening
   std::vector<C_Message_Window*> m_Messages;

@@ -1,0 +1,52 @@
+// An X server of the test's own, for as long as the process lives, so that tests of real windows need no desktop.
+#pragma once
+
+#include <signal.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <string>
+
+namespace orsanta {
+
+class C_Virtual_Display {
+ public:
+  // Starts the server and sets DISPLAY. False when there is none to start.
+  static bool Start() {
+    int ends[2];
+    if (pipe(ends) != 0) return false;
+    thePid = fork();
+    if (thePid == 0) {
+      prctl(PR_SET_PDEATHSIG, SIGTERM);
+      close(ends[0]);
+      const std::string descriptor = std::to_string(ends[1]);
+      execlp("Xvfb", "Xvfb", "-displayfd", descriptor.c_str(), "-screen", "0", "1280x800x24", "-nolisten", "tcp",
+             "-noreset", static_cast<char*>(nullptr));
+      _exit(127);
+    }
+    close(ends[1]);
+    std::string number;
+    char letter = 0;
+    while (read(ends[0], &letter, 1) == 1 && letter != '\n') number += letter;
+    close(ends[0]);
+    if (number.empty()) return false;
+    setenv("DISPLAY", (":" + number).c_str(), 1);
+    unsetenv("WAYLAND_DISPLAY");
+    unsetenv("QT_QPA_PLATFORM");
+    std::atexit(Stop);  // after the front's own end, which is registered later
+    return true;
+  }
+  static void Stop() {
+    if (thePid <= 0) return;
+    kill(thePid, SIGKILL);
+    waitpid(thePid, nullptr, 0);
+    thePid = 0;
+  }
+
+ private:
+  static inline pid_t thePid = 0;
+};
+
+}  // namespace orsanta
