@@ -25,7 +25,8 @@ class C_Io_Card_Test : public testing::Test {
   static std::vector<std::string> Calls(const std::string& prefix) {
     std::vector<std::string> calls;
     for (const bench::Journal_Entry& call : bench::Journal()) {
-      if (call.function.rfind(prefix, 0) == 0) calls.push_back(call.function + "(" + call.arguments + ")");
+      if (call.function.rfind(prefix, 0) != 0) continue;
+      calls.push_back(std::to_string(call.thread) + " " + call.function + "(" + call.arguments + ")");
     }
     return calls;
   }
@@ -39,8 +40,8 @@ TEST_F(C_Io_Card_Test, Maps_Eight_Channels_Once_And_Reads_And_Writes_Them) {
   std::vector<std::string> expected;
   for (int i = 0; i < 8; ++i) {
     const std::string bit = std::to_string(i);
-    expected.push_back("SET_IOOUT_MAP(0, 15, 3, " + bit + ", " + bit + ")");
-    expected.push_back("SET_IOIN_MAP(0, 15, 4, " + bit + ", 0, " + bit + ")");
+    expected.push_back("0 SET_IOOUT_MAP(15, 3, " + bit + ", " + bit + ")");
+    expected.push_back("0 SET_IOIN_MAP(15, 4, " + bit + ", 0, " + bit + ")");
   }
   EXPECT_EQ(Calls("SET_IO"), expected);
   card.Map_Io(8, Card_Id);
