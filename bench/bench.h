@@ -52,6 +52,10 @@ BENCH_API double True_Force(int can_id);             // on the part now; 0 while
 BENCH_API double Force_Gauge(int can_id);            // what an operator's force gauge under the probe reads, to 0.01 g
 BENCH_API void Set_Temperature(int can_id, double celsius);  // of a temperature board
 BENCH_API double True_Temperature(int can_id);
+// A home sensor of an interpolation device, its input bit 2 or 6: on from the edge on, at greater places (on_above) or
+// at smaller ones. The probe's way ends at -10 and 10 mm; an edge beyond makes a sensor that never switches. At the
+// start bit 2 is on from -4 mm downwards, bit 6 from 4 mm upwards.
+BENCH_API void Set_Home_Sensor(int can_id, int bit, double edge_mm, bool on_above);
 
 // --- IO card ---
 

@@ -186,15 +186,21 @@ int GetCurOutputPos(double* positions, int* count) {
   const C_Access access;
   access->journal.Read(access->now_ms, __func__, -1, count == nullptr ? 0 : *count);
   if (!access->connected || positions == nullptr || count == nullptr) return 0;
-  *count = 0;
+  *count = std::clamp(*count, 0, bench::C_Server::Axis_Limit);
+  for (int i = 0; i < *count; ++i) {
+    const bench::C_Axis* axis = access->server->Axis(i);
+    positions[i] = axis == nullptr ? 0.0 : axis->Position();
+    access->journal.Result(positions[i]);
+  }
   return 1;
 }
 
 int BeAxisRun(int axis, int* be_map, int* run) {
   const C_Access access;
   access->journal.Read(access->now_ms, __func__, -1, axis);
-  Put(be_map, 0);
-  Put(run, 0);
+  const bench::C_Axis* found = access->connected ? access->server->Axis(axis) : nullptr;
+  Put(be_map, found != nullptr ? 1 : 0);
+  Put(run, found != nullptr && found->Is_Moving() ? 1 : 0);
   return access->connected ? 1 : 0;
 }
 

@@ -9,25 +9,21 @@ namespace bench {
 
 namespace {
 
-// Does something to a drive; nothing where there is none at that id.
-template <class F>
-void With_Drive(int can_id, F&& action) {
+constexpr double Kelvin = 273.15;
+
+// Does something to a device; nothing where there is none of that kind at the id.
+template <class T, class F>
+void With(int can_id, F&& action) {
   const C_Access access;
-  if (C_Drive* drive = access->room.Find_Drive(can_id)) action(*drive);
+  if (T* device = access->room.Find_As<T>(can_id)) action(*device);
 }
 
-// Reads something of a drive; 0 where there is none at that id.
+// Reads something of a probe; 0 where there is none at the id.
 template <class F>
-double Of_Drive(int can_id, F&& read) {
+double Of_Probe(int can_id, F&& read) {
   double value = 0.0;
-  With_Drive(can_id, [&](const C_Drive& drive) { value = read(drive); });
+  With<C_Motor_Device>(can_id, [&](const C_Motor_Device& device) { value = read(device.Plant()); });
   return value;
-}
-
-template <class F>
-void With_Device(int can_id, F&& action) {
-  const C_Access access;
-  if (C_Device* device = access->room.Find(can_id)) action(*device);
 }
 
 }  // namespace
@@ -38,7 +34,7 @@ void Reset(const Settings& settings) {
 
 void Place_Part(int can_id, double thickness_mm) {
   if (!std::isfinite(thickness_mm) || thickness_mm < 0.0) return;
-  With_Drive(can_id, [&](C_Drive& drive) { drive.Set_Part(thickness_mm); });
+  With<C_Drive>(can_id, [&](C_Drive& drive) { drive.Set_Part(thickness_mm); });
 }
 
 void Remove_Part(int can_id) {
@@ -47,23 +43,40 @@ void Remove_Part(int can_id) {
 
 void Set_Head_Height(int can_id, double mm) {
   if (!std::isfinite(mm)) return;
-  With_Drive(can_id, [&](C_Drive& drive) { drive.Set_Head_Height(mm); });
+  With<C_Drive>(can_id, [&](C_Drive& drive) { drive.Set_Head_Height(mm); });
 }
 
 double True_Contact_Position(int can_id) {
-  return Of_Drive(can_id, [](const C_Drive& drive) { return drive.Plant().Surface(); });
+  return Of_Probe(can_id, [](const C_Plant& probe) { return probe.Surface(); });
 }
 
 double True_Position(int can_id) {
-  return Of_Drive(can_id, [](const C_Drive& drive) { return drive.Plant().Position(); });
+  return Of_Probe(can_id, [](const C_Plant& probe) { return probe.Position(); });
 }
 
 double True_Force(int can_id) {
-  return Of_Drive(can_id, [](const C_Drive& drive) { return drive.Plant().Contact_Force(); });
+  return Of_Probe(can_id, [](const C_Plant& probe) { return probe.Contact_Force(); });
 }
 
 double Force_Gauge(int can_id) {
   return std::round(True_Force(can_id) * 100.0) / 100.0;
+}
+
+void Set_Temperature(int can_id, double celsius) {
+  if (!(celsius > -Kelvin) || !std::isfinite(celsius)) return;
+  With<C_Interpolation_Device>(can_id, [&](C_Interpolation_Device& device) { device.Set_Temperature(celsius); });
+}
+
+double True_Temperature(int can_id) {
+  double celsius = 0.0;
+  With<C_Interpolation_Device>(can_id, [&](const C_Interpolation_Device& device) { celsius = device.Temperature(); });
+  return celsius;
+}
+
+void Set_Home_Sensor(int can_id, int bit, double edge_mm, bool on_above) {
+  if (std::isnan(edge_mm)) return;
+  With<C_Interpolation_Device>(can_id,
+                               [&](C_Interpolation_Device& device) { device.Set_Sensor(bit, edge_mm, on_above); });
 }
 
 void Set_Input(int bit, int value) {
@@ -79,32 +92,32 @@ int Get_Output(int bit) {
 }
 
 void Set_Absent(int can_id, bool absent) {
-  With_Device(can_id, [&](C_Device& device) { device.Set_Absent(absent); });
+  With<C_Device>(can_id, [&](C_Device& device) { device.Set_Absent(absent); });
 }
 
 void Set_Silent(int can_id, bool silent) {
-  With_Device(can_id, [&](C_Device& device) { device.Set_Silent(silent); });
+  With<C_Device>(can_id, [&](C_Device& device) { device.Set_Silent(silent); });
 }
 
 void Set_Frozen(int can_id, bool frozen) {
-  With_Drive(can_id, [&](C_Drive& drive) { drive.Set_Frozen(frozen); });
+  With<C_Motor_Device>(can_id, [&](C_Motor_Device& device) { device.Set_Frozen(frozen); });
 }
 
 void Set_Stuck(int can_id, bool stuck) {
-  With_Drive(can_id, [&](C_Drive& drive) { drive.Set_Stuck(stuck); });
+  With<C_Motor_Device>(can_id, [&](C_Motor_Device& device) { device.Set_Stuck(stuck); });
 }
 
 void Set_Weak_Lift(int can_id, bool weak) {
-  With_Drive(can_id, [&](C_Drive& drive) { drive.Set_Weak_Lift(weak); });
+  With<C_Motor_Device>(can_id, [&](C_Motor_Device& device) { device.Set_Weak_Lift(weak); });
 }
 
 void Set_Restless(int can_id, double amplitude_mm) {
   if (!std::isfinite(amplitude_mm)) return;
-  With_Drive(can_id, [&](C_Drive& drive) { drive.Set_Restless(std::clamp(amplitude_mm, 0.0, Restless_Limit_Mm)); });
+  With<C_Drive>(can_id, [&](C_Drive& drive) { drive.Set_Restless(std::clamp(amplitude_mm, 0.0, Restless_Limit_Mm)); });
 }
 
 void Set_Fault_Bits(int can_id, uint64_t bits) {
-  With_Drive(can_id, [&](C_Drive& drive) { drive.Set_Fault_Bits(bits); });
+  With<C_Motor_Device>(can_id, [&](C_Motor_Device& device) { device.Set_Fault_Bits(bits); });
 }
 
 void Set_Refused_Connects(int count) {
@@ -117,7 +130,7 @@ void Set_Io_Card_Missing(bool missing) {
 }
 
 void Set_Slow_Homing(int can_id, bool slow) {
-  With_Drive(can_id, [&](C_Drive& drive) { drive.Set_Slow_Homing(slow); });
+  With<C_Drive>(can_id, [&](C_Drive& drive) { drive.Set_Slow_Homing(slow); });
 }
 
 void Journal_Keep_Reads(bool keep) {

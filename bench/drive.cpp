@@ -9,7 +9,6 @@ namespace {
 
 constexpr double Upper_Stop_Mm = -0.5;
 constexpr double Lower_Stop_Mm = 60.0;
-constexpr double Full_Load_A = 40.0;
 
 constexpr double Arrival_Window_Mm = 0.05;
 constexpr double Same_Place_Mm = 0.0005;
@@ -23,23 +22,14 @@ constexpr double Stroke_Margin_Mm = 0.05;  // the usable stroke ends before the 
 constexpr double Least_Stroke_Mm = 0.5;
 constexpr uint64_t Cannot_Home_Bit = 1u << 1;
 
-constexpr double Speed_Limit = 1.0e5;    // mm/s
-constexpr double Current_Limit = 100.0;  // A
-constexpr double Current_Noise_A = 0.001;
-
-// 2 bytes of software version, then the date of the firmware, two decimal digits a byte.
-constexpr int64_t Software_Version = 0x0203;
-constexpr int64_t Firmware_Date = 0x20240518;
+constexpr double Speed_Limit = 1.0e5;  // mm/s
 
 constexpr int Go_Zero_Instruction = 0x55;
 
 }  // namespace
 
 C_Drive::C_Drive(const Settings& settings, int can_id)
-    : C_Device(settings, can_id),
-      m_Encoder(settings),
-      m_Anvil_Mm(settings.anvil_mm),
-      m_Servo(settings.force, Upper_Stop_Mm, Lower_Stop_Mm) {
+    : C_Motor_Device(settings, can_id, settings.force, Upper_Stop_Mm, Lower_Stop_Mm), m_Anvil_Mm(settings.anvil_mm) {
   Place_Surface();
 }
 
@@ -77,9 +67,7 @@ bool C_Drive::Write_Port(int port, double value) {
       break;
     case 4:
     case 12:
-      if (std::abs(value) > Current_Limit) return false;
-      port == 4 ? m_Servo.Set_Upper_Clamp(value) : m_Servo.Set_Lower_Clamp(value);
-      m_Servo.Disturb();
+      if (!Set_Clamp(port == 4, value)) return false;
       break;
     case 6:
       if (!(value > 0.0) || value > Speed_Limit) return false;
@@ -218,8 +206,7 @@ bool C_Drive::Is_Cyclic(int port) const {
 double C_Drive::Port_Value(int port) {
   switch (port) {
     case 4:
-      if (!m_Frozen) m_Last_Position = m_Encoder.Sample(m_Servo.Plant().Position(), Noise(4));
-      return m_Last_Position;
+      return Position_Sample();
     case 5:
       return m_Run_Flag ? 1.0 : 0.0;
     case 8:
@@ -229,9 +216,9 @@ double C_Drive::Port_Value(int port) {
     case 11:
       return std::round(m_Encoder.To_Raw(m_Stroke_Min));
     case 15:
-      return std::abs(m_Servo.Current()) / Full_Load_A * 100.0;
+      return Load_Percent();
     case 16:
-      return m_Servo.Current() + Current_Noise_A * Noise(16);
+      return Current_Sample();
     case 17:
       return m_Servo.Plant().Velocity();
     case 18:
@@ -239,9 +226,9 @@ double C_Drive::Port_Value(int port) {
     case 20:
       return m_Profile.Now().position;
     case 200:
-      return static_cast<double>(Software_Version | Firmware_Date << 16);
+      return Version_Word();
     case 201:
-      return static_cast<double>(m_Fault_Bits | (m_Cannot_Home ? Cannot_Home_Bit : 0));
+      return static_cast<double>(Fault_Bits() | (m_Cannot_Home ? Cannot_Home_Bit : 0));
     default:
       return 0.0;
   }
@@ -262,16 +249,6 @@ void C_Drive::Set_Part(double thickness_mm) {
 void C_Drive::Set_Head_Height(double mm) {
   m_Head_Mm = mm;
   Place_Surface();
-}
-
-void C_Drive::Set_Stuck(bool stuck) {
-  m_Servo.Plant().Set_Stuck(stuck);
-  m_Servo.Disturb();
-}
-
-void C_Drive::Set_Weak_Lift(bool weak) {
-  m_Servo.Plant().Set_Weak_Lift(weak);
-  m_Servo.Disturb();
 }
 
 void C_Drive::Set_Restless(double amplitude_mm) {

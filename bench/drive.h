@@ -8,14 +8,12 @@
 // 201 fault bits. The two flags also send a sample at once when they change. The caller holds the bench's lock.
 #pragma once
 
-#include "bench/device.h"
-#include "bench/encoder.h"
+#include "bench/motor_device.h"
 #include "bench/profile.h"
-#include "bench/servo.h"
 
 namespace bench {
 
-class C_Drive final : public C_Device {
+class C_Drive final : public C_Motor_Device {
  public:
   C_Drive(const Settings& settings, int can_id);
 
@@ -24,18 +22,11 @@ class C_Drive final : public C_Device {
   bool Write_Port(int port, double value) override;
   bool Execute(int instruction) override;
 
-  // The probe's mechanics, for reading.
-  const C_Plant& Plant() const { return m_Servo.Plant(); }
-
   // The anvil and what lies on it.
   void Set_Part(double thickness_mm);
   void Set_Head_Height(double mm);
 
-  void Set_Frozen(bool frozen) { m_Frozen = frozen; }
-  void Set_Stuck(bool stuck);
-  void Set_Weak_Lift(bool weak);
   void Set_Restless(double amplitude_mm);
-  void Set_Fault_Bits(uint64_t bits) { m_Fault_Bits = bits; }
   void Set_Slow_Homing(bool slow) { m_Slow_Homing = slow; }
 
  private:
@@ -57,9 +48,7 @@ class C_Drive final : public C_Device {
   void Set_Ready(bool ready);
   void Place_Surface();
 
-  const C_Encoder m_Encoder;
   const double m_Anvil_Mm;
-  C_Servo m_Servo;
   C_Profile m_Profile;
   double m_Speed = 20.0;
   double m_Part_Mm = 0.0;
@@ -74,9 +63,6 @@ class C_Drive final : public C_Device {
   double m_Stroke_Max = 0.0;    // mm
   bool m_Slow_Homing = false;
   bool m_Cannot_Home = false;
-  uint64_t m_Fault_Bits = 0;
-  bool m_Frozen = false;
-  double m_Last_Position = 0.0;  // raw, as last sent
 };
 
 }  // namespace bench

@@ -55,6 +55,7 @@ enum class Fault : int {
   Bad_Value,
   No_Io,
   No_Axis,
+  Axis_Busy,
   No_Register,
   Waits_For_Itself,
 };

@@ -12,9 +12,9 @@ namespace {
 
 // 100 g press the surface in by 0.05 um. With the mass this is an oscillator of 3.5 kHz, 14 ticks a period.
 constexpr double Stiffness = 2.0e6;  // g/mm
-// A share of the critical damping. At 0.07 the probe leaves an impact with 0.8 of its speed and bounces for 10 to 30 ms
-// under a force of 50 to 100 g.
-constexpr double Contact_Damping_Ratio = 0.07;
+// A share of the critical damping. At 0.03 the probe leaves an impact with 0.9 of its speed and bounces and rings for
+// 15 to 40 ms under a force of 100 to 40 g.
+constexpr double Contact_Damping_Ratio = 0.03;
 constexpr double Stop_Damping_Ratio = 0.3;
 constexpr double Dry_Friction = 0.1;       // g
 constexpr double Viscous_Friction = 0.01;  // g for each mm/s

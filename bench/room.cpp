@@ -2,12 +2,17 @@
 
 namespace bench {
 
+// Where two devices are asked for at one id, the first of these takes it: the card, a temperature board, a drive.
 C_Room::C_Room(const Settings& settings) {
   if (settings.io_card) m_Devices.emplace(C_Bench_Io_Card::Can_Id_Of_Card, std::make_unique<C_Bench_Io_Card>(settings));
-  for (int i = 0; i < settings.drives; ++i) {
-    const int can_id = settings.first_drive_id + i;
-    if (can_id < 1 || can_id >= Can_Id_Limit) continue;
-    if (!m_Devices.contains(can_id)) m_Devices.emplace(can_id, std::make_unique<C_Drive>(settings, can_id));
+  const auto is_free = [this](int can_id) {
+    return can_id >= 1 && can_id < Can_Id_Limit && !m_Devices.contains(can_id);
+  };
+  for (const int can_id : settings.temperature_boards) {
+    if (is_free(can_id)) m_Devices.emplace(can_id, std::make_unique<C_Interpolation_Device>(settings, can_id));
+  }
+  for (int can_id = settings.first_drive_id; can_id < settings.first_drive_id + settings.drives; ++can_id) {
+    if (is_free(can_id)) m_Devices.emplace(can_id, std::make_unique<C_Drive>(settings, can_id));
   }
 }
 

@@ -7,6 +7,7 @@
 #include "bench/bench.h"
 #include "bench/device.h"
 #include "bench/drive.h"
+#include "bench/interpolation_device.h"
 #include "bench/io_card.h"
 
 namespace bench {
@@ -21,8 +22,11 @@ class C_Room {
   C_Device* Answering(int can_id) const;
   // Null where no such device is built in.
   C_Device* Find(int can_id) const;
-  C_Drive* Find_Drive(int can_id) const { return dynamic_cast<C_Drive*>(Find(can_id)); }
-  C_Bench_Io_Card* Find_Card() const { return dynamic_cast<C_Bench_Io_Card*>(Find(C_Bench_Io_Card::Can_Id_Of_Card)); }
+  template <class T>
+  T* Find_As(int can_id) const {
+    return dynamic_cast<T*>(Find(can_id));
+  }
+  C_Bench_Io_Card* Find_Card() const { return Find_As<C_Bench_Io_Card>(C_Bench_Io_Card::Can_Id_Of_Card); }
 
   void Advance(Ticks to);
   // The FIFO, or all of them, gets no more samples.

@@ -30,6 +30,8 @@ const wchar_t* Fault_Words(Fault fault) {
       return L"the IO number is not mapped or out of range";
     case Fault::No_Axis:
       return L"the axis is not mapped or out of range";
+    case Fault::Axis_Busy:
+      return L"not possible while the axis moves or is paused";
     case Fault::No_Register:
       return L"no such register";
     case Fault::Waits_For_Itself:
@@ -154,7 +156,7 @@ bool C_Server::Holds(int number, C_Thread& thread, const C_Instruction& ins) {
       }
       return !Is_Idle(subject);
     default:
-      return false;
+      return Holds_For_Axis(number, ins, first_look);
   }
 }
 
@@ -181,8 +183,15 @@ void C_Server::Execute(int number, C_Thread& thread, const C_Instruction& ins) {
     case Op::Set_Output_Io:
       if (!Set_Io_Output(ins.i[0], ins.i[1] != 0)) Report(number, Fault::No_Io, ins.i[0]);
       return;
-    default:
+    case Op::Set_Axis_Map:
+      return Map_Axis(number, ins);
+    case Op::Use_Local_Reg:
+      thread.use_local_registers = true;
       return;
+    case Op::Add_Register:
+      return Add_Register(number, thread, ins);
+    default:
+      return Execute_On_Axis(number, thread, ins);
   }
 }
 

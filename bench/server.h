@@ -19,6 +19,8 @@ class C_Server {
   static constexpr int Thread_Limit = 256;     // instruction threads 0 to 255
   static constexpr int Queue_Limit = 4096;     // instructions of one thread that may wait
   static constexpr int Channel_Limit = 65536;  // input and output channels, each from 0
+  static constexpr int Axis_Limit = 64;
+  static constexpr int Register_Limit = 1024;  // of each thread, and of the server
   static constexpr int Io_Limit = 1024;        // IO numbers, inputs and outputs each from 0
   static constexpr int Error_Limit = 64;       // errors kept; later ones are dropped until one is fetched
   static constexpr int Back_Jump_Limit = 65536;
@@ -45,8 +47,11 @@ class C_Server {
   // False if the IO number is not mapped or its device does not answer.
   bool Get_Io_Input(int io, bool& on) const;
   bool Set_Io_Output(int io, bool on);
+  // Null for an axis that is not mapped or whose device does not answer.
+  C_Axis* Axis(int axis) const;
 
  private:
+  using C_Registers = std::map<int, double>;  // 0 where nothing was stored
   struct C_Thread {
     std::deque<C_Instruction> queue;
     uint64_t queued = 0;
@@ -54,6 +59,8 @@ class C_Server {
     bool wait_begun = false;  // the wait at the head of the queue has been looked at
     Ticks wait_until = 0;     // of a wait for a time
     int back_jump_size = 0;
+    bool use_local_registers = false;
+    C_Registers registers;
   };
   struct C_Output_Map {
     int can_id, port, format;
@@ -76,6 +83,16 @@ class C_Server {
   void Map_Io(int thread, const C_Instruction& ins, bool input);
   void Output(int thread, const C_Instruction& ins);
 
+  // server_axes.cpp
+  bool Holds_For_Axis(int number, const C_Instruction& ins, bool first_look);
+  void Execute_On_Axis(int number, C_Thread& thread, const C_Instruction& ins);
+  void Map_Axis(int number, const C_Instruction& ins);
+  void Set_Limit(int number, double& limit, double value);
+  void Go(int number, C_Axis& axis, double target, bool at_once);
+  void Add_Register(int number, C_Thread& thread, const C_Instruction& ins);
+  // Null, and reported, if there is no such register.
+  double* Register(int number, C_Thread& thread, int reg);
+
   C_Room& m_Room;
   Ticks m_Now;
   std::map<int, C_Thread> m_Threads;
@@ -84,6 +101,8 @@ class C_Server {
   std::unordered_map<int, C_Output_Map> m_Outputs;
   std::map<int, C_Io_Map> m_Io_Inputs;
   std::map<int, C_Io_Map> m_Io_Outputs;
+  std::map<int, int> m_Axes;  // axis to CAN id
+  C_Registers m_Registers;
 };
 
 }  // namespace bench

@@ -1,0 +1,321 @@
+// Axes of the motion server: trajectories within their limits, stops, pause, registers, homing on a sensor, and the
+// temperature board.
+#include <algorithm>
+#include <random>
+
+#include "bench/trajectory.h"
+#include "bench_line.h"
+
+namespace {
+
+using bench::C_Trajectory;
+using bench::Motion_Limits;
+using bench::Motion_State;
+using bench_test::Connect;
+using bench_test::Map_Input;
+using bench_test::Raw_Per_Mm;
+using bench_test::Take;
+using orsanta::Now_Ms;
+using orsanta::Sleep;
+
+// Walks the whole trajectory: nothing jumps, and no limit is passed by more than a rounding.
+void Expect_Within(const C_Trajectory& trajectory, const Motion_State& start, const Motion_Limits& limits) {
+  const int steps = 2000;
+  const double dt = trajectory.Duration() / steps;
+  const double slack = 1.0 + 1e-6;
+  Motion_State before = start;
+  for (int i = 1; i <= steps; ++i) {
+    const Motion_State now = trajectory.At(i * dt);
+    ASSERT_LE(std::abs(now.velocity), limits.velocity * slack);
+    ASSERT_LE(std::abs(now.acceleration), limits.acceleration * slack);
+    ASSERT_LE(std::abs(now.acceleration - before.acceleration), limits.jerk * dt * slack + limits.acceleration * 1e-6);
+    ASSERT_LE(std::abs(now.velocity - before.velocity), limits.acceleration * dt * slack + limits.velocity * 1e-6);
+    ASSERT_LE(std::abs(now.position - before.position), limits.velocity * dt * slack + 1e-9);
+    before = now;
+  }
+  EXPECT_NEAR(before.velocity, 0.0, limits.velocity * 1e-9);
+  EXPECT_NEAR(before.position, trajectory.End(), 1e-9);
+}
+
+TEST(Trajectory, Keeps_All_Limits_In_Moves_Of_Every_Shape_And_In_Stops_From_Anywhere) {
+  std::mt19937_64 random(5);
+  const auto between = [&](double low, double high) {  // evenly over the orders of magnitude
+    return std::exp(std::uniform_real_distribution<double>(std::log(low), std::log(high))(random));
+  };
+  for (int i = 0; i < 300; ++i) {
+    const Motion_Limits limits{between(0.1, 1000.0), between(10.0, 1e5), between(1e3, 1e7)};
+    const double from = between(0.01, 10.0);
+    const double to = from + between(1e-5, 100.0) * (i % 2 == 0 ? 1.0 : -1.0);
+    C_Trajectory move;
+    move.Plan_Move(from, to, limits);
+    EXPECT_EQ(move.End(), to);
+    Expect_Within(move, {from, 0.0, 0.0}, limits);
+    const double t = move.Duration() * std::uniform_real_distribution<double>(0.0, 1.0)(random);
+    C_Trajectory stop;
+    stop.Plan_Stop(move.At(t), limits);
+    Expect_Within(stop, move.At(t), limits);
+    EXPECT_LE(stop.Duration(), move.Duration() - t + 1e-6) << "a stop lasted longer than the move";
+  }
+}
+
+TEST(Trajectory, Takes_The_Time_Of_The_Shape) {
+  C_Trajectory move;
+  // 10 mm at 20 mm/s: 0.5 s, and once more the time of speeding up, v/a + a/j
+  move.Plan_Move(0.0, 10.0, {20.0, 1000.0, 100000.0});
+  EXPECT_NEAR(move.Duration(), 0.5 + 0.02 + 0.01, 1e-9);
+  // too short for the acceleration: four ramps of cbrt(way / 2 j)
+  move.Plan_Move(0.0, 0.002, {20.0, 1000.0, 100000.0});
+  EXPECT_NEAR(move.Duration(), 4.0 * std::cbrt(0.002 / 200000.0), 1e-9);
+  move.Plan_Move(1.0, 1.0, {});
+  EXPECT_EQ(move.Duration(), 0.0);
+}
+
+// An interpolation device at CAN id 20 as axis 2 on instruction thread 4, user units of millimetres.
+class Axis : public testing::Test {
+ protected:
+  void SetUp() override {
+    bench::Settings settings;
+    settings.temperature_boards = {20};
+    Connect(settings);
+    SET_AXIS_MAP(4, 20, 0, 2);
+    SET_AXIS_SCALE(4, 2, Raw_Per_Mm);
+    Limits(20.0, 5000.0, 500000.0);
+    SET_IOIN_MAP(4, 20, 1, 2, 0, 30);
+    SET_IOIN_MAP(4, 20, 1, 6, 0, 31);
+    Map_Input(4, 20, 1, 6, 105, 4096);
+    SET_OUTPUT_DATA_MAP(4, 20, 4, 8, 104);
+    SET_OUTPUT_DATA_MAP(4, 20, 12, 8, 112);
+    WaitForAllInsFinish(4);
+    double position = 0.0;
+    ASSERT_EQ(GetError(nullptr, nullptr, nullptr, nullptr, nullptr), 0);
+    ASSERT_EQ(Commanded(position), 3);
+  }
+  static void Limits(double velocity, double acceleration, double jerk) {
+    SET_MAX_VEL(4, 2, velocity);
+    SET_MAX_ACC(4, 2, acceleration);
+    SET_MAX_JERK(4, 2, jerk);
+  }
+  static int Commanded(double& position) {
+    double positions[15];
+    int count = 3;
+    GetCurOutputPos(positions, &count);
+    position = positions[2];
+    return count;
+  }
+  static double Commanded() {
+    double position = 0.0;
+    Commanded(position);
+    return position;
+  }
+  static bool Runs() {
+    int mapped = 0, run = 0;
+    BeAxisRun(2, &mapped, &run);
+    EXPECT_EQ(mapped, 1);
+    return run == 1;
+  }
+  static double Encoder() {
+    Take(105);
+    Sleep(3);
+    return Take(105).back() / Raw_Per_Mm;
+  }
+
+  orsanta::C_Simulated_Clock m_Clock{1};
+};
+
+TEST_F(Axis, Follows_Moves_Jumps_And_New_Targets_On_The_Way) {
+  const double start = Now_Ms();
+  SGO(4, 2, 8.0);
+  EXPECT_TRUE(Runs());
+  TILLSTOP(4, 2);
+  WaitForAllInsFinish(4);
+  EXPECT_NEAR(Now_Ms() - start, 8.0 / 20.0 * 1000.0 + 4.0 + 10.0, 1.5);
+  EXPECT_EQ(Commanded(), 8.0);
+  EXPECT_FALSE(Runs());
+  EXPECT_NEAR(Encoder(), 8.0, 0.003);
+  EXPECT_NEAR(bench::True_Position(20), 8.0, 0.002);
+
+  SGO(4, 2, 0.0);
+  Sleep(100);
+  SGO(4, 2, 8.0);  // brakes and turns
+  Sleep(1);
+  EXPECT_TRUE(Runs());
+  TILLSTOP(4, 2);
+  WaitForAllInsFinish(4);
+  EXPECT_EQ(Commanded(), 8.0);
+
+  RAPID_GO(4, 2, -3.0);
+  EXPECT_EQ(Commanded(), -3.0);
+  EXPECT_FALSE(Runs());
+  Sleep(200);
+  EXPECT_NEAR(bench::True_Position(20), -3.0, 0.002);
+}
+
+TEST_F(Axis, Scale_And_Zeros_Rename_Places_Without_Moving) {
+  SGO(4, 2, 2.0);
+  TILLSTOP(4, 2);
+  SET_AXIS_SCALE(4, 2, -2.0 * Raw_Per_Mm);
+  WaitForAllInsFinish(4);
+  Sleep(50);
+  EXPECT_EQ(Commanded(), -1.0);
+  EXPECT_NEAR(bench::True_Position(20), 2.0, 0.002);
+  SET_AXIS_ZEROS(4, 2, 10.0);
+  SGO(4, 2, 11.0);
+  TILLSTOP(4, 2);
+  WaitForAllInsFinish(4);
+  Sleep(50);
+  EXPECT_NEAR(bench::True_Position(20), 0.0, 0.002) << "one unit is two millimetres, turned round";
+
+  SGO(4, 2, 10.0);
+  SET_AXIS_SCALE(4, 2, 1.0);
+  int number = 0;
+  EXPECT_EQ(GetError(nullptr, nullptr, nullptr, nullptr, &number), 1);
+  SET_AXIS_SCALE(4, 2, 0.0);
+  SET_MAX_VEL(4, 2, -1.0);
+  SET_MAX_ACC(4, 2, std::nan(""));
+  SGO(4, 2, 1e30);
+  for (int i = 0; i < 4; ++i) EXPECT_EQ(GetError(nullptr, nullptr, nullptr, nullptr, &number), 1);
+  TILLSTOP(4, 2);
+  WaitForAllInsFinish(4);
+  EXPECT_EQ(Commanded(), 10.0);
+}
+
+TEST_F(Axis, Stops_Pauses_Goes_On_And_Is_Stopped_From_Outside) {
+  SGO(4, 2, 8.0);
+  Sleep(100);
+  STOP_S(4, 2);
+  TILLSTOP(4, 2);
+  WaitForAllInsFinish(4);
+  EXPECT_GT(Commanded(), 1.5);
+  EXPECT_LT(Commanded(), 3.0);
+
+  SGO(4, 2, 8.0);
+  TILLSTOP(4, 2);
+  Sleep(50);
+  TILL_AXIS_PAUSE(5, 2);
+  WaitForAllInsFinish(5);
+  EXPECT_FALSE(Runs());
+  const double paused = Commanded();
+  EXPECT_LT(paused, 5.0);
+  Sleep(500);
+  EXPECT_EQ(Commanded(), paused);
+  int finished = 1;
+  GetThreadInsBufferRemainCount(4, nullptr, &finished);
+  EXPECT_EQ(finished, 0) << "a paused move is not over";
+  AXIS_RESUME(5, 2);
+  WaitForAllInsFinish(4);
+  EXPECT_EQ(Commanded(), 8.0);
+
+  SGO(4, 2, 0.0);
+  TILLSTOP(4, 2);
+  SGO(4, 2, 8.0);
+  TILLTIME(4, 100000);
+  Sleep(100);
+  TILL_AXIS_PAUSE(0, 2);
+  CLEAR_THREAD_INS(0, 4);
+  TILL_THREAD_INS_FINISH(0, 4);
+  STOP_S(0, 2);
+  AXIS_RESUME(0, 2);
+  WaitForAllInsFinish(0);
+  const double stopped = Commanded();
+  EXPECT_GT(stopped, 4.0);
+  EXPECT_LT(stopped, 8.0);
+  Sleep(1000);
+  EXPECT_EQ(Commanded(), stopped);
+  SGO(4, 2, 1.0);
+  TILLSTOP(4, 2);
+  WaitForAllInsFinish(4);
+  EXPECT_EQ(Commanded(), 1.0);
+}
+
+TEST_F(Axis, Works_Out_Targets_In_Registers_When_The_Instruction_Runs) {
+  USE_LOCAL_REG(4);
+  SGO(4, 2, 2.0);
+  TILLSTOP(4, 2);
+  GET_OUTPUT_POS(4, 2, 500);
+  ADD_R_C(4, 501, 500, 1.5);
+  SGO_R(4, 2, 501);
+  TILLSTOP(4, 2);
+  GET_OUTPUT_POS(5, 2, 501);  // another thread, the server's register
+  SGO_R(4, 2, 500);
+  TILLSTOP(4, 2);
+  Sleep(1);
+  ADD_R_C(4, 500, 501, 0.25);
+  SGO_R(4, 2, 500);
+  TILLSTOP(4, 2);
+  WaitForAllInsFinish(4);
+  EXPECT_EQ(Commanded(), 3.75);
+}
+
+TEST_F(Axis, Ends_At_Its_Stops_With_The_Clamp_Current) {
+  OUTPUT_DATA(4, 104, 1.0);
+  OUTPUT_DATA(4, 112, -1.0);
+  SGO(4, 2, 15.0);
+  TILLSTOP(4, 2);
+  WaitForAllInsFinish(4);
+  EXPECT_NEAR(Encoder(), 10.0, 0.002);
+  SGO(4, 2, -15.0);
+  TILLSTOP(4, 2);
+  WaitForAllInsFinish(4);
+  EXPECT_NEAR(Encoder(), -10.0, 0.002);
+}
+
+TEST_F(Axis, Homes_On_Its_Sensor_To_Within_A_Count) {
+  for (const double from : {0.0, -7.0}) {
+    SGO(4, 2, from);
+    TILLSTOP(4, 2);
+    WaitForAllInsFinish(4);
+    Sleep(20);
+    int on = 0;
+    GetCurIoInput(30, &on);
+    EXPECT_EQ(on, from < -4.0 ? 1 : 0);
+    GetCurIoInput(31, &on);
+    EXPECT_EQ(on, 0);
+    double speed = 20.0;
+    Limits(speed, 5000.0, 500000.0);
+    if (from < -4.0) {
+      SGO(4, 2, 15.0);
+      TILLIO_NEG(4, 30);
+      STOP_S(4, 2);
+    }
+    for (int pass = 0; pass < 3; ++pass) {
+      SGO(4, 2, pass % 2 == 0 ? -15.0 : 15.0);
+      pass % 2 == 0 ? TILLIO(4, 30) : TILLIO_NEG(4, 30);
+      STOP_S(4, 2);
+      SET_MAX_VEL(4, 2, speed /= 10.0);
+    }
+    TILLSTOP(4, 2);
+    WaitForAllInsFinish(4);
+    Sleep(200);
+    EXPECT_NEAR(bench::True_Position(20), -4.0, 0.001);
+    Limits(20.0, 5000.0, 500000.0);
+  }
+  bench::Set_Home_Sensor(20, 2, -20.0, false);
+  TILLIO(4, 30);
+  Sleep(10000);
+  int finished = 1;
+  GetThreadInsBufferRemainCount(4, nullptr, &finished);
+  EXPECT_EQ(finished, 0);
+  ClearInsBuffer(4);
+}
+
+TEST_F(Axis, Its_Device_Reads_Temperatures) {
+  Map_Input(4, 20, 27, 4, 127, 256);
+  Map_Input(4, 20, 28, 4, 128, 256);
+  // counts of a 10 kOhm thermistor with B = 3950 K over a 12-bit divider, from a resistance table of such a part
+  const struct { double celsius, ohm; } table[] = {{25.0, 10000.0}, {0.0, 33621.0}, {50.0, 3588.0}, {100.0, 697.2}};
+  for (const auto& [celsius, ohm] : table) {
+    bench::Set_Temperature(20, celsius);
+    EXPECT_EQ(bench::True_Temperature(20), celsius);
+    Take(127);
+    Take(128);
+    Sleep(4);
+    EXPECT_NEAR(Take(127).back(), 4095.0 * ohm / (10000.0 + ohm), 1.5);
+    EXPECT_NEAR(Take(128).back(), celsius + 8.0, 0.5);
+  }
+  bench::Set_Silent(20, true);
+  Take(127);
+  Sleep(100);
+  EXPECT_TRUE(Take(127).empty());
+}
+
+}  // namespace
