@@ -4,11 +4,21 @@
 
 #include "drive/motor.h"
 #include "station/voice_motor.h"
+#include "support/clock.h"
 
 namespace orsanta {
 namespace {
 
-constexpr double Slow_Speed = 3.0;  // mm/s
+constexpr double Slow_Speed = 3.0;    // mm/s
+constexpr int Fault_Word_Reads = 20;  // 1 ms apart
+
+// The drive's fault word, 0 when it sends none. The loop takes samples from the same channel, so that one read alone
+// often finds it empty and a fault would pass for none.
+uint64_t Read_Fault_Word(C_VoiceMotor& station) {
+  uint64_t motor_error = 0;
+  for (int i = 0; i < Fault_Word_Reads && station.m_pMotor->Get_Error_Code(motor_error) != 1; ++i) Sleep(1);
+  return motor_error;
+}
 
 }  // namespace
 
@@ -40,9 +50,7 @@ void C_Muti_Task_app::Measure(C_VoiceMotor& station, double speed, double curren
 
 void C_Muti_Task_app::Lift_Off(C_VoiceMotor& station) {
   station.Force_Back(static_cast<float>(station.Val_UpSpeed_Set.Get()));
-  uint64_t motor_error = 0;
-  station.m_pMotor->Get_Error_Code(motor_error);
-  if (motor_error == 0) OnForceBackOk(station.CanID);
+  if (Read_Fault_Word(station) == 0) OnForceBackOk(station.CanID);
   // The flag rises on a fault too, so that the handshake goes on; the output, which then stays low, tells of the fault.
   station.Set_Force_Back_Finish();
 }

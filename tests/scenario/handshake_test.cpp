@@ -1,0 +1,145 @@
+// IO inputs start measurements and lift-offs: level 0 asks for the one, level 1 for the other.
+#include "scenario/system.h"
+
+namespace orsanta {
+namespace {
+
+class Handshake : public System {
+ protected:
+  Handshake() {
+    for (int bit = 0; bit < 8; ++bit) bench::Set_Input(bit, 1);
+  }
+  static int Output(int bit) { return bench::Get_Output(bit); }
+};
+
+TEST_F(Handshake, OneMeasurementForEachLevelZero) {
+  Start(2, 1);
+  EXPECT_TRUE(Wait_For([] { return Output(1) == 1 && Output(2) == 1; }));
+  Sleep(1000);  // the first lift-offs end
+  Correct_Reference(1);
+  bench::Place_Part(1, 2.0);
+  double thickness = 0.0, force = 0.0;
+  for (int cycle = 0; cycle < 3; ++cycle) {
+    bench::Set_Input(1, 0);
+    EXPECT_TRUE(Wait_For([] { return Output(1) == 0; }, 10));  // the station is busy
+    EXPECT_NEAR(Next_Result(1), 2.0, 0.001);
+    Sleep(2000);  // the level stays, and nothing more happens
+    EXPECT_EQ(get_ans(1, &thickness, &force), 0);
+    EXPECT_EQ(Output(1), 0);
+    EXPECT_GT(bench::True_Force(1), 10.0);
+    bench::Set_Input(1, 1);
+    EXPECT_TRUE(Wait_For([] { return Output(1) == 1; }));
+    EXPECT_EQ(bench::True_Force(1), 0.0);
+    EXPECT_EQ(Get_Force_Back_Finish(1), 1);
+  }
+  EXPECT_EQ(get_ans(2, &thickness, &force), 0);
+  EXPECT_TRUE(front->Boxes().empty());
+}
+
+// Pulses during a measurement neither end it nor start another: only the level after it counts.
+TEST_F(Handshake, ShortPulses) {
+  Start(1, 1);
+  Sleep(1000);
+  Correct_Reference(1);
+  bench::Place_Part(1, 2.0);
+  for (const int level : {0, 1, 0, 1, 0}) {
+    bench::Set_Input(1, level);
+    Sleep(5);
+  }
+  EXPECT_NEAR(Next_Result(1), 2.0, 0.001);
+  Sleep(1000);
+  double thickness = 0.0, force = 0.0;
+  EXPECT_EQ(get_ans(1, &thickness, &force), 0);
+  EXPECT_EQ(Get_Force_Back_Finish(1), 0);
+  bench::Set_Input(1, 1);
+  EXPECT_TRUE(Wait_Lifted(1));
+}
+
+TEST_F(Handshake, TheAutomaticForceHasTheCorrectionInIt) {
+  Start(1, 1);
+  Sleep(1000);
+  Set_Force(1, 100.0);
+  bench::Place_Part(1, 2.0);
+  bench::Set_Input(1, 0);
+  Next_Result(1);
+  const double at_100 = bench::True_Force(1);
+  bench::Set_Input(1, 1);
+  EXPECT_TRUE(Wait_Lifted(1));
+  Set_Force(1, 144.0);  // by the force model: the current goes with the root, from 10 A to 12 A
+  bench::Set_Input(1, 0);
+  Next_Result(1);
+  EXPECT_NEAR(bench::True_Force(1) / at_100, 1.2, 0.02);
+}
+
+TEST_F(Handshake, WithoutACardNothingStartsByItself) {
+  bench::Set_Input(1, 0);
+  Start(1, 0);
+  Sleep(2000);
+  EXPECT_EQ(GetIO(1), 3);
+  EXPECT_EQ(SetIO(1, 1), 1);
+  EXPECT_EQ(Output(1), 0);
+  double thickness = 0.0, force = 0.0;
+  EXPECT_EQ(get_ans(1, &thickness, &force), 0);
+  Correct_Reference(1);
+  EXPECT_NEAR(Measure(1, 2.0), 2.0, 0.001);  // the host does both by itself
+}
+
+TEST_F(Handshake, AFailedReadStartsNothing) {
+  Start(1, 1);
+  Sleep(1000);
+  EXPECT_EQ(GetIO(1), 1);
+  bench::Set_Input(1, 0);
+  bench::Set_Io_Card_Missing(true);
+  Sleep(1);
+  EXPECT_EQ(GetIO(1), -1);
+  bench::Set_Input(1, 1);
+  bench::Set_Io_Card_Missing(false);
+  Sleep(1000);
+  double thickness = 0.0, force = 0.0;
+  EXPECT_EQ(get_ans(1, &thickness, &force), 0);
+  EXPECT_EQ(SetIO(7, 1), 1);
+  EXPECT_EQ(Output(7), 1);
+}
+
+// The loop lowers the output of the station's place, the tasks move the output of its CAN id: with ids from 5 on they
+// are two outputs.
+TEST_F(Handshake, AFaultLowersTheOutputOfThePlace) {
+  Start(2, 1, 5);
+  Sleep(1000);
+  EXPECT_EQ(Output(1), 1);
+  EXPECT_EQ(Output(5), 1);
+  bench::Set_Fault_Bits(5, 1);
+  EXPECT_TRUE(Wait_For([] { return Output(1) == 0; }, 100));
+  EXPECT_EQ(Output(2), 1);
+  EXPECT_EQ(Output(5), 1);
+  bench::Set_Input(5, 0);  // a fault does not stop the handshake, but its output stays low
+  Next_Result(1);
+  bench::Set_Input(5, 1);
+  EXPECT_TRUE(Wait_Lifted(1));
+  Sleep(100);
+  EXPECT_EQ(Output(5), 0);
+}
+
+TEST_F(Handshake, StopLowersAllOutputsAndWaitsForTheTasks) {
+  Start(2, 1);
+  Sleep(1000);
+  SetIO(7, 1);
+  EXPECT_EQ(do_test(1, ORSANTA_TASK_MEASURE), 1);
+  EXPECT_EQ(do_test(1, ORSANTA_TASK_FORCE_BACK), 1);
+  Sleep(20);  // the first task runs, the second waits
+  Stop();
+  EXPECT_EQ(Output(7), 0);
+  EXPECT_EQ(bench::True_Force(1), 0.0);  // both were carried out
+  EXPECT_NEAR(bench::True_Position(1), 0.0, 0.5);
+
+  // The table is empty now: the next start goes by the stored settings, which are those of a first start that was
+  // cancelled.
+  Init(0);
+  EXPECT_TRUE(Wait_Lifted(1));
+  EXPECT_EQ(do_test(1, ORSANTA_TASK_MEASURE), 1);
+  EXPECT_EQ(do_test(2, ORSANTA_TASK_MEASURE), 0);
+  EXPECT_EQ(front->Boxes().back(), L"do_test前没有初始化电机2");
+}
+
+}  // namespace
+}  // namespace orsanta
