@@ -45,6 +45,7 @@ class System : public ::testing::Test {
   void Init(int io_mode) {
     Orsanta_dll_init(io_mode);
     m_Running = true;
+    Sleep(1000);  // the first lift-offs end
   }
   void Stop() {
     if (m_Running) Orsanta_dll_uninit();
@@ -64,9 +65,9 @@ class System : public ::testing::Test {
   static bool Lift(int station) { return do_test(station, ORSANTA_TASK_FORCE_BACK) == 1 && Wait_Lifted(station); }
 
   // Waits for the next result. NaN when none comes.
-  static double Next_Result(int station) {
+  static double Next_Result(int station, int limit_ms = 30000) {
     double thickness = 0.0, force = 0.0;
-    if (Wait_For([&] { return get_ans(station, &thickness, &force) == 1; })) return thickness;
+    if (Wait_For([&] { return get_ans(station, &thickness, &force) == 1; }, limit_ms)) return thickness;
     return __builtin_nan("");
   }
   // One whole cycle: a part goes on, is measured, and the probe lifted. station and CAN id are the same.
