@@ -1,13 +1,12 @@
 // CParameterInOutDlg: windows made from a list of controls, each with a caption and a bound variable.
 //
 // A program makes an object, adds controls, and runs it with DoParameterDlg. Callbacks run on the thread that called
-// DoParameterDlg, also for dialogs of that thread further down, which stay alive while this one is open. Bound variables are
-// written at confirmation and only then; an entry that is out of range or no number does not get in.
+// DoParameterDlg, also for dialogs of that thread further down, which stay alive while this one is open. Bound
+// variables are written at confirmation and only then; an entry that is out of range or no number does not get in.
 //
 // The object is used by one thread and for one run. SetCtrlWindowText may be called from a callback.
 #pragma once
 
-#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -19,6 +18,8 @@
 #include "support/wide_string.h"
 
 namespace orsanta {
+
+class C_Dialog_Run;
 
 // The callback interface. The system fills in OnCtrlButton and OnCtrlDynamicDisp; the other events never come.
 class CParameterInOutDlgInterface {
@@ -35,9 +36,9 @@ class CParameterInOutDlg_Base {
   CParameterInOutDlg_Base(const CParameterInOutDlg_Base&) = delete;
   CParameterInOutDlg_Base& operator=(const CParameterInOutDlg_Base&) = delete;
 
-  // Arguments that recur. caption: stands on or beside the control. column: the control goes to the bottom of that column.
-  // width: size in the builder's units. rows: height. id: number of the control in callbacks, 0 for none. callback: who
-  // is called, may be null.
+  // Arguments that recur. caption: stands on or beside the control. column: the control goes to the bottom of that
+  // column. width: size in the builder's units. rows: height. id: number of the control in callbacks, 0 for none.
+  // callback: who is called, may be null.
 
   // A press calls OnCtrlButton(id).
   void AddButton(const wchar_t* caption, int column, float width, int rows, int id,
@@ -73,8 +74,8 @@ class CParameterInOutDlg_Base {
   void SetCaptionName(const wchar_t* title);
 
   // Shows the dialog and returns when it closes: 1 after a confirmation, 0 after a cancel.
-  // confirms: 1 for a dialog with a confirmation, which is modal to the windows under it; 0 for one of buttons only. The
-  // other arguments are kept for the callers' sake and have no effect.
+  // confirms: 1 for a dialog with a confirmation, which is modal to the windows under it; 0 for one of buttons only.
+  // The other arguments are kept for the callers' sake and have no effect.
   int DoParameterDlg(int reserved1, int reserved2, float reserved3, int confirms, CParameterInOutDlgInterface* callback,
                      void* parent, int reserved4);
 
@@ -83,9 +84,7 @@ class CParameterInOutDlg_Base {
   int GetCtrlWindowText(int id, std::wstring& text);
 
  private:
-  struct C_Bound_Control;
-  class C_Run;
-  std::unique_ptr<C_Run> m_Run;  // controls and state; see dialog.cpp
+  std::unique_ptr<C_Dialog_Run> m_Run;  // controls and state
 };
 
 // The class that programs use and derive from.

@@ -89,6 +89,8 @@ struct C_Chart_Model {
   int width = 500;   // pixels at opening
   int height = 400;  // pixels at opening
   bool axes_follow = true;
+  bool joined = true;  // a line through the points, else the points alone
+  std::wstring note;   // stands under the title, where it is not empty
 };
 
 class C_Front {

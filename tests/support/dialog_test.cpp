@@ -1,0 +1,272 @@
+#include "support/dialog.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <functional>
+#include <limits>
+#include <map>
+
+#include "common/scripted_front.h"
+#include "support/dialog_entry.h"
+
+namespace orsanta {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+
+// Callbacks as functions, by id; displays show a number that rises.
+class C_Callbacks : public CParameterInOutDlgInterface {
+ public:
+  void OnCtrlButton(int id, long /*word1*/, long /*word2*/) override {
+    EXPECT_EQ(std::this_thread::get_id(), owner);
+    presses.push_back(id);
+    if (on_press.count(id) != 0) on_press[id]();
+  }
+  void OnCtrlDynamicDisp(int id, std::wstring& text, long /*word*/) override {
+    EXPECT_EQ(std::this_thread::get_id(), owner);
+    if (++refreshes[id] % 2 == 0) text = std::to_wstring(refreshes[id]);  // every other time it leaves the text alone
+  }
+  std::thread::id owner = std::this_thread::get_id();
+  std::vector<int> presses;
+  std::map<int, std::function<void()>> on_press;
+  std::map<int, int> refreshes;
+};
+
+int Run_With_Confirmation(CParameterInOutDlg& dialog) {
+  return dialog.DoParameterDlg(1, 0, 1.0F, 1, nullptr, nullptr, 1);
+}
+
+int Run_Buttons(CParameterInOutDlg& dialog) {
+  return dialog.DoParameterDlg(1, 0, 1.0F, 0, nullptr, nullptr, 1);
+}
+
+// One of every control that is bound to a variable.
+struct C_Every_Edit {
+  std::wstring text = L"新密码";
+  int plain = 7;
+  int ticked = 0;
+  Shared<int> shared_ticked{1};
+  double number = 1.0 / 3.0;
+  Shared<double> shared_number{2.5};
+  int limited = 5;
+  Shared<int> shared_limited{6};
+  int place = 9;  // outside the list
+
+  int Run() {
+    CParameterInOutDlg dialog;
+    CSmartPointer<CMyArray<std::wstring>, 0> items(1);
+    items->Add(L"无串口");
+    items->Add(L"COM1");
+    dialog.SetCaptionName(L"每一种");
+    dialog.AddDataEdit(L"新密码", 0, 10.0F, text, 1, 0, nullptr);
+    dialog.AddDataEdit(L"整数", 0, 10.0F, plain, 1, 0, nullptr);
+    dialog.AddDataEditBool(L"勾选", 0, 10.0F, ticked, 1, 0, nullptr);
+    dialog.AddDataEditBool(L"勾选2", 0, 10.0F, shared_ticked, 1, 0, nullptr);
+    dialog.AddDataEditRange(L"数值", 0, 10.0F, number, 0.0, 10.0, 3, 1, 0, nullptr);
+    dialog.AddDataEditRange(L"数值2", 0, 10.0F, shared_number, -1.0, 1000.0, 3, 1, 0, nullptr);
+    dialog.AddDataEditRange(L"范围", 0, 10.0F, limited, 4.0, 10.0, 1, 0, nullptr);
+    dialog.AddDataEditRange(L"范围2", 0, 10.0F, shared_limited, 4.0, 10.0, 1, 0, nullptr);
+    dialog.AddDropdownList(L"串口号", 0, 10.0F, items, place, 1, 0, nullptr);
+    return Run_With_Confirmation(dialog);
+  }
+};
+
+TEST(Dialog, Writes_At_Confirmation_And_Only_Then) {
+  C_Simulated_Clock clock(1);
+  C_Scripted_Front_Holder front;
+  const C_Script changes = C_Script()
+                               .Fill(L"新密码", L"摩卡")
+                               .Fill(L"整数", L" -12 ")
+                               .Select(L"勾选", 1)
+                               .Select(L"勾选2", 0)
+                               .Fill(L"数值", L"0.1")
+                               .Fill(L"数值2", L"１０．５")
+                               .Fill(L"范围", L"10")
+                               .Fill(L"范围2", L"+4")
+                               .Select(L"串口号", 1);
+
+  C_Every_Edit edits;
+  front->Next_Dialog(C_Script(changes).Cancel());
+  EXPECT_EQ(edits.Run(), 0);
+  EXPECT_EQ(edits.text, L"新密码");
+  EXPECT_EQ(edits.plain, 7);
+  EXPECT_EQ(edits.place, 9);
+
+  front->Next_Dialog(C_Script(changes).Confirm());
+  EXPECT_EQ(edits.Run(), 1);
+  EXPECT_EQ(edits.text, L"摩卡");
+  EXPECT_EQ(edits.plain, -12);
+  EXPECT_EQ(edits.ticked, 1);
+  EXPECT_EQ(edits.shared_ticked, 0);
+  EXPECT_EQ(edits.number, 0.1);
+  EXPECT_EQ(edits.shared_number, 10.5);
+  EXPECT_EQ(edits.limited, 10);
+  EXPECT_EQ(edits.shared_limited, 4);
+  EXPECT_EQ(edits.place, 1);
+}
+
+TEST(Dialog, Keeps_What_Nobody_Touched_To_The_Bit) {
+  C_Simulated_Clock clock(1);
+  C_Scripted_Front_Holder front;
+  C_Every_Edit edits;
+  front->Next_Dialog(C_Script().Confirm());
+  EXPECT_EQ(edits.Run(), 1);
+  EXPECT_EQ(edits.text, L"新密码");
+  EXPECT_EQ(edits.number, 1.0 / 3.0);  // shown as 0.333
+  EXPECT_EQ(front->Shown()[0].dialog.controls[4].text, L"0.333");
+  EXPECT_EQ(edits.place, 0);  // a place outside the list shows as the first
+}
+
+TEST(Dialog, Refuses_A_Bad_Entry_And_Then_Changes_Nothing) {
+  C_Simulated_Clock clock(1);
+  C_Scripted_Front_Holder front;
+  C_Every_Edit edits;
+  const auto run_with = [&](const wchar_t* caption, const wchar_t* text) {
+    front->Clear_Record();
+    front->Next_Dialog(C_Script().Fill(L"新密码", L"不应写入").Fill(caption, text).Confirm());
+    EXPECT_EQ(edits.Run(), 0);
+    EXPECT_EQ(edits.text, L"新密码") << "an entry was written beside a refused one";
+    EXPECT_EQ(front->Refusals().size(), 1U);
+    return front->Refusals().empty() ? std::string() : To_Utf8(front->Refusals()[0]);
+  };
+  EXPECT_THAT(run_with(L"数值", L"10.001"), HasSubstr("0 到 10"));
+  EXPECT_THAT(run_with(L"数值2", L"-1.5"), HasSubstr("-1 到 1000"));
+  EXPECT_THAT(run_with(L"数值", L"nan"), HasSubstr("0 到 10"));
+  EXPECT_THAT(run_with(L"数值", L"1,5"), HasSubstr("请输入数字"));
+  EXPECT_THAT(run_with(L"范围", L"11"), HasSubstr("4 到 10"));
+  EXPECT_THAT(run_with(L"范围2", L"5.5"), HasSubstr("请输入整数"));
+  EXPECT_THAT(run_with(L"整数", L"99999999999"), HasSubstr("请输入整数"));
+
+  // A value that was out of range before does not slip through untouched either.
+  edits.number = 11.0;
+  EXPECT_THAT(run_with(L"整数", L"1"), HasSubstr("0 到 10"));
+
+  // The dialog stays open, and a mended entry gets in.
+  front->Next_Dialog(C_Script().Fill(L"数值", L"").Confirm().Fill(L"数值", L"10").Confirm());
+  EXPECT_EQ(edits.Run(), 1);
+  EXPECT_EQ(edits.number, 10.0);
+}
+
+TEST(Dialog, Shows_And_Reads_Numbers_In_One_Way_Everywhere) {
+  EXPECT_EQ(Number_Text(-0.0005, 3), L"-0.001");
+  EXPECT_EQ(Number_Text(1e12, 3), L"1000000000000.000");
+  EXPECT_EQ(Number_Text(std::numeric_limits<double>::max(), 16).size(), 309U + 1U + 16U);
+  double value = 3.0;
+  EXPECT_TRUE(Read_Typed(L"　－１．５ ", value));
+  EXPECT_EQ(value, -1.5);
+  for (const wchar_t* bad : {L"", L" ", L"inf", L"1e999", L"1 2", L"0x10", L"+-1", L"++1", L"1.5g", L"千"})
+    EXPECT_FALSE(Read_Typed(bad, value)) << To_Utf8(bad);
+  EXPECT_EQ(value, -1.5);
+}
+
+// The panel of a station: a display and three buttons.
+struct C_Panel : CParameterInOutDlg {
+  explicit C_Panel(C_Callbacks& callbacks) {
+    SetCaptionName(L"面板");
+    AddDataDynamicDisp(L"状态", 0, 10.0F, 2, &callbacks, 100, 50, 1, 1.5F);
+    AddButton(L"高级", 0, 10.0F, 1, 1, &callbacks, 1, 1.0F);
+    AddButton(L"测量", 0, 10.0F, 1, 2, &callbacks, 1, 1.0F);
+    AddBlank(1, 10.0F, 1, 1, 0, nullptr);
+    AddButton(L"测量", 1, 10.0F, 1, 3, &callbacks, 1, 1.0F);
+    AddButton(L"无", 1, 10.0F, 1, 0, &callbacks, 1, 1.0F);
+  }
+};
+
+TEST(Dialog, Serves_Displays_By_Their_Period_And_Presses_In_Between) {
+  C_Simulated_Clock clock(1);
+  C_Scripted_Front_Holder front;
+  C_Callbacks callbacks;
+  C_Panel panel(callbacks);
+  callbacks.on_press[3] = [&] {
+    EXPECT_EQ(panel.SetCtrlWindowText(3, L"停止"), 1);
+    EXPECT_EQ(front->Text_Of(L"面板", L"停止"), L"停止") << "the new caption must show from inside the press";
+    std::wstring text;
+    EXPECT_EQ(panel.GetCtrlWindowText(3, text), 1);
+    EXPECT_EQ(text, L"停止");
+    EXPECT_EQ(panel.SetCtrlWindowText(77, L"x"), 0);
+    Sleep(1000);  // ten periods go by, and are not made up for
+  };
+  front->Next_Dialog(C_Script()
+                         .Wait(1050)
+                         .Run([&] {
+                           EXPECT_EQ(callbacks.refreshes[50], 10);
+                           EXPECT_EQ(front->Text_Of(L"面板", L"状态"), L"10");
+                         })
+                         .Press(L"测量", 1)
+                         .Press(L"无")
+                         .Wait(460)
+                         .Run([&] { EXPECT_LE(callbacks.refreshes[50], 16); }));
+  EXPECT_EQ(Run_Buttons(panel), 0);
+  EXPECT_THAT(callbacks.presses, ElementsAre(3));
+}
+
+TEST(Dialog, Keeps_The_Outer_Dialog_Alive_Under_One_Of_Buttons) {
+  C_Simulated_Clock clock(1);
+  C_Scripted_Front_Holder front;
+  C_Callbacks callbacks;
+  C_Panel panel(callbacks);
+  callbacks.on_press[1] = [&] {
+    CParameterInOutDlg advanced;
+    advanced.SetCaptionName(L"高级功能");
+    advanced.AddButton(L"标定", 0, 20.0F, 1, 12, &callbacks, 1, 1.0F);
+    EXPECT_EQ(Run_Buttons(advanced), 0);
+    callbacks.presses.push_back(-1);
+  };
+  front->On_Dialog(L"高级功能", C_Script()
+                                    .Press(L"标定")
+                                    .Run([&] { EXPECT_TRUE(front->Press(L"面板", L"测量", 0)); })
+                                    .Wait(550)
+                                    .Run([&] { EXPECT_GE(callbacks.refreshes[50], 5); })
+                                    .Press(L"标定"));
+  front->On_Dialog(L"面板", C_Script().Press(L"高级").Press(L"测量", 1));
+  EXPECT_EQ(Run_Buttons(panel), 0);
+  EXPECT_THAT(callbacks.presses, ElementsAre(1, 12, 2, 12, -1, 3));
+}
+
+TEST(Dialog, Blocks_The_Outer_Presses_Under_A_Confirmation) {
+  C_Simulated_Clock clock(1);
+  C_Scripted_Front_Holder front;
+  C_Callbacks callbacks;
+  C_Panel panel(callbacks);
+  callbacks.on_press[1] = [&] {
+    CParameterInOutDlg prompt;
+    std::wstring text = L"请放入基准块";
+    prompt.SetCaptionName(L"基准");
+    prompt.AddDataDisp(L"提示", 0, 10.0F, text, 1, 1, 0, nullptr);
+    callbacks.presses.push_back(Run_With_Confirmation(prompt) == 1 ? 101 : 100);
+  };
+  front->On_Dialog(L"基准", C_Script()
+                                .Run([&] {
+                                  EXPECT_TRUE(front->Press(L"面板", L"测量"));
+                                  EXPECT_TRUE(front->Cancel(L"面板"));
+                                })
+                                .Wait(550)
+                                .Run([&] { EXPECT_GE(callbacks.refreshes[50], 5); })
+                                .Confirm());
+  front->On_Dialog(L"面板", C_Script().Press(L"高级").Press(L"测量", 1));
+  EXPECT_EQ(Run_Buttons(panel), 0);
+  EXPECT_THAT(callbacks.presses, ElementsAre(1, 101, 3));
+}
+
+TEST(Dialog, Takes_The_Inner_Dialog_Along_When_The_Outer_One_Closes) {
+  C_Simulated_Clock clock(1);
+  C_Scripted_Front_Holder front;
+  C_Callbacks callbacks;
+  C_Panel panel(callbacks);
+  callbacks.on_press[1] = [&] {
+    CParameterInOutDlg advanced;
+    advanced.SetCaptionName(L"高级功能");
+    EXPECT_EQ(Run_Buttons(advanced), 0);
+  };
+  front->On_Dialog(L"高级功能", C_Script().Run([&] { EXPECT_TRUE(front->Cancel(L"面板")); }).Wait(100000));
+  front->On_Dialog(L"面板", C_Script().Press(L"高级").Wait(100000));
+  EXPECT_EQ(Run_Buttons(panel), 0);
+  EXPECT_LT(Now_Ms(), 1000.0);
+  EXPECT_THAT(front->Log(), ElementsAre(L"dialog 面板", L"dialog 高级功能", L"closed 高级功能", L"closed 面板"));
+}
+
+}  // namespace
+}  // namespace orsanta
