@@ -210,7 +210,7 @@ class C_Scripted_Front : public C_Front {
     std::thread::id owner;
     bool closed = false;
     int refusals = 0;
-    int presses = 0;        // sent
+    int presses = 0;        // of the script
     int handled = 0;        // of these, those whose callback has returned
     bool in_press = false;  // a callback of the owner runs
     int open_at_press = 0;  // dialogs that the owner had open when it began
@@ -265,7 +265,6 @@ class C_Scripted_Front : public C_Front {
   // The sink is called under the lock, so that a closed dialog gets no event; sinks only queue.
   bool Deliver(C_Open& open, const C_Dialog_Event& event) {
     if (open.closed) return false;
-    if (event.kind == C_Dialog_Event::Kind::Press) ++open.presses;
     open.sink->On_Dialog_Event(event);
     return true;
   }
@@ -331,7 +330,7 @@ inline C_Script& C_Script::Press(std::wstring caption, int column) {
     C_Scripted_Front::C_Open& open = session.open;
     const int control = C_Scripted_Front::Find_Control(open, caption, column);
     if (!session.front.Deliver(open, {C_Dialog_Event::Kind::Press, control, {}})) return;
-    const int number = open.presses;
+    const int number = ++open.presses;
     while (!open.closed && open.handled < number) session.front.m_Changed.Wait(lock);
   });
 }
