@@ -67,7 +67,7 @@ void Report_Assertion(const char* function, int line, const std::string& message
   CVCDumpMessage::m_cErrorMsg() = text;
   Keep_Stack_For_Dump();
   const std::wstring wide = From_Utf8(text);
-  MY_TRACE0((wide + L"\n").c_str());
+  MY_TRACE0(wide.c_str());
   TraceLog2File(function, line, wide.c_str());
   std::set_terminate(&CVCDumpMessage::DumpFileProcess);
   throw CMy_Assert_Exception();

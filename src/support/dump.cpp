@@ -77,7 +77,8 @@ int Open_Dump(const char* folder, char* path, size_t room) {
 }
 
 void Put_Cause(int file) {
-  if (!CVCDumpMessage::m_cErrorMsg().empty()) Put_Line(file, "%s\n", CVCDumpMessage::m_cErrorMsg().c_str());
+  Put(file, CVCDumpMessage::m_cErrorMsg().c_str());
+  Put(file, "\n\n");
   const std::type_info* type = abi::__cxa_current_exception_type();
   if (type == nullptr) {
     Put_Line(file, "ended by: std::terminate");

@@ -5,6 +5,7 @@
 
 #include <cstdlib>
 #include <memory>
+#include <system_error>
 #include <typeinfo>
 
 #include "support/assertion.h"
@@ -31,7 +32,7 @@ void C_Thread::Start(const std::string& name, std::function<void()> body) {
   MY_ASSERT(!m_Thread.joinable());
   m_Ended = false;
   const uint64_t ticket = clock_thread::Announce(name);
-  m_Thread = std::thread([this, ticket, name, body = std::move(body)] {
+  auto run = [this, ticket, name, body = std::move(body)] {
     pthread_setname_np(pthread_self(), name.substr(0, 15).c_str());
     clock_thread::Enter(ticket);
     body();
@@ -41,7 +42,12 @@ void C_Thread::Start(const std::string& name, std::function<void()> body) {
       m_End.Notify_All();
     }
     clock_thread::Leave(ticket);
-  });
+  };
+  try {
+    m_Thread = std::thread(std::move(run));
+  } catch (const std::system_error& error) {
+    MY_ASSERT_REPORT(Format_Assert_Text("thread %s cannot be started: %s", name.c_str(), error.what()));
+  }
 }
 
 bool C_Thread::Join(double timeout_ms) {

@@ -18,7 +18,10 @@ void Write_Once(int file, const std::string& bytes) {
 }  // namespace
 
 void MY_TRACE0(const wchar_t* text) {
-  Write_Once(STDERR_FILENO, To_Utf8(text));
+  std::string line = To_Utf8(text);
+  std::erase(line, '\r');
+  if (line.empty() || line.back() != '\n') line.push_back('\n');
+  Write_Once(STDERR_FILENO, line);
 }
 
 void TraceLog2File(const char* function, int line, const wchar_t* text) {

@@ -5,7 +5,7 @@
 
 namespace orsanta {
 
-// Prints the text to the debug trace, the standard error stream.
+// Prints the text to the debug trace, the standard error stream, as one or more whole lines.
 void MY_TRACE0(const wchar_t* text);
 
 // Appends one record to the trace log, the file "orsanta_trace.log" in the working directory.

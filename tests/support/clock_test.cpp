@@ -98,16 +98,6 @@ TEST(SimulatedClock, WaitsEndByNotificationOrAtTheirTime) {
   EXPECT_EQ(Now_Ms(), 7.25);
 }
 
-TEST(SimulatedClock, JoinTimesOutAndAnswersEarly) {
-  const C_Simulated_Clock clock(3);
-  C_Thread thread;
-  thread.Start("slow", [] { Sleep(300000); });
-  EXPECT_FALSE(thread.Join(5000.0));
-  EXPECT_EQ(Now_Ms(), 5000.0);
-  EXPECT_TRUE(thread.Join(1e9));
-  EXPECT_EQ(Now_Ms(), 300000.0);
-}
-
 TEST(SimulatedClock, EightHoursPassInMoments) {
   const C_Simulated_Clock clock(2);
   constexpr int Hours_8_In_S = 8 * 3600;
@@ -115,18 +105,12 @@ TEST(SimulatedClock, EightHoursPassInMoments) {
   thread.Start("second sleeper", [] {
     for (int i = 0; i < Hours_8_In_S; ++i) Sleep(1000);
   });
-  const C_Local_Time start = Local_Time_Now();
-  CPerformanceTimeValue watch, with_offset;
+  CPerformanceTimeValue watch;
   watch.InitBeginTime(0.0);
-  const CPerformanceTimeValue copy = watch;
-  with_offset.InitBeginTime(250.0);
   for (int i = 0; i < 8 * Hours_8_In_S; ++i) Sleep(125);
   thread.Join();
-  EXPECT_EQ(copy.GetCurPerformanceTimeFromBeginTimeMsDouble(), Hours_8_In_S * 1000.0);
-  EXPECT_EQ(with_offset.GetCurPerformanceTimeFromBeginTimeMsDouble(), Hours_8_In_S * 1000.0 + 250.0);
-  EXPECT_EQ(start.hour, 0);
+  EXPECT_EQ(watch.GetCurPerformanceTimeFromBeginTimeMsDouble(), Hours_8_In_S * 1000.0);
   EXPECT_EQ(Local_Time_Now().hour, 8);
-  EXPECT_EQ(Local_Time_Now().day, start.day);
 }
 
 void Wait_Without_End() {
@@ -144,15 +128,6 @@ void Wait_Without_End() {
 TEST(SimulatedClockDeathTest, TellsWhoWaitsWhereWhenNothingCanHappen) {
   EXPECT_DEATH(Wait_Without_End(),
                "installing thread waits in C_Thread::Join\n  the waiter waits in a place that nobody");
-  EXPECT_DEATH(
-      {
-        C_Simulated_Clock clock(1);
-        C_Thread thread;
-        thread.Start("left over", [] { Sleep(1000); });
-        Sleep(1);
-        clock.~C_Simulated_Clock();
-      },
-      "still take part at its end:\n.*\n  left over");
 }
 
 TEST(SystemClock, SleepsAtLeastAndIsNotifiedAtOnce) {

@@ -3,9 +3,12 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <bit>
 #include <clocale>
 #include <cmath>
-#include <cstring>
+#include <csignal>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -114,21 +117,21 @@ TEST(Processes, AreFoundByTheirExecutableAndByTheNameTheyWereStartedAs) {
 
 TEST(VectorFiles, KeepEveryBitAndAreReplacedWhole) {
   const C_Temp_Folder folder;
-  const std::vector<double> values = {0.1, -1.0 / 3.0, 5e-324, std::numeric_limits<double>::max(), -0.0, 1e22};
+  const double values[] = {0.1, -1.0 / 3.0, 5e-324, std::numeric_limits<double>::max(), -0.0, 1e22};
   CMatLab_Matrix_Data exporter;
   exporter.SetBaseSaveFileDir_SubDir(L"历史数据", 1);
-  ASSERT_EQ(exporter.Save_Double_Vector(values.data(), 1, L"x_data.dat"), 1);
-  ASSERT_EQ(exporter.Save_Double_Vector(values.data(), static_cast<int>(values.size()), L"x_data.dat"), 1);
-  std::ifstream file("历史数据/x_data.dat");
-  std::string line;
-  std::vector<std::string> head;
-  while (file.peek() == '#' && std::getline(file, line)) head.push_back(line);
-  EXPECT_THAT(head,
-              testing::ElementsAre("# x_data.dat", "# name: x_data", "# type: matrix", "# rows: 6", "# columns: 1"));
-  std::vector<double> read;
-  while (std::getline(file, line)) read.push_back(std::strtod(line.c_str(), nullptr));
-  ASSERT_EQ(read.size(), values.size());
-  EXPECT_EQ(std::memcmp(read.data(), values.data(), values.size() * sizeof(double)), 0);
+  ASSERT_EQ(exporter.Save_Double_Vector(values, 1, L"x_data.dat"), 1);
+  ASSERT_EQ(exporter.Save_Double_Vector(values, 6, L"x_data.dat"), 1);
+  const std::string text = File_Text("历史数据/x_data.dat");
+  const std::string head = "# x_data.dat\n# name: x_data\n# type: matrix\n# rows: 6\n# columns: 1\n";
+  ASSERT_EQ(text.substr(0, head.size()), head);
+  const char* at = text.c_str() + head.size();
+  for (const double value : values) {
+    char* end = nullptr;
+    EXPECT_EQ(std::bit_cast<uint64_t>(std::strtod(at, &end)), std::bit_cast<uint64_t>(value));
+    at = end;
+  }
+  EXPECT_STREQ(at, "\n");
 }
 
 TEST(VectorFiles, LoadInOctaveAndNumpyUnderAnyName) {

@@ -4,8 +4,6 @@
 
 #include <atomic>
 
-#include "common/failed_check.h"
-#include "common/temp_folder.h"
 #include "support/thread.h"
 
 namespace orsanta {
@@ -51,14 +49,6 @@ TEST(SmartPointer, APlaceThatIsUsedAgainHasANewSerial) {
   EXPECT_EQ(second.heap_id, first.heap_id);
   EXPECT_EQ(second.serial, first.serial + 1);
   EXPECT_TRUE(smart_pointer_table::Release(second.heap_id, &object));
-}
-
-TEST(SmartPointer, AnAddressThatIsNotInTheTableIsReported) {
-  const C_Temp_Folder folder;
-  int object = 0, other = 0;
-  const auto place = smart_pointer_table::Enter(&object, 1);
-  EXPECT_GT(Failed_Check_Line([&] { smart_pointer_table::Release(place.heap_id, &other); }), 0);
-  EXPECT_GT(Failed_Check_Line([] { C_Pointer negative(-1); }), 0);
 }
 
 TEST(SmartPointer, ThreadsCopyAndReleaseTheSameObject) {

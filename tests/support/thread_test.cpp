@@ -9,7 +9,6 @@
 
 #include "common/temp_folder.h"
 #include "support/critical_section.h"
-#include "support/shared.h"
 #include "support/task_lanes.h"
 
 namespace orsanta {
@@ -46,20 +45,6 @@ TEST(BindThread, BeginsOncePassesAgainAndAgainAndEndsAfterAWholePass) {
   Sleep(100);
   EXPECT_EQ(loop.m_Trace, "begin()()()");
   EXPECT_EQ(loop.EndThread(1, 1), 1);
-}
-
-void Stop_A_Pass_That_Hangs() {
-  const C_Simulated_Clock clock(1);
-  std::string begin;
-  C_Loop loop(1000000);
-  loop.BeginThread(&begin, 2, 2, 300000, nullptr);
-  Sleep(1);
-}
-
-TEST(BindThreadDeathTest, AThreadThatDoesNotEndIsReportedByItsName) {
-  const C_Temp_Folder folder;
-  EXPECT_EXIT(Stop_A_Pass_That_Hangs(), testing::ExitedWithCode(CVCDumpMessage::Exit_Status),
-              "thread C_Loop did not end within 300000 ms");
 }
 
 TEST(CriticalSection, IsTakenAgainByItsHolderAndGivenBackByNobodyElse) {
@@ -181,8 +166,17 @@ TEST(TaskLanes, AStopFinishesWhatRunsAndDropsWhatWaits) {
   EXPECT_EQ(lanes.BeAtLeaseOneDelayTaskInProcess(), 0);
 }
 
-TEST(TaskLanesDeathTest, ALaneThatDoesNotEndIsReported) {
+TEST(StopDeathTest, AThreadOrLaneThatDoesNotEndIsReportedByItsName) {
   const C_Temp_Folder folder;
+  const auto stop_a_hanging_thread = [] {
+    const C_Simulated_Clock clock(1);
+    std::string begin;
+    C_Loop loop(1000000);
+    loop.BeginThread(&begin, 2, 2, 300000, nullptr);
+    Sleep(1);
+  };
+  EXPECT_EXIT(stop_a_hanging_thread(), testing::ExitedWithCode(CVCDumpMessage::Exit_Status),
+              "thread C_Loop did not end within 300000 ms");
   const auto stop_a_hanging_lane = [] {
     const C_Simulated_Clock clock(1);
     C_Lanes lanes;
