@@ -1,0 +1,258 @@
+// The supervisor at its serial lines, with both ends real, and the loop behind them.
+#include "host/motor_base.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <memory>
+#include <random>
+#include <sstream>
+#include <thread>
+
+#include "bench/bench.h"
+#include "common/pty.h"
+#include "common/scripted_front.h"
+#include "common/temp_folder.h"
+#include "host/debug_com.h"
+#include "host/task_app.h"
+#include "station/voice_motor.h"
+#include "support/clock.h"
+
+namespace orsanta {
+namespace {
+
+constexpr int Host_Port = 1;
+
+class Supervisor : public ::testing::Test {
+ protected:
+  Supervisor() { bench::Reset(); }
+  ~Supervisor() override { base.reset(); }
+
+  void Start(int stations, int first_id, int host_port) {
+    CMyArray<VCM_Resource_struct> resources;
+    for (int i = 0; i < stations; ++i) {
+      VCM_Resource_struct record;
+      record.CanID = first_id + i;
+      record.AxisNum = record.AuxAxisNum = i + 1;
+      record.ControllerNum = 2 * i + 2;
+      record.SpareNum = 2 * i + 3;
+      record.ConnectServer = 1;
+      resources.Add(record);
+    }
+    base = std::make_unique<C_VoiceMotorBase>(resources, host_port, 115200, 0, 0);
+    Sleep(1000);  // the first lift-offs end
+  }
+  // The link's settings of a station that is to be started.
+  static void Store_Link(int can_id, int port) {
+    C_VoiceDebugCom link(can_id);
+    link.ValComNum = port;
+    link.Save();
+  }
+  C_VoiceMotor& Station(int index) { return *base->StationList[index]; }
+
+  // Lets simulated time go on until the line has given so many bytes. They cross in real time, hence the real limit.
+  static std::string Collect(C_Pty& line, size_t wanted) {
+    std::string bytes;
+    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    while (bytes.size() < wanted && std::chrono::steady_clock::now() < limit) {
+      Sleep(1);
+      bytes += line.Take();
+    }
+    return bytes;
+  }
+  // The kernel hands bytes over in real time, while simulated time stands still.
+  static void Let_Bytes_Cross() { std::this_thread::sleep_for(std::chrono::milliseconds(20)); }
+
+  C_Simulated_Clock clock{1};
+  C_Temp_Folder folder;
+  C_Scripted_Front_Holder front;
+  std::unique_ptr<C_VoiceMotorBase> base;
+};
+
+TEST_F(Supervisor, ResultLinesAreExact) {
+  bench::Settings settings;
+  settings.first_drive_id = 0x1A;
+  bench::Reset(settings);
+  C_Pty host(Host_Port);
+  Start(1, 0x1A, Host_Port);
+  ASSERT_EQ(base->HostSerialOpen, 1);
+  struct C_Case {
+    int valid;
+    double thickness_mm;
+    double force;
+    const char* line;
+  };
+  for (const C_Case& item :
+       {C_Case{1, 1.234, 50.0, "1a1001234 0050\n"}, C_Case{0, -0.5, 50.0, "1a0-00500 0050\n"},
+        C_Case{1, 1234.5678, 12345.6, "1a11234568 12346\n"}, C_Case{0, -99.0, 200.0, "1a0-99000 0200\n"},
+        C_Case{1, 0.0001, 0.0, "1a1000000 0000\n"}, C_Case{1, -4321.0, -7.0, "1a1-4321000 -007\n"}}) {
+    Station(0).Ans_Valid = item.valid;
+    Station(0).Test_Ans = item.thickness_mm;
+    Station(0).Val_Force_Set[0] = item.force;
+    base->OnTestResult(&Station(0));
+    EXPECT_EQ(host.Take_At_Least(std::string(item.line).size()), item.line);
+  }
+}
+
+TEST_F(Supervisor, AnswersTheStatusQueryAndNothingElse) {
+  bench::Set_Absent(11, true);
+  C_Pty host(Host_Port);
+  Start(3, 10, Host_Port);
+  const std::string answer = "ID:a State:1\nID:b State:0\nID:c State:1\n";
+  for (const char* query : {"C", "C", "CCC", "xTC\r\n", "CT"}) {
+    host.Send(query);
+    Let_Bytes_Cross();
+    EXPECT_EQ(Collect(host, answer.size()), answer) << query;
+  }
+  host.Send("Tcx T");
+  Let_Bytes_Cross();
+  Sleep(500);
+  Let_Bytes_Cross();
+  EXPECT_EQ(host.Take(), "");
+  double thickness = 0.0, force = 0.0;
+  EXPECT_EQ(base->get_ans(1, &thickness, &force), 0);  // the T measured nothing
+
+  base->LoopPaused = 1;  // the panel holds the loop: no answer until it lets go
+  host.Send("C");
+  Let_Bytes_Cross();
+  Sleep(500);
+  Let_Bytes_Cross();
+  EXPECT_EQ(host.Take(), "");
+  base->LoopPaused = 0;
+  EXPECT_EQ(Collect(host, answer.size()), answer);
+}
+
+TEST_F(Supervisor, GoesOnWithoutAHostPortThatDoesNotOpen) {
+  std::filesystem::create_symlink("/dev/orsanta_no_such_device", "COM9");
+  Start(1, 1, 9);
+  EXPECT_EQ(front->Boxes(), std::vector<std::wstring>{L"无法打开串口9"});
+  EXPECT_EQ(base->HostSerialOpen, 0);
+  EXPECT_EQ(base->do_test(1, Task_Measure), 1);
+  double thickness = 0.0, force = 0.0;
+  Sleep(5000);
+  EXPECT_EQ(base->get_ans(1, &thickness, &force), 1);
+}
+
+// One T is one measurement and one lift-off, with the result on both lines; a T with a byte behind it is lost.
+TEST_F(Supervisor, ATriggerByteRunsTheWholeHandshake) {
+  C_Pty host(Host_Port);
+  C_Pty link(2);
+  Store_Link(1, 2);
+  Start(2, 1, Host_Port);
+  Station(0).Set_Cur_BaseDistance(7.0006F);  // a part of 2 mm on the anvil at 9 mm reads 0, with the dent of the force
+  bench::Place_Part(1, 1.5);
+  for (int round = 0; round < 3; ++round) {
+    link.Send("Tx");
+    Let_Bytes_Cross();
+    Sleep(1000);
+    EXPECT_EQ(Station(0).Force_Back_Finish, 1);
+    link.Send("T");
+    Let_Bytes_Cross();
+    EXPECT_EQ(Collect(link, 7), "  -500\n");
+    EXPECT_EQ(Collect(host, 14), "11-00500 0200\n");
+    Sleep(1000);
+    EXPECT_EQ(bench::True_Force(1), 0.0);  // lifted by itself
+    EXPECT_EQ(Station(0).Force_Back_Finish, 1);
+  }
+}
+
+TEST_F(Supervisor, ALinkIsReplacedAndPulledOutWhileItsStationReports) {
+  C_Pty first(2);
+  C_Pty second(3);
+  Store_Link(1, 2);
+  Start(1, 1, 0);
+  for (int i = 0; i < 8; ++i) base->AddNewDelayProcess(0, Task_Measure, 0, &Station(0));
+  for (int i = 0; base->GetDelayProcessFifoCount(0) > 0; ++i) {
+    Store_Link(1, 2 + i % 2);
+    Station(0).Renew_Debug_Com();
+    EXPECT_NE(Station(0).Debug_Com()->Is_Open(), 0);
+    Sleep(17);
+    if (i % 10 == 5) {
+      first.Pull_Out();
+      Sleep(3);
+      first.Plug_In();
+    }
+    first.Take();
+    second.Take();
+  }
+  Store_Link(1, 0);
+  Station(0).Renew_Debug_Com();
+  EXPECT_EQ(Station(0).Debug_Com()->Is_Open(), 0);
+}
+
+std::vector<std::string> Lines_Of(const std::string& bytes) {
+  std::vector<std::string> lines;
+  std::istringstream stream(bytes);
+  for (std::string line; std::getline(stream, line);) lines.push_back(line);
+  return lines;
+}
+
+// Random bytes on every line while all stations measure, triggers and queries among them: no line that goes out is
+// torn, lost or out of its order.
+TEST_F(Supervisor, RandomBytesOnEveryLine) {
+  constexpr int Stations = 2;
+  constexpr int Bytes = 100000;  // on each line
+  constexpr int Bytes_A_Step = 5;
+  C_Pty host(Host_Port);
+  std::vector<std::unique_ptr<C_Pty>> links;
+  for (int i = 0; i < Stations; ++i) {
+    links.push_back(std::make_unique<C_Pty>(2 + i));
+    Store_Link(1 + i, 2 + i);
+  }
+  Start(Stations, 1, Host_Port);
+  for (int i = 0; i < Stations; ++i) Station(i).Set_Cur_BaseDistance(7.0F);
+
+  std::mt19937 random(1);
+  std::string host_out;
+  std::vector<std::string> link_out(Stations);
+  const auto drain = [&] {
+    host_out += host.Take();
+    for (size_t i = 0; i < links.size(); ++i) link_out[i] += links[i]->Take();
+  };
+  for (int sent = 0; sent < Bytes; sent += Bytes_A_Step) {
+    const auto noise = [&random](char favourite) {
+      std::string bytes;
+      for (int i = 0; i < Bytes_A_Step; ++i) bytes.push_back(static_cast<char>(random() % 256));
+      if (random() % 50 == 0) bytes.back() = favourite;
+      return bytes;
+    };
+    host.Send(noise('C'));
+    for (auto& link : links) link->Send(noise('T'));
+    for (int id = 1; id <= Stations; ++id) {
+      if (random() % 1000 == 0) bench::Place_Part(id, 1.0 + static_cast<double>(random() % 1000) / 1000.0);
+    }
+    Sleep(3);
+    drain();
+  }
+  while (base->BeAtLeaseOneDelayTaskInProcess() != 0) Sleep(10);
+  Let_Bytes_Cross();
+  drain();
+
+  std::vector<std::vector<long>> told(Stations);  // by station, as the host's line had them
+  int status_lines = 0;
+  for (const std::string& line : Lines_Of(host_out)) {
+    int id = 0, valid = 0, state = 0, end = 0;
+    long um = 0, grams = 0;
+    if (std::sscanf(line.c_str(), "ID:%d State:%d%n", &id, &state, &end) == 2 &&
+        static_cast<size_t>(end) == line.size()) {
+      EXPECT_EQ(id, 1 + status_lines++ % Stations);
+      continue;
+    }
+    ASSERT_EQ(std::sscanf(line.c_str(), "%1d%1d%6ld %4ld%n", &id, &valid, &um, &grams, &end), 4) << line;
+    EXPECT_EQ(static_cast<size_t>(end), line.size()) << line;
+    told.at(static_cast<size_t>(id - 1)).push_back(um);
+  }
+  EXPECT_GT(status_lines, 100);
+  for (int i = 0; i < Stations; ++i) {
+    std::vector<long> own;
+    for (const std::string& line : Lines_Of(link_out[static_cast<size_t>(i)])) {
+      EXPECT_EQ(line.size(), 6U) << line;
+      own.push_back(std::stol(line));
+    }
+    EXPECT_GT(own.size(), 20U);
+    EXPECT_EQ(own, told[static_cast<size_t>(i)]);
+  }
+}
+
+}  // namespace
+}  // namespace orsanta
