@@ -1,0 +1,97 @@
+#include "ui/init_dialog.h"
+
+#include <algorithm>
+#include <string>
+
+#include "support/dialog.h"
+#include "support/file.h"
+#include "support/serial.h"
+#include "support/wide_string.h"
+
+namespace orsanta {
+
+namespace {
+
+constexpr const wchar_t* Store_Name = L"全局电机参数";
+constexpr const wchar_t* Service_Password = L"mocha";
+constexpr int Most_Stations = 14;
+constexpr int Dialog_Ports = 6;
+
+using C_Items = CSmartPointer<CMyArray<std::wstring>, 0>;
+
+C_Items Numbered_Items(const wchar_t* format, int count) {
+  C_Items items(1);
+  for (int i = 1; i <= count; ++i) items->Add(Format_Text(format, i).Text());
+  return items;
+}
+
+}  // namespace
+
+C_InitDlg::C_InitDlg() {
+  if (CMyFileCopy::FileExist(Store_Name) != 0) {
+    LoadAllClassParameterFromHashOpt(Store_Name, 1);
+    return;
+  }
+  Settings_Dialog();
+  Save();
+}
+
+void C_InitDlg::Settings_Dialog() {
+  const C_Items ports(1);
+  ports->Add(L"无串口");
+  for (const std::wstring& port : *Numbered_Items(L"COM%d", Dialog_Ports)) ports->Add(port);
+  const C_Items rates(1);
+  for (const int rate : CComSerial::Rates) rates->Add(Format_Text(L"%d", rate).Text());
+
+  const auto known_rate = std::find(CComSerial::Rates.begin(), CComSerial::Rates.end(), Baud);
+  int start_place = Start_num - 1;
+  int count_place = MotorNum - 1;
+  int port_place = PortNum;
+  int rate_place = known_rate == CComSerial::Rates.end() ? 0 : static_cast<int>(known_rate - CComSerial::Rates.begin());
+  const std::wstring password;
+
+  CParameterInOutDlg dialog;
+  dialog.AddDropdownList(L"起始测微仪id", 0, 10.0F, Numbered_Items(L"%d", Most_Stations), start_place, 1, 0, nullptr);
+  dialog.AddDropdownList(L"电机数量", 0, 10.0F, Numbered_Items(L"%d", Most_Stations), count_place, 1, 0, nullptr);
+  dialog.AddDropdownList(L"串口号", 0, 10.0F, ports, port_place, 1, 0, nullptr);
+  dialog.AddDropdownList(L"波特率", 0, 10.0F, rates, rate_place, 1, 0, nullptr);
+  dialog.AddDataEditBool(L"IO控制", 0, 10.0F, IoInit, 1, 0, nullptr);
+  if (dialog.DoParameterDlg(1, 0, 1.0F, 1, nullptr, nullptr, 1) != 0) {
+    PortNum = port_place;
+    Baud = CComSerial::Rates[static_cast<size_t>(rate_place)];
+    MotorNum = count_place + 1;
+    Start_num = start_place + 1;
+    Save();
+  }
+  // The dialog has no control for this password, and is to have none: the text stays empty, so that the advanced
+  // functions are reached through the panel's service gate alone.
+  if (password == Service_Password) advanceduser = 1;
+}
+
+void C_InitDlg::Save() {
+  SaveAllClassParameterToHashOpt(Store_Name, 1);
+}
+
+void C_InitDlg::Read_Out(int& MotorNum_out, int& PortNum_out, int& Baud_out, int& advanceduser_out, int& IoInit_out,
+                         int& Start_num_out) const {
+  MotorNum_out = MotorNum;
+  PortNum_out = PortNum;
+  Baud_out = Baud;
+  advanceduser_out = advanceduser;
+  IoInit_out = IoInit;
+  Start_num_out = Start_num;
+}
+
+void C_InitDlg::OptSaveAndLoadDataStore(CAutoSaveClassData_Data& data) {
+  {
+    const C_Store_Class entered(*this, data);
+    Process_Member("Num", MotorNum, data);
+    Process_Member("Com", PortNum, data);
+    Process_Member("Baud", Baud, data);
+    Process_Member("IoInit", IoInit, data);
+    Process_Member("BegineMotor", Start_num, data);
+  }
+  CAutoSaveClassData2::OptSaveAndLoadDataStore(data);
+}
+
+}  // namespace orsanta

@@ -1,0 +1,92 @@
+#include "ui/init_dialog.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <array>
+#include <fstream>
+#include <sstream>
+
+#include "common/scripted_front.h"
+#include "common/temp_folder.h"
+
+namespace orsanta {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+
+constexpr const char* Store = "全局电机参数";
+
+std::array<int, 6> Settings_Of(const C_InitDlg& settings) {
+  std::array<int, 6> v{};
+  settings.Read_Out(v[0], v[1], v[2], v[3], v[4], v[5]);
+  return v;
+}
+
+std::string Stored_Text() {
+  std::ostringstream text;
+  text << std::ifstream(Store).rdbuf();
+  return text.str();
+}
+
+class Init_Dialog : public ::testing::Test {
+ protected:
+  C_Simulated_Clock clock{1};
+  C_Temp_Folder folder;
+  C_Scripted_Front_Holder front;
+};
+
+TEST_F(Init_Dialog, Asks_At_The_First_Start_Only_And_Stores_Even_A_Cancel) {
+  EXPECT_THAT(Settings_Of(C_InitDlg()), ElementsAre(1, 0, 115200, 0, 0, 1));
+  ASSERT_EQ(front->Shown().size(), 2U);  // opened and closed
+  const C_Dialog_Model model = front->Shown()[0].dialog;
+  EXPECT_TRUE(model.confirms);
+  ASSERT_EQ(model.controls.size(), 5U);
+  EXPECT_EQ(model.controls[0].items.size(), 14U);
+  EXPECT_THAT(model.controls[2].items, ElementsAre(L"无串口", L"COM1", L"COM2", L"COM3", L"COM4", L"COM5", L"COM6"));
+  EXPECT_EQ(model.controls[3].selected, 6);
+
+  EXPECT_EQ(Stored_Text(),
+            "orsanta store 1\n"
+            "C_InitDlg Num 0 = int 1\n"
+            "C_InitDlg Com 0 = int 0\n"
+            "C_InitDlg Baud 0 = int 115200\n"
+            "C_InitDlg IoInit 0 = int 0\n"
+            "C_InitDlg BegineMotor 0 = int 1\n"
+            "end\n");
+  const C_InitDlg second;
+  EXPECT_EQ(front->Shown().size(), 2U);
+}
+
+TEST_F(Init_Dialog, Takes_The_Choices_And_Gives_Them_Back_At_Later_Starts) {
+  front->On_Dialog(L"起始测微仪id", C_Script()
+                                        .Select(L"起始测微仪id", 4)
+                                        .Select(L"电机数量", 13)
+                                        .Select(L"串口号", 6)
+                                        .Select(L"波特率", 1)
+                                        .Select(L"IO控制", 1)
+                                        .Confirm());
+  EXPECT_THAT(Settings_Of(C_InitDlg()), ElementsAre(14, 6, 19200, 0, 1, 5));
+  C_InitDlg later;
+  EXPECT_THAT(Settings_Of(later), ElementsAre(14, 6, 19200, 0, 1, 5));
+
+  // From the panel: a cancel leaves the object and the store as they are.
+  front->On_Dialog(L"电机数量", C_Script().Select(L"电机数量", 0).Select(L"IO控制", 0).Cancel());
+  later.Settings_Dialog();
+  EXPECT_THAT(Settings_Of(later), ElementsAre(14, 6, 19200, 0, 1, 5));
+  EXPECT_THAT(Stored_Text(), HasSubstr("C_InitDlg Num 0 = int 14\n"));
+}
+
+TEST_F(Init_Dialog, Accepts_Stored_Values_Outside_The_Lists) {
+  std::ofstream(Store) << "orsanta store 1\nC_InitDlg Baud 0 = int 4800\nC_InitDlg Num 0 = int 20\nend\n";
+  C_InitDlg settings;
+  EXPECT_THAT(Settings_Of(settings), ElementsAre(20, 0, 4800, 0, 0, 1));
+  EXPECT_TRUE(front->Shown().empty());
+  front->Next_Dialog(C_Script().Confirm());
+  settings.Settings_Dialog();
+  EXPECT_EQ(Settings_Of(settings)[2], 9600);
+}
+
+}  // namespace
+}  // namespace orsanta
