@@ -16,24 +16,25 @@ enum class Op : uint8_t {
   Set_Ioout_Map,          // can id, kind, bit, io
   Set_Back_Jump_Size,     // size
   Output_Data,            // channel; value
-  Till_Stop,              // axis
-  Till_Time,              // ms
-  Till_Io,                // io
-  Till_Io_Neg,            // io
-  Till_Axis_Pause,        // axis
-  Till_Thread_Finish,     // other thread
-  Clear_Thread,           // other thread
-  Axis_Resume,            // axis
-  Sgo,                    // axis; position
-  Sgo_Register,           // axis, register
-  Rapid_Go,               // axis; position
-  Stop_Smooth,            // axis
-  Set_Max_Vel,            // axis; value
-  Set_Max_Acc,            // axis; value
-  Set_Max_Jerk,           // axis; value
-  Set_Axis_Scale,         // axis; scale
-  Set_Axis_Zeros,         // axis; value
-  Set_Output_Io,          // io, on
+  // Waits, from here to Till_Thread_Finish.
+  Till_Stop,           // axis
+  Till_Time,           // ms
+  Till_Io,             // io
+  Till_Io_Neg,         // io
+  Till_Axis_Pause,     // axis
+  Till_Thread_Finish,  // other thread
+  Clear_Thread,        // other thread
+  Axis_Resume,         // axis
+  Sgo,                 // axis; position
+  Sgo_Register,        // axis, register
+  Rapid_Go,            // axis; position
+  Stop_Smooth,         // axis
+  Set_Max_Vel,         // axis; value
+  Set_Max_Acc,         // axis; value
+  Set_Max_Jerk,        // axis; value
+  Set_Axis_Scale,      // axis; scale
+  Set_Axis_Zeros,      // axis; value
+  Set_Output_Io,       // io, on
   Use_Local_Reg,
   Get_Output_Pos,  // axis, register
   Add_Register,    // destination, source; constant

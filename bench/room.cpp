@@ -11,8 +11,10 @@ C_Room::C_Room(const Settings& settings) {
   for (const int can_id : settings.temperature_boards) {
     if (is_free(can_id)) m_Devices.emplace(can_id, std::make_unique<C_Interpolation_Device>(settings, can_id));
   }
-  for (int can_id = settings.first_drive_id; can_id < settings.first_drive_id + settings.drives; ++can_id) {
-    if (is_free(can_id)) m_Devices.emplace(can_id, std::make_unique<C_Drive>(settings, can_id));
+  for (int can_id = 1; can_id < Can_Id_Limit; ++can_id) {
+    const int64_t place = int64_t{can_id} - settings.first_drive_id;
+    const bool asked_for = place >= 0 && place < settings.drives;
+    if (asked_for && is_free(can_id)) m_Devices.emplace(can_id, std::make_unique<C_Drive>(settings, can_id));
   }
 }
 

@@ -10,6 +10,10 @@ namespace {
 // How often a wait for something that moves or switches is looked at.
 constexpr Ticks Look_Ticks = Ticks_Per_Ms / 10;
 
+bool Is_Wait(Op op) {
+  return op >= Op::Till_Stop && op <= Op::Till_Thread_Finish;
+}
+
 }  // namespace
 
 const wchar_t* Fault_Words(Fault fault) {
@@ -122,10 +126,11 @@ bool C_Server::Run(int number, C_Thread& thread) {
   bool done_any = false;
   while (!thread.queue.empty()) {
     const C_Instruction ins = thread.queue.front();
-    if (Holds(number, thread, ins)) break;
+    const bool wait = Is_Wait(ins.op);
+    if (wait && Holds(number, thread, ins)) break;
     thread.queue.pop_front();
     thread.wait_begun = false;
-    Execute(number, thread, ins);
+    if (!wait) Execute(number, thread, ins);
     ++thread.finished;
     done_any = true;
   }

@@ -28,9 +28,7 @@ void C_Server::Map_Axis(int number, const C_Instruction& ins) {
   m_Axes[axis] = can_id;
 }
 
-// Waits for an axis; everything else does not hold.
 bool C_Server::Holds_For_Axis(int number, const C_Instruction& ins, bool first_look) {
-  if (ins.op != Op::Till_Stop && ins.op != Op::Till_Axis_Pause) return false;
   C_Axis* axis = Axis(ins.i[0]);
   if (axis == nullptr) {
     Report(number, Fault::No_Axis, ins.i[0]);
@@ -43,8 +41,6 @@ bool C_Server::Holds_For_Axis(int number, const C_Instruction& ins, bool first_l
 
 void C_Server::Execute_On_Axis(int number, C_Thread& thread, const C_Instruction& ins) {
   C_Axis* axis = Axis(ins.i[0]);
-  // A wait at the head of the queue has told already that its axis is missing.
-  if (ins.op == Op::Till_Stop || ins.op == Op::Till_Axis_Pause) return;
   if (axis == nullptr) return Report(number, Fault::No_Axis, ins.i[0]);
   switch (ins.op) {
     case Op::Axis_Resume:

@@ -110,6 +110,7 @@ TEST(Threads, Run_In_Order_And_A_Wait_Holds_Its_Own_Thread_Alone) {
   ClearInsBuffer(5);
   EXPECT_EQ(WaitForAllInsFinish(5), 1);
   EXPECT_NEAR(Now_Ms() - start, 350.0, 1.0);
+  EXPECT_EQ(Error().found, 0);
 }
 
 TEST(Threads, Wait_For_Inputs_And_Set_Outputs_Of_The_Card) {
