@@ -199,11 +199,17 @@ TEST_F(C_Interpolation_Test, Commands_Become_Instructions) {
   expected.push_back("SET_AXIS_SCALE(2, 65536000)");
   out(4, "2");
   EXPECT_EQ(All_Calls(), expected);
+}
 
+TEST_F(C_Interpolation_Test, Broken_Preconditions_End_The_Process) {
+  bench::Set_Absent(Id, true);  // an unmapped device, and no thread that a child process would miss
+  const auto owner = Make_Motor();
+  C_Interpolation_Voice_Motor& motor = *owner;
   const C_Temp_Folder folder;
-  EXPECT_DEATH([&]() noexcept { motor.SetScale(0.0); }(), "SetScale");
   int counter = 0;
+  EXPECT_DEATH([&]() noexcept { motor.SetScale(0.0); }(), "SetScale");
   EXPECT_DEATH([&]() noexcept { motor.Get_encoder_Error_counter(2, counter); }(), "Get_encoder_Error_counter");
+  EXPECT_DEATH([&]() noexcept { motor.CheckStop(); }(), "CheckStop");
 }
 
 TEST_F(C_Interpolation_Test, Status_And_Positions) {
