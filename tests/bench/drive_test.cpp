@@ -154,6 +154,20 @@ TEST(Samples, Come_Every_Two_Milliseconds_Staggered_And_With_The_Encoders_Noise)
     EXPECT_NEAR(std::sqrt(squares / 2000.0), 0.3, 0.02);
   }
   EXPECT_NE(stamps[0][0] % 100, stamps[1][0] % 100);
+
+  // Hours in which nobody calls: the FIFO holds the oldest samples without a gap, and the instants stay where they
+  // were.
+  Sleep(5 * 3600 * 1000);
+  int count = 0;
+  GetInputChannelData(25, 4096, &count, values[0].data(), stamps[0].data());
+  ASSERT_EQ(count, 4096);
+  EXPECT_EQ(stamps[0][4095] - stamps[0][0], 4095u * 100u);
+  Sleep(2);
+  const uint64_t last = stamps[0][4095];
+  GetInputChannelData(25, 4096, &count, values[0].data(), stamps[0].data());
+  ASSERT_EQ(count, 1);
+  EXPECT_EQ((stamps[0][0] - last) % 100, 0u);
+  EXPECT_EQ(stamps[0][0] / 50 / 1000, 5u * 3600u + 4u);
   EXPECT_NE(values[0], values[1]);
 }
 
