@@ -4,11 +4,14 @@
 
 #include <cstdarg>
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
-#include <vector>
+#include <memory>
+#include <new>
 
 #include "support/critical_section.h"
 #include "support/dump.h"
+#include "support/never_destroyed.h"
 #include "support/process.h"
 #include "support/trace.h"
 #include "support/wide_string.h"
@@ -25,50 +28,62 @@ std::string This_Module_Name() {
   return path.substr(path.rfind('/') + 1);
 }
 
-}  // namespace
-
-// These live as long as the process: a report may come from a static object's destructor.
-std::string& CVCDumpMessage::m_cErrorMsg() {
-  static std::string& text = *new std::string;
-  return text;
-}
-
-CMyCriticalSection& CVCDumpMessage::m_hErrorMsg() {
-  static CMyCriticalSection& section = *new CMyCriticalSection;
-  return section;
-}
-
-std::string& cMyAssertAppendDispInfo() {
-  static std::string& text = *new std::string;
-  return text;
-}
-
-std::string Format_Assert_Text(const char* format, ...) {
-  va_list arguments;
-  va_start(arguments, format);
-  va_list again;
-  va_copy(again, arguments);
-  const int length = std::vsnprintf(nullptr, 0, format, arguments);
-  va_end(arguments);
-  std::vector<char> room(length < 0 ? 1 : static_cast<size_t>(length) + 1);
-  if (length >= 0) std::vsnprintf(room.data(), room.size(), format, again);
-  va_end(again);
-  return room.data();
-}
-
-void Report_Assertion(const char* function, int line, const std::string& message) {
-  const std::string text = Format_Assert_Text(
+std::string Compose(const char* function, int line, const std::string& message) {
+  return Format_Assert_Text(
       "%s\n%s\n%s %s\npath: %s\nmodule: %s\nfunc: %s\nline: %d\n\n--------------\n\n"
       "发生异常(Debug),请把本窗口和此时生成的 .dmp 文件发送给开发者.\n"
       "Exception Occurs,please send an image of This Window and Currently Generated .dmp file to developer.",
       message.c_str(), cMyAssertAppendDispInfo().c_str(), __DATE__, __TIME__,
       To_Utf8(CMyExecuteProc::GetCurApplicationFilePath()).c_str(), This_Module_Name().c_str(), function, line);
-  CVCDumpMessage::m_hErrorMsg().Lock();  // never given back: the process is ending
+}
+
+void Keep_And_Show(const char* function, int line, const std::string& text) {
   CVCDumpMessage::m_cErrorMsg() = text;
-  Keep_Stack_For_Dump();
   const std::wstring wide = From_Utf8(text);
   MY_TRACE0(wide.c_str());
   TraceLog2File(function, line, wide.c_str());
+}
+
+}  // namespace
+
+std::string& CVCDumpMessage::m_cErrorMsg() {
+  static C_Never_Destroyed<std::string> text;
+  return text.Get();
+}
+
+CMyCriticalSection& CVCDumpMessage::m_hErrorMsg() {
+  static C_Never_Destroyed<CMyCriticalSection> section;
+  return section.Get();
+}
+
+std::string& cMyAssertAppendDispInfo() {
+  static C_Never_Destroyed<std::string> text;
+  return text.Get();
+}
+
+std::string Format_Assert_Text(const char* format, ...) {
+  va_list arguments;
+  va_start(arguments, format);
+  char* text = nullptr;
+  const int length = vasprintf(&text, format, arguments);
+  va_end(arguments);
+  if (length < 0) return "";
+  const std::unique_ptr<char, decltype(&std::free)> owner(text, &std::free);
+  try {
+    return text;
+  } catch (const std::bad_alloc&) {
+    return "";
+  }
+}
+
+void Report_Assertion(const char* function, int line, const std::string& message) {
+  CVCDumpMessage::m_hErrorMsg().Lock();  // never given back: the process is ending
+  Keep_Stack_For_Dump();
+  try {
+    Keep_And_Show(function, line, Compose(function, line, message));
+  } catch (const std::bad_alloc&) {
+    // No memory for the text: the dump still holds the stack.
+  }
   std::set_terminate(&CVCDumpMessage::DumpFileProcess);
   throw CMy_Assert_Exception();
 }

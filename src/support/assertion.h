@@ -32,7 +32,7 @@ struct CVCDumpMessage {
 // A text that a program can fill in for all its reports; empty in this system.
 std::string& cMyAssertAppendDispInfo();
 
-// Composes a failure's own message, in the manner of printf, in UTF-8.
+// Composes a failure's own message, in the manner of printf, in UTF-8. Empty when there is no memory for it.
 std::string Format_Assert_Text(const char* format, ...) __attribute__((format(printf, 1, 2)));
 
 // Composes and keeps the report, then throws CMy_Assert_Exception.

@@ -2,6 +2,7 @@
 
 #include "support/critical_section.h"
 #include "support/hash.h"
+#include "support/never_destroyed.h"
 
 namespace orsanta::smart_pointer_table {
 
@@ -9,7 +10,6 @@ namespace {
 
 constexpr unsigned No_Heap_ID = 0xFFFFFFFF;
 
-// Lives as long as the process: pointers in static objects are released after main has returned.
 struct C_Table {
   CMyCriticalSection hEvent_SmartPointer;  // guards the three below
   CHashOpt cPointerAddr2ID;
@@ -18,8 +18,8 @@ struct C_Table {
 };
 
 C_Table& Table() {
-  static C_Table& table = *new C_Table;
-  return table;
+  static C_Never_Destroyed<C_Table> table;
+  return table.Get();
 }
 
 }  // namespace

@@ -19,6 +19,12 @@ namespace orsanta {
 
 namespace {
 
+// The first capture loads the unwinder and takes memory from the heap, which must not wait until there is none.
+[[maybe_unused]] const int unwinder_is_loaded = [] {
+  void* here = nullptr;
+  return backtrace(&here, 1);
+}();
+
 // A file as memory while it lives; empty when it cannot be read.
 class C_Mapped_File {
  public:
