@@ -39,7 +39,7 @@ C_InitDlg::C_InitDlg() {
 void C_InitDlg::Settings_Dialog() {
   const C_Items ports(1);
   ports->Add(L"无串口");
-  for (const std::wstring& port : *Numbered_Items(L"COM%d", Dialog_Ports)) ports->Add(port);
+  for (int port = 1; port <= Dialog_Ports; ++port) ports->Add(Format_Text(L"COM%d", port).Text());
   const C_Items rates(1);
   for (const int rate : CComSerial::Rates) rates->Add(Format_Text(L"%d", rate).Text());
 
