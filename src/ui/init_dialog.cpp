@@ -19,10 +19,9 @@ constexpr int Dialog_Ports = 6;
 
 using C_Items = CSmartPointer<CMyArray<std::wstring>, 0>;
 
-C_Items Numbered_Items(const wchar_t* format, int count) {
-  C_Items items(1);
-  for (int i = 1; i <= count; ++i) items->Add(Format_Text(format, i).Text());
-  return items;
+// Adds the numbers from 1 to `last` to the items of a list.
+void Add_Numbered(const C_Items& items, const wchar_t* format, int last) {
+  for (int i = 1; i <= last; ++i) items->Add(Format_Text(format, i).Text());
 }
 
 }  // namespace
@@ -37,9 +36,11 @@ C_InitDlg::C_InitDlg() {
 }
 
 void C_InitDlg::Settings_Dialog() {
+  const C_Items stations(1);
+  Add_Numbered(stations, L"%d", Most_Stations);
   const C_Items ports(1);
   ports->Add(L"无串口");
-  for (int port = 1; port <= Dialog_Ports; ++port) ports->Add(Format_Text(L"COM%d", port).Text());
+  Add_Numbered(ports, L"COM%d", Dialog_Ports);
   const C_Items rates(1);
   for (const int rate : CComSerial::Rates) rates->Add(Format_Text(L"%d", rate).Text());
 
@@ -51,8 +52,8 @@ void C_InitDlg::Settings_Dialog() {
   const std::wstring password;
 
   CParameterInOutDlg dialog;
-  dialog.AddDropdownList(L"起始测微仪id", 0, 10.0F, Numbered_Items(L"%d", Most_Stations), start_place, 1, 0, nullptr);
-  dialog.AddDropdownList(L"电机数量", 0, 10.0F, Numbered_Items(L"%d", Most_Stations), count_place, 1, 0, nullptr);
+  dialog.AddDropdownList(L"起始测微仪id", 0, 10.0F, stations, start_place, 1, 0, nullptr);
+  dialog.AddDropdownList(L"电机数量", 0, 10.0F, stations, count_place, 1, 0, nullptr);
   dialog.AddDropdownList(L"串口号", 0, 10.0F, ports, port_place, 1, 0, nullptr);
   dialog.AddDropdownList(L"波特率", 0, 10.0F, rates, rate_place, 1, 0, nullptr);
   dialog.AddDataEditBool(L"IO控制", 0, 10.0F, IoInit, 1, 0, nullptr);
