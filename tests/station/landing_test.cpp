@@ -1,0 +1,87 @@
+#include "station_room.h"
+
+namespace orsanta {
+namespace {
+
+using testing::ElementsAre;
+
+class Landing : public C_Station_Test {
+ protected:
+  void Land_On_Part() {
+    bench::Place_Part(Id, 3.0);
+    EXPECT_EQ(station->Land_To(20.0F, 1.5F, 10.0F), 1);
+  }
+};
+
+TEST_F(Landing, Presses_With_The_Current_Whichever_Way_The_Limit_Is_Set) {
+  for (const int flag : {1, 0}) {
+    EXPECT_EQ(station->Set_RunNegative(flag), 1);
+    bench::Journal_Clear();
+    Land_On_Part();
+    Sleep(300);
+    EXPECT_NEAR(bench::True_Position(Id), 6.0, 0.001);
+    EXPECT_NEAR(bench::True_Force(Id), -4.0 + 150.0 - 9.0 + 10.8 - 13.5, 1.0);  // the truth at 1.5 A and 6 mm
+    const int count = C_VoiceMotor::Force_Back_Count();
+    EXPECT_EQ(station->Force_Back(20.0F), 1);
+    EXPECT_EQ(C_VoiceMotor::Force_Back_Count(), count + 1);
+    EXPECT_NEAR(bench::True_Position(Id), 0.0, 0.1);  // it waited for the end of the move
+    EXPECT_THAT(Written(3), ElementsAre(20.0, 20.0));
+    EXPECT_THAT(Written(2), ElementsAre(1.5, 40.0));
+    EXPECT_THAT(Written(9), ElementsAre(-40.0));
+  }
+  EXPECT_THAT(front->Boxes(), testing::IsEmpty());
+}
+
+TEST_F(Landing, Stuck_Probe_Is_Tried_Three_Times_And_Reported) {
+  Land_On_Part();
+  bench::Set_Stuck(Id, true);
+  bench::Journal_Clear();
+  const double begin = Now_Ms();
+  station->Val_BeginePoint_offset = 0.5;
+  EXPECT_EQ(station->Force_Back(20.0F), 1);
+  EXPECT_EQ(front->Boxes(), std::vector<std::wstring>{L"canid:1 force_back_timeout 最小电流过小 "});
+  EXPECT_NEAR(Now_Ms() - begin, 2 * 5000.0, 1000.0);
+  // Three tries with the retract target, then held where it is, and last sent to 0.
+  const std::vector<double> targets = Written(0);
+  ASSERT_EQ(targets.size(), 5U);
+  for (int i = 0; i < 3; ++i) EXPECT_EQ(targets[static_cast<size_t>(i)], 0.5 * 65536000.0);
+  EXPECT_NEAR(targets[3] / 65536000.0, 6.0, 0.002);
+  EXPECT_EQ(targets[4], 0.0);
+}
+
+TEST_F(Landing, Silent_Drive_Is_Reported_And_The_Wait_Goes_On_Until_It_Speaks) {
+  Land_On_Part();
+  station->Val_BeginePoint_offset = 5.0;  // not where a position that cannot be read seems to be
+  Fall_Silent();
+  C_Thread helper;
+  helper.Start("helper", [&] {
+    EXPECT_TRUE(front->Wait_For_Box(L"最小电流过小", 120000.0));
+    Sleep(2000);
+    bench::Set_Silent(Id, false);
+  });
+  EXPECT_EQ(station->Force_Back(20.0F), 1);
+  helper.Join();
+  EXPECT_EQ(front->Count_Boxes(L"canid:1 force_back_timeout Get_InterRunFlag"), 3);
+  EXPECT_GT(front->Count_Boxes(L"CANID:1读取位置超时,请检查驱动器电源"), 100);
+  EXPECT_GT(front->Count_Boxes(L"CANID:1  Get_InterRunFlag无法读取数据通道"), 10);
+
+  Fall_Silent();
+  station->Land_To(20.0F, 1.5F, 10.0F);
+  EXPECT_EQ(front->Count_Boxes(L"等待电流设定超时"), 1);
+  bench::Set_Silent(Id, false);
+}
+
+TEST_F(Landing, Reference_Is_The_Observed_Position_Whatever_It_Was) {
+  Use_Linear_Model();
+  bench::Place_Part(Id, 5.0);
+  station->Val_Block_Size = 5.0;
+  station->Set_Cur_BaseDistance(-123.4F);
+  EXPECT_NEAR(station->Correct_Base(20.0F, 2.0F), 4.0, 0.001);
+  EXPECT_NEAR(station->Cur_BaseDistance, station->m_Observed, 1e-12);
+  EXPECT_LT(bench::True_Position(Id), 1.0);
+  EXPECT_NEAR(station->Store_Position(), 0.0, 0.001);  // against the corrected reference
+  EXPECT_EQ(station->Val_Pos_Set[0], station->Val_Pos_Set[2]);
+}
+
+}  // namespace
+}  // namespace orsanta

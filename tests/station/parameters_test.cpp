@@ -1,0 +1,134 @@
+#include <fstream>
+
+#include "host/debug_com.h"
+#include "station_room.h"
+
+namespace orsanta {
+namespace {
+
+using testing::ElementsAre;
+
+const char* const Store = "音圈电机1参数";
+
+// The station's entries, arrays' elements left out.
+std::vector<std::string> Store_Lines() {
+  std::ifstream file(Store);
+  std::vector<std::string> lines;
+  for (std::string line; std::getline(file, line);) {
+    if (line.rfind("C_VoiceMotor ", 0) == 0) lines.push_back(line);
+  }
+  return lines;
+}
+
+class Parameters : public C_Station_Test {};
+
+TEST_F(Parameters, Every_Key_Stands_In_Order_And_Comes_Back_From_The_Store) {
+  station->Surface_Fit(Array({1, 2, 3, 4, 5, 6}), Array({1, 3, 2, 5, 4, 6}), Array({9, 8, 7, 6, 5, 4}));
+  station->Val_Pos_Friction[1].p = Array({0.1, -0.2});
+  const double force = station->Surface_Force(2.0, 3.0);
+  station.reset();  // saves
+
+  // Give each number of the store a value of its own.
+  std::ifstream in(Store);
+  std::string edited, keys;
+  int n = 0;
+  for (std::string line; std::getline(in, line);) {
+    const bool is_entry = line.rfind("C_VoiceMotor ", 0) == 0;
+    if (is_entry) keys += line.substr(13, line.find(' ', 13) - 12);
+    const bool is_kept = line.find("Run_Negative") != std::string::npos || line.find("TempSensor") != std::string::npos;
+    if (is_entry && !is_kept && line.find("= array") == std::string::npos)
+      line = line.substr(0, line.rfind(' ') + 1) + std::to_string(++n) +
+             (line.find("= int") == std::string::npos ? ".125" : "");
+    edited += line + "\n";
+  }
+  in.close();
+  std::ofstream(Store) << edited;
+  EXPECT_EQ(keys,
+            "Val_Force_OffSet Val_Force_Set[0] Val_Force_Set[1] Val_Acc_Set[0] Val_Acc_Set[1] Val_Pos_Set[0] "
+            "Val_Pos_Set[1] Val_Pos_Set[2] Val_HoldTime_Set[0] Val_HoldTime_Set[1] Val_Speed_Set[0] Val_Speed_Set[1] "
+            "Val_Speed_Set[2] Val_UpSpeed_Set test_distance Val_BeginePoint_offset Val_Static_GForce Val_Force_K "
+            "Val_Force_KK m_P Val_BaseDistance Val_Block_Size Val_Error_offset Val_ErrorThreshold Val_ErrorWindowLen "
+            "Val_Run_Negative Val_Jerk_Set Val_mark_pos Val_Spring_K Val_SensorScale Val_Correction_MaxI "
+            "Val_Correction_MinI Val_Sendback_Frq Val_FC_test_num Val_Pos_Friction[0].MyArrayBasisList "
+            "Val_Pos_Friction[0].MyArrayP Val_Pos_Friction[0].xscale Val_Pos_Friction[1].MyArrayBasisList "
+            "Val_Pos_Friction[1].MyArrayP Val_Pos_Friction[1].xscale Val_Head_mg Val_TempSensorCanID ");
+
+  const std::vector<std::string> lines = Store_Lines();
+  Make_Station();
+  EXPECT_EQ(station->Test_Force[1], 3.125);
+  EXPECT_EQ(station->test_distance, 15.125F);
+  EXPECT_EQ(station->Val_Static_GForce, 17.125);
+  EXPECT_EQ(station->Surface_Force(2.0, 3.0), force);
+  EXPECT_THAT(Values(station->Val_Pos_Friction[1].p), ElementsAre(0.1, -0.2));
+  station->Save();
+  EXPECT_EQ(Store_Lines(), lines);
+}
+
+TEST_F(Parameters, Faults_And_An_Absent_Drive_Are_Met_At_Start) {
+  bench::Set_Fault_Bits(Id, 15);
+  station->Val_Run_Negative = 5;
+  Make_Station();
+  EXPECT_EQ(station->Val_Run_Negative, 1);  // a flag after each load
+  EXPECT_THAT(front->Boxes(), ElementsAre(L"ID:1 超电流", L"ID:1 无法回零", L"ID:1 超负荷", L"ID:1 检测到漏电流过大"));
+  EXPECT_EQ(front->Shown()[0].flags, Box_Plain);
+  EXPECT_EQ(front->Shown()[3].flags, Box_System_Modal);
+  EXPECT_EQ(station->Take_Force_Back_Finish(), 1);  // a station starts as one that is back
+  EXPECT_EQ(station->Get_Force_Back_Finish(), 0);
+
+  station->Val_Block_Size = 7.5;
+  bench::Set_Absent(Id, true);
+  Make_Station();
+  EXPECT_EQ(station->Get_Motor_Ready(), 0);
+  EXPECT_EQ(station->Val_Block_Size, 7.5);
+}
+
+TEST_F(Parameters, Link_Is_Replaced_While_Others_Hold_It) {
+  const std::shared_ptr<C_VoiceDebugCom> old = station->Debug_Com();
+  station->Renew_Debug_Com();
+  EXPECT_NE(station->Debug_Com(), nullptr);
+  EXPECT_NE(station->Debug_Com(), old);
+  EXPECT_EQ(old->Is_Open(), 0);
+}
+
+TEST_F(Parameters, Small_Dialogs_Edit_Their_Parameter) {
+  station->Val_Force_OffSet = 30.0;
+  station->Val_Force_Set[1] = 130.0;
+  front->Next_Dialog(C_Script().Fill(L"设定推力(g)", L"150").Confirm());
+  station->Set_Force_Dlg(1);
+  EXPECT_EQ(front->Shown()[0].dialog.controls[0].text, L"100.000");
+  EXPECT_EQ(station->Val_Force_Set[1], 180.0);
+
+  // The correction moves the set force along, so that the force shown stays.
+  front->Next_Dialog(C_Script().Fill(L"设定推力修正值(g)", L"-20").Confirm());
+  station->Set_Force_Dlg(2);
+  EXPECT_EQ(station->Val_Force_OffSet, -20.0);
+  EXPECT_EQ(station->Val_Force_Set[0], 150.0);
+
+  struct Row {
+    void (*run)(C_VoiceMotor&);
+    const wchar_t* caption;
+    Shared<double>& member;
+    double max;
+  };
+  C_VoiceMotor& s = *station;
+  const Row rows[] = {
+      {[](C_VoiceMotor& m) { m.Set_Speed_Dlg(1); }, L"设定速度（mm/s）", s.Val_Speed_Set[1], 5000.0},
+      {[](C_VoiceMotor& m) { m.Set_UpSpeed_Dlg(); }, L"设定速度（mm/s）", s.Val_UpSpeed_Set, 5000.0},
+      {[](C_VoiceMotor& m) { m.Set_Spring_Dlg(); }, L"设定弹簧K值（g/mm）", s.Val_Spring_K, 1000.0},
+      {[](C_VoiceMotor& m) { m.Set_Acc_Dlg(1); }, L"设定加速度（mm/s^2）", s.Val_Acc_Set[1], 200000.0},
+      {[](C_VoiceMotor& m) { m.Set_BeginePoint_Dlg(); }, L"原点偏移（mm）", s.Val_BeginePoint_offset, 40.0},
+      {[](C_VoiceMotor& m) { m.Set_Jerk_Dlg(); }, L"设定加加速度（mm/s^3）", s.Val_Jerk_Set, 1e12},
+      {[](C_VoiceMotor& m) { m.Set_HoldTime_Dlg(1); }, L"设定推力保持时间（ms）", s.Val_HoldTime_Set[1], 50000.0},
+  };
+  for (const Row& row : rows) {
+    const std::wstring beyond = std::to_wstring(row.max + 1.0);
+    front->Next_Dialog(
+        C_Script().Fill(row.caption, beyond).Confirm().Fill(row.caption, std::to_wstring(row.max)).Confirm());
+    row.run(s);
+    EXPECT_EQ(row.member, row.max);
+  }
+  EXPECT_EQ(front->Refusals().size(), 7U);
+}
+
+}  // namespace
+}  // namespace orsanta

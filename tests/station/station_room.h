@@ -1,0 +1,85 @@
+// A station in the simulated machine room, under the simulated clock, in a folder of its own, with a scripted operator.
+#pragma once
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "bench/bench.h"
+#include "common/scripted_front.h"
+#include "common/temp_folder.h"
+#include "drive/motor.h"
+#include "station/voice_motor.h"
+#include "support/clock.h"
+#include "support/thread.h"
+
+namespace orsanta {
+
+constexpr int Id = 1;  // the station's drive
+
+class C_Station_Test : public testing::Test {
+ protected:
+  C_Station_Test() {
+    bench::Settings settings;
+    settings.drives = 1;
+    bench::Reset(settings);
+    Make_Station();
+  }
+
+  // Builds the station as the supervisor does, anew if there was one: the old one saves first.
+  void Make_Station() {
+    station.reset();
+    station = std::make_unique<C_VoiceMotor>(Id, 0, 0, 0, 1, 1, -1, -1, -1);
+  }
+
+  // The bench's own force law where the probe hangs free, near enough to land with about the force asked for.
+  void Use_Linear_Model() {
+    station->Val_Force_KK = 0.0;
+    station->Val_Force_K = 100.0;
+    station->Val_Static_GForce = -4.0;
+  }
+
+  double Measure(double force = 200.0) {
+    return station->Detection_thickness(20.0F, static_cast<float>(station->Landing_Current(force)));
+  }
+
+  // Cuts the drive's streams off and takes out what still waits in them.
+  void Fall_Silent() {
+    bench::Set_Silent(Id, true);
+    while (station->m_pMotor->Get_InterRunFlag() != 2) {
+    }
+    station->m_pMotor->Clear_Pos_Window(station->m_pMotor->m_PosWindow);
+    front->Clear_Record();
+  }
+
+  // The values of all writes to output channel k of the drive since the journal was cleared, in order.
+  static std::vector<double> Written(int k) {
+    std::vector<double> values;
+    const std::string channel = std::to_string(Id * 20 + k) + ", ";
+    for (const bench::Journal_Entry& call : bench::Journal()) {
+      if (call.function == "OUTPUT_DATA" && call.arguments.rfind(channel, 0) == 0)
+        values.push_back(std::stod(call.arguments.substr(call.arguments.rfind(' '))));
+    }
+    return values;
+  }
+
+  C_Simulated_Clock clock{1};
+  C_Temp_Folder folder;
+  C_Scripted_Front_Holder front;
+  std::unique_ptr<C_VoiceMotor> station;
+};
+
+inline CMyArray<double> Array(std::initializer_list<double> values) {
+  CMyArray<double> array;
+  for (const double value : values) array.Add(value);
+  return array;
+}
+
+inline std::vector<double> Values(const CMyArray<double>& array) {
+  return {array.begin(), array.end()};
+}
+
+}  // namespace orsanta
