@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cstdio>
+#include <filesystem>
 #include <optional>
 
 #include "commands.h"
@@ -86,6 +87,9 @@ int main(int argc, char** argv) {
     return program.exit(help);
   } catch (const CLI::ParseError& error) {
     return app::Tell_Wrong_Argument(program, error);
+  } catch (const std::filesystem::filesystem_error& error) {
+    std::fprintf(stderr, "orsanta: %s\n", error.what());
+    return app::Failed;
   }
   return exit_status;
 }

@@ -8,7 +8,6 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <numeric>
@@ -19,11 +18,11 @@
 #include "bench/bench.h"
 #include "commands.h"
 #include "orsanta/orsanta.h"
+#include "working_folder.h"
 
 namespace app {
 namespace {
 
-namespace fs = std::filesystem;
 using Clock = std::chrono::steady_clock;
 
 constexpr double Block_Mm = 5.0;             // the reference block
@@ -53,28 +52,6 @@ struct C_Run {
 
   std::vector<std::vector<C_Part>> results;  // by station
   std::atomic<int> done{0};                  // parts measured so far, all stations
-};
-
-// Works in a fresh folder, so that a run neither depends on old stores nor leaves any.
-class C_Working_Folder {
- public:
-  C_Working_Folder() : m_Before(fs::current_path()) {
-    std::string name = (fs::temp_directory_path() / "orsanta-XXXXXX").string();
-    if (mkdtemp(name.data()) == nullptr) throw fs::filesystem_error("no folder for the stores", fs::path(name), {});
-    m_Folder = name;
-    fs::current_path(m_Folder);
-  }
-  ~C_Working_Folder() {
-    std::error_code ignored;
-    fs::current_path(m_Before, ignored);
-    fs::remove_all(m_Folder, ignored);
-  }
-  C_Working_Folder(const C_Working_Folder&) = delete;
-  C_Working_Folder& operator=(const C_Working_Folder&) = delete;
-
- private:
-  fs::path m_Before;
-  fs::path m_Folder;
 };
 
 bool Poll(const std::function<bool()>& condition) {
