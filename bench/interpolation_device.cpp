@@ -139,7 +139,7 @@ double C_Interpolation_Device::Port_Value(int port) {
     case 41:
       return std::round(m_Celsius + Board_Warmer_By);
     case 29:
-      return static_cast<double>(Now() / Ticks_Per_Ms) / 3.6e6;
+      return static_cast<double>(Now()) * Tick_S / 3600.0;
     case 50:
       return m_Largest_Error;
     case 199:
