@@ -256,6 +256,7 @@ class C_Line_Reader {
         return '\t';
       case 'x': {
         const int high = Hex_Digit(Take());
+        if (high > 7) Fail(L"\\x 只用于 00 到 7f");  // beyond it stand parts of characters
         return static_cast<char>(high * 16 + Hex_Digit(Take()));
       }
       default:
@@ -336,6 +337,7 @@ class C_Lines {
 };
 
 void Check_Utf8(std::string_view line) {
+  if (std::all_of(line.begin(), line.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; })) return;
   const std::string bytes(line);
   if (To_Utf8(From_Utf8(bytes)) != bytes) Fail(L"不是UTF-8文字,请用UTF-8编码保存");
 }

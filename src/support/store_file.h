@@ -10,8 +10,8 @@
 //   end
 //
 // One entry a line: class path, key, index, kind, value. Every value reads back to the same bits. Names with blanks are
-// quoted like texts, with \" \\ \n \r \t \xHH. Empty lines may stand anywhere; lines that start with # are kept. The
-// last line shows that the file is whole.
+// quoted like texts, with \" \\ \n \r \t and, for the other control characters, \xHH. Empty lines may stand anywhere;
+// lines that start with # are kept. The last line shows that the file is whole.
 //
 // No file is touched here, and no call depends on the locale or keeps state: any thread.
 #pragma once

@@ -34,6 +34,7 @@ TEST(Store_File, Says_Where_And_Why_It_Cannot_Be_Read) {
       {"A k 0 = text \"mocha\nend\n", 2, L"结束的双引号"},
       {"A k 0 = text \"\\q\"\nend\n", 2, L"转义"},
       {"A k 0 = text \"\\x4\"\nend\n", 2, L"十六进制"},
+      {"A k 0 = text \"\\x82\"\nend\n", 2, L"00 到 7f"},
       {"A k 0 = text \"\xC4\xE3\"\nend\n", 2, L"UTF-8"},
       {"\"A\\x00\" k 0 = int 1\nend\n", 2, L"零字节"},
       {"A k 0 = raw 123\nend\n", 2, L"奇数"},

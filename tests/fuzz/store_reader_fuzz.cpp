@@ -1,0 +1,35 @@
+// Feeds the store's reader with arbitrary bytes. What it accepts must survive being written and read again.
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <string_view>
+
+#include "support/store_file.h"
+
+namespace {
+
+void Demand(bool holds, const char* what) {
+  if (holds) return;
+  std::fprintf(stderr, "store reader: %s\n", what);
+  std::abort();
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  using namespace orsanta;
+  C_Store_Content content;
+  C_Store_Fault fault;
+  if (!Parse_Store({reinterpret_cast<const char*>(data), size}, content, fault)) {
+    Demand(fault.line >= 1 && !fault.text.empty(), "a refusal without line or reason");
+    return 0;
+  }
+  const std::string text = Format_Store(content);
+  C_Store_Content again;
+  Demand(Parse_Store(text, again, fault), "refuses what it has written itself");
+  Demand(Format_Store(again) == text, "writes another text the second time");
+  C_Store_Content merged;
+  Keep_Unknown_Entries(content, merged);
+  Demand(Format_Store(merged) == text, "loses entries that it is to keep");
+  return 0;
+}
