@@ -1,0 +1,128 @@
+#include "support/front.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+
+#include "common/scripted_front.h"
+#include "common/temp_folder.h"
+#include "store_thing.h"
+#include "support/chart.h"
+#include "support/console_front.h"
+#include "support/dialog.h"
+
+namespace orsanta {
+namespace {
+
+namespace fs = std::filesystem;
+using ::testing::HasSubstr;
+
+TEST(Front, Console_Answers_Everything_By_Itself_In_Single_Lines) {
+  auto before = Replace_Front(std::make_unique<C_Console_Front>());
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(Message_Box(L"\n请进行基准校正\r\n\n第二行\n", Box_Stop_Icon), Answer_Ok);
+  EXPECT_EQ(Message_Box(L"保存?", Box_Yes_No | Box_System_Modal), Answer_No);
+
+  int value = 3;
+  CParameterInOutDlg dialog;
+  dialog.AddDataEditRange(L"点数\n", 0, 10.0F, value, 4, 10, 1, 0, nullptr);
+  EXPECT_EQ(dialog.DoParameterDlg(1, 0, 1.0F, 1, nullptr, nullptr, 1), 0);
+  EXPECT_EQ(value, 3);
+
+  CKestrunePlot chart;
+  CMyArray<double> points;
+  points.Add(1.0);
+  EXPECT_EQ(chart.Plot(L"厚度", points, points, 0, 500, 400, CKestruneGraph::Line_Solid, L""), 0);
+  EXPECT_EQ(chart.BeImageWindowCreate(), 0);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "请进行基准校正 第二行\n保存?\n没有显示器,对话框已取消: 点数\n");
+  Replace_Front(std::move(before));
+}
+
+TEST(Front, Console_Goes_On_Where_Nobody_Reads_It) {
+  auto before = Replace_Front(std::make_unique<C_Console_Front>());
+  const int kept = dup(STDERR_FILENO);
+  close(STDERR_FILENO);
+  EXPECT_EQ(Message_Box(L"没有终端"), Answer_Ok);
+  dup2(kept, STDERR_FILENO);
+  close(kept);
+  Replace_Front(std::move(before));
+}
+
+TEST(Front, Boxes_Of_Several_Threads_Stand_Side_By_Side) {
+  C_Simulated_Clock clock(3);
+  C_Scripted_Front_Holder front;
+  front->On_Box(L"慢", Answer_Yes, 5000);
+  front->On_Box(L"快", Answer_Ok, 20);
+  double slow_ms = 0.0;
+  C_Thread slow;
+  slow.Start("slow", [&] {
+    EXPECT_EQ(Message_Box(L"慢", Box_Yes_No), Answer_Yes);
+    slow_ms = Now_Ms();
+  });
+  ASSERT_TRUE(front->Wait_For_Box(L"慢", 100.0));
+  EXPECT_EQ(Message_Box(L"快"), Answer_Ok);
+  EXPECT_LT(Now_Ms(), 100.0);
+  slow.Join();
+  EXPECT_GE(slow_ms, 5000.0);
+}
+
+TEST(Front, Charts_Keep_Their_Own_Windows_Until_Their_End) {
+  C_Simulated_Clock clock(4);
+  C_Scripted_Front_Holder front;
+  CMyArray<double> x;
+  CMyArray<double> y;
+  for (const double value : {1.0, 2.0, 3.0}) {
+    x.Add(value);
+    y.Add(value * value);
+  }
+  y.Add(16.0);  // a point without a partner is left out
+  CKestrunePlot other;
+  {
+    CKestrunePlot chart;
+    chart.SetDynamicAdjustRange(0);
+    EXPECT_EQ(chart.BeImageWindowCreate(), 0);
+    EXPECT_EQ(chart.Plot(L"温度", x, y, 0, 500, 400, CKestruneGraph::Line_Solid, L"备注"), 1);
+    EXPECT_EQ(chart.BeImageWindowCreate(), 1);
+    EXPECT_EQ(other.BeImageWindowCreate(), 0);
+    other.Plot(L"厚度", x, x, 0, 500, 400, CKestruneGraph::Line_None, L"");
+  }
+  EXPECT_EQ(other.BeImageWindowCreate(), 1);
+  const C_Chart_Model shown = front->Shown()[0].chart;
+  EXPECT_THAT(shown.y, ::testing::ElementsAre(1.0, 4.0, 9.0));
+  EXPECT_FALSE(shown.axes_follow);
+  EXPECT_EQ(shown.note, L"备注");
+  int open = 0;
+  for (unsigned number = 0; number < 100; ++number) open += front->Is_Chart_Open(number) ? 1 : 0;
+  EXPECT_EQ(open, 1) << "a chart outlives its object";
+}
+
+// Runs in a process of its own, started below.
+TEST(Front, DISABLED_Shows_One_Box) {
+  EXPECT_EQ(Message_Box(L"一个消息"), Answer_Ok);
+}
+
+TEST(Front, Says_Once_Why_There_Is_No_Desktop) {
+  const C_Temp_Folder folder;
+  fs::copy_file("/proc/self/exe", "program");
+  const auto errors_of_run = [](const char* display) {
+    const std::string command = std::string("unset WAYLAND_DISPLAY; DISPLAY=") + display +
+                                " ./program --gtest_filter=Front.DISABLED_Shows_One_Box"
+                                " --gtest_also_run_disabled_tests >/dev/null 2>errors";
+    EXPECT_EQ(std::system(command.c_str()), 0);
+    return Text_Of_File("errors");
+  };
+  EXPECT_EQ(errors_of_run(""), "一个消息\n");
+
+  const std::string missing = errors_of_run(":77");
+  EXPECT_THAT(missing, HasSubstr("liborsanta_desktop.so is not beside"));
+  EXPECT_EQ(std::count(missing.begin(), missing.end(), '\n'), 2);
+
+  Write_File("liborsanta_desktop.so", "no library");
+  EXPECT_THAT(errors_of_run(":77"), HasSubstr("the desktop front cannot be loaded"));
+}
+
+}  // namespace
+}  // namespace orsanta
