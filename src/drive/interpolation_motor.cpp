@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "drive/channel_read.h"
 #include "drive/thermistor.h"
 #include "drive/tremalink.h"
 #include "support/clock.h"
@@ -251,9 +252,7 @@ int C_Interpolation_Voice_Motor::Get_encoder_Error_counter(int which, int& count
 int C_Interpolation_Voice_Motor::Get_Version(uint16_t& ver, uint32_t& bcd_date) {
   double value = 0.0;
   if (Read_Once(Port_Channel(Port_Version), value) != 1) return 0;
-  const auto packed = static_cast<int64_t>(value);
-  ver = static_cast<uint16_t>(packed & 0xFFFF);
-  bcd_date = static_cast<uint32_t>((packed >> 16) & 0xFFFFFFFF);
+  Split_Version(value, ver, bcd_date);
   return 1;
 }
 
@@ -345,36 +344,11 @@ int C_Interpolation_Voice_Motor::Get_Fifo(int port, CMyArray<double>& samples) {
 // --- Channel reads ---
 
 int C_Interpolation_Voice_Motor::Read_Once(int channel, double& value) {
-  double pdata[Latest_Count];
-  int nLen = 0;
-  if (GetInputChannelData(channel, Latest_Count, &nLen, pdata, nullptr) == 0 || nLen < 1) return 0;
-  value = pdata[nLen - 1];
-  return 1;
+  return Read_Newest_Sample<Latest_Count>(channel, value);
 }
 
 int C_Interpolation_Voice_Motor::Read_Latest(int channel, double& value) {
-  double pdata[Latest_Count];
-  int nLen = 0;
-  int result = 0;
-  const auto read = [&] {
-    nLen = 0;
-    result = GetInputChannelData(channel, Latest_Count, &nLen, pdata, nullptr);
-    return nLen >= 1;
-  };
-  for (int empty_reads = 0; !read();) {
-    ++empty_reads;
-    Sleep(1);
-    if (empty_reads > Latest_Tries) return 0;
-  }
-  if (nLen == Latest_Count) {
-    for (int reads = 0; reads <= Latest_Tries; ++reads) {
-      Sleep(1);
-      if (read()) break;
-    }
-  }
-  if (result == 0 || nLen < 1) return 0;
-  value = pdata[nLen - 1];
-  return 1;
+  return Read_Fresh_Sample<Latest_Count>(channel, Latest_Tries, value);
 }
 
 // Unlike the other drive class this one takes the first read that works, even an empty one.

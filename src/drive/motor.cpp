@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "drive/channel_read.h"
 #include "drive/motor_channels.h"
 #include "drive/tremalink.h"
 #include "support/clock.h"
@@ -128,9 +129,7 @@ int C_Kestrune_Motor_test::Check_Ready() {
 int C_Kestrune_Motor_test::Get_Version(uint16_t& ver, uint32_t& bcd_date) {
   double value = 0.0;
   if (Read_Once(In_Version, value) != 1) return 0;
-  const auto packed = static_cast<int64_t>(value);
-  ver = static_cast<uint16_t>(packed & 0xFFFF);
-  bcd_date = static_cast<uint32_t>((packed >> 16) & 0xFFFFFFFF);
+  Split_Version(value, ver, bcd_date);
   return 1;
 }
 
@@ -312,38 +311,11 @@ int C_Kestrune_Motor_test::Go_Zero() {
 // --- Channel reads ---
 
 int C_Kestrune_Motor_test::Read_Once(int k, double& value) {
-  double pdata[Latest_Count];
-  int nLen = 0;
-  if (GetInputChannelData(Input_Channel(k), Latest_Count, &nLen, pdata, nullptr) == 0 || nLen < 1) return 0;
-  value = pdata[nLen - 1];
-  return 1;
+  return Read_Newest_Sample<Latest_Count>(Input_Channel(k), value);
 }
 
 int C_Kestrune_Motor_test::Read_Latest(int channel, double& value) {
-  double pdata[Latest_Count];
-  int nLen = 0;
-  int result = 0;
-  const auto read = [&] {
-    nLen = 0;
-    result = GetInputChannelData(channel, Latest_Count, &nLen, pdata, nullptr);
-    return nLen >= 1;
-  };
-  for (int empty_reads = 0; !read();) {
-    ++empty_reads;
-    Sleep(1);
-    if (empty_reads > Latest_Tries) return 0;
-  }
-  if (nLen == Latest_Count) {
-    // The FIFO was full and dropped what came after, so that even its newest sample may be old. Wait for one that is
-    // not.
-    for (int reads = 0; reads <= Latest_Tries; ++reads) {
-      Sleep(1);
-      if (read()) break;
-    }
-  }
-  if (result == 0 || nLen < 1) return 0;
-  value = pdata[nLen - 1];
-  return 1;
+  return Read_Fresh_Sample<Latest_Count>(channel, Latest_Tries, value);
 }
 
 int C_Kestrune_Motor_test::Read_Channel_Array(int channel, CMyArray<double>& samples) {

@@ -50,8 +50,6 @@ TEST(Thermistor, Follows_The_Published_Curve_To_One_Step_Of_The_Adc) {
 }
 
 TEST(Thermistor, Ends_Of_The_Range) {
-  EXPECT_FLOAT_EQ(ADC2Rt()(2048), 10000.0F);
-  EXPECT_NEAR(rt2temp()(10000.0F), 25.0, 1e-4);
   EXPECT_EQ(Rt2ADC()(10000.0F), 2047);  // cut off from 2047.5 on a scale of 4095
   EXPECT_EQ(ADC2Rt()(0), 0.0F);
   EXPECT_TRUE(std::isinf(ADC2Rt()(4096)));

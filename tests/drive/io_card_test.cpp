@@ -1,93 +1,63 @@
 #include "drive/io_card.h"
 
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
-
-#include "bench/bench.h"
+#include "drive/room.h"
 #include "drive/tremalink.h"
-#include "support/clock.h"
 
 namespace orsanta {
 namespace {
 
-constexpr int Card_Id = 15;
-
-class C_Io_Card_Test : public testing::Test {
+class C_Io_Card_Test : public C_Room {
  protected:
-  void SetUp() override {
+  static constexpr int Card_Id = 15;
+
+  C_Io_Card_Test() {
     bench::Reset();
     InitDevice_PC_Local_Controler(1, 0);
     ConnectControlServer(L"", 0, nullptr);
     bench::Journal_Clear();
   }
-  static std::vector<std::string> Calls(const std::string& prefix) {
-    std::vector<std::string> calls;
-    for (const bench::Journal_Entry& call : bench::Journal()) {
-      if (call.function.rfind(prefix, 0) != 0) continue;
-      calls.push_back(std::to_string(call.thread) + " " + call.function + "(" + call.arguments + ")");
-    }
-    return calls;
-  }
-  C_Simulated_Clock m_Clock{1};
+  C_Io_Card m_Card;
 };
 
 TEST_F(C_Io_Card_Test, Maps_Eight_Channels_Once_And_Reads_And_Writes_Them) {
-  C_Io_Card card;
-  card.Set_Io_Mode(1);
-  card.Map_Io(2, Card_Id);
-  std::vector<std::string> expected;
-  for (int i = 0; i < 8; ++i) {
-    const std::string bit = std::to_string(i);
-    expected.push_back("0 SET_IOOUT_MAP(15, 3, " + bit + ", " + bit + ")");
-    expected.push_back("0 SET_IOIN_MAP(15, 4, " + bit + ", 0, " + bit + ")");
+  m_Card.Set_Io_Mode(1);
+  m_Card.Map_Io(2, Card_Id);
+  std::string expected;
+  for (const char bit : std::string("01234567")) {
+    expected += std::string("SET_IOOUT_MAP(15, 3, ") + bit + ", " + bit + "); ";
+    expected += std::string("SET_IOIN_MAP(15, 4, ") + bit + ", 0, " + bit + "); ";
   }
-  EXPECT_EQ(Calls("SET_IO"), expected);
-  card.Map_Io(8, Card_Id);
-  EXPECT_EQ(Calls("SET_IO").size(), 16U);
+  EXPECT_EQ(Calls(), expected + "WaitForAllInsFinish(); ");
+  EXPECT_EQ(bench::Journal().back().thread, 0);
+  m_Card.Map_Io(8, Card_Id);
+  EXPECT_EQ(Count("SET_IO"), 16);
 
   bench::Set_Input(5, 1);
-  EXPECT_EQ(card.Get_Io(5), 1);
-  EXPECT_EQ(card.Get_Io(6), 0);
-  card.Set_Io(7, 1);
+  EXPECT_EQ(m_Card.Get_Io(5), 1);
+  EXPECT_EQ(m_Card.Get_Io(6), 0);
+  m_Card.Set_Io(7, 1);
   EXPECT_EQ(bench::Get_Output(7), 1);
-  card.Set_Io(7, 256);  // narrowed to eight bits
+  m_Card.Set_Io(7, 256);  // narrowed to eight bits
   EXPECT_EQ(bench::Get_Output(7), 0);
+  bench::Set_Io_Card_Missing(true);
+  EXPECT_EQ(m_Card.Get_Io(5), -1);
+  EXPECT_TRUE(m_Front->Boxes().empty());
 }
 
-TEST_F(C_Io_Card_Test, Without_A_Card) {
-  {
-    C_Io_Card card;  // none wanted
-    card.Set_Io_Mode(0);
-    card.Map_Io(2, Card_Id);
-    EXPECT_EQ(card.Get_Io(1), 3);
-    card.Set_Io(1, 1);
-    EXPECT_TRUE(Calls("Set").empty());
-    EXPECT_TRUE(Calls("SET_IO").empty());
-  }
-  bench::Set_Io_Card_Missing(true);  // wanted, and not there: the map goes on without a word
-  C_Io_Card card;
-  card.Set_Io_Mode(1);
-  card.Map_Io(2, Card_Id);
-  EXPECT_EQ(Calls("SET_IO").size(), 16U);
-  EXPECT_EQ(card.Get_Io(1), -1);
-}
-
-TEST_F(C_Io_Card_Test, Pulses_Stand_In_For_Inputs) {
-  C_Io_Card card;
-  card.Set_Io_Mode(0);
-  card.Set_Sim_Mask(4);
-  for (const int channel : {0, 1, 2, 3}) EXPECT_EQ(card.Get_Io(channel), 3);  // share no bit with the mask
-  card.Set_Sim_Rate(11);
-  const int first = card.Get_Io(4);
-  EXPECT_EQ(card.Get_Io(5), 1 - first);  // one counter for all channels
-  EXPECT_EQ(card.Get_Io(7), first);
-
-  card.Set_Sim_Rate(1);  // turns over every 1024 reads
+TEST_F(C_Io_Card_Test, Without_A_Card_Pulses_Stand_In_For_Inputs) {
+  m_Card.Set_Io_Mode(0);
+  m_Card.Map_Io(2, Card_Id);
+  m_Card.Set_Io(1, 1);
+  m_Card.Set_Sim_Mask(4);
+  for (const int channel : {0, 1, 2, 3}) EXPECT_EQ(m_Card.Get_Io(channel), 3);  // share no bit with the mask
+  EXPECT_EQ(Calls(), "");
+  m_Card.Set_Sim_Rate(11);
+  const int first = m_Card.Get_Io(4);
+  EXPECT_EQ(m_Card.Get_Io(5), 1 - first);  // one counter for all channels
+  m_Card.Set_Sim_Rate(1);                  // turns over every 1024 reads
   std::vector<int> turns;
-  for (int read = 0, before = card.Get_Io(4); read < 5000; ++read) {
-    const int now = card.Get_Io(6);
+  for (int read = 0, before = m_Card.Get_Io(4); read < 5000; ++read) {
+    const int now = m_Card.Get_Io(6);
     if (now != before) turns.push_back(read);
     before = now;
   }

@@ -1,57 +1,58 @@
-// What the tests of both drive classes share: a simulated room on the simulated clock, with a scripted operator.
+// What the tests of both drive classes share: a simulated room on the simulated clock, with a scripted operator, and
+// looks at the journal.
 #pragma once
 
 #include <gtest/gtest.h>
 
-#include <functional>
+#include <sstream>
 #include <string>
 #include <vector>
 
 #include "bench/bench.h"
 #include "common/scripted_front.h"
-#include "support/clock.h"
-#include "support/thread.h"
 
 namespace orsanta {
 
+using Texts = std::vector<std::wstring>;
+
 class C_Room : public testing::Test {
  protected:
-  // The journal's calls in order, as "thread function(arguments)", without those that `skip` names.
-  static std::vector<std::string> Calls(const std::function<bool(const bench::Journal_Entry&)>& wanted) {
-    std::vector<std::string> calls;
+  // The journal's calls in order, as "function(arguments); ", without the polls of the search and of the buffer.
+  static std::string Calls() {
+    std::string calls;
     for (const bench::Journal_Entry& call : bench::Journal()) {
-      if (wanted(call)) calls.push_back(call.function + "(" + call.arguments + ")");
+      if (call.function == "CheckDeviceExist" || call.function == "GetThreadInsBufferRemainCount") continue;
+      calls += call.function + "(" + call.arguments + "); ";
     }
     return calls;
   }
-  static std::vector<std::string> Calls_Of(const std::string& function) {
-    return Calls([&function](const bench::Journal_Entry& call) { return call.function == function; });
+  // How many calls begin with the text.
+  static int Count(const std::string& text) {
+    int count = 0;
+    for (const bench::Journal_Entry& call : bench::Journal())
+      count += (call.function + "(" + call.arguments + ")").rfind(text, 0) == 0 ? 1 : 0;
+    return count;
   }
-  static std::vector<std::string> All_Calls() {
-    return Calls([](const bench::Journal_Entry& call) { return call.function != "CheckDeviceExist"; });
+  // The calls that a table of maps stands for: "i PORT FORMAT CHANNEL DEPTH" an input, "w PORT FORMAT CHANNEL" a
+  // window, "o PORT FORMAT CHANNEL" an output, "wait" a wait for the server.
+  static std::string Map_Calls(const std::string& can_id, const std::string& table) {
+    std::istringstream in(table);
+    std::string calls, kind, port, format, channel, depth = "4096";
+    while (in >> kind) {
+      if (kind != "wait") in >> port >> format >> channel;
+      const std::string map = "PUT_DATA_MAP(" + can_id + ", " + port + ", " + format + ", " + channel + "); ";
+      if (kind == "o") calls += "SET_OUT" + map;
+      if (kind == "i") in >> depth;
+      if (kind == "i" || kind == "w") calls += "SET_IN" + map + "RESET_INPUT_DATA_FIFO(" + channel + ", ";
+      if (kind == "i") calls += depth + "); ";
+      if (kind == "w") calls += "4096); ";
+      if (kind == "w" || kind == "wait") calls += "WaitForAllInsFinish(); ";
+    }
+    return calls;
   }
 
   C_Simulated_Clock m_Clock{1};
   C_Scripted_Front_Holder m_Front;
-};
-
-// Does something to the room as soon as a condition holds, which it looks at every millisecond. Ends with the scope.
-class C_When {
- public:
-  C_When(std::function<bool()> holds, std::function<void()> action) {
-    m_Thread.Start("when", [this, holds = std::move(holds), action = std::move(action)] {
-      while (!m_Be_End && !holds()) Sleep(1);
-      if (!m_Be_End) action();
-    });
-  }
-  ~C_When() {
-    m_Be_End = true;
-    m_Thread.Join();
-  }
-
- private:
-  std::atomic<bool> m_Be_End{false};
-  C_Thread m_Thread;
 };
 
 }  // namespace orsanta
