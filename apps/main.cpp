@@ -78,6 +78,7 @@ int main(int argc, char** argv) {
   int exit_status = app::Done;
   app::Add_Measure(program, exit_status);
   app::Add_Selftest(program, exit_status);
+  app::Add_Panel(program, exit_status);
   program.footer(
       "Exit status: 0 all went well, 1 something failed, 2 an argument is wrong.\n"
       "orsanta COMMAND --help explains a command.");

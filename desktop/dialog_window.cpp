@@ -82,6 +82,17 @@ C_Dialog_Window::C_Dialog_Window(int number, const C_Dialog_Model& model, std::s
   layout->addWidget(scroll, 1);
   if (m_Confirms) layout->addWidget(Make_Foot());
   Choose_Size();
+  Focus_First_Edit();
+}
+
+// Typing replaces what stands in the first edit.
+void C_Dialog_Window::Focus_First_Edit() {
+  for (const C_Control& control : m_Controls) {
+    if (control.hint == nullptr) continue;
+    control.widget->setFocus(Qt::OtherFocusReason);
+    static_cast<QLineEdit*>(control.widget)->selectAll();
+    return;
+  }
 }
 
 QWidget* C_Dialog_Window::Make_Head(const C_Dialog_Model& model) {

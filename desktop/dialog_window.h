@@ -58,6 +58,7 @@ class C_Dialog_Window : public QDialog {
   void Set_Text(int control, const QString& text);
   void Clear_Refusal(int control);
   void Choose_Size();
+  void Focus_First_Edit();
 
   std::shared_ptr<C_Dialog_Link> m_Link;
   std::vector<C_Control> m_Controls;

@@ -1,0 +1,185 @@
+// orsanta_strip: the bench strip of `orsanta panel`. A small window in which a newcomer does what hands and a machine
+// do at the real gauge: put a part of some thickness under a probe, take it away, press the IO input of a station.
+//
+// It runs as a process of its own beside the host program, which starts it, and talks in lines of text.
+//   out:  "part STATION MM", "remove STATION", "input STATION LEVEL"
+//   in:   "state STATION POSITION_MM FORCE_G OUTPUT"; the end of the stream ends the program
+// Usage: orsanta_strip STATIONS, or orsanta_strip --check, which tells by its status whether windows can be shown.
+#include <unistd.h>
+
+#include <QApplication>
+#include <QDoubleSpinBox>
+#include <QGridLayout>
+#include <QLabel>
+#include <QPushButton>
+#include <QScreen>
+#include <QScrollArea>
+#include <QSocketNotifier>
+#include <QVBoxLayout>
+#include <cstdio>
+#include <cstdlib>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "desktop/display.h"
+#include "desktop/look.h"
+
+namespace orsanta {
+
+namespace {
+
+constexpr double Block_Mm = 5.0;     // what lies under each probe at first
+constexpr double Thickest_Mm = 8.9;  // more does not fit under a lifted probe
+constexpr int Most_Stations = 14;
+constexpr int Io_Channels = 8;  // of the IO card; stations beyond have none
+
+// One line to the host. A host that has gone ends this program through the other stream.
+void Tell(const std::string& line) {
+  fputs((line + "\n").c_str(), stdout);
+  fflush(stdout);
+}
+
+class C_Strip : public QWidget {
+ public:
+  explicit C_Strip(int stations) {
+    setObjectName(QStringLiteral("bench_strip"));
+    setWindowTitle(QStringLiteral("模拟台架"));
+    auto* grid = new QGridLayout;
+    grid->setContentsMargins(14, 10, 14, 12);
+    grid->setHorizontalSpacing(12);
+    const char* heads[] = {"工位", "零件厚度 (mm)", "", "", "IO 输入", "探头位置", "测力", "IO 输出"};
+    for (int column = 0; column < 8; ++column) {
+      auto* head = new QLabel(QString::fromUtf8(heads[column]));
+      head->setObjectName(QStringLiteral("hint"));
+      grid->addWidget(head, 0, column);
+    }
+    for (int station = 1; station <= stations; ++station) Add_Row(*grid, station);
+    auto* body = new QWidget;
+    body->setLayout(grid);
+    auto* scroll = new QScrollArea;
+    scroll->setWidget(body);
+    scroll->setWidgetResizable(true);
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(scroll);
+    const QRect space = screen()->availableGeometry();
+    resize(std::min(body->sizeHint().width() + 24, space.width()), std::min(body->sizeHint().height() + 4, 320));
+    move(space.center().x() - width() / 2, space.bottom() - height());
+  }
+
+  void Show_State(const std::string& line) {
+    std::istringstream words(line);
+    std::string word;
+    size_t station = 0;
+    double position = 0.0, force = 0.0;
+    int output = 0;
+    if (!(words >> word >> station >> position >> force >> output) || word != "state") return;
+    if (station < 1 || station > m_Rows.size()) return;
+    const C_Row& row = m_Rows[station - 1];
+    row.position->setText(QStringLiteral("%1 mm").arg(position, 0, 'f', 3));
+    row.force->setText(QStringLiteral("%1 g").arg(force, 0, 'f', 1));
+    row.output->setText(output != 0 ? QStringLiteral("● 1") : QStringLiteral("○ 0"));
+  }
+
+ private:
+  struct C_Row {
+    QLabel* position;
+    QLabel* force;
+    QLabel* output;
+  };
+
+  void Add_Row(QGridLayout& grid, int station) {
+    const std::string number = std::to_string(station);
+    grid.addWidget(new QLabel(QString::number(station)), station, 0);
+    auto* thickness = new QDoubleSpinBox;
+    thickness->setRange(0.001, Thickest_Mm);
+    thickness->setDecimals(4);
+    thickness->setSingleStep(0.01);
+    thickness->setValue(Block_Mm);
+    thickness->setMinimumWidth(110);
+    grid.addWidget(thickness, station, 1);
+
+    auto* place = new QPushButton(QStringLiteral("放上零件"));
+    QObject::connect(place, &QPushButton::clicked, this,
+                     [=] { Tell("part " + number + " " + std::to_string(thickness->value())); });
+    grid.addWidget(place, station, 2);
+    auto* remove = new QPushButton(QStringLiteral("取走零件"));
+    QObject::connect(remove, &QPushButton::clicked, this, [=] { Tell("remove " + number); });
+    grid.addWidget(remove, station, 3);
+    // Held down it asks for a measurement, let go it asks for the probe to go back.
+    auto* input = new QPushButton(QStringLiteral("测量信号"));
+    input->setCheckable(true);
+    input->setEnabled(station < Io_Channels);
+    QObject::connect(input, &QPushButton::toggled, this,
+                     [=](bool down) { Tell("input " + number + (down ? " 0" : " 1")); });
+    grid.addWidget(input, station, 4);
+
+    const C_Row row{new QLabel, new QLabel, new QLabel};
+    row.position->setMinimumWidth(90);
+    row.force->setMinimumWidth(90);
+    grid.addWidget(row.position, station, 5);
+    grid.addWidget(row.force, station, 6);
+    grid.addWidget(row.output, station, 7);
+    m_Rows.push_back(row);
+  }
+
+  std::vector<C_Row> m_Rows;
+};
+
+// Hands on whole lines from the host, and ends the program with the stream.
+class C_Host_Lines {
+ public:
+  explicit C_Host_Lines(C_Strip& strip) : m_Strip(strip), m_Notifier(STDIN_FILENO, QSocketNotifier::Read) {
+    QObject::connect(&m_Notifier, &QSocketNotifier::activated, &strip, [this] { Read(); });
+  }
+
+ private:
+  void Read() {
+    char bytes[4096];
+    const ssize_t got = read(STDIN_FILENO, bytes, sizeof bytes);
+    if (got <= 0) return QApplication::quit();
+    m_Text.append(bytes, static_cast<size_t>(got));
+    for (size_t end = m_Text.find('\n'); end != std::string::npos; end = m_Text.find('\n')) {
+      m_Strip.Show_State(m_Text.substr(0, end));
+      m_Text.erase(0, end + 1);
+    }
+  }
+
+  C_Strip& m_Strip;
+  QSocketNotifier m_Notifier;
+  std::string m_Text;
+};
+
+int Run(const std::string& platform, const std::string& argument) {
+  const int stations = atoi(argument.c_str());
+  if (stations < 1 || stations > Most_Stations) {
+    fprintf(stderr, "orsanta_strip: takes the number of stations, 1 to %d, not \"%s\"\n", Most_Stations,
+            argument.c_str());
+    return 2;
+  }
+  std::string name = "orsanta_strip", option = "-platform", value = platform;
+  char* arguments[] = {name.data(), option.data(), value.data(), nullptr};
+  int count = 3;
+  QApplication application(count, arguments);
+  Set_Up_Look();
+  C_Strip strip(stations);
+  const C_Host_Lines lines(strip);
+  strip.show();
+  return QApplication::exec();
+}
+
+}  // namespace
+
+}  // namespace orsanta
+
+int main(int argc, char** argv) {
+  std::string reason;
+  const std::string platform = orsanta::Find_Display(reason);
+  if (platform.empty()) {
+    fprintf(stderr, "orsanta: the panel needs a display: %s\n", reason.c_str());
+    return 1;
+  }
+  const std::string argument = argc > 1 ? argv[1] : "";
+  return argument == "--check" ? 0 : orsanta::Run(platform, argument);
+}

@@ -1,0 +1,86 @@
+// The arithmetic of a chart: what is left of a long line, and where the ticks stand.
+#include "desktop/chart_line.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <random>
+
+namespace orsanta {
+
+namespace {
+
+C_Chart_Axis Axis(double low, double high, double first, double last) {
+  C_Chart_Axis axis;
+  axis.low = low;
+  axis.high = high;
+  axis.first = first;
+  axis.last = last;
+  return axis;
+}
+
+// The vertical extent of a line in every pixel column, which is what the eye sees of it.
+std::vector<std::pair<double, double>> Extents(const QPolygonF& line, int width) {
+  std::vector<std::pair<double, double>> extents(static_cast<size_t>(width), {1e9, -1e9});
+  for (const QPointF& point : line) {
+    const auto column = static_cast<size_t>(std::floor(point.x()));
+    if (column >= extents.size()) continue;
+    extents[column].first = std::min(extents[column].first, point.y());
+    extents[column].second = std::max(extents[column].second, point.y());
+  }
+  return extents;
+}
+
+TEST(ChartLine, ThinningChangesNoPixelColumn) {
+  std::mt19937 random(3);
+  std::normal_distribution<double> noise(0.0, 1.0);
+  std::vector<double> x, y;
+  QPolygonF whole;
+  const C_Chart_Axis x_axis = Axis(0.0, 50000.0, 0.0, 500.0), y_axis = Axis(-10.0, 10.0, 400.0, 0.0);
+  for (int i = 0; i < 50000; ++i) {
+    x.push_back(i);
+    y.push_back(noise(random) + (i == 31234 ? 8.0 : 0.0));  // one outlier, which must not get lost
+    whole.append(QPointF(x_axis.To_Pixel(x.back()), y_axis.To_Pixel(y.back())));
+  }
+  const QPolygonF line = Make_Line(x, y, x_axis, y_axis);
+  EXPECT_LE(line.size(), 4 * 501);
+  EXPECT_EQ(Extents(line, 500), Extents(whole, 500));
+  for (int i = 1; i < line.size(); ++i) ASSERT_GE(line[i].x(), line[i - 1].x());
+  EXPECT_EQ(line.back(), whole.back());
+
+  // Zoomed in to a few points: all of them, and one beyond each border, so that the line leaves the picture.
+  const C_Chart_Axis close_up = Axis(99.5, 104.5, 0.0, 500.0);
+  EXPECT_EQ(Make_Line(x, y, close_up, y_axis).size(), 5 + 2);
+
+  const double none = std::numeric_limits<double>::quiet_NaN();
+  EXPECT_EQ(Make_Line({0, 1, 2, 3}, {1, none, 3, none}, Axis(0, 3, 0, 100), y_axis).size(), 2);
+  EXPECT_TRUE(Make_Line({}, {}, close_up, y_axis).isEmpty());
+}
+
+TEST(ChartAxis, TicksAreRoundAndZoomKeepsItsCenter) {
+  std::vector<QString> labels;
+  for (const C_Chart_Tick& tick : Make_Ticks(Axis(2.34412, 2.34562, 300, 0), 6, false)) labels.push_back(tick.label);
+  EXPECT_EQ(labels, (std::vector<QString>{"2.3445", "2.3450", "2.3455"}));
+  labels.clear();
+  for (const C_Chart_Tick& tick : Make_Ticks(Axis(-0.3, 2.2, 0, 300), 8, true)) labels.push_back(tick.label);
+  EXPECT_EQ(labels, (std::vector<QString>{"0", "1", "2"})) << "measurements have whole numbers";
+
+  C_Chart_Axis axis = Axis(0.0, 10.0, 100.0, 200.0);
+  axis.Zoom(130.0, 0.5);
+  EXPECT_NEAR(axis.To_Value(130.0), 3.0, 1e-12);
+  EXPECT_NEAR(axis.high - axis.low, 5.0, 1e-12);
+  for (int i = 0; i < 500; ++i) axis.Zoom(130.0, 0.5);  // ends before the numbers do
+  EXPECT_GT(axis.high, axis.low);
+  EXPECT_FALSE(Make_Ticks(axis, 6, false).empty());
+  for (int i = 0; i < 5000; ++i) axis.Zoom(130.0, 2.0);
+  EXPECT_TRUE(std::isfinite(axis.high - axis.low));
+  axis.Show(5.0, 5.0, 0.1);  // all values alike
+  EXPECT_GT(axis.high, axis.low);
+  EXPECT_EQ(Value_Text(2.34551234, 0.0015), "2.34551");
+  EXPECT_EQ(Value_Text(523.5, 100.0), "523.5000");
+}
+
+}  // namespace
+
+}  // namespace orsanta

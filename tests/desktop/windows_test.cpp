@@ -1,0 +1,368 @@
+// The windows of the desktop front on a display of the test's own, worked with mouse and keys.
+#include "desktop/windows.h"
+
+#include <gtest/gtest.h>
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLineEdit>
+#include <QScrollArea>
+#include <QScrollBar>
+#include <QWheelEvent>
+#include <atomic>
+#include <clocale>
+#include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <thread>
+
+#include "common/temp_folder.h"
+#include "desktop/virtual_display.h"
+#include "support/message_box.h"
+#include "support/wide_string.h"
+
+namespace orsanta {
+
+namespace {
+
+C_Control_Model Control(C_Control_Kind kind, const wchar_t* caption, int column = 0) {
+  C_Control_Model control;
+  control.kind = kind;
+  control.caption = caption;
+  control.column = column;
+  return control;
+}
+
+// As wide and as high as the operator's panel with that many stations.
+C_Dialog_Model Panel_Model(int stations) {
+  C_Dialog_Model model;
+  model.title = L"面板";
+  for (int i = 0; i < stations; ++i) {
+    for (int k = 0; k < 11; ++k)
+      model.controls.push_back(Control(C_Control_Kind::Button, (L"按钮" + std::to_wstring(k)).c_str(), i));
+    model.controls.push_back(Control(C_Control_Kind::Dynamic_Display, L"状态", i));
+    model.controls.back().rows = 2;
+    model.controls.back().text_scale = 1.5F;
+  }
+  model.controls.push_back(Control(C_Control_Kind::Button, L"全部", stations));
+  return model;
+}
+
+C_Dialog_Model Force_Model() {
+  C_Dialog_Model model;
+  model.title = L"推力";
+  model.confirms = true;
+  C_Control_Model edit = Control(C_Control_Kind::Number_Edit, L"设定推力(g)");
+  edit.text = L"100.000";
+  edit.has_range = true;
+  edit.max = 10000.0;
+  model.controls.push_back(edit);
+  return model;
+}
+
+class Windows : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    static const bool is_there = C_Virtual_Display::Start();
+    if (!is_there) GTEST_SKIP() << "no Xvfb on this machine; install the package xvfb to test real windows";
+    Front();
+  }
+
+  // Opens the dialog and waits until its window stands.
+  int Open(const C_Dialog_Model& model) {
+    const int dialog = Front().Open_Dialog(model, events);
+    const QString title = QString::fromStdWString(model.title);
+    EXPECT_TRUE(Wait_On_Qt([&] { return Find_Window(title) != nullptr; }));
+    return dialog;
+  }
+  void Close(int dialog) {
+    Front().Close_Dialog(dialog);
+    EXPECT_TRUE(Wait_On_Qt([&] {
+      for (QWidget* window : QApplication::topLevelWidgets()) {
+        if (window->objectName() == QStringLiteral("dialog_%1").arg(dialog) && window->isVisible()) return false;
+      }
+      return true;
+    }));
+  }
+
+  C_Kept_Events events;
+};
+
+TEST_F(Windows, ButtonsAnswerMouseAndKeysAndShowTheirPress) {
+  C_Dialog_Model model = Panel_Model(2);
+  const int dialog = Open(model);
+  On_Qt([] {
+    auto* button = Find_By_Text<QPushButton>(Find_Window("面板"), "按钮3");
+    Click(button);
+    EXPECT_TRUE(button->property("active").toBool());
+  });
+  std::optional<C_Dialog_Event> event = events.Take();
+  ASSERT_TRUE(event.has_value());
+  EXPECT_EQ(event->kind, C_Dialog_Event::Kind::Press);
+  EXPECT_EQ(event->control, 3);
+
+  Front().Set_Busy(dialog, true);
+  EXPECT_TRUE(Wait_On_Qt([] { return Find_By_Text<QLabel>(Find_Window("面板"), "正在执行…") != nullptr; }));
+  On_Qt([] {
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);  // a busy panel still takes presses
+  });
+  event = events.Take();
+  ASSERT_TRUE(event.has_value());
+  EXPECT_EQ(event->control, 4);
+  Front().Set_Busy(dialog, false);
+  EXPECT_TRUE(Wait_On_Qt([] {
+    const auto* button = Find_By_Text<QPushButton>(Find_Window("面板"), "按钮4");
+    return !button->property("active").toBool() && Find_By_Text<QLabel>(Find_Window("面板"), "正在执行…") == nullptr;
+  }));
+
+  Front().Set_Control_Text(dialog, 4, L"测量(手动模式)");
+  EXPECT_TRUE(Wait_On_Qt([] { return Find_By_Text<QPushButton>(Find_Window("面板"), "测量(手动模式)") != nullptr; }));
+  // Escape must not take the panel away; its close button asks.
+  On_Qt([] { QTest::keyClick(Find_Window("面板"), Qt::Key_Escape); });
+  EXPECT_FALSE(events.Take(100).has_value());
+  On_Qt([] { Find_Window("面板")->close(); });
+  event = events.Take();
+  ASSERT_TRUE(event.has_value());
+  EXPECT_EQ(event->kind, C_Dialog_Event::Kind::Cancel);
+  On_Qt([] { EXPECT_NE(Find_Window("面板"), nullptr) << "stays until it is closed"; });
+  Close(dialog);
+  EXPECT_FALSE(events.Take(50).has_value());
+}
+
+TEST_F(Windows, FourStationsFitTheScreenAndFourteenScroll) {
+  for (const int stations : {4, 14}) {
+    const int dialog = Open(Panel_Model(stations));
+    On_Qt([&] {
+      QWidget* panel = Find_Window("面板");
+      EXPECT_LE(panel->width(), 1280);
+      EXPECT_LE(panel->height(), 800);
+      auto* scroll = panel->findChild<QScrollArea*>();
+      EXPECT_EQ(scroll->horizontalScrollBar()->maximum() > 0, stations == 14);
+      EXPECT_EQ(scroll->verticalScrollBar()->maximum(), 0);
+      // The keyboard reaches what lies outside, and it comes into sight.
+      auto* last = Find_By_Text<QPushButton>(panel, "全部");
+      for (int i = 0; i < 400 && QApplication::focusWidget() != last; ++i) {
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+      }
+      EXPECT_EQ(QApplication::focusWidget(), last);
+      EXPECT_FALSE(last->visibleRegion().isEmpty());
+      for (QWidget* display : panel->findChildren<QWidget*>()) {
+        if (display->accessibleName() != QStringLiteral("状态")) continue;
+        EXPECT_GE(display->height(), 100);
+      }
+    });
+    Close(dialog);
+  }
+}
+
+TEST_F(Windows, AnEditRefusesAndGoesOn) {
+  const int panel = Open(Panel_Model(1));
+  const int dialog = Open(Force_Model());
+  On_Qt([] {
+    auto* edit = Find_Window("推力")->findChild<QLineEdit*>();
+    EXPECT_EQ(QApplication::focusWidget(), edit) << "typing replaces the number at once";
+    EXPECT_NE(Find_By_Text<QLabel>(Find_Window("推力"), "范围 0 到 10000"), nullptr);
+    edit->selectAll();
+    QTest::keyClicks(edit, "20000");
+    QTest::keyClick(edit, Qt::Key_Return);
+    Click(Find_By_Text<QPushButton>(Find_Window("面板"), "按钮1"));  // under a modal dialog: dead
+  });
+  std::optional<C_Dialog_Event> event = events.Take();
+  ASSERT_TRUE(event.has_value());
+  EXPECT_EQ(event->kind, C_Dialog_Event::Kind::Confirm);
+  EXPECT_EQ(event->entries.at(0).text, L"20000");
+  EXPECT_FALSE(events.Take(50).has_value());
+
+  Front().Refuse_Entry(dialog, 0, L"超出范围");
+  EXPECT_TRUE(Wait_On_Qt([] { return Find_By_Text<QLabel>(Find_Window("推力"), "超出范围") != nullptr; }));
+  On_Qt([] {
+    auto* edit = Find_Window("推力")->findChild<QLineEdit*>();
+    EXPECT_TRUE(edit->property("refused").toBool());
+    EXPECT_EQ(edit->selectedText(), "20000");
+    QTest::keyClicks(edit, "150");
+    EXPECT_FALSE(edit->property("refused").toBool());
+    EXPECT_NE(Find_By_Text<QLabel>(Find_Window("推力"), "范围 0 到 10000"), nullptr);
+    Click(Find_By_Text<QPushButton>(Find_Window("推力"), "确定"));
+  });
+  event = events.Take();
+  ASSERT_TRUE(event.has_value());
+  EXPECT_EQ(event->entries.at(0).text, L"150");
+  On_Qt([] { QTest::keyClick(Find_Window("推力"), Qt::Key_Escape); });
+  event = events.Take();
+  ASSERT_TRUE(event.has_value());
+  EXPECT_EQ(event->kind, C_Dialog_Event::Kind::Cancel);
+  Close(dialog);
+  On_Qt([] { Click(Find_By_Text<QPushButton>(Find_Window("面板"), "按钮1")); });
+  EXPECT_TRUE(events.Take().has_value()) << "the panel is alive again";
+  Close(panel);
+}
+
+TEST_F(Windows, AFormGivesTicksPlacesAndTexts) {
+  C_Dialog_Model model;
+  model.title = L"表单";
+  model.confirms = true;
+  model.controls = {Control(C_Control_Kind::Text_Edit, L"输入密码"), Control(C_Control_Kind::Check_Box, L"更改密码"),
+                    Control(C_Control_Kind::Dropdown, L"波特率"), Control(C_Control_Kind::Text_Display, L"矫正")};
+  model.controls[0].text = L"输入密码";
+  model.controls[2].items = {L"9600", L"19200", L"115200"};
+  model.controls[2].selected = 2;
+  model.controls[3].text = L"请放好基准量块";
+  const int dialog = Open(model);
+  On_Qt([] {
+    QWidget* form = Find_Window("表单");
+    EXPECT_NE(Find_By_Text<QLabel>(form, "请放好基准量块"), nullptr);
+    auto* edit = form->findChild<QLineEdit*>();
+    EXPECT_EQ(edit->text(), "输入密码");
+    QTest::keyClicks(edit, "mocha");  // over the selected caption
+    form->findChild<QCheckBox*>()->click();
+    QTest::keyClick(form->findChild<QComboBox*>(), Qt::Key_Up);
+    QTest::keyClick(edit, Qt::Key_Return);
+  });
+  const std::optional<C_Dialog_Event> event = events.Take();
+  ASSERT_TRUE(event.has_value());
+  EXPECT_EQ(event->entries.at(0).text, L"mocha");
+  EXPECT_EQ(event->entries.at(1).selected, 1);
+  EXPECT_EQ(event->entries.at(2).selected, 1);
+  Close(dialog);
+}
+
+// Boxes of three threads stand open over a modal dialog and are answered in an order of the person's own.
+TEST_F(Windows, BoxesOfAnyThreadStandTogether) {
+  const int panel = Open(Panel_Model(1));
+  const int dialog = Open(Force_Model());
+  std::atomic<int> answers[3] = {0, 0, 0};
+  std::thread first([&] { answers[0] = Message_Box(L"第一"); });
+  std::thread second([&] { answers[1] = Message_Box(L"第二", Box_Yes_No); });
+  std::thread third([&] { answers[2] = Message_Box(L"第三", Box_Stop_Icon | Box_System_Modal); });
+  ASSERT_TRUE(Wait_On_Qt(
+      [] { return Find_Boxes("第一").size() + Find_Boxes("第二").size() + Find_Boxes("第三").size() == 3; }));
+  const auto answer = [](const QString& text, const QString& button) {
+    On_Qt([&] { Click(Find_Boxes(text).front()->findChild<QPushButton*>(button)); });
+  };
+  On_Qt([] {
+    QWidget* alarm = Find_Boxes("第三").front();
+    EXPECT_TRUE((alarm->windowFlags() & Qt::WindowStaysOnTopHint) != 0);
+    EXPECT_NE(alarm->findChild<QLabel*>("stop_icon"), nullptr);
+    EXPECT_FALSE((Find_Boxes("第一").front()->windowFlags() & Qt::WindowStaysOnTopHint) != 0);
+    // A key that was meant for another window does not answer a box that has just come up.
+    QTest::keyClick(alarm, Qt::Key_Return);
+    EXPECT_TRUE(alarm->isVisible());
+  });
+  answer("第三", "confirm");
+  third.join();
+  answer("第二", "no");
+  second.join();
+  EXPECT_EQ(answers[0], 0);
+  std::this_thread::sleep_for(std::chrono::milliseconds(450));
+  On_Qt([] { QTest::keyClick(Find_Boxes("第一").front(), Qt::Key_Escape); });
+  first.join();
+  EXPECT_EQ(answers[0], Answer_Ok);
+  EXPECT_EQ(answers[1], Answer_No);
+  EXPECT_EQ(answers[2], Answer_Ok);
+  Close(dialog);
+  Close(panel);
+}
+
+C_Chart_Model Chart(const wchar_t* title, int count) {
+  C_Chart_Model model;
+  model.title = title;
+  for (int i = 0; i < count; ++i) {
+    model.x.push_back(i);
+    model.y.push_back(2.0 + 0.001 * std::sin(0.01 * i));
+  }
+  return model;
+}
+
+TEST_F(Windows, AChartFollowsZoomsAndSaves) {
+  const C_Temp_Folder folder;
+  constexpr unsigned Number = 71;
+  EXPECT_FALSE(Front().Is_Chart_Open(Number));
+  Front().Draw_Chart(Number, Chart(L"曲线一", 20));
+  EXPECT_TRUE(Front().Is_Chart_Open(Number)) << "from the call on, so that a worker that looks at once goes on";
+  ASSERT_TRUE(Wait_On_Qt([] { return Find_Window("曲线一") != nullptr; }));
+  On_Qt([] {
+    EXPECT_EQ(Find_Window("曲线一")->size(), QSize(500, 400));
+    Find_Window("曲线一")->resize(700, 500);
+  });
+  Front().Draw_Chart(Number, Chart(L"曲线二", 50000));
+  ASSERT_TRUE(Wait_On_Qt([] { return Find_Window("曲线二") != nullptr && Find_Window("曲线一") == nullptr; }));
+  QImage all, zoomed, followed;
+  On_Qt([&] {
+    auto* view = Find_Window("曲线二")->findChild<QWidget*>("chart_view");
+    EXPECT_EQ(Find_Window("曲线二")->size(), QSize(700, 500)) << "a redrawn chart keeps its size";
+    all = view->grab().toImage();
+    const QPointF middle(view->width() / 2.0, view->height() / 2.0);
+    QWheelEvent wheel(middle, view->mapToGlobal(middle), QPoint(), QPoint(0, 240), Qt::NoButton, Qt::NoModifier,
+                      Qt::NoScrollPhase, false);
+    QApplication::sendEvent(view, &wheel);
+    zoomed = view->grab().toImage();
+    EXPECT_NE(zoomed, all);
+  });
+  Front().Draw_Chart(Number, Chart(L"曲线三", 50000));
+  ASSERT_TRUE(Wait_On_Qt([] { return Find_Window("曲线三") != nullptr; }));
+  On_Qt([&] {
+    QWidget* chart = Find_Window("曲线三");
+    auto* view = chart->findChild<QWidget*>("chart_view");
+    EXPECT_EQ(view->grab().toImage(), zoomed) << "what the person looks at stays";
+    Click(chart->findChild<QPushButton*>("follow"));
+    EXPECT_EQ(view->grab().toImage(), all);
+    Click(chart->findChild<QPushButton*>("save_csv"));
+  });
+  const auto save_as = [](const QString& name) {
+    ASSERT_TRUE(Wait_On_Qt([] { return QApplication::activeModalWidget() != nullptr; }));
+    On_Qt([&] {
+      auto* edit = QApplication::activeModalWidget()->findChild<QLineEdit*>();
+      edit->setText(QDir::current().filePath(name));
+      QTest::keyClick(edit, Qt::Key_Return);
+    });
+  };
+  save_as("points.csv");
+  On_Qt([] { Click(Find_Window("曲线三")->findChild<QPushButton*>("save_png")); });
+  save_as("picture.png");
+  EXPECT_TRUE(Wait_On_Qt([] { return QImage("picture.png").size().width() == 698; }));
+  std::ifstream points("points.csv");
+  std::string head, line;
+  std::getline(points, head);
+  std::getline(points, line);
+  EXPECT_EQ(line, "0,2");
+  int lines = 1;
+  while (std::getline(points, line)) ++lines;
+  EXPECT_EQ(lines, 50000);
+
+  On_Qt([] { Find_Window("曲线三")->close(); });
+  EXPECT_TRUE(Wait_On_Qt([] { return !Front().Is_Chart_Open(Number); }));
+  Front().Draw_Chart(Number, Chart(L"曲线四", 5));
+  ASSERT_TRUE(Wait_On_Qt([] { return Find_Window("曲线四") != nullptr; })) << "opens again";
+  Front().Close_Chart(Number);
+  EXPECT_TRUE(Wait_On_Qt([] { return Find_Window("曲线四") == nullptr; }));
+}
+
+// A front that changes the process's locale turns every decimal point of the library into a comma.
+TEST_F(Windows, TheLocaleOfTheProcessStays) {
+  EXPECT_STREQ(setlocale(LC_NUMERIC, nullptr), "C");
+}
+
+// The display goes away under an open dialog and an open box: both count as cancelled, and the process lives.
+void Lose_Display() {
+  if (!C_Virtual_Display::Start()) _exit(0);
+  C_Kept_Events events;
+  Front().Open_Dialog(Panel_Model(1), events);
+  std::atomic<int> answer = 0;
+  std::thread waiting([&] { answer = Message_Box(L"问题", Box_Yes_No); });
+  if (!Wait_On_Qt([] { return Find_Boxes("问题").size() == 1; })) _exit(2);
+  C_Virtual_Display::Stop();
+  waiting.join();
+  const std::optional<C_Dialog_Event> event = events.Take();
+  if (!event.has_value() || event->kind != C_Dialog_Event::Kind::Cancel || answer != Answer_No) _exit(3);
+  _exit(Message_Box(L"没有窗口") == Answer_Ok ? 0 : 4);
+}
+
+TEST(Display, ALostDisplayCancelsWhatIsOpen) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(Lose_Display(), ::testing::ExitedWithCode(0), "the system goes on without windows.*");
+}
+
+}  // namespace
+
+}  // namespace orsanta
