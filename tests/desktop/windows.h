@@ -7,6 +7,8 @@
 #include <QTest>
 #include <QWidget>
 #include <chrono>
+#include <cstdio>
+#include <cstdlib>
 #include <deque>
 #include <functional>
 #include <mutex>
@@ -67,6 +69,21 @@ inline QList<QWidget*> Find_Boxes(const QString& text) {
 
 inline void Click(QWidget* widget) {
   QTest::mouseClick(widget, Qt::LeftButton);
+}
+
+// --- Any thread but Qt's ---
+
+// Moves the pointer of the display onto the widget and clicks: unlike Click it does nothing to a window that is blocked
+// or covered.
+inline void Click_With_Pointer(const std::function<QWidget*()>& find) {
+  QPoint place;
+  On_Qt([&] {
+    QWidget* widget = find();
+    place = widget->mapToGlobal(widget->rect().center());
+  });
+  const std::string command =
+      "xdotool mousemove " + std::to_string(place.x()) + " " + std::to_string(place.y()) + " click 1";
+  if (std::system(command.c_str()) != 0) fputs("xdotool failed; is it installed?\n", stderr);
 }
 
 // --- Sinks that keep what comes ---
