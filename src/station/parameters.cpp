@@ -14,6 +14,7 @@ namespace orsanta {
 namespace {
 
 constexpr int First_Fault_Read_Ms = 1000;  // for the drive's first fault word
+constexpr double Greatest_Can_Id = 64.0;   // that the panel lets in for a temperature board
 
 // The temperature readers, which outlive their stations. Never destroyed, so that reader threads that still run at the
 // end of the process find it whole.
@@ -48,15 +49,22 @@ C_VoiceMotor::C_VoiceMotor(int can_id, int axis_num, int aux_axis_num, int contr
 
   m_pMotor = std::make_unique<C_Kestrune_Motor_test>(CanID, ControllerNum, connect_server);
   Motor_Ready = m_pMotor->Map_Once();
-  if (Val_TempSensorCanID != 0.0) {
-    m_pTempSensor = Keep_Temp_Sensor(std::make_unique<C_Interpolation_Voice_Motor>(
-        static_cast<int>(Val_TempSensorCanID.Get()), AxisNum, aux_axis_num, ControllerNum, 0, -1, -1, -1));
-  }
+  if (Val_TempSensorCanID != 0.0) Make_Temp_Sensor(aux_axis_num);
   if (Motor_Ready == 1) {
     m_pMotor->Set_Acc(Val_Acc_Set[0]);
     m_pMotor->Set_Jerk(Val_Jerk_Set);
     Report_Faults_At_Start();
   }
+}
+
+void C_VoiceMotor::Make_Temp_Sensor(int aux_axis_num) {
+  const double sensor_id = Val_TempSensorCanID;  // a fraction is cut off
+  if (!(sensor_id > 0.0 && sensor_id <= Greatest_Can_Id)) {
+    Message_Box(Format_Text(L"ID:%d 温度传感器CANID %g 超出范围0到64，请重新设置", CanID, sensor_id));
+    return;
+  }
+  m_pTempSensor = Keep_Temp_Sensor(std::make_unique<C_Interpolation_Voice_Motor>(
+      static_cast<int>(sensor_id), AxisNum, aux_axis_num, ControllerNum, 0, -1, -1, -1));
 }
 
 C_VoiceMotor::~C_VoiceMotor() {

@@ -274,6 +274,7 @@ class C_VoiceMotor : public CAutoSaveClassData2 {
 
  private:
   std::wstring Store_Name() const;
+  void Make_Temp_Sensor(int aux_axis_num);
   void Report_Faults_At_Start();
 
   bool Wait_Until_Settled(DetectorState& det_model, CMyArray<double>& MotorTestData, float limit_ms);
