@@ -12,6 +12,7 @@
 #include <mutex>
 
 #include "support/message_box.h"
+#include "support/whole_file.h"
 #include "support/wide_string.h"
 
 namespace orsanta {
@@ -36,17 +37,6 @@ C_Disk& Disk() {
   C_Disk_Place& place = Place();
   const std::lock_guard holder(place.lock);
   return place.replacement != nullptr ? *place.replacement : place.built_in;
-}
-
-int Write_All(int file, const std::string& bytes) {
-  size_t done = 0;
-  while (done < bytes.size()) {
-    const ssize_t written = write(file, bytes.data() + done, bytes.size() - done);
-    if (written < 0 && errno == EINTR) continue;
-    if (written < 0) return errno;
-    done += static_cast<size_t>(written);
-  }
-  return 0;
 }
 
 int Read_All(int file, std::string& bytes) {
@@ -204,11 +194,7 @@ int C_Disk::Read(const std::string& name, std::string& bytes) {
 int C_Disk::Write(const std::string& name, const std::string& bytes) {
   const int file = open(name.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, Owner_Alone);
   if (file < 0) return errno;
-  int error = fchmod(file, Owner_Alone) == 0 ? 0 : errno;  // an abandoned file may have other rights
-  if (error == 0) error = Write_All(file, bytes);
-  if (error == 0 && fsync(file) != 0) error = errno;
-  if (close(file) != 0 && error == 0) error = errno;
-  return error;
+  return Write_Flush_Close(file, bytes, Owner_Alone);
 }
 
 int C_Disk::Rename(const std::string& from, const std::string& to) {

@@ -13,14 +13,14 @@ namespace orsanta {
 
 namespace {
 
-bool Write_All(int file, const std::string& bytes) {
+int Write_All(int file, const std::string& bytes) {
   for (size_t done = 0; done < bytes.size();) {
     const ssize_t written = write(file, bytes.data() + done, bytes.size() - done);
     if (written < 0 && errno == EINTR) continue;
-    if (written < 0) return false;
+    if (written < 0) return errno;
     done += static_cast<size_t>(written);
   }
-  return true;
+  return 0;
 }
 
 // A renamed file is safe from a power cut only when its folder has reached the disk too.
@@ -35,23 +35,23 @@ void Flush_Folder_Of(const std::string& path) {
 
 }  // namespace
 
+int Write_Flush_Close(int file, const std::string& bytes, unsigned rights) {
+  int error = Write_All(file, bytes);
+  if (error == 0 && fchmod(file, rights) != 0) error = errno;
+  if (error == 0 && fsync(file) != 0) error = errno;
+  if (close(file) != 0 && error == 0) error = errno;
+  return error;
+}
+
 std::string Write_Whole_File(const std::string& path, const std::string& bytes, unsigned rights) {
   std::string fresh = path + ".XXXXXX";
   const int file = mkostemp(fresh.data(), O_CLOEXEC);
   if (file < 0) return std::generic_category().message(errno);
-  bool good = Write_All(file, bytes) && fchmod(file, rights) == 0 && fsync(file) == 0;
-  int reason = errno;
-  if (close(file) != 0 && good) {
-    good = false;
-    reason = errno;
-  }
-  if (good && std::rename(fresh.c_str(), path.c_str()) != 0) {
-    good = false;
-    reason = errno;
-  }
-  if (!good) {
+  int error = Write_Flush_Close(file, bytes, rights);
+  if (error == 0 && std::rename(fresh.c_str(), path.c_str()) != 0) error = errno;
+  if (error != 0) {
     unlink(fresh.c_str());
-    return std::generic_category().message(reason);
+    return std::generic_category().message(error);
   }
   Flush_Folder_Of(path);
   return "";

@@ -268,5 +268,28 @@ TEST(Dialog, Takes_The_Inner_Dialog_Along_When_The_Outer_One_Closes) {
   EXPECT_THAT(front->Log(), ElementsAre(L"dialog 面板", L"dialog 高级功能", L"closed 高级功能", L"closed 面板"));
 }
 
+// On the real clock the person, the displays and the presses truly run side by side.
+TEST(Dialog, Takes_Events_From_Any_Thread_On_The_Real_Clock) {
+  C_Scripted_Front_Holder front;
+  C_Callbacks callbacks;
+  CParameterInOutDlg panel;
+  panel.SetCaptionName(L"面板");
+  panel.AddDataDynamicDisp(L"状态", 0, 10.0F, 2, &callbacks, 1, 50, 1, 1.5F);
+  panel.AddButton(L"测量", 0, 10.0F, 1, 2, &callbacks, 1, 1.0F);
+  front->Next_Dialog(C_Script().Wait(20));
+  C_Thread other;
+  other.Start("other", [&] {
+    ASSERT_TRUE(front->Wait_For_Dialog(L"面板", 5000.0));
+    for (int i = 0; i < 200; ++i) {
+      front->Press(L"面板", L"测量");
+      front->Text_Of(L"面板", L"状态");
+    }
+  });
+  EXPECT_EQ(Run_Buttons(panel), 0);
+  other.Join();
+  EXPECT_GT(callbacks.refreshes[50], 0);
+  EXPECT_FALSE(callbacks.presses.empty());
+}
+
 }  // namespace
 }  // namespace orsanta
