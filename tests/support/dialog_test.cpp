@@ -276,8 +276,8 @@ TEST(Dialog, Takes_Events_From_Any_Thread_On_The_Real_Clock) {
   panel.SetCaptionName(L"面板");
   panel.AddDataDynamicDisp(L"状态", 0, 10.0F, 2, &callbacks, 1, 50, 1, 1.5F);
   panel.AddButton(L"测量", 0, 10.0F, 1, 2, &callbacks, 1, 1.0F);
-  front->Next_Dialog(C_Script().Wait(20));
   C_Thread other;
+  front->Next_Dialog(C_Script().Wait(20).Run([&] { other.Join(); }));
   other.Start("other", [&] {
     ASSERT_TRUE(front->Wait_For_Dialog(L"面板", 5000.0));
     for (int i = 0; i < 200; ++i) {
@@ -286,7 +286,6 @@ TEST(Dialog, Takes_Events_From_Any_Thread_On_The_Real_Clock) {
     }
   });
   EXPECT_EQ(Run_Buttons(panel), 0);
-  other.Join();
   EXPECT_GT(callbacks.refreshes[50], 0);
   EXPECT_FALSE(callbacks.presses.empty());
 }
