@@ -12,7 +12,7 @@
 // one panel thread.
 //
 // Memory. SlowTestData keeps the newest 1,000,000 position samples (Max_History_Samples), the three histories with one
-// value for each cycle keep the newest 200,000 cycles (Max_History_Cycles): about ten megabytes a station at most,
+// value for each cycle keep the newest 200,000 cycles (Max_History_Cycles): some 25 megabytes a station at most,
 // however long the system runs. Whoever needs more exports the histories in time (Export_History).
 //
 // Store. The parameters live in the store "音圈电机%d参数" (with CanID) in the working directory. The constructor loads
