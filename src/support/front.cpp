@@ -60,9 +60,7 @@ std::unique_ptr<C_Front> Load_Desktop_Front() {
   if (plug_in == nullptr) return give_up(std::string("the desktop front cannot be loaded: ") + dlerror());
   const auto make_front = reinterpret_cast<Make_Front_Function>(dlsym(plug_in, Plug_In_Entry));
   if (make_front == nullptr) return give_up(path.string() + " is no desktop front, it lacks " + Plug_In_Entry);
-  std::unique_ptr<C_Front> front(make_front());
-  if (front == nullptr) return give_up("the desktop front did not start");
-  return front;
+  return std::unique_ptr<C_Front>(make_front());  // it says itself why it does not start
 }
 
 std::unique_ptr<C_Front> Make_Built_In_Front() {

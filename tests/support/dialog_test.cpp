@@ -74,7 +74,7 @@ struct C_Every_Edit {
   }
 };
 
-TEST(Dialog, Writes_At_Confirmation_And_Only_Then) {
+TEST(Dialog, Writes_At_Confirmation_And_Only_Then_And_Keeps_What_Nobody_Touched) {
   C_Simulated_Clock clock(1);
   C_Scripted_Front_Holder front;
   const C_Script changes = C_Script()
@@ -95,6 +95,13 @@ TEST(Dialog, Writes_At_Confirmation_And_Only_Then) {
   EXPECT_EQ(edits.plain, 7);
   EXPECT_EQ(edits.place, 9);
 
+  front->Next_Dialog(C_Script().Confirm());
+  EXPECT_EQ(edits.Run(), 1);
+  EXPECT_EQ(edits.text, L"新密码");
+  EXPECT_EQ(edits.number, 1.0 / 3.0);  // to the bit, shown as 0.333
+  EXPECT_EQ(front->Shown()[2].dialog.controls[4].text, L"0.333");
+  EXPECT_EQ(edits.place, 0);  // a place outside the list shows as the first
+
   front->Next_Dialog(C_Script(changes).Confirm());
   EXPECT_EQ(edits.Run(), 1);
   EXPECT_EQ(edits.text, L"摩卡");
@@ -106,18 +113,6 @@ TEST(Dialog, Writes_At_Confirmation_And_Only_Then) {
   EXPECT_EQ(edits.limited, 10);
   EXPECT_EQ(edits.shared_limited, 4);
   EXPECT_EQ(edits.place, 1);
-}
-
-TEST(Dialog, Keeps_What_Nobody_Touched_To_The_Bit) {
-  C_Simulated_Clock clock(1);
-  C_Scripted_Front_Holder front;
-  C_Every_Edit edits;
-  front->Next_Dialog(C_Script().Confirm());
-  EXPECT_EQ(edits.Run(), 1);
-  EXPECT_EQ(edits.text, L"新密码");
-  EXPECT_EQ(edits.number, 1.0 / 3.0);  // shown as 0.333
-  EXPECT_EQ(front->Shown()[0].dialog.controls[4].text, L"0.333");
-  EXPECT_EQ(edits.place, 0);  // a place outside the list shows as the first
 }
 
 TEST(Dialog, Refuses_A_Bad_Entry_And_Then_Changes_Nothing) {
