@@ -1,6 +1,5 @@
 #include "station/history.h"
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 
@@ -33,7 +32,7 @@ TEST(History, Keeps_The_Newest_Within_Its_Limit) {
 
 class Export : public C_Station_Test {};
 
-TEST_F(Export, Writes_Four_Files_That_Numpy_Loads) {
+TEST_F(Export, Writes_Four_Files_Of_One_Time) {
   station->ThicknessArray.Append(0.1);
   station->ThicknessArray.Append(1.0 / 3.0);
   station->SlowTestData.Append(Array({7.0, 8.0, 9.0}));
@@ -55,12 +54,6 @@ TEST_F(Export, Writes_Four_Files_That_Numpy_Loads) {
     if (line[0] != '#') values.push_back(std::stod(line));
   }
   EXPECT_EQ(values, (std::vector<double>{0.1, 1.0 / 3.0}));
-
-  if (std::system("/usr/bin/python3 -c 'import numpy' 2>/dev/null") != 0) GTEST_SKIP() << "numpy is not there";
-  const std::string check = "/usr/bin/python3 -c \"import numpy; v = numpy.loadtxt('" + names[3] +
-                            "'); assert v.tolist() == [0.1, 1/3], v; w = numpy.loadtxt('" + names[0] +
-                            "'); assert w.tolist() == [7, 8, 9], w\"";
-  EXPECT_EQ(std::system(check.c_str()), 0);
 }
 
 }  // namespace

@@ -1,6 +1,5 @@
 #include <fstream>
 
-#include "host/debug_com.h"
 #include "station_room.h"
 
 namespace orsanta {
@@ -64,7 +63,7 @@ TEST_F(Parameters, Every_Key_Stands_In_Order_And_Comes_Back_From_The_Store) {
   EXPECT_EQ(Store_Lines(), lines);
 }
 
-TEST_F(Parameters, Faults_And_An_Absent_Drive_Are_Met_At_Start) {
+TEST_F(Parameters, Faults_Are_Reported_At_Start) {
   bench::Set_Fault_Bits(Id, 15);
   station->Val_Run_Negative = 5;
   Make_Station();
@@ -74,20 +73,6 @@ TEST_F(Parameters, Faults_And_An_Absent_Drive_Are_Met_At_Start) {
   EXPECT_EQ(front->Shown()[3].flags, Box_System_Modal);
   EXPECT_EQ(station->Take_Force_Back_Finish(), 1);  // a station starts as one that is back
   EXPECT_EQ(station->Get_Force_Back_Finish(), 0);
-
-  station->Val_Block_Size = 7.5;
-  bench::Set_Absent(Id, true);
-  Make_Station();
-  EXPECT_EQ(station->Get_Motor_Ready(), 0);
-  EXPECT_EQ(station->Val_Block_Size, 7.5);
-}
-
-TEST_F(Parameters, Link_Is_Replaced_While_Others_Hold_It) {
-  const std::shared_ptr<C_VoiceDebugCom> old = station->Debug_Com();
-  station->Renew_Debug_Com();
-  EXPECT_NE(station->Debug_Com(), nullptr);
-  EXPECT_NE(station->Debug_Com(), old);
-  EXPECT_EQ(old->Is_Open(), 0);
 }
 
 TEST_F(Parameters, Small_Dialogs_Edit_Their_Parameter) {
