@@ -70,10 +70,9 @@ int C_Kestrune_Motor_test::Map_Once() {
 int C_Kestrune_Motor_test::MapMotorID(int can_id) {
   const CMyStringW id_list = Search_Bus();
   int beExist = 0;
-  if (CheckDeviceExist(can_id, &beExist) == 0) {
-    MY_DEBUG_ASSERT(!"CheckDeviceExist");
-    return 0;
-  }
+  const int asked = CheckDeviceExist(can_id, &beExist);
+  MY_DEBUG_ASSERT(asked != 0);  // a fault of the program: nobody maps before the connection stands
+  if (asked == 0) return 0;
   if (beExist == 0) {
     Message_Box(Missing_Drive_Report(can_id, id_list));
     return 0;
