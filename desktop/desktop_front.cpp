@@ -7,16 +7,16 @@
 
 namespace orsanta {
 
-C_Desktop_Front::C_Desktop_Front(const std::string& platform) : m_Thread(platform, [this] { Give_Up(); }) {
-  m_Thread.Post([this] { m_Desk = std::make_unique<C_Window_Desk>(); });
+bool C_Desktop_Front::Start(std::string& reason) {
+  if (!m_Thread.Start(reason)) return false;
+  m_Thread.On_Display_Lost([this] { Give_Up(); });
+  return m_Thread.Post([this] { m_Desk = std::make_unique<C_Window_Desk>(); });
 }
 
 C_Desktop_Front::~C_Desktop_Front() {
-  Stop();
-}
-
-void C_Desktop_Front::Stop() {
-  m_Thread.Stop([this] { m_Desk.reset(); });
+  m_Thread.On_Display_Lost({});
+  // Windows that can no longer be taken down go with the process.
+  if (!m_Thread.Run_And_Wait([this] { m_Desk.reset(); })) static_cast<void>(m_Desk.release());
 }
 
 std::shared_ptr<C_Dialog_Link> C_Desktop_Front::Find(int dialog) {
@@ -91,7 +91,6 @@ void C_Desktop_Front::Answer(int message, int answer) {
 }
 
 void C_Desktop_Front::Give_Up() {
-  m_Thread.Abandon();
   std::map<int, std::shared_ptr<C_Dialog_Link>> links;
   std::map<int, C_Open_Message> messages;
   {

@@ -18,8 +18,11 @@ namespace orsanta {
 
 class C_Desktop_Front : public C_Front {
  public:
-  explicit C_Desktop_Front(const std::string& platform);
+  C_Desktop_Front() = default;
   ~C_Desktop_Front() override;
+
+  // Comes before everything else; false, with the reason, when there is no display.
+  bool Start(std::string& reason);
 
   int Open_Dialog(const C_Dialog_Model& model, C_Dialog_Sink& sink) override;
   void Close_Dialog(int dialog) override;
@@ -30,14 +33,6 @@ class C_Desktop_Front : public C_Front {
   void Draw_Chart(unsigned chart, const C_Chart_Model& model) override;
   bool Is_Chart_Open(unsigned chart) override;
   void Close_Chart(unsigned chart) override;
-
-  // Closes all windows and ends the thread; what is called after it does as if the person had cancelled.
-  void Stop();
-  // For a process that is ending already: brings the Qt thread to a halt where it stands.
-  void Rest() { m_Thread.Rest(); }
-  // For a display that went away while windows stood open: every dialog and box is cancelled, and the process goes on.
-  // Qt thread only.
-  void Give_Up();
 
  private:
   struct C_Chart_State {
@@ -50,6 +45,9 @@ class C_Desktop_Front : public C_Front {
     int refusal = 0;  // what counts as its answer when nobody can give one
   };
 
+  // For a display that went away while windows stood open: every dialog and box is cancelled, and the process goes on.
+  // Qt thread only.
+  void Give_Up();
   std::shared_ptr<C_Dialog_Link> Find(int dialog);
   void Answer(int message, int answer);
   void Draw_Waiting(unsigned chart);
@@ -61,7 +59,7 @@ class C_Desktop_Front : public C_Front {
   std::map<int, C_Open_Message> m_Messages;
   std::map<unsigned, C_Chart_State> m_Charts;
   std::unique_ptr<C_Window_Desk> m_Desk;  // made, used and ended on the Qt thread
-  C_Qt_Thread m_Thread;
+  C_Qt_Thread& m_Thread = C_Qt_Thread::Get();
 };
 
 }  // namespace orsanta

@@ -5,39 +5,36 @@
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
+#include <memory>
 
 #include "desktop/desktop_front.h"
-#include "desktop/display.h"
 
 namespace orsanta {
 
 namespace {
 
-std::atomic<C_Desktop_Front*> the_Front{nullptr};
+std::atomic<bool> the_Qt_Runs{false};
 
-// Ends the Qt thread when the process ends. Qt makes static objects whenever it first needs them, so that an exit
+// Halts the Qt thread when the process ends. Qt makes static objects whenever it first needs them, so that an exit
 // handler of ours would run after the ends of some of them, under a thread that still draws. What runs before all exit
 // handlers is the end of the main thread's own objects; hence this one. Where the main thread never used the front, the
-// handler below at least brings the Qt thread to rest.
+// handler below comes as early as it can.
 struct C_Main_Thread_End {
   ~C_Main_Thread_End() {
-    C_Desktop_Front* front = the_Front.load();
-    if (front != nullptr && gettid() == getpid()) front->Stop();
+    if (gettid() == getpid()) C_Qt_Thread::Get().Halt();
   }
 };
 
-void Rest_At_Exit() {
-  if (C_Desktop_Front* front = the_Front.load()) front->Rest();
+void Watch_Thread() {
+  thread_local const C_Main_Thread_End end;
+  static_cast<void>(end);
 }
 
 class C_Exported_Front : public C_Desktop_Front {
  public:
-  explicit C_Exported_Front(const std::string& platform) : C_Desktop_Front(platform) {
-    the_Front = this;
-    static const int registered = std::atexit(Rest_At_Exit);
-    static_cast<void>(registered);
+  C_Exported_Front() {
+    if (!the_Qt_Runs.exchange(true)) std::atexit([] { C_Qt_Thread::Get().Halt(); });
   }
-  ~C_Exported_Front() override { the_Front = nullptr; }
 
   int Open_Dialog(const C_Dialog_Model& model, C_Dialog_Sink& sink) override {
     Watch_Thread();
@@ -51,12 +48,6 @@ class C_Exported_Front : public C_Desktop_Front {
     Watch_Thread();
     C_Desktop_Front::Draw_Chart(chart, model);
   }
-
- private:
-  static void Watch_Thread() {
-    thread_local const C_Main_Thread_End end;
-    static_cast<void>(end);
-  }
 };
 
 }  // namespace
@@ -64,14 +55,11 @@ class C_Exported_Front : public C_Desktop_Front {
 }  // namespace orsanta
 
 extern "C" __attribute__((visibility("default"))) orsanta::C_Front* orsanta_make_front() {
-  std::string reason;
-  if (QCoreApplication::instance() != nullptr) {
-    reason = "the host program runs a Qt application of its own";
-  } else {
-    const std::string platform = orsanta::Find_Display(reason);
-    if (!platform.empty()) {
-      return new orsanta::C_Exported_Front(platform);
-    }
+  std::string reason = "the host program runs a Qt application of its own";
+  if (QCoreApplication::instance() == nullptr || orsanta::the_Qt_Runs) {
+    orsanta::Watch_Thread();
+    auto front = std::make_unique<orsanta::C_Exported_Front>();
+    if (front->Start(reason)) return front.release();
   }
   fprintf(stderr, "orsanta: no windows: %s; messages go to this stream and dialogs count as cancelled\n",
           reason.c_str());

@@ -3,35 +3,38 @@
 #include <unistd.h>
 
 #include <QApplication>
+#include <atomic>
 #include <chrono>
 #include <clocale>
 #include <future>
 #include <memory>
+#include <thread>
 #include <utility>
 
+#include "desktop/display.h"
 #include "desktop/look.h"
 
 namespace orsanta {
 
 namespace {
 
-QtMessageHandler the_Previous_Handler = nullptr;
-std::function<void()> the_Display_Lost;
+constexpr auto Halt_Limit = std::chrono::milliseconds(500);
 
-// When the connection to the display breaks, Qt says so and then ends the process, measurements and all. This thread
-// stays in the saying: windows are gone, the process lives.
-[[noreturn]] void Stay_Without_Display() {
-  fputs("orsanta: the display went away; the system goes on without windows\n", stderr);
-  the_Display_Lost();
-  for (;;) pause();
-}
+QtMessageHandler the_Previous_Handler = nullptr;
+std::atomic<bool> the_Halt{false};
 
 // Qt remarks on a thread and on a locale that are both chosen on purpose here; everything else passes.
+bool Is_Expected(const QString& message) {
+  return message.contains(QLatin1String("not created in the main() thread")) ||
+         message.contains(QLatin1String("Qt depends on a UTF-8 locale")) ||
+         message.startsWith(QLatin1String("QStandardPaths: XDG_RUNTIME_DIR not set"));
+}
+
+// When the connection to the display breaks, Qt says so and then ends the process, measurements and all. The thread
+// stays in the saying instead.
 void Filter_Message(QtMsgType type, const QMessageLogContext& context, const QString& message) {
-  if (message.contains(QLatin1String("not created in the main() thread"))) return;
-  if (message.contains(QLatin1String("Qt depends on a UTF-8 locale"))) return;
-  if (message.contains(QLatin1String("X11 connection broke"))) Stay_Without_Display();
-  if (message.startsWith(QLatin1String("QStandardPaths: XDG_RUNTIME_DIR not set"))) return;
+  if (message.contains(QLatin1String("X11 connection broke"))) C_Qt_Thread::Get().Stay_Without_Display();
+  if (the_Halt || Is_Expected(message)) return;  // at the end of the process Qt cleans up under a thread that rests
   if (the_Previous_Handler != nullptr) {
     the_Previous_Handler(type, context, message);
   } else {
@@ -39,16 +42,36 @@ void Filter_Message(QtMsgType type, const QMessageLogContext& context, const QSt
   }
 }
 
-}  // namespace
-
-C_Qt_Thread::C_Qt_Thread(const std::string& platform, std::function<void()> display_lost) {
-  the_Display_Lost = std::move(display_lost);
-  std::promise<void> started;
-  m_Thread = std::thread([this, platform, &started] { Run(platform, [&started] { started.set_value(); }); });
-  started.get_future().wait();
+[[noreturn]] void Rest_For_Good() {
+  for (;;) pause();
 }
 
-void C_Qt_Thread::Run(std::string platform, const std::function<void()>& started) {
+}  // namespace
+
+C_Qt_Thread& C_Qt_Thread::Get() {
+  static C_Qt_Thread& thread = *new C_Qt_Thread;
+  return thread;
+}
+
+bool C_Qt_Thread::Start(std::string& reason) {
+  {
+    std::lock_guard<std::mutex> guard(m_Lock);
+    if (m_Context != nullptr) return true;
+  }
+  std::promise<std::string> started;
+  std::thread([this, &started] {
+    Run([&started](const std::string& why_not) { started.set_value(why_not); });
+  }).detach();
+  reason = started.get_future().get();
+  return reason.empty();
+}
+
+// Qt takes the first thread that touches any of its objects for its main thread, and wakes that one when the display
+// has events. So nothing of Qt may be used before this, or on another thread.
+void C_Qt_Thread::Run(const std::function<void(const std::string&)>& started) {
+  std::string why_not;
+  std::string platform = Find_Display(why_not);
+  if (platform.empty()) return started(why_not);
   the_Previous_Handler = qInstallMessageHandler(Filter_Message);
   std::string name = "orsanta";
   std::string option = "-platform";
@@ -58,20 +81,18 @@ void C_Qt_Thread::Run(std::string platform, const std::function<void()>& started
   // library into commas; the host's choice is put back.
   const char* locale = setlocale(LC_ALL, nullptr);
   const std::string host_locale = locale != nullptr ? locale : "C";
+  QApplication application(count, arguments);
+  setlocale(LC_ALL, host_locale.c_str());
+  QApplication::setQuitOnLastWindowClosed(false);
+  Set_Up_Look();
+  QObject context;
   {
-    QApplication application(count, arguments);
-    setlocale(LC_ALL, host_locale.c_str());
-    QApplication::setQuitOnLastWindowClosed(false);
-    Set_Up_Look();
-    QObject context;
-    {
-      std::lock_guard<std::mutex> guard(m_Lock);
-      m_Context = &context;
-    }
-    started();
-    QApplication::exec();
+    std::lock_guard<std::mutex> guard(m_Lock);
+    m_Context = &context;
   }
-  qInstallMessageHandler(the_Previous_Handler);
+  started("");
+  QApplication::exec();
+  Rest_For_Good();  // a session manager may end the loop; the objects above stay
 }
 
 bool C_Qt_Thread::Post(std::function<void()> work) {
@@ -81,35 +102,50 @@ bool C_Qt_Thread::Post(std::function<void()> work) {
   return true;
 }
 
-void C_Qt_Thread::Stop(std::function<void()> last) {
-  {
-    std::lock_guard<std::mutex> guard(m_Lock);
-    if (m_Context == nullptr) return;
-    const auto end = [work = std::move(last)] {
-      if (work) work();
-      QApplication::quit();
-    };
-    QMetaObject::invokeMethod(std::exchange(m_Context, nullptr), end, Qt::QueuedConnection);
+bool C_Qt_Thread::Run_And_Wait(const std::function<void()>& work) {
+  std::promise<void> done;
+  if (!Post([&] {
+        work();
+        done.set_value();
+      })) {
+    return false;
   }
-  m_Thread.join();
+  done.get_future().wait();
+  return true;
 }
 
-void C_Qt_Thread::Abandon() {
+void C_Qt_Thread::On_Display_Lost(std::function<void()> work) {
+  std::lock_guard<std::mutex> guard(m_Lock);
+  m_Display_Lost = std::move(work);
+}
+
+void C_Qt_Thread::Take_No_More_Posts() {
   std::lock_guard<std::mutex> guard(m_Lock);
   m_Context = nullptr;
-  m_Thread.detach();
 }
 
-void C_Qt_Thread::Rest() {
-  auto halted = std::make_shared<std::promise<void>>();
-  if (!Post([halted] {
-        halted->set_value();
-        for (;;) pause();
-      })) {
-    return;
+void C_Qt_Thread::Stay_Without_Display() {
+  fputs("orsanta: the display went away; the system goes on without windows\n", stderr);
+  Take_No_More_Posts();
+  std::function<void()> lost;
+  {
+    std::lock_guard<std::mutex> guard(m_Lock);
+    lost = m_Display_Lost;
   }
-  halted->get_future().wait_for(std::chrono::milliseconds(500));
-  Abandon();
+  if (lost) lost();
+  Rest_For_Good();
+}
+
+void C_Qt_Thread::Halt() {
+  auto halted = std::make_shared<std::promise<void>>();
+  const bool posted = Post([halted] {
+    halted->set_value();
+    Rest_For_Good();
+  });
+  if (!posted) return;
+  the_Halt = true;
+  Take_No_More_Posts();
+  halted->get_future().wait_for(Halt_Limit);
 }
 
 }  // namespace orsanta

@@ -1,13 +1,12 @@
-// The thread on which the desktop front draws. It owns the one Qt application of the process.
+// The thread on which the desktop front draws. It owns the one Qt application of the process, and both stay until the
+// process ends: Qt does not bear being taken down on a thread that is not the main one.
 //
 // Post may be called from any thread; what is posted runs on the Qt thread in the order of the posts.
 #pragma once
 
 #include <functional>
-#include <memory>
 #include <mutex>
 #include <string>
-#include <thread>
 
 class QObject;
 
@@ -15,28 +14,32 @@ namespace orsanta {
 
 class C_Qt_Thread {
  public:
-  // Starts the thread with an application on that platform (see Find_Display) and returns when it takes posts.
-  // display_lost: called on the Qt thread when the display went away; windows are then of no use any more.
-  C_Qt_Thread(const std::string& platform, std::function<void()> display_lost);
-  ~C_Qt_Thread() { Stop(); }
-  C_Qt_Thread(const C_Qt_Thread&) = delete;
-  C_Qt_Thread& operator=(const C_Qt_Thread&) = delete;
+  // The one of the process.
+  static C_Qt_Thread& Get();
 
-  // Returns false when the thread has been stopped; the work is then dropped.
+  // Starts the thread, if it does not run, and returns when it takes posts; false, with the reason, when there is no
+  // display.
+  bool Start(std::string& reason);
+  // Returns false when the thread does not run; the work is then dropped.
   bool Post(std::function<void()> work);
-  // Runs `last` on the Qt thread, then ends the application and the thread. The first call alone has an effect.
-  void Stop(std::function<void()> last = {});
-  // The Qt thread will never come back: takes no more posts, and nobody waits for its end.
-  void Abandon();
-  // Halts the Qt thread for good, and returns when it has halted or a moment has passed.
-  void Rest();
+  // Runs the work on the Qt thread and waits for it. Not from the Qt thread.
+  bool Run_And_Wait(const std::function<void()>& work);
+  // Called on the Qt thread when the display went away; windows are then of no use any more. An empty function for
+  // none.
+  void On_Display_Lost(std::function<void()> work);
+  // For a process that is ending: halts the Qt thread where it stands, for good.
+  void Halt();
+  // For a display that went away: says so, hands on to On_Display_Lost, and never returns. Qt thread only.
+  [[noreturn]] void Stay_Without_Display();
 
  private:
-  void Run(std::string platform, const std::function<void()>& started);
+  // started: called once, with the reason why not, or an empty text.
+  void Run(const std::function<void(const std::string&)>& started);
+  void Take_No_More_Posts();
 
-  std::thread m_Thread;
   std::mutex m_Lock;
-  QObject* m_Context = nullptr;  // lives on the Qt thread; null before its start and after Stop
+  QObject* m_Context = nullptr;  // lives on the Qt thread; null while it takes no posts
+  std::function<void()> m_Display_Lost;
 };
 
 }  // namespace orsanta
