@@ -2,12 +2,10 @@
 
 #include <gmock/gmock.h>
 
-#include <memory>
 #include <string>
 #include <vector>
 
 #include "support/critical_section.h"
-#include "support/stopwatch.h"
 #include "support/thread.h"
 
 namespace orsanta {
@@ -53,22 +51,20 @@ TEST(SimulatedClock, ASeedReplaysARunExactly) {
   EXPECT_NE(first, Trace_Of(8));
 }
 
-TEST(SimulatedClock, SleepsEndInTheOrderOfTheirTimes) {
+TEST(SimulatedClock, SleepsAndWaitsEndAtTheirTimes) {
   const C_Simulated_Clock clock(1);
-  std::vector<int> order;
-  std::vector<double> times;
+  std::vector<std::pair<int, double>> ends;
   C_Thread threads[4];
   for (int id = 0; id < 4; ++id) {
     threads[id].Start("sleeper", [&, id] {
       Sleep(40 - 10 * id);
-      order.push_back(id);
-      times.push_back(Now_Ms());
+      ends.emplace_back(id, Now_Ms());
     });
   }
   EXPECT_EQ(Now_Ms(), 0.0);
   for (C_Thread& thread : threads) thread.Join();
-  EXPECT_THAT(order, testing::ElementsAre(3, 2, 1, 0));
-  EXPECT_THAT(times, testing::ElementsAre(10.0, 20.0, 30.0, 40.0));
+  using testing::Pair;
+  EXPECT_THAT(ends, testing::ElementsAre(Pair(3, 10.0), Pair(2, 20.0), Pair(1, 30.0), Pair(0, 40.0)));
   // A thread that only lets others run does not move time, and every ready thread gets its turn.
   bool ran = false;
   C_Thread other;
@@ -76,26 +72,13 @@ TEST(SimulatedClock, SleepsEndInTheOrderOfTheirTimes) {
   for (int i = 0; i < 1000 && !ran; ++i) Sleep(0);
   EXPECT_TRUE(ran);
   EXPECT_EQ(Now_Ms(), 40.0);
-}
 
-TEST(SimulatedClock, WaitsEndByNotificationOrAtTheirTime) {
-  const C_Simulated_Clock clock(1);
   std::mutex lock;
-  C_Wait_Point point("point"), other_point("other point");
-  C_Thread notifier;
-  notifier.Start("notifier", [&] {
-    Sleep(5);
-    const std::lock_guard<std::mutex> holder(lock);
-    point.Notify_All();
-  });
   std::unique_lock<std::mutex> holder(lock);
-  EXPECT_TRUE(point.Wait_Until(holder, 100.0));
-  EXPECT_EQ(Now_Ms(), 5.0);
-  EXPECT_TRUE(holder.owns_lock());
-  EXPECT_FALSE(other_point.Wait_Until(holder, 7.25));
-  EXPECT_EQ(Now_Ms(), 7.25);
-  EXPECT_FALSE(other_point.Wait_Until(holder, 1.0));  // a time that is past
-  EXPECT_EQ(Now_Ms(), 7.25);
+  C_Wait_Point point("point");
+  EXPECT_FALSE(point.Wait_Until(holder, 47.25));
+  EXPECT_FALSE(point.Wait_Until(holder, 1.0)) << "a time that is past";
+  EXPECT_EQ(Now_Ms(), 47.25);
 }
 
 TEST(SimulatedClock, EightHoursPassInMoments) {
@@ -105,11 +88,9 @@ TEST(SimulatedClock, EightHoursPassInMoments) {
   thread.Start("second sleeper", [] {
     for (int i = 0; i < Hours_8_In_S; ++i) Sleep(1000);
   });
-  CPerformanceTimeValue watch;
-  watch.InitBeginTime(0.0);
   for (int i = 0; i < 8 * Hours_8_In_S; ++i) Sleep(125);
   thread.Join();
-  EXPECT_EQ(watch.GetCurPerformanceTimeFromBeginTimeMsDouble(), Hours_8_In_S * 1000.0);
+  EXPECT_EQ(Now_Ms(), Hours_8_In_S * 1000.0);
   EXPECT_EQ(Local_Time_Now().hour, 8);
 }
 

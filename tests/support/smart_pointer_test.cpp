@@ -39,9 +39,8 @@ TEST(SmartPointer, TheLastCopyFreesObjectsAndArrays) {
     last.ReleaseCurSmartPointReference();
   }
   EXPECT_EQ(smart_pointer_table::Live_Records(), records_before);
-}
 
-TEST(SmartPointer, APlaceThatIsUsedAgainHasANewSerial) {
+  // A place that is used again has a new serial.
   int object = 0;
   const auto first = smart_pointer_table::Enter(&object, 1);
   EXPECT_TRUE(smart_pointer_table::Release(first.heap_id, &object));

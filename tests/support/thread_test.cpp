@@ -116,7 +116,7 @@ class C_Lanes : public CQueueTask_MutiTask_Thread {
   std::vector<std::string> m_Trace;
 };
 
-TEST(TaskLanes, RunSideBySideAndEachInOrder) {
+TEST(TaskLanes, RunSideBySideEachInOrderUntilTheyAreStopped) {
   const C_Simulated_Clock clock(5);
   C_Lanes lanes;
   EXPECT_EQ(lanes.Init(3, 0, 300000), 1);
@@ -134,6 +134,16 @@ TEST(TaskLanes, RunSideBySideAndEachInOrder) {
   Sleep(10);
   EXPECT_EQ(lanes.BeAtLeaseOneDelayTaskInProcess(), 0);
   EXPECT_THAT(lanes.Trace(), testing::ElementsAre("2 did 20", "0 did 50!", "0 did 10"));
+
+  // A stop finishes what runs and drops what waits.
+  for (int i = 0; i < 3; ++i) lanes.AddNewDelayProcess(1, 40, 0, nullptr);
+  Sleep(10);
+  lanes.ReleaseSubClass_CQueueTask_MutiTask_Thread();
+  EXPECT_EQ(Now_Ms(), 105.0);
+  EXPECT_THAT(lanes.Trace(), testing::Contains("1 did 40").Times(1));
+  EXPECT_EQ(lanes.Trace().back(), "1 ends");
+  EXPECT_EQ(lanes.AddNewDelayProcess(1, 40, 0, nullptr), 0);
+  EXPECT_EQ(lanes.BeAtLeaseOneDelayTaskInProcess(), 0);
 }
 
 TEST(TaskLanes, ARefusalLeavesTheQueueUnchangedAndEndsByItself) {
@@ -151,19 +161,6 @@ TEST(TaskLanes, ARefusalLeavesTheQueueUnchangedAndEndsByItself) {
   while (lanes.BeAtLeaseOneDelayTaskInProcess() != 0) Sleep(10);
   EXPECT_EQ(lanes.Trace().size(), static_cast<size_t>(taken) + 1);
   EXPECT_EQ(lanes.Trace().back(), "0 did 1");
-}
-
-TEST(TaskLanes, AStopFinishesWhatRunsAndDropsWhatWaits) {
-  const C_Simulated_Clock clock(5);
-  C_Lanes lanes;
-  lanes.Init(2, 0, 300000);
-  for (int i = 0; i < 3; ++i) lanes.AddNewDelayProcess(1, 40, 0, nullptr);
-  Sleep(10);
-  lanes.ReleaseSubClass_CQueueTask_MutiTask_Thread();
-  EXPECT_EQ(Now_Ms(), 40.0);
-  EXPECT_THAT(lanes.Trace(), testing::ElementsAre("0 ends", "1 did 40", "1 ends"));
-  EXPECT_EQ(lanes.AddNewDelayProcess(1, 40, 0, nullptr), 0);
-  EXPECT_EQ(lanes.BeAtLeaseOneDelayTaskInProcess(), 0);
 }
 
 TEST(StopDeathTest, AThreadOrLaneThatDoesNotEndIsReportedByItsName) {
