@@ -60,20 +60,15 @@ TEST(WideString, ConvertsUtf8BothWaysAndMarksWhatIsNone) {
   EXPECT_EQ(To_Utf8({static_cast<wchar_t>(0xD800)}), "\xEF\xBF\xBD");
 }
 
-TEST(Files, ExistUnderTheWorkingDirectory) {
-  const C_Temp_Folder folder;
-  EXPECT_EQ(CMyFileCopy::FileExist(L"全局电机参数"), 0);
-  EXPECT_EQ(Write_Whole_File("全局电机参数", "1", 0600), "");
-  EXPECT_EQ(CMyFileCopy::FileExist(L"全局电机参数"), 1);
-  EXPECT_EQ(CMyFileCopy::FileExist(L"."), 0);  // a folder is no file
-}
-
 TEST(Files, AreWrittenWholeOrNotAtAll) {
   const C_Temp_Folder folder;
-  ASSERT_EQ(Write_Whole_File("store", "old", 0600), "");
-  EXPECT_EQ(Write_Whole_File("store", "new", 0600), "");
-  EXPECT_EQ(File_Text("store"), "new");
-  EXPECT_EQ(std::filesystem::status("store").permissions(), std::filesystem::perms(0600));
+  EXPECT_EQ(CMyFileCopy::FileExist(L"全局电机参数"), 0);
+  ASSERT_EQ(Write_Whole_File("全局电机参数", "old", 0600), "");
+  EXPECT_EQ(Write_Whole_File("全局电机参数", "new", 0600), "");
+  EXPECT_EQ(File_Text("全局电机参数"), "new");
+  EXPECT_EQ(CMyFileCopy::FileExist(L"全局电机参数"), 1);
+  EXPECT_EQ(CMyFileCopy::FileExist(L"."), 0) << "a folder is no file";
+  EXPECT_EQ(std::filesystem::status("全局电机参数").permissions(), std::filesystem::perms(0600));
   std::filesystem::create_directory("taken");
   EXPECT_NE(Write_Whole_File("taken", "x", 0600), "");
   EXPECT_NE(Write_Whole_File("missing/store", "x", 0600), "");
@@ -144,22 +139,20 @@ TEST(VectorFiles, LoadInOctaveAndNumpyUnderAnyName) {
   const std::string file = "ThicknessArray1 12月15日16时5分9秒.txt";
   EXPECT_THAT(File_Text(file), testing::EndsWith("# columns: 1\n1.5\nInf\n-Inf\nNaN\n"));
   EXPECT_TRUE(std::filesystem::exists("7_空.txt"));
+  // Each by a first command that finds out whether it is there, and a second that loads both files.
+  const std::string loaders[][2] = {
+      {"octave-cli --version",
+       "octave-cli --norc --quiet --eval \"a = struct2cell(load('" + file +
+           "')); b = struct2cell(load('7_空.txt')); exit(!(isequaln(a{1}, [1.5; Inf; -Inf; NaN]) && isempty(b{1})))\""},
+      {"/usr/bin/python3 -c 'import numpy'",
+       "/usr/bin/python3 -c \"import numpy as n; a = n.loadtxt('" + file +
+           "'); assert n.array_equal(a, [1.5, n.inf, -n.inf, n.nan], equal_nan=True); "
+           "assert n.loadtxt('7_空.txt').size == 0\""}};
   bool tried = false;
-  if (std::system("octave-cli --version > /dev/null 2>&1") == 0) {
+  for (const auto& [is_there, load] : loaders) {
+    if (std::system((is_there + " > /dev/null 2>&1").c_str()) != 0) continue;
     tried = true;
-    const std::string script = "a = struct2cell(load('" + file +
-                               "')); b = struct2cell(load('7_空.txt')); "
-                               "exit(!(isequaln(a{1}, [1.5; Inf; -Inf; NaN]) && isempty(b{1})))";
-    EXPECT_EQ(std::system(("octave-cli --norc --quiet --eval \"" + script + "\" > octave.txt 2>&1").c_str()), 0)
-        << File_Text("octave.txt");
-  }
-  if (std::system("/usr/bin/python3 -c 'import numpy' > /dev/null 2>&1") == 0) {
-    tried = true;
-    const std::string script = "import numpy as n; a = n.loadtxt('" + file +
-                               "'); assert n.array_equal(a, [1.5, n.inf, -n.inf, n.nan], equal_nan=True); "
-                               "assert n.loadtxt('7_空.txt').size == 0";
-    EXPECT_EQ(std::system(("/usr/bin/python3 -c \"" + script + "\" > numpy.txt 2>&1").c_str()), 0)
-        << File_Text("numpy.txt");
+    EXPECT_EQ(std::system((load + " > said.txt 2>&1").c_str()), 0) << File_Text("said.txt");
   }
   if (!tried) GTEST_SKIP() << "neither Octave nor NumPy is installed: the files were not loaded";
 }
