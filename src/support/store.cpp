@@ -164,10 +164,12 @@ C_Store_Class::~C_Store_Class() {
 }
 
 int CAutoSaveClassData2::SaveAllClassParameterToHashOpt(const wchar_t* store, int /*reserved*/) {
-  CAutoSaveClassData_Data data;
-  OptSaveAndLoadDataStore(data);
-  const auto text_of_id = [&](int id) { return std::string(LoadStrFromSaveHash(id, data)->Text()); };
-  return Write_Store(store, Content_Of(data, text_of_id)) ? 1 : 0;
+  const auto content = [this] {
+    CAutoSaveClassData_Data data;
+    OptSaveAndLoadDataStore(data);
+    return Content_Of(data, [&](int id) { return std::string(LoadStrFromSaveHash(id, data)->Text()); });
+  };
+  return Write_Store(store, content) ? 1 : 0;
 }
 
 int CAutoSaveClassData2::LoadAllClassParameterFromHashOpt(const wchar_t* store, int /*reserved*/) {

@@ -15,7 +15,8 @@
 // A key that is absent from the store leaves its member as it is, so that old stores go on working with newer classes.
 //
 // A pass runs on the caller's thread and takes no lock of its own: members are read and written as they stand. Saves
-// and loads of one folder by several threads or processes follow one another. A store is a file under its bare name in
+// and loads of one folder by several threads or processes follow one another, each save with its pass, so that an older
+// value never replaces a newer one; a pass must not wait for another thread. A store is a file under its bare name in
 // the working directory; its form stands in support/store_file.h, and what happens on the disk in support/store_disk.h.
 #pragma once
 

@@ -231,7 +231,7 @@ bool Read_Store(const std::wstring& name, C_Store_Content& content) {
   return outcome == C_Outcome::Whole;
 }
 
-bool Write_Store(const std::wstring& name, C_Store_Content content) {
+bool Write_Store(const std::wstring& name, const std::function<C_Store_Content()>& make_content) {
   C_Disk& disk = Disk();
   const std::string file = To_Utf8(name);
   std::wstring message;
@@ -245,8 +245,11 @@ bool Write_Store(const std::wstring& name, C_Store_Content content) {
       C_Store_Content present;
       const C_Outcome outcome = Read_Held(disk, file, present, message);
       may_write = outcome != C_Outcome::Failed;
-      if (outcome == C_Outcome::Whole) Keep_Unknown_Entries(present, content);
-      if (may_write) error = Replace_Held(disk, folder, file, content, replaced);
+      if (may_write) {
+        C_Store_Content content = make_content();
+        if (outcome == C_Outcome::Whole) Keep_Unknown_Entries(present, content);
+        error = Replace_Held(disk, folder, file, content, replaced);
+      }
     }
   }
   const bool written = may_write && error == 0;

@@ -7,6 +7,7 @@
 // The operating system hides behind C_Disk, so that tests can let each step fail. Any thread.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -40,9 +41,11 @@ std::unique_ptr<C_Disk> Replace_Disk(std::unique_ptr<C_Disk> disk);
 // and the reason. A store that does not parse is moved aside under a name that ends in ".bad", which no other file has.
 bool Read_Store(const std::wstring& name, C_Store_Content& content);
 
-// Writes the store and keeps the entries of the present one that `content` does not name. On failure a message box
-// names the file and the reason, the old store stands, and the result is false.
-bool Write_Store(const std::wstring& name, C_Store_Content content);
+// Writes the store and keeps the entries of the present one that the new content does not name. On failure a message
+// box names the file and the reason, the old store stands, and the result is false. make_content: gives the content;
+// called while the folder is held, so that of two saves at once the later one on the disk is also the one that looked
+// at the members later.
+bool Write_Store(const std::wstring& name, const std::function<C_Store_Content()>& make_content);
 
 // Moves the store aside, because of `reason`, and says so in a message box.
 void Move_Store_Aside(const std::wstring& name, const std::wstring& reason);

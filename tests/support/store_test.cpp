@@ -201,5 +201,34 @@ TEST_F(Store, Gives_One_Area_Id_To_One_Stack_Of_Classes) {
   EXPECT_EQ(Area_Path(Area_ID("liquid")), "liquid");
 }
 
+// A store whose pass, the first time, takes long after it has looked at the member.
+class C_Slow_Thing : public CAutoSaveClassData2 {
+ public:
+  Shared<int> force = 1;
+  Shared<int> passes = 0;
+
+ protected:
+  void OptSaveAndLoadDataStore(CAutoSaveClassData_Data& data) override {
+    const C_Store_Class entered(*this, data);
+    Process_Member("force", force, data);
+    passes = passes + 1;
+    if (passes == 1) Sleep(50);
+  }
+};
+
+TEST(Store_Race, An_Older_Value_Never_Replaces_A_Newer_One) {
+  const C_Temp_Folder folder;
+  C_Slow_Thing thing;
+  C_Thread slow;
+  slow.Start("slow save", [&] { thing.SaveAllClassParameterToHashOpt(Name, 1); });
+  while (thing.passes == 0) Sleep(1);
+  thing.force = 2;
+  thing.SaveAllClassParameterToHashOpt(Name, 1);
+  slow.Join();
+  C_Slow_Thing read;
+  read.LoadAllClassParameterFromHashOpt(Name, 1);
+  EXPECT_EQ(read.force, 2);
+}
+
 }  // namespace
 }  // namespace orsanta
