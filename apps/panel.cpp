@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
 #include <sstream>
 #include <string>
 #include <thread>
@@ -168,7 +169,16 @@ void Set_Up_Bench(const C_Panel& panel) {
   ORSA_resource_alloc(records.data(), panel.stations);
 }
 
+// Writes the store that the system would write after the questions of its very first start: they need not be asked,
+// since the number of stations is given here.
+void Answer_First_Start(int stations) {
+  constexpr char Store[] = "全局电机参数";
+  if (fs::exists(Store)) return;
+  std::ofstream(Store) << "orsanta store 1\nC_InitDlg Num 0 = int " << stations << "\nend\n";
+}
+
 void Show_Panel(const C_Panel& panel) {
+  Answer_First_Start(panel.stations);
   Set_Up_Bench(panel);
   Orsanta_dll_init(1);
   {

@@ -45,6 +45,7 @@ QLineEdit, QComboBox { background: #FFFFFF; color: #14202B; border: 1px solid #8
   padding: 3px 8px; selection-background-color: #0B5CAD; }
 QLineEdit:focus, QComboBox:focus { border: 2px solid #0B5CAD; }
 QLineEdit[refused="true"] { border: 2px solid #B41E1E; background: #FDF1F1; }
+QComboBox::drop-down { border: none; width: 28px; }
 QComboBox QAbstractItemView { background: #FFFFFF; selection-background-color: #0B5CAD; }
 QCheckBox { spacing: 10px; }
 QCheckBox::indicator { width: 20px; height: 20px; }

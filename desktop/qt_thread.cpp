@@ -69,19 +69,19 @@ bool C_Qt_Thread::Start(std::string& reason) {
 // Qt takes the first thread that touches any of its objects for its main thread, and wakes that one when the display
 // has events. So nothing of Qt may be used before this, or on another thread.
 void C_Qt_Thread::Run(const std::function<void(const std::string&)>& started) {
-  std::string why_not;
-  std::string platform = Find_Display(why_not);
-  if (platform.empty()) return started(why_not);
+  C_Display display = Find_Display();
+  if (display.platform.empty()) return started(display.reason);
   the_Previous_Handler = qInstallMessageHandler(Filter_Message);
   std::string name = "orsanta";
   std::string option = "-platform";
-  char* arguments[] = {name.data(), option.data(), platform.data(), nullptr};
+  char* arguments[] = {name.data(), option.data(), display.platform.data(), nullptr};
   int count = 3;
   // The application sets the locale of the process to that of the user, which would turn decimal points of the whole
   // library into commas; the host's choice is put back.
   const char* locale = setlocale(LC_ALL, nullptr);
   const std::string host_locale = locale != nullptr ? locale : "C";
   QApplication application(count, arguments);
+  display.keeps.reset();
   setlocale(LC_ALL, host_locale.c_str());
   QApplication::setQuitOnLastWindowClosed(false);
   Set_Up_Look();

@@ -9,12 +9,13 @@
 
 #include <QApplication>
 #include <QDoubleSpinBox>
-#include <QGridLayout>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
 #include <QScreen>
 #include <QScrollArea>
 #include <QSocketNotifier>
+#include <QTimer>
 #include <QVBoxLayout>
 #include <cstdio>
 #include <cstdlib>
@@ -29,8 +30,11 @@ namespace orsanta {
 
 namespace {
 
-constexpr double Block_Mm = 5.0;     // what lies under each probe at first
-constexpr double Thickest_Mm = 8.9;  // more does not fit under a lifted probe
+constexpr double Block_Mm = 5.0;      // what lies under each probe at first
+constexpr double Thickest_Mm = 8.9;   // more does not fit under a lifted probe
+constexpr int Strip_Width = 246;      // pixels
+constexpr int Show_After_Ms = 1500;   // after the panel, so that it lies above it
+constexpr int Greatest_Height = 480;  // pixels
 constexpr int Most_Stations = 14;
 constexpr int Io_Channels = 8;  // of the IO card; stations beyond have none
 
@@ -42,30 +46,33 @@ void Tell(const std::string& line) {
 
 class C_Strip : public QWidget {
  public:
-  explicit C_Strip(int stations) {
+  explicit C_Strip(int stations) : QWidget(nullptr, Qt::Window | Qt::WindowStaysOnTopHint) {
     setObjectName(QStringLiteral("bench_strip"));
     setWindowTitle(QStringLiteral("模拟台架"));
-    auto* grid = new QGridLayout;
-    grid->setContentsMargins(14, 10, 14, 12);
-    grid->setHorizontalSpacing(12);
-    const char* heads[] = {"工位", "零件厚度 (mm)", "", "", "IO 输入", "探头位置", "测力", "IO 输出"};
-    for (int column = 0; column < 8; ++column) {
-      auto* head = new QLabel(QString::fromUtf8(heads[column]));
-      head->setObjectName(QStringLiteral("hint"));
-      grid->addWidget(head, 0, column);
-    }
-    for (int station = 1; station <= stations; ++station) Add_Row(*grid, station);
+    setStyleSheet(QString::fromUtf8(
+        "QWidget#bench_strip { border: 1px solid #14202B; } QPushButton, QLabel, QDoubleSpinBox { font-size: 14px; } "
+        "QPushButton { padding: 2px 4px; }"));
     auto* body = new QWidget;
-    body->setLayout(grid);
+    auto* rows = new QVBoxLayout(body);
+    rows->setContentsMargins(8, 6, 8, 6);
+    rows->setSpacing(4);
+    for (int station = 1; station <= stations; ++station) Add_Station(*rows, station);
+    rows->addStretch(1);
     auto* scroll = new QScrollArea;
     scroll->setWidget(body);
     scroll->setWidgetResizable(true);
+    scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setContentsMargins(1, 1, 1, 1);
+    layout->setSpacing(0);
+    auto* title = new QLabel(QStringLiteral("模拟台架：放零件、给信号"));
+    title->setStyleSheet(QStringLiteral("background: #0B5CAD; color: white; padding: 5px 8px;"));
+    layout->addWidget(title);
     layout->addWidget(scroll);
+    // Beside the panel, under its column of commands for all stations, where nothing else stands.
     const QRect space = screen()->availableGeometry();
-    resize(std::min(body->sizeHint().width() + 24, space.width()), std::min(body->sizeHint().height() + 4, 320));
-    move(space.center().x() - width() / 2, space.bottom() - height());
+    resize(Strip_Width, std::min(body->sizeHint().height() + 34, Greatest_Height));
+    move(space.right() - width() - 10, space.bottom() - height() - 50);
   }
 
   void Show_State(const std::string& line) {
@@ -89,38 +96,41 @@ class C_Strip : public QWidget {
     QLabel* output;
   };
 
-  void Add_Row(QGridLayout& grid, int station) {
+  void Add_Station(QVBoxLayout& rows, int station) {
     const std::string number = std::to_string(station);
-    grid.addWidget(new QLabel(QString::number(station)), station, 0);
+    const C_Row row{new QLabel, new QLabel, new QLabel};
+    auto* state = new QHBoxLayout;
+    auto* name = new QLabel(QStringLiteral("工位 %1").arg(station));
+    name->setStyleSheet(QStringLiteral("font-weight: 600;"));
+    for (QLabel* label : {name, row.position, row.force, row.output}) state->addWidget(label);
+    rows.addLayout(state);
+
     auto* thickness = new QDoubleSpinBox;
     thickness->setRange(0.001, Thickest_Mm);
-    thickness->setDecimals(4);
+    thickness->setDecimals(3);
     thickness->setSingleStep(0.01);
     thickness->setValue(Block_Mm);
-    thickness->setMinimumWidth(110);
-    grid.addWidget(thickness, station, 1);
-
-    auto* place = new QPushButton(QStringLiteral("放上零件"));
+    thickness->setToolTip(QStringLiteral("零件厚度 (mm)"));
+    auto* place = new QPushButton(QStringLiteral("放上"));
     QObject::connect(place, &QPushButton::clicked, this,
                      [=] { Tell("part " + number + " " + std::to_string(thickness->value())); });
-    grid.addWidget(place, station, 2);
-    auto* remove = new QPushButton(QStringLiteral("取走零件"));
+    auto* remove = new QPushButton(QStringLiteral("取走"));
     QObject::connect(remove, &QPushButton::clicked, this, [=] { Tell("remove " + number); });
-    grid.addWidget(remove, station, 3);
     // Held down it asks for a measurement, let go it asks for the probe to go back.
-    auto* input = new QPushButton(QStringLiteral("测量信号"));
+    auto* input = new QPushButton(QStringLiteral("信号"));
     input->setCheckable(true);
     input->setEnabled(station < Io_Channels);
+    input->setToolTip(QStringLiteral("IO 输入：按下测量，再按回位"));
     QObject::connect(input, &QPushButton::toggled, this,
                      [=](bool down) { Tell("input " + number + (down ? " 0" : " 1")); });
-    grid.addWidget(input, station, 4);
-
-    const C_Row row{new QLabel, new QLabel, new QLabel};
-    row.position->setMinimumWidth(90);
-    row.force->setMinimumWidth(90);
-    grid.addWidget(row.position, station, 5);
-    grid.addWidget(row.force, station, 6);
-    grid.addWidget(row.output, station, 7);
+    auto* work = new QHBoxLayout;
+    work->setSpacing(4);
+    work->addWidget(thickness, 1);
+    for (QPushButton* button : {place, remove, input}) {
+      button->setFixedWidth(44);
+      work->addWidget(button);
+    }
+    rows.addLayout(work);
     m_Rows.push_back(row);
   }
 
@@ -165,7 +175,7 @@ int Run(const std::string& platform, const std::string& argument) {
   Set_Up_Look();
   C_Strip strip(stations);
   const C_Host_Lines lines(strip);
-  strip.show();
+  QTimer::singleShot(Show_After_Ms, &strip, [&strip] { strip.show(); });
   return QApplication::exec();
 }
 
@@ -174,12 +184,11 @@ int Run(const std::string& platform, const std::string& argument) {
 }  // namespace orsanta
 
 int main(int argc, char** argv) {
-  std::string reason;
-  const std::string platform = orsanta::Find_Display(reason);
-  if (platform.empty()) {
-    fprintf(stderr, "orsanta: the panel needs a display: %s\n", reason.c_str());
+  const orsanta::C_Display display = orsanta::Find_Display();
+  if (display.platform.empty()) {
+    fprintf(stderr, "orsanta: the panel needs a display: %s\n", display.reason.c_str());
     return 1;
   }
   const std::string argument = argc > 1 ? argv[1] : "";
-  return argument == "--check" ? 0 : orsanta::Run(platform, argument);
+  return argument == "--check" ? 0 : orsanta::Run(display.platform, argument);
 }

@@ -131,7 +131,7 @@ void C_Dialog_Thread::Press(C_Dialog_Run& run, int control) {
   if (button.model.kind != C_Control_Kind::Button) return;
   ++m_Commands;
   Show_Busy(true, m_Open.size());
-  if (button.callback != nullptr && button.id != 0) button.callback->OnCtrlButton(button.id, 0, 0);
+  if (button.callback != nullptr) button.callback->OnCtrlButton(button.id, 0, 0);
   --m_Commands;
   Show_Busy(false, m_Open.size());
 }
