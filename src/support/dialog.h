@@ -37,7 +37,7 @@ class CParameterInOutDlg_Base {
   CParameterInOutDlg_Base& operator=(const CParameterInOutDlg_Base&) = delete;
 
   // Arguments that recur. caption: stands on or beside the control. column: the control goes to the bottom of that
-  // column. width: size in the builder's units. rows: height. id: number of the control in callbacks, 0 for none.
+  // column. width: size in the builder's units. rows: height. id: number of the control in callbacks; 0 is one too.
   // callback: who is called, may be null.
 
   // A press calls OnCtrlButton(id).
