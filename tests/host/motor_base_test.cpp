@@ -2,8 +2,11 @@
 #include "host/motor_base.h"
 
 #include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <chrono>
+#include <csignal>
 #include <memory>
 #include <random>
 #include <sstream>
@@ -120,6 +123,41 @@ TEST_F(Supervisor, AnswersTheStatusQueryAndNothingElse) {
   EXPECT_EQ(host.Take(), "");
   base->LoopPaused = 0;
   EXPECT_EQ(Collect(host, answer.size()), answer);
+}
+
+// A process that runs under the fixed name, whatever it does.
+class C_Namesake {
+ public:
+  C_Namesake() {
+    std::filesystem::copy_file("/bin/sleep", "Orsanta.exe", std::filesystem::copy_options::skip_existing);
+    m_Process = fork();
+    if (m_Process == 0) {
+      execl("Orsanta.exe", "Orsanta.exe", "60", nullptr);
+      _exit(1);
+    }
+  }
+  ~C_Namesake() {
+    kill(m_Process, SIGKILL);
+    waitpid(m_Process, nullptr, 0);
+  }
+  C_Namesake(const C_Namesake&) = delete;
+  C_Namesake& operator=(const C_Namesake&) = delete;
+
+ private:
+  pid_t m_Process;
+};
+
+using SupervisorDeathTest = Supervisor;
+
+// Disabled among the others, since it would end any of them that starts a system meanwhile; ctest runs it alone.
+TEST_F(SupervisorDeathTest, DISABLED_ASecondProcessOfTheNameEndsAtOnce) {
+  const C_Namesake first;
+  std::this_thread::sleep_for(std::chrono::milliseconds(100));
+  Start(1, 1, 0);  // one of the name may run: it could be this one
+  base.reset();
+  const C_Namesake second;
+  std::this_thread::sleep_for(std::chrono::milliseconds(100));
+  EXPECT_EXIT(Start(1, 1, 0), ::testing::ExitedWithCode(0), "");
 }
 
 TEST_F(Supervisor, GoesOnWithoutAHostPortThatDoesNotOpen) {
