@@ -1,0 +1,106 @@
+// A whole system on the bench with the panel on the scripted front: what an operator does is a script, and time is
+// simulated.
+#pragma once
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <sstream>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "bench/bench.h"
+#include "common/scripted_front.h"
+#include "common/temp_folder.h"
+#include "drive/motor.h"
+#include "host/motor_base.h"
+#include "station/voice_motor.h"
+#include "support/clock.h"
+
+namespace orsanta {
+
+constexpr wchar_t Panel[] = L"Orsanta控制系统";
+constexpr double Block_Mm = 5.0;   // the reference block
+constexpr double Near_Mm = 0.002;  // how well a thickness of the noisy bench is met
+
+class Operator : public ::testing::Test {
+ protected:
+  Operator() : clock(7) { bench::Reset(); }
+  ~Operator() override { base.reset(); }
+
+  void Start(int stations, int io_mode = 0) {
+    CMyArray<VCM_Resource_struct> resources;
+    for (int n = 1; n <= stations; ++n) {
+      VCM_Resource_struct record;
+      record.CanID = record.AxisNum = record.AuxAxisNum = n;
+      record.ControllerNum = 2 * n;
+      record.SpareNum = 2 * n + 1;
+      record.ConnectServer = 1;
+      resources.Add(record);
+      bench::Place_Part(n, Block_Mm);
+    }
+    base = std::make_unique<C_VoiceMotorBase>(resources, 0, 115200, 0, io_mode);
+    for (int n = 0; n < stations; ++n) EXPECT_TRUE(Wait_Idle(n));
+  }
+  C_VoiceMotor& Station(int index) { return *base->StationList[index]; }
+
+  // What the operator does with the dialogs that come up, in this order; given before the panel runs.
+  void Answer(const std::wstring& match, C_Script script) { m_Answers.emplace_back(match, std::move(script)); }
+  void Answer_First(const std::wstring& match, C_Script script) {
+    m_Answers.insert(m_Answers.begin(), {match, std::move(script)});
+  }
+  void Answer_Edit(const std::wstring& caption, const std::wstring& value) {
+    Answer(caption, C_Script().Fill(caption, value).Confirm());
+  }
+  void Type_Password(const std::wstring& password = L"mocha") { Answer_Edit(L"输入密码", password); }
+  // Runs the panel with the script to its end.
+  void Run_Panel(C_Script script) {
+    front->On_Dialog(Panel, std::move(script));
+    for (auto& [match, answer] : m_Answers) front->On_Dialog(match, std::move(answer));
+    m_Answers.clear();
+    base->show();
+  }
+
+  bool Wait_Idle(int index, int limit_ms = 60000) {
+    for (int waited = 0; base->GetDelayProcessFifoCount(index) > 0; waited += 10) {
+      if (waited > limit_ms) return false;
+      Sleep(10);
+    }
+    return true;
+  }
+  // What the display of a station shows.
+  std::wstring Display(int index) { return front->Text_Of(Panel, L"微米仪" + std::to_wstring(index + 1) + L"状态"); }
+  int Count_Dialogs(const std::wstring& name) {
+    const std::vector<C_Shown> shown = front->Shown();
+    return static_cast<int>(std::count_if(shown.begin(), shown.end(), [&](const C_Shown& item) {
+      return item.kind == C_Shown::Kind::Dialog && item.name == name;
+    }));
+  }
+  std::vector<C_Shown> Charts() {
+    std::vector<C_Shown> charts;
+    for (const C_Shown& shown : front->Shown())
+      if (shown.kind == C_Shown::Kind::Chart) charts.push_back(shown);
+    return charts;
+  }
+  static std::string File(const std::string& name) {
+    std::ifstream file(name);
+    std::stringstream text;
+    text << file.rdbuf();
+    return text.str();
+  }
+
+  C_Simulated_Clock clock;
+  C_Temp_Folder folder;
+  C_Scripted_Front_Holder front;
+  std::unique_ptr<C_VoiceMotorBase> base;
+
+ private:
+  std::vector<std::pair<std::wstring, C_Script>> m_Answers;
+};
+
+}  // namespace orsanta
