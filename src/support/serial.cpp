@@ -50,7 +50,7 @@ int CComSerial::OpenCom(int port) {
   m_Port = 0;
   if (port < 1) return 0;
   m_Path = Device_Path(port);
-  m_Baud = 0;
+  m_Baud = Rates.back();
   std::string reason;
   if (!Open_Device(reason)) {
     Trace_Port(port, m_Path, "does not open: " + reason);
@@ -62,8 +62,11 @@ int CComSerial::OpenCom(int port) {
 
 int CComSerial::SetPropW(int baud, int data_bits, int stop_bits, int parity) {
   const std::lock_guard lock(m_Lock);
-  if (m_Port == 0 || data_bits != 8 || stop_bits != 1 || parity != 0) return 0;
-  if (std::find(Rates.begin(), Rates.end(), baud) == Rates.end()) return 0;
+  if (m_Port == 0) return 0;
+  if (data_bits != 8 || stop_bits != 1 || parity != 0 || std::find(Rates.begin(), Rates.end(), baud) == Rates.end()) {
+    Trace_Port(m_Port, m_Path, "has no rate of " + std::to_string(baud) + " baud; stays at " + std::to_string(m_Baud));
+    return 0;
+  }
   m_Baud = baud;
   return m_Device >= 0 && Apply_Line() ? 1 : 0;
 }
@@ -102,11 +105,10 @@ bool CComSerial::Open_Device(std::string& reason) {
     reason = std::strerror(errno);
     return false;
   }
-  termios2 present{};
-  if (ioctl(m_Device, TCGETS2, &present) != 0) {
-    reason = "it is no serial line";
-  } else if (flock(m_Device, LOCK_EX | LOCK_NB) != 0) {  // TIOCEXCL alone does not hold against root
+  if (flock(m_Device, LOCK_EX | LOCK_NB) != 0) {  // TIOCEXCL alone does not hold against root
     reason = "another program uses it";
+  } else if (!Apply_Line()) {
+    reason = "it is no serial line";
   } else {
     ioctl(m_Device, TIOCEXCL);
     return true;
@@ -132,10 +134,6 @@ bool CComSerial::Be_There() {
   m_Next_Try_Ms = Now_Ms() + Reopen_Period_Ms;
   std::string reason;
   if (!Open_Device(reason)) return false;
-  if (m_Baud != 0 && !Apply_Line()) {
-    Release_Device();
-    return false;
-  }
   Trace_Port(m_Port, m_Path, "is back");
   return true;
 }

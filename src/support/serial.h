@@ -28,11 +28,11 @@ class CComSerial {
   CComSerial(const CComSerial&) = delete;
   CComSerial& operator=(const CComSerial&) = delete;
 
-  // Opens the port with that number, 1 for the first. Returns 1, or 0 when there is no such port, it is no serial line,
-  // or another program has it; a trace line then gives the reason.
+  // Opens the port with that number, 1 for the first, at the fastest rate. Returns 1, or 0 when there is no such port,
+  // it is no serial line, or another program has it; a trace line then gives the reason.
   int OpenCom(int port);
-  // Sets the line: one of the seven rates 9600, 14400, 19200, 28800, 38400, 57600, 115200 baud; the other three are 8,
-  // 1 and 0. Returns 1, or 0 when the port is closed or does not take the setting.
+  // Sets the line: one of Rates; the other three are 8, 1 and 0. Returns 1, or 0 when the port is closed or does not
+  // take the setting; the line then stays as it was, and a trace line says so.
   int SetPropW(int baud, int data_bits, int stop_bits, int parity);
   // Takes what has arrived, at most max bytes; got: how many, 0 when nothing has. Returns 1, or 0 when the port is
   // closed or away.
@@ -55,7 +55,7 @@ class CComSerial {
   int m_Port = 0;      // 0 while closed
   std::string m_Path;  // of the device, as the port's number gave it at OpenCom
   int m_Device = -1;   // -1 while closed or away
-  int m_Baud = 0;      // 0 until the line was set
+  int m_Baud = 0;
   double m_Next_Try_Ms = 0.0;
 };
 
