@@ -9,11 +9,13 @@ namespace bench {
 namespace {
 
 std::mutex the_lock;
-std::unique_ptr<C_Installation> the_installation;
+// Not destroyed at the end of the process: a client that leaves without a stop still has threads that read samples.
+C_Installation* the_installation = nullptr;
 uint64_t the_session = 0;
 
 void Replace(const Settings& settings) {
-  the_installation = std::make_unique<C_Installation>(settings);
+  delete the_installation;
+  the_installation = new C_Installation(settings);
   the_installation->start_ms = orsanta::Now_Ms();
 }
 
@@ -32,7 +34,7 @@ void C_Installation::Restart_Server() {
 
 C_Access::C_Access() : m_Guard(the_lock) {
   if (the_installation == nullptr) Replace(Settings());
-  m_Installation = the_installation.get();
+  m_Installation = the_installation;
   const double clock_ms = orsanta::Now_Ms();
   double now_ms = clock_ms - m_Installation->start_ms;
   if (now_ms < m_Installation->now_ms) {  // the process went over to another clock: the room's time goes on from here

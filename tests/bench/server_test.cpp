@@ -1,5 +1,6 @@
 // The motion server: FIFOs, instruction threads and their waits, connection, errors, IO, many callers at once.
 #include <atomic>
+#include <cstdlib>
 #include <limits>
 #include <thread>
 
@@ -274,6 +275,20 @@ TEST(Callers, Many_Threads_At_Once_Do_Not_Hold_Each_Other) {
   EXPECT_GE(waited, 399.0);
   EXPECT_GT(commands, 100);
   EXPECT_GT(samples, 4 * 100);
+}
+
+// A sanitizer sees what a reader meets that goes on while the process takes its static objects down.
+TEST(Callers_Death, A_Process_May_End_Under_Its_Readers) {
+  const auto leave_under_a_reader = [] {
+    Connect();
+    const C_Test_Drive drive(1);
+    std::thread([&] {
+      for (;;) Take(drive.Position());
+    }).detach();
+    Sleep(20);
+    std::exit(0);
+  };
+  EXPECT_EXIT(leave_under_a_reader(), testing::ExitedWithCode(0), "");
 }
 
 }  // namespace

@@ -41,13 +41,13 @@ TEST(Hash, Builds_Keys_Commits_Values_And_Reads_Them_Back) {
 
   // An empty entry is made on demand, and a new value replaces the old one.
   CHashObject_Buffer* entry = nullptr;
-  hash << 6 >= entry;
+  (hash << 6) >= entry;
   EXPECT_EQ(entry->m_Buffer.GetLogicalBufferSize(), 0);
   hash.StartAddVarToLogInData(9);
   hash++;
   EXPECT_EQ(entry->m_Buffer.GetLogicalBufferSize(), 4);
   hash--;
-  hash << 6 > found;
+  (hash << 6) > found;
   EXPECT_EQ(found, -1);
 }
 
