@@ -133,6 +133,7 @@ TEST_F(Windows, ButtonsAnswerMouseAndKeysAndShowTheirPress) {
 TEST_F(Windows, FourStationsFitTheScreenAndFourteenScroll) {
   for (const int stations : {4, 14}) {
     const int dialog = Open(Panel_Model(stations));
+    ASSERT_TRUE(Wait_On_Qt([] { return QApplication::focusWidget() != nullptr; }));
     On_Qt([&] {
       QWidget* panel = Find_Window("面板");
       EXPECT_LE(panel->width(), 1280);
