@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cstdio>
-#include <filesystem>
+#include <exception>
 #include <optional>
 
 #include "commands.h"
@@ -70,7 +70,9 @@ CLI::Validator Number(double min, double max) {
 
 }  // namespace app
 
-int main(int argc, char** argv) {
+namespace {
+
+int Run(int argc, char** argv) {
   CLI::App program("orsanta: a constant-force thickness gauge, here on the bench, its simulated installation.",
                    "orsanta");
   program.require_subcommand(1);
@@ -88,9 +90,17 @@ int main(int argc, char** argv) {
     return program.exit(help);
   } catch (const CLI::ParseError& error) {
     return app::Tell_Wrong_Argument(program, error);
-  } catch (const std::filesystem::filesystem_error& error) {
+  }
+  return exit_status;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    return Run(argc, argv);
+  } catch (const std::exception& error) {  // a folder that cannot be made, or no memory
     std::fprintf(stderr, "orsanta: %s\n", error.what());
     return app::Failed;
   }
-  return exit_status;
 }

@@ -95,7 +95,7 @@ void C_VoiceMotorBase::Add_Station(int index, int IoInit) {
     IoCard.Map_Io(StationCount, Io_Card_Can_Id);
     IoCard.Set_Sim_Mask(0);
     AddNewDelayProcess(index, Task_Force_Back, 0, station);
-    OnForceBackOk(index + 1);
+    C_VoiceMotorBase::OnForceBackOk(index + 1);
   } else {
     Message_Box(Format_Text(L"CanID：%d的设备没有连接", record.CanID));
   }

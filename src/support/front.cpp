@@ -40,7 +40,7 @@ std::filesystem::path Find_Plug_In() {
   std::error_code none;
   Dl_info self{};
   if (dladdr(reinterpret_cast<const void*>(&Front), &self) != 0 && self.dli_fname != nullptr) {
-    const fs::path beside_library = fs::absolute(self.dli_fname, none).parent_path() / Plug_In_Name;
+    fs::path beside_library = fs::absolute(self.dli_fname, none).parent_path() / Plug_In_Name;
     if (fs::exists(beside_library, none)) return beside_library;
   }
   const fs::path beside_program = fs::read_symlink("/proc/self/exe", none).parent_path() / Plug_In_Name;

@@ -49,7 +49,7 @@ std::wstring CMyExecuteProc::GetCurApplicationFilePath() {
 
 void CMyExecuteProc::SplitPath(const std::wstring& path, std::wstring& drive, std::wstring& dir, std::wstring& name,
                                std::wstring& ext) {
-  const std::wstring whole = path;  // an output may be the input itself
+  const std::wstring whole = path;  // NOLINT: an output may be the input itself
   const size_t drive_end = whole.size() >= 2 && whole[1] == L':' ? 2 : 0;
   const size_t separator = whole.find_last_of(L"/\\");
   const size_t name_begin = separator == std::wstring::npos ? drive_end : separator + 1;
