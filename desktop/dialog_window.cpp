@@ -60,7 +60,7 @@ C_Dialog_Window::C_Dialog_Window(int number, const C_Dialog_Model& model, std::s
                                  QWidget* parent)
     : QDialog(parent), m_Link(std::move(link)), m_Controls(model.controls.size()), m_Confirms(model.confirms) {
   setObjectName(QStringLiteral("dialog_%1").arg(number));
-  setWindowTitle(To_Qt(model.title));
+  setWindowTitle(model.title.empty() ? QStringLiteral("Orsanta") : To_Qt(model.title));
   setWindowFlags(Qt::Window | Qt::WindowTitleHint | Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint |
                  (m_Confirms ? Qt::WindowFlags() : Qt::WindowMinMaxButtonsHint));
   if (m_Confirms) setWindowModality(Qt::WindowModal);
@@ -70,7 +70,7 @@ C_Dialog_Window::C_Dialog_Window(int number, const C_Dialog_Model& model, std::s
   auto* layout = new QVBoxLayout(this);
   layout->setContentsMargins(1, 1, 1, 1);
   layout->setSpacing(0);
-  layout->addWidget(Make_Head(model));
+  layout->addWidget(Make_Head());
   m_Busy_Mark = new C_Busy_Mark;
   layout->addWidget(m_Busy_Mark);
   auto* scroll = new QScrollArea;
@@ -95,15 +95,13 @@ void C_Dialog_Window::Focus_First_Edit() {
   }
 }
 
-QWidget* C_Dialog_Window::Make_Head(const C_Dialog_Model& model) {
+QWidget* C_Dialog_Window::Make_Head() {
   auto* head = new QWidget;
   head->setObjectName(QStringLiteral("header"));
   head->setAttribute(Qt::WA_StyledBackground);
   auto* row = new QHBoxLayout(head);
   row->setContentsMargins(16, 9, 16, 9);
-  QString title = To_Qt(model.title);
-  if (title.isEmpty()) title = QStringLiteral("Orsanta");
-  row->addWidget(Make_Label(title, "title"), 1);
+  row->addWidget(Make_Label(windowTitle(), "title"), 1);
   m_Busy_Text = Make_Label(QStringLiteral("正在执行…"), "busy");
   QSizePolicy keep = m_Busy_Text->sizePolicy();
   keep.setRetainSizeWhenHidden(true);
@@ -234,6 +232,7 @@ void C_Dialog_Window::Add_Hint(C_Control& control, const C_Control_Model& model,
   }
   control.hint = Make_Label(control.range, "hint");
   control.hint->setWordWrap(true);
+  control.hint->setVisible(model.kind != C_Control_Kind::Text_Edit);  // takes any text
   column.addWidget(control.hint);
 }
 
@@ -381,6 +380,7 @@ void C_Dialog_Window::Refuse(int control, const QString& reason) {
   Set_Mark(refused.widget, "refused", true);
   Set_Mark(refused.hint, "refused", true);
   refused.hint->setText(reason);
+  refused.hint->show();
   refused.widget->setFocus(Qt::OtherFocusReason);
   static_cast<QLineEdit*>(refused.widget)->selectAll();
 }

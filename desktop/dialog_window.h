@@ -46,7 +46,7 @@ class C_Dialog_Window : public QDialog {
   };
 
   int Choose_Row_Height(const C_Dialog_Model& model) const;
-  QWidget* Make_Head(const C_Dialog_Model& model);
+  QWidget* Make_Head();
   QWidget* Make_Columns(const C_Dialog_Model& model);
   QWidget* Make_Foot();
   void Add_Control(int index, const C_Control_Model& model, QVBoxLayout& column);

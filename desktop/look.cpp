@@ -41,16 +41,14 @@ QPushButton#confirm { background: #0B5CAD; color: #FFFFFF; border: 1px solid #0B
 QPushButton#confirm:hover { background: #0A4F95; }
 QPushButton#confirm:focus { border: 2px solid #14202B; }
 QPushButton#confirm:pressed { background: #083A6E; }
-QLineEdit, QComboBox { background: #FFFFFF; color: #14202B; border: 1px solid #8A97A4; border-radius: 4px;
+QLineEdit { background: #FFFFFF; color: #14202B; border: 1px solid #8A97A4; border-radius: 4px;
   padding: 3px 8px; selection-background-color: #0B5CAD; }
-QLineEdit:focus, QComboBox:focus { border: 2px solid #0B5CAD; }
+QLineEdit:focus { border: 2px solid #0B5CAD; }
 QLineEdit[refused="true"] { border: 2px solid #B41E1E; background: #FDF1F1; }
-QComboBox::drop-down { border: none; width: 28px; }
-QComboBox QAbstractItemView { background: #FFFFFF; selection-background-color: #0B5CAD; }
 QCheckBox { spacing: 10px; }
 QCheckBox::indicator { width: 20px; height: 20px; }
 QLabel#caption { color: #14202B; }
-QLabel#hint { color: #5A6876; font-size: 14px; }
+QLabel#hint { color: #5A6876; font-size: 14px; margin-bottom: 5px; }
 QLabel#hint[refused="true"] { color: #B41E1E; font-weight: 600; }
 QLabel#fixed { font-size: 20px; padding: 8px; }
 QLabel#message { font-size: 18px; }
