@@ -22,7 +22,6 @@ class C_Unflushed_Disk : public C_Disk {
     std::ofstream(name, std::ios::binary | std::ios::trunc) << bytes;
     return 0;
   }
-  int Flush_Folder(int /*folder*/) override { return 0; }
 };
 
 // As many members as a station keeps: 37 numbers and five arrays, one of them a fitted force surface.

@@ -1,7 +1,6 @@
 #include "support/console_front.h"
 
-#include <cstdio>
-
+#include "support/error_stream.h"
 #include "support/message_box.h"
 #include "support/wide_string.h"
 
@@ -9,12 +8,13 @@ namespace orsanta {
 
 namespace {
 
-// The text on one line: each run of line breaks becomes one blank, and none stands at an end.
+// The text on one line: each run of line breaks and other control characters becomes one blank, and none stands at an
+// end.
 std::wstring Fold(const std::wstring& text) {
   std::wstring line;
   bool pending = false;
   for (const wchar_t c : text) {
-    if (c == L'\n' || c == L'\r') {
+    if (c < L' ' || c == 0x7F) {
       pending = true;
       continue;
     }
@@ -25,10 +25,8 @@ std::wstring Fold(const std::wstring& text) {
   return line;
 }
 
-// One call for each line, so that lines of several threads do not mix.
 void Print_Line(const std::wstring& line) {
-  const std::string bytes = To_Utf8(line) + "\n";
-  std::fwrite(bytes.data(), 1, bytes.size(), stderr);
+  Write_Error_Stream(To_Utf8(line) + "\n");
 }
 
 }  // namespace

@@ -78,9 +78,6 @@ C_Bound_Control Make_Integer_Edit(C_Bound_Control control, Variable& value) {
 
 }  // namespace
 
-void CParameterInOutDlgInterface::OnCtrlButton(int /*id*/, long /*word1*/, long /*word2*/) {}
-void CParameterInOutDlgInterface::OnCtrlDynamicDisp(int /*id*/, std::wstring& /*text*/, long /*word*/) {}
-
 CParameterInOutDlg_Base::CParameterInOutDlg_Base() : m_Run(std::make_unique<C_Dialog_Run>()) {}
 CParameterInOutDlg_Base::~CParameterInOutDlg_Base() = default;
 

@@ -21,11 +21,25 @@ namespace orsanta {
 
 class C_Dialog_Run;
 
-// The callback interface. The system fills in OnCtrlButton and OnCtrlDynamicDisp; the other events never come.
+// The callback interface: a button was pressed, a display asks for its text. The numbered events are reserved and never
+// come; they hold their places in the table.
 class CParameterInOutDlgInterface {
  public:
-  virtual void OnCtrlButton(int id, long word1, long word2);
-  virtual void OnCtrlDynamicDisp(int id, std::wstring& text, long word);
+  virtual void OnCtrlButton(int /*id*/, long /*word1*/, long /*word2*/) {}
+  virtual void OnReserved2(int /*id*/, long /*word1*/, long /*word2*/) {}
+  virtual void OnReserved3(int /*id*/, long /*word1*/, long /*word2*/) {}
+  virtual void OnReserved4(int /*id*/, long /*word1*/, long /*word2*/) {}
+  virtual void OnReserved5(int /*id*/, long /*word1*/, long /*word2*/) {}
+  virtual void OnReserved6(int /*id*/, long /*word1*/, long /*word2*/) {}
+  virtual void OnReserved7(int /*id*/, long /*word1*/, long /*word2*/) {}
+  virtual void OnReserved8(int /*id*/, long /*word1*/, long /*word2*/) {}
+  virtual void OnReserved9(int /*id*/, long /*word1*/, long /*word2*/) {}
+  virtual void OnCtrlDynamicDisp(int /*id*/, std::wstring& /*text*/, long /*word*/) {}
+  virtual void OnReserved11(int /*id*/, long /*word1*/, long /*word2*/) {}
+  virtual void OnReserved12(int /*id*/, long /*word1*/, long /*word2*/) {}
+  virtual void OnReserved13(int /*id*/, long /*word*/) {}
+  virtual void OnReserved14(long /*word*/) {}
+  virtual int OnReserved15(int /*value1*/, int value2) { return value2; }
   virtual ~CParameterInOutDlgInterface() = default;
 };
 

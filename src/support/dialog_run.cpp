@@ -176,21 +176,22 @@ void C_Dialog_Run::On_Dialog_Event(const C_Dialog_Event& event) {
   m_Thread->Queue(*this, event);
 }
 
-// All entries are checked before the first is written, so that a refused dialog changes nothing.
+// All entries are checked before the first is written, so that a refused dialog changes nothing. Every bad entry is
+// told, the first of them last: that is where the front leaves the person.
 bool C_Dialog_Run::Take_Entries(const std::vector<C_Control_Entry>& entries) {
   if (entries.size() != controls.size()) return false;
-  std::vector<std::function<void()>> writes;
-  for (size_t i = 0; i < controls.size(); ++i) {
+  std::vector<std::function<void()>> writes(controls.size());
+  bool refused = false;
+  for (size_t i = controls.size(); i-- > 0;) {
     if (!controls[i].check) continue;
-    std::function<void()> write;
-    const std::wstring reason = controls[i].check(entries[i], write);
-    if (!reason.empty()) {
-      Front().Refuse_Entry(m_Dialog, static_cast<int>(i), reason);
-      return false;
-    }
-    writes.push_back(std::move(write));
+    const std::wstring reason = controls[i].check(entries[i], writes[i]);
+    if (reason.empty()) continue;
+    Front().Refuse_Entry(m_Dialog, static_cast<int>(i), reason);
+    refused = true;
   }
-  for (const std::function<void()>& write : writes) write();
+  if (refused) return false;
+  for (const std::function<void()>& write : writes)
+    if (write) write();
   return true;
 }
 

@@ -2,13 +2,13 @@
 
 #include <dlfcn.h>
 
-#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <mutex>
 #include <system_error>
 
 #include "support/console_front.h"
+#include "support/error_stream.h"
 
 namespace orsanta {
 
@@ -50,7 +50,7 @@ std::filesystem::path Find_Plug_In() {
 // The desktop front, or null with one line that says why.
 std::unique_ptr<C_Front> Load_Desktop_Front() {
   const auto give_up = [](const std::string& reason) {
-    std::fprintf(stderr, "orsanta: %s; messages go to this stream, and dialogs count as cancelled\n", reason.c_str());
+    Write_Error_Stream("orsanta: " + reason + "; messages go to this stream, and dialogs count as cancelled\n");
     return nullptr;
   };
   const std::filesystem::path path = Find_Plug_In();

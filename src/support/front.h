@@ -103,7 +103,8 @@ class C_Front {
   virtual void Close_Dialog(int dialog) = 0;
   // Sets the visible text of a control: the caption of a button, the content of a display or an edit.
   virtual void Set_Control_Text(int dialog, int control, const std::wstring& text) = 0;
-  // Says at the control why its entry does not get in, and lets the person go on. Follows a Confirm event.
+  // Says at the control why its entry does not get in, and lets the person go on there. Follows a Confirm event, once for
+  // each bad entry.
   virtual void Refuse_Entry(int dialog, int control, const std::wstring& reason) = 0;
   // Marks the dialog as busy while a command of its runs; its buttons still take presses.
   virtual void Set_Busy(int dialog, bool busy) = 0;

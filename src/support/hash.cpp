@@ -29,7 +29,7 @@ void CHashOpt_DataBuffer::Append_Or_Read(void* data, size_t size) {
     return;
   }
   const std::string_view bytes = m_Found->m_Buffer.Bytes();
-  MY_ASSERT(size <= bytes.size() - m_Read_At);
+  MY_ASSERT(m_Read_At + size <= bytes.size());
   std::memcpy(data, bytes.data() + m_Read_At, size);
   m_Read_At += size;
 }
@@ -41,10 +41,9 @@ CHashOpt_DataBuffer& CHashOpt_DataBuffer::ConnectIndexDataOrOutputData(const cha
 
 CHashOpt_DataBuffer& CHashOpt_DataBuffer::ConnectIndexDataOrOutputData(char* text) {
   if (m_Mode != Mode_Read) return ConnectIndexDataOrOutputData(static_cast<const char*>(text));
-  const std::string_view rest = m_Found->m_Buffer.Bytes().substr(m_Read_At);
-  const size_t length = rest.find('\0');
-  MY_ASSERT(length != std::string_view::npos);
-  Append_Or_Read(text, length + 1);
+  const size_t end = m_Found->m_Buffer.Bytes().find('\0', m_Read_At);
+  MY_ASSERT(end != std::string_view::npos);
+  Append_Or_Read(text, end + 1 - m_Read_At);
   return *this;
 }
 

@@ -68,8 +68,8 @@ class CHashObject_Buffer {
  public:
   CBuffer m_Buffer;
   C_Entry_Kind m_Kind = C_Entry_Kind::Raw;
-  uint64_t m_Serial =
-      0;  // rises with each new entry of a store: entries sorted by it stand in the order of their making
+  int m_Line = 0;         // of the file that the entry was read from
+  uint64_t m_Serial = 0;  // rises with each new entry of a store: sorted by it, they stand in the order of their making
 };
 
 // Puts keys and values together, and holds the table.

@@ -54,6 +54,12 @@ void Put_Bytes(CHashObject_Buffer& entry, C_Entry_Kind kind, std::string_view by
   std::copy(bytes.begin(), bytes.end(), entry.m_Buffer.GetBuffer());
 }
 
+// The entry of the key in hand as a person finds it in the file.
+std::wstring Entry_Name(const CHashObject_Buffer& entry, CAutoSaveClassData_Data& data) {
+  return L"第" + std::to_wstring(entry.m_Line) + L"行 " + From_Utf8(Area_Path(data.m_AreaIDList.GetEndData())) + L" " +
+         From_Utf8(std::string(data.m_Key.Text())) + L" " + std::to_wstring(data.m_IndexList.GetEndData());
+}
+
 // Saving: puts the bytes under the key in hand. Loading: gives the bytes found there. False when there is nothing to
 // read.
 bool Process_Bytes(std::string& bytes, C_Entry_Kind kind, CAutoSaveClassData_Data& data) {
@@ -67,8 +73,7 @@ bool Process_Bytes(std::string& bytes, C_Entry_Kind kind, CAutoSaveClassData_Dat
   const CHashObject_Buffer* entry = data.m_Hash.Find();
   if (entry == nullptr) return false;
   if (entry->m_Kind != kind) {
-    data.m_Mismatches.push_back(Area_Path(data.m_AreaIDList.GetEndData()) + " " + std::string(data.m_Key.Text()) + " " +
-                                std::to_string(data.m_IndexList.GetEndData()) + " = " + Kind_Word(kind));
+    data.m_Mismatches += L"\n" + Entry_Name(*entry, data) + L" 应为 " + From_Utf8(Kind_Word(kind));
     return false;
   }
   bytes = entry->m_Buffer.Bytes();
@@ -169,15 +174,20 @@ int CAutoSaveClassData2::SaveAllClassParameterToHashOpt(const wchar_t* store, in
     OptSaveAndLoadDataStore(data);
     return Content_Of(data, [&](int id) { return std::string(LoadStrFromSaveHash(id, data)->Text()); });
   };
-  return Write_Store(store, content) ? 1 : 0;
+  if (!Write_Store(store, content, !m_Unread)) return 0;
+  m_Unread = false;
+  return 1;
 }
 
 int CAutoSaveClassData2::LoadAllClassParameterFromHashOpt(const wchar_t* store, int /*reserved*/) {
   C_Store_Content content;
-  if (!Read_Store(store, content)) return 0;
+  const C_Store_State state = Read_Store(store, content);
+  m_Unread = state == C_Store_State::Unread;
+  if (state != C_Store_State::Whole) return 0;
 
   CAutoSaveClassData_Data data;
   data.m_bLoad = 1;
+  data.m_Store = store;
   for (const C_Store_Entry& line : content.entries) {
     (data.m_Hash << Member_Entry)
         .ConnectIndexDataOrOutputData(Area_ID(line.path))
@@ -185,6 +195,7 @@ int CAutoSaveClassData2::LoadAllClassParameterFromHashOpt(const wchar_t* store, 
         .ConnectIndexDataOrOutputData(line.index);
     CHashObject_Buffer* entry = nullptr;
     data.m_Hash >= entry;
+    entry->m_Line = line.line;
     Put_Bytes(*entry, line.kind, line.bytes);
     if (line.kind != C_Entry_Kind::Array) continue;
     const int record[] = {0, SaveStrToSaveHash(line.bytes.c_str(), data), line.count};
@@ -192,11 +203,7 @@ int CAutoSaveClassData2::LoadAllClassParameterFromHashOpt(const wchar_t* store, 
   }
   OptSaveAndLoadDataStore(data);
 
-  if (!data.m_Mismatches.empty()) {
-    std::string reason = "此处应为";
-    for (const std::string& mismatch : data.m_Mismatches) reason += "\n" + mismatch;
-    Move_Store_Aside(store, From_Utf8(reason));
-  }
+  if (!data.m_Mismatches.empty()) Move_Store_Aside(store, L"以下各项类型不符,保持默认值:" + data.m_Mismatches);
   return 1;
 }
 
@@ -232,12 +239,16 @@ bool CAutoSaveClassData2::Begin_Array(const std::type_info& type, int& count, CA
   data.m_Hash >= entry;
   if (data.m_bLoad != 0) {
     if (entry->m_Buffer.GetLogicalBufferSize() == 0) return false;
-    MY_ASSERT(entry->m_Buffer.GetLogicalBufferSize() == Array_Record_Bytes);
-    int record[3];
-    std::memcpy(record, entry->m_Buffer.GetBuffer(), sizeof record);
-    MY_ASSERT(record[0] == 0);
-    const CHashObject_String* stored_type = LoadStrFromSaveHash(record[1], data);
-    MY_ASSERT(stored_type != nullptr && stored_type->Text() == type_name);
+    int record[3] = {};
+    const CHashObject_String* stored_type = nullptr;
+    if (entry->m_Buffer.GetLogicalBufferSize() == Array_Record_Bytes) {
+      std::memcpy(record, entry->m_Buffer.GetBuffer(), sizeof record);
+      stored_type = LoadStrFromSaveHash(record[1], data);
+    }
+    // A store of another layout is not repaired: the member would hold what was never measured.
+    if (record[0] != 0 || stored_type == nullptr || stored_type->Text() != type_name)
+      MY_ASSERT_REPORT(To_Utf8(L"参数文件 " + data.m_Store + L" " + Entry_Name(*entry, data) + L" 应为 array " +
+                               From_Utf8(type_name) + L",请修正或移走该文件后再启动"));
     count = record[2];
   } else {
     const int record[] = {0, SaveStrToSaveHash(type_name.c_str(), data), count};

@@ -22,7 +22,7 @@
 
 #include <string>
 #include <typeinfo>
-#include <vector>
+#include <utility>
 
 #include "support/array.h"
 #include "support/hash.h"
@@ -45,9 +45,10 @@ class CAutoSaveClassData_Data {
   // The number that stands for the present stack of class names, the same in every pass.
   int GetAreaIDFrom_OptSaveFunctionCallInClassNameList();
 
-  int m_TextCount = 0;                    // texts in the table of texts
-  CHashObject_String m_Text_Found;        // what LoadStrFromSaveHash hands out
-  std::vector<std::string> m_Mismatches;  // loading: entries that hold another kind of value than their member takes
+  int m_TextCount = 0;              // texts in the table of texts
+  CHashObject_String m_Text_Found;  // what LoadStrFromSaveHash hands out
+  std::wstring m_Store;             // loading: name of the store
+  std::wstring m_Mismatches;        // loading: a line for each entry of another kind than its member takes
 };
 
 // The class path, names joined by '/', that an area id stands for.
@@ -70,8 +71,9 @@ class CAutoSaveClassData2 : public CDynamicClassCreatorObject {
   // Returns 1, or 0 on failure.
   int SaveAllClassParameterToHashOpt(const wchar_t* store, int reserved);
   // Reads the members from the store of that name, if it exists. A store that cannot be parsed is moved aside under a
-  // name that ends in ".bad", a message box says where it is wrong, and the members stay as they are. Returns 1 when a
-  // store was read, else 0.
+  // name that ends in ".bad", a message box says where it is wrong, and the members stay as they are. So it goes with
+  // single entries of another kind than their members take; all others are read. An array of another type is a fault of
+  // the program. Returns 1 when a store was read, else 0.
   int LoadAllClassParameterFromHashOpt(const wchar_t* store, int reserved);
 
  protected:
@@ -90,17 +92,21 @@ class CAutoSaveClassData2 : public CDynamicClassCreatorObject {
     ProcessData(plain, data);
     if (data.m_bLoad != 0) value = plain;
   }
-  // An array: one record with the element type and the count, and one entry for each element.
+  // An array: one record with the element type and the count, and one entry for each element. Where an element is of
+  // another kind the array keeps what it has, whole.
   template <class T>
   void ProcessData(CMyArray<T>& array, CAutoSaveClassData_Data& data) {
     int count = array.GetSize();
     if (!Begin_Array(typeid(array), count, data)) return;
-    array.SetArraySize(count);
+    CMyArray<T> elements = array;
+    elements.SetArraySize(count);
+    const size_t mismatches = data.m_Mismatches.size();
     for (int i = 0; i < count; ++i) {
       data.m_IndexList.GetEndData() = i;
-      ProcessData(array.GetAt(i), data);
+      ProcessData(elements.GetAt(i), data);
     }
     End_Array(data);
+    if (data.m_bLoad != 0 && data.m_Mismatches.size() == mismatches) array = std::move(elements);
   }
 
   // ProcessData under the key.
@@ -122,6 +128,8 @@ class CAutoSaveClassData2 : public CDynamicClassCreatorObject {
   // has.
   bool Begin_Array(const std::type_info& type, int& count, CAutoSaveClassData_Data& data);
   void End_Array(CAutoSaveClassData_Data& data);
+
+  Shared<bool> m_Unread = false;  // a store stands whose values could not be read
 };
 
 // Enters a class for the span of a scope: its name goes on the stack of class names, and its area on the stack of

@@ -6,31 +6,15 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
-#include <map>
 #include <set>
-#include <tuple>
 #include <type_traits>
+#include <utility>
 
-#include "support/wide_string.h"
+#include "support/store_form.h"
 
 namespace orsanta {
 
 namespace {
-
-constexpr std::string_view First_Line = "orsanta store 1";
-constexpr std::string_view Last_Line = "end";
-constexpr std::string_view Element_Class = "/CMyArray";
-constexpr std::string_view Byte_Order_Mark = "\xEF\xBB\xBF";
-
-constexpr struct {
-  C_Entry_Kind kind;
-  const char* word;
-} Kind_Words[] = {{C_Entry_Kind::Raw, "raw"},       {C_Entry_Kind::Int, "int"},   {C_Entry_Kind::Float, "float"},
-                  {C_Entry_Kind::Double, "double"}, {C_Entry_Kind::Text, "text"}, {C_Entry_Kind::Array, "array"}};
-
-// The whole number type that holds the bits of a floating-point type.
-template <class T>
-using C_Bits = std::conditional_t<sizeof(T) == 4, uint32_t, uint64_t>;
 
 template <class T>
 T Value_Of(const std::string& bytes) {
@@ -38,13 +22,6 @@ T Value_Of(const std::string& bytes) {
   std::memcpy(&value, bytes.data(), std::min(sizeof value, bytes.size()));
   return value;
 }
-
-template <class T>
-std::string Bytes_Of(T value) {
-  return std::string(reinterpret_cast<const char*>(&value), sizeof value);
-}
-
-// --- Writing ---
 
 template <class T>
 void Put_Number(std::string& out, T value, int base = 10) {
@@ -62,7 +39,7 @@ template <class T>
 void Put_Float(std::string& out, T value) {
   if (std::isnan(value)) {
     out += "nan:";
-    Put_Number(out, std::bit_cast<C_Bits<T>>(value), 16);
+    Put_Number(out, std::bit_cast<store_form::C_Bits<T>>(value), 16);
   } else {
     Put_Number(out, value);
   }
@@ -81,29 +58,15 @@ bool Is_Control(char c) {
 void Put_Quoted(std::string& out, std::string_view text) {
   out.push_back('"');
   for (const char c : text) {
-    switch (c) {
-      case '"':
-        out += "\\\"";
-        break;
-      case '\\':
-        out += "\\\\";
-        break;
-      case '\n':
-        out += "\\n";
-        break;
-      case '\r':
-        out += "\\r";
-        break;
-      case '\t':
-        out += "\\t";
-        break;
-      default:
-        if (!Is_Control(c)) {
-          out.push_back(c);
-          break;
-        }
-        out += "\\x";
-        Put_Hex_Byte(out, static_cast<unsigned char>(c));
+    const size_t escape = store_form::Escaped.find(c);
+    if (escape != std::string_view::npos) {
+      out.push_back('\\');
+      out.push_back(store_form::Escape_Letters[escape]);
+    } else if (Is_Control(c)) {
+      out += "\\x";
+      Put_Hex_Byte(out, static_cast<unsigned char>(c));
+    } else {
+      out.push_back(c);
     }
   }
   out.push_back('"');
@@ -111,7 +74,7 @@ void Put_Quoted(std::string& out, std::string_view text) {
 
 // A name stands bare where it reads back as one word.
 void Put_Name(std::string& out, std::string_view name) {
-  bool bare = !name.empty() && name.front() != '#' && name != Last_Line;
+  bool bare = !name.empty() && name.front() != '#' && name != store_form::Last_Line;
   for (const char c : name) bare = bare && c != ' ' && c != '"' && !Is_Control(c);
   if (bare) {
     out += name;
@@ -145,255 +108,16 @@ void Put_Value(std::string& out, const C_Store_Entry& entry) {
   }
 }
 
-// --- Reading ---
-
-// Thrown while a line is read; Parse_Store adds the number of the line.
-struct C_Line_Fault {
-  std::wstring text;
-};
-
-[[noreturn]] void Fail(const std::wstring& text) {
-  throw C_Line_Fault{text};
-}
-
-bool Is_Blank(char c) {
-  return c == ' ' || c == '\t';
-}
-
-template <class T>
-T Read_Number(std::string_view word, int base = 10) {
-  T value{};
-  std::from_chars_result end{};
-  if constexpr (std::is_floating_point_v<T>) {
-    end = std::from_chars(word.data(), word.data() + word.size(), value);
-  } else {
-    end = std::from_chars(word.data(), word.data() + word.size(), value, base);
-  }
-  if (end.ec == std::errc::result_out_of_range) Fail(L"数值超出范围");
-  if (end.ec != std::errc() || end.ptr != word.data() + word.size()) Fail(L"不是有效的数值");
-  return value;
-}
-
-template <class T>
-T Read_Float(std::string_view word) {
-  constexpr std::string_view Bits_Mark = "nan:";
-  if (word.substr(0, Bits_Mark.size()) != Bits_Mark) return Read_Number<T>(word);
-  const T value = std::bit_cast<T>(Read_Number<C_Bits<T>>(word.substr(Bits_Mark.size()), 16));
-  if (!std::isnan(value)) Fail(L"nan: 后面的位不是非数");
-  return value;
-}
-
-int Hex_Digit(char c) {
-  if (c >= '0' && c <= '9') return c - '0';
-  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-  Fail(L"不是十六进制数字");
-}
-
-std::string Read_Hex_Bytes(std::string_view word) {
-  if (word.size() % 2 != 0) Fail(L"十六进制数字的个数是奇数");
-  std::string bytes;
-  for (size_t i = 0; i < word.size(); i += 2)
-    bytes.push_back(static_cast<char>(Hex_Digit(word[i]) * 16 + Hex_Digit(word[i + 1])));
-  return bytes;
-}
-
-// Takes one line apart, word by word.
-class C_Line_Reader {
- public:
-  explicit C_Line_Reader(std::string_view line) : m_Rest(line) {}
-
-  bool At_End() {
-    while (!m_Rest.empty() && Is_Blank(m_Rest.front())) m_Rest.remove_prefix(1);
-    return m_Rest.empty();
-  }
-
-  // The next word as it stands; empty at the end of the line.
-  std::string_view Word() {
-    At_End();
-    size_t length = 0;
-    while (length < m_Rest.size() && !Is_Blank(m_Rest[length])) ++length;
-    const std::string_view word = m_Rest.substr(0, length);
-    m_Rest.remove_prefix(length);
-    return word;
-  }
-
-  std::string Quoted() {
-    if (At_End() || Take() != '"') Fail(L"文字必须写在双引号内");
-    std::string text;
-    for (char c = Take(); c != '"'; c = Take()) text.push_back(c == '\\' ? Escape() : c);
-    if (!m_Rest.empty() && !Is_Blank(m_Rest.front())) Fail(L"双引号后面缺少空格");
-    return text;
-  }
-
-  // A name, bare or quoted.
-  std::string Name() {
-    if (At_End()) Fail(L"行不完整");
-    const std::string name = m_Rest.front() == '"' ? Quoted() : std::string(Word());
-    if (name.find('\0') != std::string::npos) Fail(L"名称中有零字节");
-    return name;
-  }
-
- private:
-  char Take() {
-    if (m_Rest.empty()) Fail(L"缺少结束的双引号");
-    const char c = m_Rest.front();
-    m_Rest.remove_prefix(1);
-    return c;
-  }
-
-  char Escape() {
-    switch (Take()) {
-      case '"':
-        return '"';
-      case '\\':
-        return '\\';
-      case 'n':
-        return '\n';
-      case 'r':
-        return '\r';
-      case 't':
-        return '\t';
-      case 'x': {
-        const int high = Hex_Digit(Take());
-        if (high > 7) Fail(L"\\x 只用于 00 到 7f");  // beyond it stand parts of characters
-        return static_cast<char>(high * 16 + Hex_Digit(Take()));
-      }
-      default:
-        Fail(L"未知的转义字符");
-    }
-  }
-
-  std::string_view m_Rest;
-};
-
-C_Entry_Kind Read_Kind(std::string_view word) {
-  for (const auto& known : Kind_Words)
-    if (word == known.word) return known.kind;
-  Fail(L"未知的类型 " + From_Utf8(std::string(word)));
-}
-
-C_Store_Entry Read_Entry(std::string_view line) {
-  C_Line_Reader reader(line);
-  C_Store_Entry entry;
-  entry.path = reader.Name();
-  entry.key = reader.Name();
-  entry.index = Read_Number<int32_t>(reader.Word());
-  if (entry.index < 0) Fail(L"序号不能为负");
-  if (reader.Word() != "=") Fail(L"缺少等号");
-  entry.kind = Read_Kind(reader.Word());
-  switch (entry.kind) {
-    case C_Entry_Kind::Raw:
-      entry.bytes = Read_Hex_Bytes(reader.Word());
-      break;
-    case C_Entry_Kind::Int:
-      entry.bytes = Bytes_Of(Read_Number<int32_t>(reader.Word()));
-      break;
-    case C_Entry_Kind::Float:
-      entry.bytes = Bytes_Of(Read_Float<float>(reader.Word()));
-      break;
-    case C_Entry_Kind::Double:
-      entry.bytes = Bytes_Of(Read_Float<double>(reader.Word()));
-      break;
-    case C_Entry_Kind::Text:
-      entry.bytes = reader.Quoted();
-      break;
-    case C_Entry_Kind::Array:
-      entry.bytes = reader.Name();
-      entry.count = Read_Number<int32_t>(reader.Word());
-      if (entry.count < 0) Fail(L"元素个数不能为负");
-      break;
-  }
-  if (!reader.At_End()) Fail(L"行尾有多余的内容");
-  return entry;
-}
-
-using C_Place = std::tuple<std::string, std::string, int>;  // path, key, index
-
-C_Place Place_Of(const C_Store_Entry& entry) {
-  return {entry.path, entry.key, entry.index};
-}
-
-// The lines of a text, without their ends.
-class C_Lines {
- public:
-  explicit C_Lines(std::string_view text) : m_Rest(text) {}
-
-  bool Next(std::string_view& line) {
-    if (m_Rest.empty()) return false;
-    const size_t end = m_Rest.find('\n');
-    line = m_Rest.substr(0, end);
-    m_Rest.remove_prefix(end == std::string_view::npos ? m_Rest.size() : end + 1);
-    while (!line.empty() && (Is_Blank(line.back()) || line.back() == '\r')) line.remove_suffix(1);
-    while (!line.empty() && Is_Blank(line.front())) line.remove_prefix(1);
-    ++m_Number;
-    return true;
-  }
-  int Number() const { return m_Number; }
-
- private:
-  std::string_view m_Rest;
-  int m_Number = 0;
-};
-
-void Check_Utf8(std::string_view line) {
-  if (std::all_of(line.begin(), line.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; })) return;
-  const std::string bytes(line);
-  if (To_Utf8(From_Utf8(bytes)) != bytes) Fail(L"不是UTF-8文字,请用UTF-8编码保存");
-}
-
-// Reads all lines into `content`, and notes for each place on which line it stands.
-void Read_Lines(C_Lines& lines, C_Store_Content& content, std::map<C_Place, int>& places) {
-  std::string_view line;
-  bool started = false;
-  bool ended = false;
-  while (lines.Next(line)) {
-    if (line.empty()) continue;
-    Check_Utf8(line);
-    if (!started) {
-      if (line != First_Line) Fail(L"第一行应为 orsanta store 1");
-      started = true;
-    } else if (line.front() == '#') {
-      content.comments.emplace_back(line);
-    } else if (ended) {
-      Fail(L"end 之后还有内容");
-    } else if (line == Last_Line) {
-      ended = true;
-    } else {
-      C_Store_Entry entry = Read_Entry(line);
-      const auto [place, is_new] = places.try_emplace(Place_Of(entry), lines.Number());
-      if (!is_new) Fail(L"与第" + std::to_wstring(place->second) + L"行重复");
-      content.entries.push_back(std::move(entry));
-    }
-  }
-  if (!started) Fail(L"文件是空的");
-  if (!ended) Fail(L"文件不完整,缺少最后一行 end");
-}
-
-// An array whose elements are not all there would leave places without a value.
-bool Check_Arrays(const C_Store_Content& content, const std::map<C_Place, int>& places, C_Store_Fault& fault) {
-  for (const C_Store_Entry& entry : content.entries) {
-    if (entry.kind != C_Entry_Kind::Array) continue;
-    for (int i = 0; i < entry.count; ++i) {
-      if (places.count({entry.path + std::string(Element_Class), entry.key, i}) != 0) continue;
-      fault = {places.at(Place_Of(entry)),
-               L"数组应有" + std::to_wstring(entry.count) + L"个元素,缺少序号" + std::to_wstring(i)};
-      return false;
-    }
-  }
-  return true;
-}
-
 }  // namespace
 
 const char* Kind_Word(C_Entry_Kind kind) {
-  for (const auto& known : Kind_Words)
+  for (const auto& known : store_form::Kinds)
     if (kind == known.kind) return known.word;
   return "";
 }
 
 std::string Format_Store(const C_Store_Content& content) {
-  std::string out(First_Line);
+  std::string out(store_form::First_Line);
   out.push_back('\n');
   for (const std::string& comment : content.comments) out.append(comment).push_back('\n');
   for (const C_Store_Entry& entry : content.entries) {
@@ -406,34 +130,20 @@ std::string Format_Store(const C_Store_Content& content) {
     Put_Value(out, entry);
     out.push_back('\n');
   }
-  out.append(Last_Line).push_back('\n');
+  out.append(store_form::Last_Line).push_back('\n');
   return out;
-}
-
-bool Parse_Store(std::string_view text, C_Store_Content& content, C_Store_Fault& fault) {
-  content = {};
-  if (text.substr(0, Byte_Order_Mark.size()) == Byte_Order_Mark) text.remove_prefix(Byte_Order_Mark.size());
-  C_Lines lines(text);
-  std::map<C_Place, int> places;
-  try {
-    Read_Lines(lines, content, places);
-  } catch (const C_Line_Fault& line_fault) {
-    fault = {std::max(lines.Number(), 1), line_fault.text};
-    return false;
-  }
-  return Check_Arrays(content, places, fault);
 }
 
 void Keep_Unknown_Entries(const C_Store_Content& present, C_Store_Content& written) {
   written.comments = present.comments;
-  std::set<C_Place> places;
+  std::set<store_form::C_Place> places;
   std::set<std::pair<std::string, std::string>> element_lists;  // path and key of the elements of written arrays
   for (const C_Store_Entry& entry : written.entries) {
-    places.insert(Place_Of(entry));
-    if (entry.kind == C_Entry_Kind::Array) element_lists.emplace(entry.path + std::string(Element_Class), entry.key);
+    places.insert(store_form::Place_Of(entry));
+    if (entry.kind == C_Entry_Kind::Array) element_lists.emplace(entry.path + store_form::Element_Class, entry.key);
   }
   for (const C_Store_Entry& entry : present.entries) {
-    if (places.count(Place_Of(entry)) != 0 || element_lists.count({entry.path, entry.key}) != 0) continue;
+    if (places.count(store_form::Place_Of(entry)) != 0 || element_lists.count({entry.path, entry.key}) != 0) continue;
     written.entries.push_back(entry);
   }
 }

@@ -31,6 +31,7 @@ struct C_Store_Entry {
   C_Entry_Kind kind = C_Entry_Kind::Raw;
   std::string bytes;  // the value as it stands in memory; a text in UTF-8; of an array, the type of the array
   int count = 0;      // of an array
+  int line = 0;       // on which it stands, from 1; Parse_Store fills it in
 };
 
 struct C_Store_Content {

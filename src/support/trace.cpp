@@ -4,24 +4,17 @@
 #include <unistd.h>
 
 #include "support/clock.h"
+#include "support/error_stream.h"
+#include "support/held_signals.h"
 #include "support/wide_string.h"
 
 namespace orsanta {
-
-namespace {
-
-// One write each, so that records of several threads and processes do not mix.
-void Write_Once(int file, const std::string& bytes) {
-  [[maybe_unused]] const ssize_t written = write(file, bytes.data(), bytes.size());
-}
-
-}  // namespace
 
 void MY_TRACE0(const wchar_t* text) {
   std::string line = To_Utf8(text);
   std::erase(line, '\r');
   if (line.empty() || line.back() != '\n') line.push_back('\n');
-  Write_Once(STDERR_FILENO, line);
+  Write_Error_Stream(line);
 }
 
 void TraceLog2File(const char* function, int line, const wchar_t* text) {
@@ -31,7 +24,10 @@ void TraceLog2File(const char* function, int line, const wchar_t* text) {
   const CMyStringW head = Format_Text(L"%04d-%02d-%02d %02d:%02d:%02d.%03d [%d] %s, line %d: ", now.year, now.month,
                                       now.day, now.hour, now.minute, now.second, now.millisecond,
                                       static_cast<int>(getpid()), From_Utf8(function).c_str(), line);
-  Write_Once(file, To_Utf8(head.Text() + text + L"\n"));
+  // One write, so that records of several threads and processes do not mix.
+  const std::string record = To_Utf8(head.Text() + text + L"\n");
+  const C_Held_Signals held;
+  [[maybe_unused]] const ssize_t written = write(file, record.data(), record.size());
   close(file);
 }
 

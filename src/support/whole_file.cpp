@@ -9,6 +9,8 @@
 #include <cstdlib>
 #include <system_error>
 
+#include "support/held_signals.h"
+
 namespace orsanta {
 
 namespace {
@@ -36,6 +38,7 @@ void Flush_Folder_Of(const std::string& path) {
 }  // namespace
 
 int Write_Flush_Close(int file, const std::string& bytes, unsigned rights) {
+  const C_Held_Signals held;
   int error = Write_All(file, bytes);
   if (error == 0 && fchmod(file, rights) != 0) error = errno;
   if (error == 0 && fsync(file) != 0) error = errno;

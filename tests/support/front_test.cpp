@@ -1,15 +1,19 @@
 #include "support/front.h"
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
+#include <sstream>
 
+#include "common/pty.h"
 #include "common/scripted_front.h"
 #include "common/temp_folder.h"
-#include "store_thing.h"
 #include "support/chart.h"
 #include "support/console_front.h"
 #include "support/dialog.h"
@@ -20,11 +24,19 @@ namespace {
 namespace fs = std::filesystem;
 using ::testing::HasSubstr;
 
-TEST(Front, Console_Answers_Everything_By_Itself_In_Single_Lines) {
-  auto before = Replace_Front(std::make_unique<C_Console_Front>());
+class Console : public ::testing::Test {
+ protected:
+  Console() : m_Before(Replace_Front(std::make_unique<C_Console_Front>())) {}
+  ~Console() override { Replace_Front(std::move(m_Before)); }
+
+ private:
+  std::unique_ptr<C_Front> m_Before;
+};
+
+TEST_F(Console, Answers_Everything_By_Itself_In_Single_Lines) {
   testing::internal::CaptureStderr();
   EXPECT_EQ(Message_Box(L"\n请进行基准校正\r\n\n第二行\n", Box_Stop_Icon), Answer_Ok);
-  EXPECT_EQ(Message_Box(L"保存?", Box_Yes_No | Box_System_Modal), Answer_No);
+  EXPECT_EQ(Message_Box(L"保存\x1B[2J?", Box_Yes_No | Box_System_Modal), Answer_No);
 
   int value = 3;
   CParameterInOutDlg dialog;
@@ -37,18 +49,35 @@ TEST(Front, Console_Answers_Everything_By_Itself_In_Single_Lines) {
   points.Add(1.0);
   EXPECT_EQ(chart.Plot(L"厚度", points, points, 0, 500, 400, CKestruneGraph::Line_Solid, L""), 0);
   EXPECT_EQ(chart.BeImageWindowCreate(), 0);
-  EXPECT_EQ(testing::internal::GetCapturedStderr(), "请进行基准校正 第二行\n保存?\n没有显示器,对话框已取消: 点数\n");
-  Replace_Front(std::move(before));
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "请进行基准校正 第二行\n保存 [2J?\n没有显示器,对话框已取消: 点数\n");
 }
 
-TEST(Front, Console_Goes_On_Where_Nobody_Reads_It) {
-  auto before = Replace_Front(std::make_unique<C_Console_Front>());
+// The stream as a careless parent may leave it: closed, a pipe, a socket or a terminal that nobody reads, or a pipe
+// whose reader is gone.
+TEST_F(Console, Goes_On_Where_Nobody_Reads_It) {
   const int kept = dup(STDERR_FILENO);
+  const auto show_many = [](int stream) {
+    dup2(stream, STDERR_FILENO);
+    for (int i = 0; i < 3000; ++i) ASSERT_EQ(Message_Box(std::wstring(100, L'话')), Answer_Ok);
+  };
+  int pipe_ends[2];
+  int sockets[2];
+  ASSERT_EQ(pipe(pipe_ends), 0);
+  ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, sockets), 0);
+  const C_Temp_Folder folder;
+  const C_Pty terminal(1);
+  show_many(open("COM1", O_WRONLY | O_NOCTTY));
+  show_many(pipe_ends[1]);
+  close(pipe_ends[0]);
+  show_many(pipe_ends[1]);
+  show_many(sockets[1]);
+  close(sockets[0]);
+  show_many(sockets[1]);
   close(STDERR_FILENO);
   EXPECT_EQ(Message_Box(L"没有终端"), Answer_Ok);
   dup2(kept, STDERR_FILENO);
-  close(kept);
-  Replace_Front(std::move(before));
+  EXPECT_EQ(fcntl(pipe_ends[1], F_GETFL) & O_NONBLOCK, 0) << "the stream is shared with others";
 }
 
 TEST(Front, Boxes_Of_Several_Threads_Stand_Side_By_Side) {
@@ -112,7 +141,9 @@ TEST(Front, Says_Once_Why_There_Is_No_Desktop) {
                                 " ./program --gtest_filter=Front.DISABLED_Shows_One_Box"
                                 " --gtest_also_run_disabled_tests >/dev/null 2>errors";
     EXPECT_EQ(std::system(command.c_str()), 0);
-    return Text_Of_File("errors");
+    std::ostringstream text;
+    text << std::ifstream("errors").rdbuf();
+    return text.str();
   };
   EXPECT_EQ(errors_of_run(""), "一个消息\n");
 
@@ -120,7 +151,7 @@ TEST(Front, Says_Once_Why_There_Is_No_Desktop) {
   EXPECT_THAT(missing, HasSubstr("liborsanta_desktop.so is not beside"));
   EXPECT_EQ(std::count(missing.begin(), missing.end(), '\n'), 2);
 
-  Write_File("liborsanta_desktop.so", "no library");
+  std::ofstream("liborsanta_desktop.so") << "no library";
   EXPECT_THAT(errors_of_run(":77"), HasSubstr("the desktop front cannot be loaded"));
 }
 

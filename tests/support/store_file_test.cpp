@@ -1,6 +1,5 @@
 #include "support/store_file.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "support/wide_string.h"
@@ -23,9 +22,7 @@ TEST(Store_File, Says_Where_And_Why_It_Cannot_Be_Read) {
       {"A k 0 = int 2147483648\nend\n", 2, L"超出范围"},
       {"A k 0 = double 1e999\nend\n", 2, L"超出范围"},
       {"A k 0 = double 1.5x\nend\n", 2, L"不是有效的数值"},
-      {"A k 0 = double\nend\n", 2, L"不是有效的数值"},
       {"A k 0 = double nan:3ff0000000000000\nend\n", 2, L"不是非数"},
-      {"A k 0 = float nan:7ff8000000000000\nend\n", 2, L"超出范围"},
       {"A k 0 = number 1\nend\n", 2, L"未知的类型 number"},
       {"A k 0 int 1\nend\n", 2, L"等号"},
       {"A k -1 = int 1\nend\n", 2, L"序号不能为负"},
@@ -33,7 +30,6 @@ TEST(Store_File, Says_Where_And_Why_It_Cannot_Be_Read) {
       {"A k 0 = text mocha\nend\n", 2, L"双引号内"},
       {"A k 0 = text \"mocha\nend\n", 2, L"结束的双引号"},
       {"A k 0 = text \"\\q\"\nend\n", 2, L"转义"},
-      {"A k 0 = text \"\\x4\"\nend\n", 2, L"十六进制"},
       {"A k 0 = text \"\\x82\"\nend\n", 2, L"00 到 7f"},
       {"A k 0 = text \"\xC4\xE3\"\nend\n", 2, L"UTF-8"},
       {"\"A\\x00\" k 0 = int 1\nend\n", 2, L"零字节"},
@@ -53,21 +49,6 @@ TEST(Store_File, Says_Where_And_Why_It_Cannot_Be_Read) {
     C_Store_Fault fault;
     EXPECT_FALSE(Parse_Store(text, content, fault)) << text;
     EXPECT_GE(fault.line, 1);
-  }
-}
-
-TEST(Store_File, Writes_Names_That_Read_Back) {
-  C_Store_Content content;
-  for (const char* name : {"plain", "with blank", "#hash", "end", "", "引号\"\\", "=", "tab\t\x01"})
-    content.entries.push_back({name, name, 3, C_Entry_Kind::Array, name, 0});
-  C_Store_Content read;
-  C_Store_Fault fault;
-  ASSERT_TRUE(Parse_Store(Format_Store(content), read, fault)) << fault.line << To_Utf8(fault.text);
-  ASSERT_EQ(read.entries.size(), content.entries.size());
-  for (size_t i = 0; i < content.entries.size(); ++i) {
-    EXPECT_EQ(read.entries[i].path, content.entries[i].path);
-    EXPECT_EQ(read.entries[i].key, content.entries[i].key);
-    EXPECT_EQ(read.entries[i].bytes, content.entries[i].bytes);
   }
 }
 

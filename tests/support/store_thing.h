@@ -1,11 +1,15 @@
-// Small classes with persisted members, and the text of a store, for the tests of the store.
+// A class with persisted members, and the folder and front of a test of the store.
 #pragma once
+
+#include <gtest/gtest.h>
 
 #include <fstream>
 #include <sstream>
 #include <string>
 #include <vector>
 
+#include "common/scripted_front.h"
+#include "common/temp_folder.h"
 #include "support/store.h"
 
 namespace orsanta {
@@ -17,11 +21,12 @@ class C_Thing : public CAutoSaveClassData2 {
   double force = 200.0;
   std::wstring word = L"mocha";
   CMyStringW wide = L"w";
-  Shared<int> flag{1};
   Shared<float> level{2.0F};
-  Shared<double> speed{20.0};
   CMyArray<double> first;
   CMyArray<double> second;
+
+  int Save() { return SaveAllClassParameterToHashOpt(L"音圈电机3参数", 1); }
+  int Load() { return LoadAllClassParameterFromHashOpt(L"音圈电机3参数", 1); }
 
  protected:
   void OptSaveAndLoadDataStore(CAutoSaveClassData_Data& data) override {
@@ -32,9 +37,7 @@ class C_Thing : public CAutoSaveClassData2 {
       Process_Member("force", force, data);
       Process_Member("word", word, data);
       Process_Member("wide", wide, data);
-      Process_Member("flag", flag, data);
       Process_Member("level", level, data);
-      Process_Member("speed", speed, data);
       Process_Member("Val_Pos_Friction[0].MyArrayP", first, data);
       Process_Member("Val_Pos_Friction[1].MyArrayP", second, data);
     }
@@ -46,14 +49,26 @@ inline std::vector<double> Values(const CMyArray<double>& array) {
   return {array.begin(), array.end()};
 }
 
-inline std::string Text_Of_File(const std::string& name) {
-  std::ostringstream text;
-  text << std::ifstream(name).rdbuf();
-  return text.str();
-}
+class C_Store_Test : public ::testing::Test {
+ protected:
+  static constexpr const char* File = "音圈电机3参数";
 
-inline void Write_File(const std::string& name, const std::string& text) {
-  std::ofstream(name, std::ios::binary | std::ios::trunc) << text;
-}
+  static std::string Text_Of(const std::string& name) {
+    std::ostringstream text;
+    text << std::ifstream(name).rdbuf();
+    return text.str();
+  }
+  static void Write(const std::string& text) { std::ofstream(File, std::ios::binary | std::ios::trunc) << text; }
+  // The one box since the last call.
+  std::string Only_Box() {
+    const std::vector<std::wstring> boxes = front->Boxes();
+    front->Clear_Record();
+    EXPECT_EQ(boxes.size(), 1U);
+    return boxes.empty() ? "" : To_Utf8(boxes[0]);
+  }
+
+  C_Temp_Folder folder;
+  C_Scripted_Front_Holder front;
+};
 
 }  // namespace orsanta
