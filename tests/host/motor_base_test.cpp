@@ -179,6 +179,7 @@ TEST_F(Supervisor, ATriggerByteRunsTheWholeHandshake) {
   Start(2, 1, Host_Port);
   Station(0).Set_Cur_BaseDistance(7.0006F);  // a part of 2 mm on the anvil at 9 mm reads 0, with the dent of the force
   bench::Place_Part(1, 1.5);
+  Station(0).Val_Force_OffSet = 44.0;  // belongs to the automatic cycle alone
   for (int round = 0; round < 3; ++round) {
     link.Send("Tx");
     Let_Bytes_Cross();
@@ -188,6 +189,7 @@ TEST_F(Supervisor, ATriggerByteRunsTheWholeHandshake) {
     Let_Bytes_Cross();
     EXPECT_EQ(Collect(link, 7), "  -500\n");
     EXPECT_EQ(Collect(host, 14), "11-00500 0200\n");
+    EXPECT_EQ(Station(0).Test_Force[0], 244.0);
     Sleep(1000);
     EXPECT_EQ(bench::True_Force(1), 0.0);  // lifted by itself
     EXPECT_EQ(Station(0).Force_Back_Finish, 1);
