@@ -1,0 +1,86 @@
+// All threads of a system at once, on the system clock: what the simulated clock runs one after the other truly
+// overlaps here, for the thread sanitizer to see.
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <memory>
+
+#include "bench/bench.h"
+#include "common/pty.h"
+#include "common/temp_folder.h"
+#include "host/debug_com.h"
+#include "host/motor_base.h"
+#include "host/task_app.h"
+#include "orsanta/orsanta.h"
+#include "station/voice_motor.h"
+#include "support/clock.h"
+#include "support/thread.h"
+
+namespace orsanta {
+namespace {
+
+TEST(All_Threads, WorkOnTheSameStations) {
+  constexpr int Stations = 3;
+  constexpr int Span_Ms = 2500;
+  const C_Temp_Folder folder;
+  C_Pty host(1);
+  C_Pty link(2);
+  {
+    C_VoiceDebugCom settings(1);
+    settings.ValComNum = 2;
+    settings.Save();
+  }
+  bench::Reset();
+  CMyArray<VCM_Resource_struct> resources;
+  for (int n = 1; n <= Stations; ++n) {
+    VCM_Resource_struct record;
+    record.CanID = record.AxisNum = record.AuxAxisNum = n;
+    record.ControllerNum = 2 * n;
+    record.SpareNum = 2 * n + 1;
+    record.ConnectServer = 1;
+    resources.Add(record);
+    bench::Place_Part(n, 5.0);
+  }
+  C_VoiceMotorBase base(resources, 1, 115200, 0, 1);
+
+  const double until = Now_Ms() + Span_Ms;
+  std::atomic<int> results{0};
+  std::vector<std::unique_ptr<C_Thread>> threads;
+  const auto repeat = [&](int pause_ms, std::function<void(int)> work) {
+    threads.push_back(std::make_unique<C_Thread>());
+    threads.back()->Start("worker", [until, pause_ms, work = std::move(work)] {
+      for (int i = 0; Now_Ms() < until; ++i) {
+        work(i);
+        Sleep(pause_ms);
+      }
+    });
+  };
+  for (int poller = 0; poller < 2; ++poller) {
+    repeat(1, [&](int i) {
+      double thickness = 0.0, force = 0.0;
+      results += base.get_ans(1 + i % Stations, &thickness, &force);
+    });
+  }
+  repeat(200, [&](int i) { base.do_test(1 + i % Stations, i % 2 == 0 ? Task_Force_Difference : Task_Force_Back); });
+  repeat(3, [&](int i) { bench::Set_Input(1 + i % Stations, i / 200 % 2); });
+  repeat(5, [&](int i) {
+    C_VoiceMotor& station = *base.StationList[i % Stations];
+    station.Val_Force_Set[0] = station.Test_Force[0] = 150.0 + i % 50;
+    station.Val_Block_Size = 5.0;
+    if (i % 50 == 0) station.Save();
+  });
+  repeat(20, [&](int i) {
+    host.Send("C");
+    link.Send(i % 10 == 0 ? "T" : "x");
+    host.Take();
+    link.Take();
+  });
+  repeat(70, [&](int) { base.StationList[0]->Renew_Debug_Com(); });
+  repeat(50, [&](int i) { base.LoopPaused = i % 4 == 0 ? 1 : 0; });
+  for (auto& thread : threads) thread->Join();
+  base.LoopPaused = 0;
+  EXPECT_GT(results, 0);
+}
+
+}  // namespace
+}  // namespace orsanta
