@@ -103,6 +103,7 @@ void C_FIFO2Window::Drop_Oldest() {
 void C_FIFO2Window::OnThreadBegin(void*) {
   SetPriorityClass(Process_Class_High);
   SetThreadPriority(Priority_Time_Critical);
+  Stay_On_Processor();
 }
 
 void C_FIFO2Window::OnThreadLoop(void*) {

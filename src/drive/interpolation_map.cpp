@@ -134,7 +134,6 @@ int C_Interpolation_Voice_Motor::MapMotorID(int can_id) {
     if (Message_Box(question, Box_Yes_No | Box_Stop_Icon) != Answer_Yes) return 0;
   }
   MY_TRACE0(Format_Text(L"MapMotorID canid = %d", can_id));
-  MY_TRACE0(L"\r\n");
   SetBackJmpInsSize(m_ThreadNum, Back_Jump_Size);
   Map_Inputs(can_id);
   Map_Outputs(can_id);

@@ -229,7 +229,7 @@ int C_Interpolation_Voice_Motor::Get_Code(int port, uint64_t& code) {
   code = m_LastCode;
   double value = 0.0;
   if (Read_Once(Port_Channel(port), value) != 1) return 0;
-  code = static_cast<uint64_t>(value);
+  code = static_cast<uint64_t>(static_cast<int64_t>(value));
   m_LastCode = code;
   return 1;
 }

@@ -136,7 +136,7 @@ int C_Kestrune_Motor_test::Get_Version(uint16_t& ver, uint32_t& bcd_date) {
 int C_Kestrune_Motor_test::Get_Error_Code(uint64_t& code) {
   double value = 0.0;
   if (Read_Once(In_Fault, value) != 1) return 0;
-  code = static_cast<uint64_t>(value);
+  code = static_cast<uint64_t>(static_cast<int64_t>(value));
   return 1;
 }
 

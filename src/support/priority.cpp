@@ -61,4 +61,13 @@ void SetThreadPriority(int level) {
   if (!Raise_Thread(0, std::max(getpriority(PRIO_PROCESS, 0) + step, Nice_Least))) Say_Once();
 }
 
+void Stay_On_Processor() {
+  const int processor = sched_getcpu();
+  if (Is_Simulated_Time() || processor < 0 || sched_getscheduler(0) != SCHED_RR) return;
+  cpu_set_t one;
+  CPU_ZERO(&one);
+  CPU_SET(static_cast<size_t>(processor), &one);
+  sched_setaffinity(0, sizeof(one), &one);  // a refusal costs time and nothing else
+}
+
 }  // namespace orsanta
