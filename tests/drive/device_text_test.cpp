@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <utility>
 
 #include "drive/thermistor.h"
 
@@ -25,31 +26,22 @@ TEST(C_Device_Text, Reads_Identity_Words_And_Fault_Bits) {
   EXPECT_EQ(text.Fault_Text(0x80000004).Text(), L"3：IIR过热保护\r\n");
 }
 
-// Resistance of a 10 kOhm thermistor with B(25/100) = 3950 K, from its data sheet curve, in ohms.
-struct C_Point {
-  double celsius;
-  double ohms;
-};
-constexpr C_Point Curve[] = {{-20, 105385}, {-10, 58246}, {0, 33621}, {10, 20175}, {20, 12535}, {30, 8037}, {40, 5301},
-                             {50, 3588},    {60, 2486},   {70, 1760}, {80, 1270},  {90, 934},   {100, 698}};
+// Degrees Celsius and ohms of a 10 kOhm thermistor of B = 3950 K as resistance tables give them, R = R25 exp(B (1/T -
+// 1/298.15 K)): made once in double precision outside this system, and rounded to the ohm.
+constexpr std::pair<double, double> Curve[] = {{-20, 105385}, {-10, 58246}, {0, 33621}, {10, 20175}, {20, 12535},
+                                               {30, 8037},    {40, 5301},   {50, 3588}, {60, 2486},  {70, 1760},
+                                               {80, 1270},    {90, 934},    {100, 698}};
 
-double Exact_Adc(double ohms, double full_scale) {
-  return full_scale * ohms / (10000.0 + ohms);
-}
-
-TEST(Thermistor, Follows_The_Published_Curve_To_One_Step_Of_The_Adc) {
-  for (const C_Point& point : Curve) {
-    const double exact = Exact_Adc(point.ohms, 4096.0);
-    const int adc = static_cast<int>(std::lround(exact));
+TEST(Thermistor, Follows_The_Published_Curve_To_One_Step_Of_The_Adc_And_Ends_As_The_Divider_Does) {
+  for (const auto& [celsius, ohms] : Curve) {
+    const double share = ohms / (10000.0 + ohms);
+    const int adc = static_cast<int>(std::lround(4096.0 * share));
     const double step = std::abs(static_cast<double>(NTC_Adc_To_Temp(adc + 1) - NTC_Adc_To_Temp(adc - 1))) / 2.0;
-    EXPECT_LT(step, 0.6) << point.celsius;  // the resolution of the input, or the check below would hold nothing
-    EXPECT_NEAR(NTC_Adc_To_Temp(adc), point.celsius, step) << point.celsius;
-    EXPECT_NEAR(NTC_Temp_To_Adc(static_cast<float>(point.celsius)), Exact_Adc(point.ohms, 4095.0), 1.0);
-    EXPECT_NEAR(temp2rt()(static_cast<float>(point.celsius)), point.ohms, 1e-3 * point.ohms);
+    EXPECT_LT(step, 0.6) << celsius;  // the resolution of the input, or the check below would hold nothing
+    EXPECT_NEAR(NTC_Adc_To_Temp(adc), celsius, step);
+    EXPECT_NEAR(NTC_Temp_To_Adc(static_cast<float>(celsius)), 4095.0 * share, 1.0);
+    EXPECT_NEAR(temp2rt()(static_cast<float>(celsius)), ohms, 1e-3 * ohms);
   }
-}
-
-TEST(Thermistor, Ends_Of_The_Range) {
   EXPECT_EQ(Rt2ADC()(10000.0F), 2047);  // cut off from 2047.5 on a scale of 4095
   EXPECT_EQ(ADC2Rt()(0), 0.0F);
   EXPECT_TRUE(std::isinf(ADC2Rt()(4096)));

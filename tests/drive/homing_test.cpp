@@ -4,58 +4,50 @@
 namespace orsanta {
 namespace {
 
-class C_Homing_Test : public C_Room {
- protected:
-  C_Homing_Test() { bench::Reset(); }
-  static int Position_Commands() { return Count("OUTPUT_DATA(60, "); }
-
-  double m_Max = 0.0;
-  double m_Min = 0.0;
-};
-
-TEST_F(C_Homing_Test, A_Sound_Drive_Runs_Over_Its_Stroke) {
+// The check of a drive that homes by itself: over its whole stroke when it is sound, then with a failure at each step.
+TEST_F(C_Room, The_Check_Of_A_Drive_Runs_Over_Its_Stroke_Or_Ends_With_The_Words_Of_The_First_Failure) {
+  bench::Reset();
   C_Kestrune_Motor_test motor(3, 1, 1);
-  EXPECT_EQ(motor.Home_And_Check(9, m_Max, m_Min), 1);
-  EXPECT_LT(m_Min, 0.5);
-  EXPECT_NEAR(m_Max, 9.0, 1.0);
-  // Ten steps out and ten back, give or take a rounded sum; twenty of the shuttle; the last one home.
-  EXPECT_NEAR(Position_Commands(), 42, 1);
-  EXPECT_NEAR(bench::True_Position(3), m_Min, 0.1);
-  EXPECT_TRUE(m_Front->Boxes().empty());
-}
-
-TEST_F(C_Homing_Test, The_First_Failure_Ends_It_With_Its_Words) {
-  C_Kestrune_Motor_test motor(3, 1, 1);
+  double max = 0.0;
+  double min = 0.0;
+  const auto check = [&] { return motor.Home_And_Check(9, max, min); };
+  const auto position_commands = [] { return Count("OUTPUT_DATA(60, "); };
   bench::Set_Absent(3, true);
-  EXPECT_EQ(motor.Home_And_Check(9, m_Max, m_Min), 0);
+  EXPECT_EQ(check(), 0);
   EXPECT_EQ(m_Front->Boxes().size(), 1U);  // the report of the search alone
   m_Front->Clear_Record();
   bench::Set_Absent(3, false);
-  ASSERT_EQ(motor.Map_Once(), 1);
+  EXPECT_EQ(check(), 1);
+  EXPECT_LT(min, 0.5);
+  EXPECT_NEAR(max, 9.0, 1.0);
+  // Ten steps out and ten back, give or take a rounded sum; twenty of the shuttle; the last one home.
+  EXPECT_NEAR(position_commands(), 42, 1);
+  EXPECT_NEAR(bench::True_Position(3), min, 0.1);
+  EXPECT_TRUE(m_Front->Boxes().empty());
+
   bench::Set_Slow_Homing(3, true);
-  EXPECT_EQ(motor.Home_And_Check(9, m_Max, m_Min), 0);
+  EXPECT_EQ(check(), 0);
   bench::Set_Slow_Homing(3, false);
   Sleep(60000);
   Texts expected{L"ID:9的驱动器无法测量行程"};
-
   // The drive goes silent at a position command: on the way out, on the way back, and in the shuttle.
   const std::pair<int, const wchar_t*> cases[] = {
       {3, L"正向运动无法到位"}, {15, L"反向运动无法到位"}, {24, L"无法回中"}};
   for (const auto& [silent_at, words] : cases) {
     bench::Journal_Clear();
     C_Thread silencer;
-    silencer.Start("silencer", [at = silent_at] {
-      while (Position_Commands() < at) Sleep(1);
+    silencer.Start("silencer", [&, at = silent_at] {
+      while (position_commands() < at) Sleep(1);
       bench::Set_Silent(3, true);
     });
-    EXPECT_EQ(motor.Home_And_Check(9, m_Max, m_Min), 0);
+    EXPECT_EQ(check(), 0);
     bench::Set_Silent(3, false);
     Sleep(2000);
     expected.insert(expected.end(), {L"CANID:3  Get_InterRunFlag无法读取数据通道", L"TillStop无法获取数据",
                                      std::wstring(L"ID:9的驱动器") + words});
   }
   bench::Set_Silent(3, true);
-  EXPECT_EQ(motor.Home_And_Check(9, m_Max, m_Min), 0);
+  EXPECT_EQ(check(), 0);
   expected.insert(expected.end(), {L"Check_Ready无法获取数据通道", L"ID:9的驱动器无法回零"});
   EXPECT_EQ(m_Front->Boxes(), expected);
 }

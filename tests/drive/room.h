@@ -33,6 +33,14 @@ class C_Room : public testing::Test {
       count += (call.function + "(" + call.arguments + ")").rfind(text, 0) == 0 ? 1 : 0;
     return count;
   }
+  // How many reads of channels there are in the next `ms`.
+  static int Reads_In(int ms) {
+    bench::Journal_Clear();
+    bench::Journal_Keep_Reads(true);
+    Sleep(ms);
+    bench::Journal_Keep_Reads(false);
+    return Count("GetInputChannelData(");
+  }
   // The calls that a table of maps stands for: "i PORT FORMAT CHANNEL DEPTH" an input, "w PORT FORMAT CHANNEL" a
   // window, "o PORT FORMAT CHANNEL" an output, "wait" a wait for the server.
   static std::string Map_Calls(const std::string& can_id, const std::string& table) {
