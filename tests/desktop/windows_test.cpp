@@ -21,6 +21,11 @@
 #include "support/message_box.h"
 #include "support/wide_string.h"
 
+// What the desktop's own libraries keep until the process ends.
+extern "C" __attribute__((visibility("default"))) const char* __lsan_default_suppressions() {
+  return "leak:libfontconfig\nleak:libdbus\n";
+}
+
 namespace orsanta {
 
 namespace {
