@@ -49,8 +49,7 @@ void Print_Table(const char* title, C_VoiceMotor& station) {
 }
 
 void Calibrate(C_VoiceMotor& station, C_Scripted_Front& front, const char* title, std::vector<double> heights) {
-  C_Calibration_Operator person;
-  person.Cover_The_Range();
+  C_Calibration_Operator person = Whole_Range();
   person.heights = std::move(heights);
   person.Prepare(front);
   station.Calibrate_Force();

@@ -132,13 +132,16 @@ double C_VoiceMotor::Fit_Cal_Samples(bool be_surface) {
   CMyArray<double> force_array2 = Currents_To_Forces(m_CalCurrent);
   if (be_surface) {
     Surface_Fit(m_CalCurrent, m_CalPos, m_CalForce);
+    // The way back, worked out for whoever debugs a calibration; nothing reads it.
+    [[maybe_unused]] const CMyArray<double> current_array2 = Surface_Currents(m_CalForce, m_CalPos);
     force_array2 = Surface_Forces(m_CalCurrent, m_CalPos);
   } else {
     Set_Surface({});
   }
   double temp_val = 0.0;
   for (int k = 0; k < m_CalForce.GetSize(); ++k) {
-    temp_val = std::max(temp_val, std::fabs(m_CalForce[k] - force_array2[k]));
+    // In this order of arguments a fit that went to not-a-number shows as such, and not as one without an error.
+    temp_val = std::max(std::fabs(m_CalForce[k] - force_array2[k]), temp_val);
   }
   return temp_val;
 }

@@ -85,10 +85,6 @@ CMyArray<double> C_VoiceMotor::Copy_Surface() const {
   return m_P;
 }
 
-bool C_VoiceMotor::Has_Surface() const {
-  return Is_Surface(Copy_Surface());
-}
-
 double C_VoiceMotor::Surface_Current(double force, double position) const {
   return Invert_Surface(force, position, Copy_Surface());
 }

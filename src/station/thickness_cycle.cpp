@@ -34,6 +34,8 @@ double C_VoiceMotor::Detection_thickness(float speed, float current) {
     det_model.Input = Poison_Sample;
     DetectorStep(det_model);
     const float limit_ms = test_distance / speed * 1000.0F + Settling_Grace_Ms;
+    CMyArray<double> temp_val;
+    m_pMotor->Get_Pos_Window(temp_val);  // one read before the clock starts; that nothing uses it is meant
 
     m_CycleTimer.InitBeginTime(0.0);
     // The first leg ends where the last part was touched, so that the second starts from standstill close to the

@@ -11,8 +11,8 @@
 // their own, so that they may be read, replaced and cleared while a cycle runs. Dialogs and the calibration belong to
 // one panel thread.
 //
-// Memory. SlowTestData keeps the newest 1,000,000 position samples (Max_History_Samples), the three histories with one
-// value for each cycle keep the newest 200,000 cycles (Max_History_Cycles): some 25 megabytes a station at most,
+// Memory. SlowTestData keeps at most the newest 1,000,000 position samples (Max_History_Samples), the three histories
+// with one value for each cycle at most the newest 200,000 cycles (Max_History_Cycles): some 25 megabytes a station,
 // however long the system runs. Whoever needs more exports the histories in time (Export_History).
 //
 // Store. The parameters live in the store "音圈电机%d参数" (with CanID) in the working directory. The constructor loads
@@ -136,8 +136,6 @@ class C_VoiceMotor : public CAutoSaveClassData2 {
   CMyArray<double> Net_Forces(CMyArray<double> currents, CMyArray<double> positions) const;
   // Fits the force surface m_P. Always 1.
   int Surface_Fit(const CMyArray<double>& currents, const CMyArray<double>& positions, const CMyArray<double>& forces);
-  // True once m_P holds more than 3 coefficients. Any thread.
-  bool Has_Surface() const;
   // By the force surface, which must hold exactly six coefficients.
   double Surface_Current(double force, double position) const;
   double Surface_Force(double current, double position) const;

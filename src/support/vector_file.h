@@ -2,8 +2,7 @@
 //
 // A file holds one vector: comment lines that begin with '#' and carry the variable's name and the count, then one
 // value a line with 17 significant digits, so that it reads back to the same bits; what is no finite number reads
-// "NaN", "Inf" or
-// "-Inf". One thread at a time for each object.
+// "NaN", "Inf" or "-Inf". One thread at a time for each object.
 #pragma once
 
 #include <string>

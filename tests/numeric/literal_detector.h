@@ -9,14 +9,8 @@ namespace orsanta {
 // The largest (sign 1) or smallest (sign -1) of the window, not-a-number skipped.
 inline double Literal_Extreme(const double* window, int length, double sign) {
   double extreme = window[0];
-  int place = 0;
-  if (length > 1 && extreme != extreme) {
-    for (int i = 1; i < length && extreme != extreme; ++i) {
-      if (window[i] == window[i]) extreme = window[place = i];
-    }
-  }
-  for (int i = place + 1; i < length; ++i) {
-    if (sign > 0 ? window[i] > extreme : window[i] < extreme) extreme = window[i];
+  for (int i = 1; i < length; ++i) {
+    if (extreme != extreme || sign * window[i] > sign * extreme) extreme = window[i];
   }
   return extreme;
 }
@@ -32,8 +26,7 @@ inline void Literal_Step(DetectorState& s) {
   }
   const double start = 1000 - s.WindowLen + 1;
   const int first = start > 1000 ? 0 : static_cast<int>(start) - 1;
-  const int end = start > 1000 ? 1 : 1001;
-  const int length = end - first - 1;
+  const int length = start > 1000 ? 0 : 1000 - first;
   const double* window = s.OrderedWindow + first;
   s.Settled = s.Threshold > Literal_Extreme(window, length, 1) - Literal_Extreme(window, length, -1);
   s.Mean = 0;

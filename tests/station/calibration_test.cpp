@@ -1,6 +1,3 @@
-#include <filesystem>
-#include <fstream>
-
 #include "calibration_operator.h"
 #include "station_room.h"
 
@@ -14,49 +11,55 @@ constexpr const wchar_t* Force_Dialog = L"请输入当前推力(g)";
 
 class Calibration : public C_Station_Test {
  protected:
-  static std::vector<double> Load(const char* name) {
-    std::vector<double> values;
-    std::ifstream file(std::filesystem::path("历史数据") / name);
-    for (std::string line; std::getline(file, line);) {
-      if (line[0] != '#') values.push_back(std::stod(line));
-    }
-    return values;
-  }
-
-  void Give_Surface() {
-    station->Surface_Fit(Array({1, 2, 3, 4, 5, 6}), Array({1, 3, 2, 5, 4, 6}), Array({9, 8, 7, 6, 5, 4}));
+  // Whether a landing at a known height goes by a surface.
+  bool Has_Surface() {
+    station->Last_Land_Pos = 4.0;
+    return station->Landing_Current(100.0) != station->Force_To_Current(100.0);
   }
 };
 
-TEST_F(Calibration, One_Height_Fits_The_Polynomial_And_Drops_The_Surface) {
+TEST_F(Calibration, Few_Heights_Fit_The_Polynomial_And_Drop_The_Surface) {
   Give_Surface();
   C_Calibration_Operator person;
   person.Prepare(*front);
   EXPECT_EQ(station->Calibrate_Force(), 1);
-  EXPECT_FALSE(station->Has_Surface());
+  EXPECT_FALSE(Has_Surface());
   EXPECT_LT(bench::True_Position(Id), 1.0);
 
   // At the bare anvil of 9 mm the truth is F = -17.5 + 90.55 I.
   EXPECT_NEAR(station->Current_To_Force(0.5), -17.5 + 45.275, 0.2);
   EXPECT_NEAR(station->Current_To_Force(1.0), 73.05, 0.2);
   EXPECT_NEAR(station->Val_mark_pos, 9.0, 0.002);
-  ASSERT_EQ(front->Boxes().size(), 2U);
-  EXPECT_EQ(front->Boxes()[0], L"请调整测量头高度");
-  EXPECT_THAT(front->Boxes()[1], StartsWith(L"2D推力拟合误差0.0"));
+  EXPECT_THAT(front->Boxes(), testing::ElementsAre(L"请调整测量头高度", StartsWith(L"2D推力拟合误差0.0")));
   EXPECT_THAT(Load("x_data.dat"), testing::Pointwise(testing::DoubleEq(), {0.4, 0.6, 0.8, 1.0}));
   EXPECT_NEAR(Load("y_data.dat").at(3), 9.0, 0.002);
   EXPECT_EQ(Load("z_data.dat"), person.readings);  // no spring: as typed
+
+  // With a spring each force is taken to the height of the first.
+  station->Val_Spring_K = 2.0;
+  person = {.heights = {0.0, -3.0}};
+  person.Prepare(*front);
+  EXPECT_EQ(station->Calibrate_Force(), 1);
+  EXPECT_FALSE(Has_Surface());
+  const std::vector<double> y = Load("y_data.dat"), z = Load("z_data.dat");
+  ASSERT_EQ(z.size(), 8U);
+  for (size_t k = 0; k < z.size(); ++k) EXPECT_NEAR(z[k], person.readings[k] + (y[k] - y[0]) * 2.0, 1e-9);
+  EXPECT_NEAR(y[7] - y[0], -3.0, 0.01);
+
+  front->Clear_Record();
+  Make_Station();
+  person = {.max_current = 0.8, .min_current = 0.8};
+  person.Prepare(*front);
+  EXPECT_EQ(station->Calibrate_Force(), 1);
+  EXPECT_EQ(front->Shown()[0].dialog.controls[4].text, L"2.0") << "the number of heights is that of the process";
+  EXPECT_EQ(front->Boxes().back(), L"2D推力拟合误差nan g") << "one current alone gives no model";
 }
 
 TEST_F(Calibration, Five_Heights_Bring_The_True_Force_On_Every_Part) {
-  C_Calibration_Operator person;
-  person.Cover_The_Range();
+  C_Calibration_Operator person = Whole_Range();
   person.Prepare(*front);
   EXPECT_EQ(station->Calibrate_Force(), 1);
   EXPECT_THAT(front->Boxes().back(), StartsWith(L"3D推力拟合误差0."));
-  const double current = station->Surface_Current(100.0, 5.0);
-  Make_Station();  // the surface survives
-  EXPECT_EQ(station->Surface_Current(100.0, 5.0), current);
   for (const double force : {50.0, 400.0}) {
     for (const double part : {1.0, 6.0}) {
       bench::Place_Part(Id, part);
@@ -69,63 +72,43 @@ TEST_F(Calibration, Five_Heights_Bring_The_True_Force_On_Every_Part) {
   }
 }
 
-TEST_F(Calibration, Spring_Takes_Each_Force_To_The_Height_Of_The_First) {
-  station->Val_Spring_K = 2.0;
-  C_Calibration_Operator person;
-  person.heights = {0.0, -3.0};
-  person.Prepare(*front);
-  EXPECT_EQ(station->Calibrate_Force(), 1);
-  EXPECT_FALSE(station->Has_Surface());  // two heights are too few
-  const std::vector<double> y = Load("y_data.dat"), z = Load("z_data.dat");
-  ASSERT_EQ(z.size(), 8U);
-  for (size_t k = 0; k < z.size(); ++k) EXPECT_NEAR(z[k], person.readings[k] + (y[k] - y[0]) * 2.0, 1e-9);
-  EXPECT_NEAR(y[7] - y[0], -3.0, 0.01);
-
-  // The number of heights lasts as long as the process, for every station.
-  front->Clear_Record();
-  Make_Station();
-  EXPECT_EQ(station->Calibrate_Force(), 0);
-  EXPECT_EQ(front->Shown()[0].dialog.controls[4].text, L"2.0");
-}
-
 TEST_F(Calibration, Model_Entered_By_Hand_Is_Linear) {
   Give_Surface();
-  front->On_Dialog(First_Dialog, C_Script().Fill(L"标定最大距离", L"12.5").Select(L"直接设置标定参数", 1).Confirm());
-  front->On_Dialog(L"推力常数(N/A)", C_Script()
-                                         .Fill(L"推力常数(N/A)", L"0.905")
-                                         .Fill(L"弹簧Kp(N/mm)", L"0.02")
-                                         .Fill(L"零位补偿(N)", L"-0.175")
-                                         .Confirm());
   station->Val_mark_pos = 3.0;
+  station->Val_Spring_K = 2.0;
+  station->Val_Static_GForce = -17.5;
+  front->On_Dialog(First_Dialog, C_Script().Fill(L"标定最大距离", L"12.5").Select(L"直接设置标定参数", 1).Confirm());
+  EXPECT_EQ(station->Calibrate_Force(), 0);  // cancelled at the hand entry
+  EXPECT_TRUE(Has_Surface());
+  EXPECT_EQ(station->test_distance, 12.5F);  // of the first dialog
+
+  front->On_Dialog(First_Dialog, C_Script().Select(L"直接设置标定参数", 1).Confirm());
+  front->Next_Dialog(C_Script().Fill(L"推力常数(N/A)", L"0.905").Confirm());  // the others are shown in newtons too
   EXPECT_EQ(station->Calibrate_Force(), 1);
   EXPECT_NEAR(station->Force_To_Current(73.0), 1.0, 1e-12);
   EXPECT_EQ(station->Val_Force_KK, 0.0);
   EXPECT_NEAR(station->Spring_Force(1.5), 3.0, 1e-12);  // the mark is at 0
-  EXPECT_FALSE(station->Has_Surface());
-  EXPECT_EQ(station->test_distance, 12.5F);
+  EXPECT_FALSE(Has_Surface());
 }
 
-TEST_F(Calibration, Cancel_At_Any_Dialog_Leaves_The_Model_And_The_Probe_Up) {
+TEST_F(Calibration, Cancel_Leaves_The_Model_And_The_Probe_Up) {
   Give_Surface();
   EXPECT_EQ(station->Calibrate_Force(), 0);  // at the first dialog
-  front->On_Dialog(First_Dialog, C_Script().Fill(L"标定最大距离", L"11").Select(L"直接设置标定参数", 1).Confirm());
-  EXPECT_EQ(station->Calibrate_Force(), 0);  // at the hand entry
-  EXPECT_EQ(station->test_distance, 11.0F);  // of the first dialog
-  C_Calibration_Operator person;
+  EXPECT_THAT(front->Boxes(), testing::IsEmpty());
+  const C_Script settings = C_Calibration_Operator().Settings();
   for (const int confirmed : {0, 3}) {
-    front->On_Dialog(First_Dialog, person.Settings());
+    front->On_Dialog(First_Dialog, settings);
     for (int i = 0; i < confirmed; ++i) front->On_Dialog(Force_Dialog, C_Script().Fill(Force_Dialog, L"50").Confirm());
-    EXPECT_EQ(station->Calibrate_Force(), 0);  // at a force
+    EXPECT_EQ(station->Calibrate_Force(), 0);
     EXPECT_LT(bench::True_Position(Id), 1.0);
     EXPECT_EQ(station->m_CalCurrent.GetSize() + station->m_CalForce.GetSize() + station->m_CalPos.GetSize(), 0);
   }
   EXPECT_EQ(station->Val_Force_K, 0.001);
-  EXPECT_TRUE(station->Has_Surface());
+  EXPECT_TRUE(Has_Surface());
   EXPECT_TRUE(Load("x_data.dat").empty());
-}
 
-TEST_F(Calibration, Missing_Position_Is_Reported_And_The_Sequence_Goes_On) {
-  front->On_Dialog(First_Dialog, C_Calibration_Operator().Settings());
+  // A position that cannot be read is told, and the sequence goes on.
+  front->On_Dialog(First_Dialog, settings);
   front->On_Box(L"请调整测量头高度", Answer_Ok, 0, [this] { Fall_Silent(); });
   front->On_Dialog(Force_Dialog, C_Script().Run([] { bench::Set_Silent(Id, false); }).Cancel());
   EXPECT_EQ(station->Calibrate_Force(), 0);

@@ -1,4 +1,6 @@
 #include <fstream>
+#include <regex>
+#include <sstream>
 
 #include "station_room.h"
 
@@ -9,38 +11,31 @@ using testing::ElementsAre;
 
 const char* const Store = "音圈电机1参数";
 
-// The station's entries, arrays' elements left out.
-std::vector<std::string> Store_Lines() {
-  std::ifstream file(Store);
-  std::vector<std::string> lines;
-  for (std::string line; std::getline(file, line);) {
-    if (line.rfind("C_VoiceMotor ", 0) == 0) lines.push_back(line);
-  }
-  return lines;
+std::string Store_Text() {
+  std::ostringstream text;
+  text << std::ifstream(Store).rdbuf();
+  return text.str();
 }
 
 class Parameters : public C_Station_Test {};
 
 TEST_F(Parameters, Every_Key_Stands_In_Order_And_Comes_Back_From_The_Store) {
-  station->Surface_Fit(Array({1, 2, 3, 4, 5, 6}), Array({1, 3, 2, 5, 4, 6}), Array({9, 8, 7, 6, 5, 4}));
+  Give_Surface();
   station->Val_Pos_Friction[1].p = Array({0.1, -0.2});
   const double force = station->Surface_Force(2.0, 3.0);
   station.reset();  // saves
 
   // Give each number of the store a value of its own.
-  std::ifstream in(Store);
+  std::istringstream in(Store_Text());
   std::string edited, keys;
   int n = 0;
-  for (std::string line; std::getline(in, line);) {
-    const bool is_entry = line.rfind("C_VoiceMotor ", 0) == 0;
-    if (is_entry) keys += line.substr(13, line.find(' ', 13) - 12);
-    const bool is_kept = line.find("Run_Negative") != std::string::npos || line.find("TempSensor") != std::string::npos;
-    if (is_entry && !is_kept && line.find("= array") == std::string::npos)
-      line = line.substr(0, line.rfind(' ') + 1) + std::to_string(++n) +
-             (line.find("= int") == std::string::npos ? ".125" : "");
-    edited += line + "\n";
+  for (std::string line; std::getline(in, line); edited += line + "\n") {
+    if (line.rfind("C_VoiceMotor ", 0) != 0) continue;  // an array's element
+    keys += line.substr(13, line.find(' ', 13) - 12);
+    if (std::regex_search(line, std::regex("Run_Negative|TempSensor|= array"))) continue;
+    line.replace(line.rfind(' ') + 1, std::string::npos,
+                 std::to_string(++n) + (line.find("= int") == std::string::npos ? ".125" : ""));
   }
-  in.close();
   std::ofstream(Store) << edited;
   EXPECT_EQ(keys,
             "Val_Force_OffSet Val_Force_Set[0] Val_Force_Set[1] Val_Acc_Set[0] Val_Acc_Set[1] Val_Pos_Set[0] "
@@ -52,7 +47,6 @@ TEST_F(Parameters, Every_Key_Stands_In_Order_And_Comes_Back_From_The_Store) {
             "Val_Pos_Friction[0].MyArrayP Val_Pos_Friction[0].xscale Val_Pos_Friction[1].MyArrayBasisList "
             "Val_Pos_Friction[1].MyArrayP Val_Pos_Friction[1].xscale Val_Head_mg Val_TempSensorCanID ");
 
-  const std::vector<std::string> lines = Store_Lines();
   Make_Station();
   EXPECT_EQ(station->Test_Force[1], 3.125);
   EXPECT_EQ(station->test_distance, 15.125F);
@@ -60,7 +54,7 @@ TEST_F(Parameters, Every_Key_Stands_In_Order_And_Comes_Back_From_The_Store) {
   EXPECT_EQ(station->Surface_Force(2.0, 3.0), force);
   EXPECT_THAT(Values(station->Val_Pos_Friction[1].p), ElementsAre(0.1, -0.2));
   station->Save();
-  EXPECT_EQ(Store_Lines(), lines);
+  EXPECT_EQ(Store_Text(), edited);
 }
 
 TEST_F(Parameters, Faults_Are_Reported_At_Start) {
@@ -89,29 +83,20 @@ TEST_F(Parameters, Small_Dialogs_Edit_Their_Parameter) {
   EXPECT_EQ(station->Val_Force_OffSet, -20.0);
   EXPECT_EQ(station->Val_Force_Set[0], 150.0);
 
-  struct Row {
-    void (*run)(C_VoiceMotor&);
-    const wchar_t* caption;
-    Shared<double>& member;
-    double max;
-  };
   C_VoiceMotor& s = *station;
-  const Row rows[] = {
-      {[](C_VoiceMotor& m) { m.Set_Speed_Dlg(1); }, L"设定速度（mm/s）", s.Val_Speed_Set[1], 5000.0},
-      {[](C_VoiceMotor& m) { m.Set_UpSpeed_Dlg(); }, L"设定速度（mm/s）", s.Val_UpSpeed_Set, 5000.0},
-      {[](C_VoiceMotor& m) { m.Set_Spring_Dlg(); }, L"设定弹簧K值（g/mm）", s.Val_Spring_K, 1000.0},
-      {[](C_VoiceMotor& m) { m.Set_Acc_Dlg(1); }, L"设定加速度（mm/s^2）", s.Val_Acc_Set[1], 200000.0},
-      {[](C_VoiceMotor& m) { m.Set_BeginePoint_Dlg(); }, L"原点偏移（mm）", s.Val_BeginePoint_offset, 40.0},
-      {[](C_VoiceMotor& m) { m.Set_Jerk_Dlg(); }, L"设定加加速度（mm/s^3）", s.Val_Jerk_Set, 1e12},
-      {[](C_VoiceMotor& m) { m.Set_HoldTime_Dlg(1); }, L"设定推力保持时间（ms）", s.Val_HoldTime_Set[1], 50000.0},
+  const auto expect_edit = [&](auto run, const wchar_t* caption, const Shared<double>& member, double max) {
+    const std::wstring beyond = std::to_wstring(max + 1.0);
+    front->Next_Dialog(C_Script().Fill(caption, beyond).Confirm().Fill(caption, std::to_wstring(max)).Confirm());
+    run();
+    EXPECT_EQ(member, max);
   };
-  for (const Row& row : rows) {
-    const std::wstring beyond = std::to_wstring(row.max + 1.0);
-    front->Next_Dialog(
-        C_Script().Fill(row.caption, beyond).Confirm().Fill(row.caption, std::to_wstring(row.max)).Confirm());
-    row.run(s);
-    EXPECT_EQ(row.member, row.max);
-  }
+  expect_edit([&] { s.Set_Speed_Dlg(1); }, L"设定速度（mm/s）", s.Val_Speed_Set[1], 5000.0);
+  expect_edit([&] { s.Set_UpSpeed_Dlg(); }, L"设定速度（mm/s）", s.Val_UpSpeed_Set, 5000.0);
+  expect_edit([&] { s.Set_Spring_Dlg(); }, L"设定弹簧K值（g/mm）", s.Val_Spring_K, 1000.0);
+  expect_edit([&] { s.Set_Acc_Dlg(1); }, L"设定加速度（mm/s^2）", s.Val_Acc_Set[1], 200000.0);
+  expect_edit([&] { s.Set_BeginePoint_Dlg(); }, L"原点偏移（mm）", s.Val_BeginePoint_offset, 40.0);
+  expect_edit([&] { s.Set_Jerk_Dlg(); }, L"设定加加速度（mm/s^3）", s.Val_Jerk_Set, 1e12);
+  expect_edit([&] { s.Set_HoldTime_Dlg(1); }, L"设定推力保持时间（ms）", s.Val_HoldTime_Set[1], 50000.0);
   EXPECT_EQ(front->Refusals().size(), 7U);
 }
 

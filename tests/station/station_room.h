@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <fstream>
 #include <memory>
 #include <string>
 #include <vector>
@@ -18,13 +19,15 @@
 
 namespace orsanta {
 
-constexpr int Id = 1;  // the station's drive
+constexpr int Id = 1;      // of the station's drive
+constexpr int Board = 40;  // id of the temperature board, which no station reads by default
 
 class C_Station_Test : public testing::Test {
  protected:
   C_Station_Test() {
     bench::Settings settings;
     settings.drives = 1;
+    settings.temperature_boards = {Board};
     bench::Reset(settings);
     Make_Station();
   }
@@ -40,6 +43,18 @@ class C_Station_Test : public testing::Test {
     station->Val_Force_KK = 0.0;
     station->Val_Force_K = 100.0;
     station->Val_Static_GForce = -4.0;
+  }
+
+  // Fits the surface F = 2 + 3 I + 0.5 P + 0.25 I P + 0.125 I P^2.
+  void Give_Surface() {
+    CMyArray<double> currents, positions, forces;
+    for (int i = 0; i < 12; ++i) {
+      const double I = 0.5 + 0.4 * i, P = 1.0 + (i * 5 % 7);
+      currents.Add(I);
+      positions.Add(P);
+      forces.Add(2.0 + 3.0 * I + 0.5 * P + 0.25 * I * P + 0.125 * I * P * P);
+    }
+    EXPECT_EQ(station->Surface_Fit(currents, positions, forces), 1);
   }
 
   double Measure(double force = 200.0) {
@@ -62,6 +77,16 @@ class C_Station_Test : public testing::Test {
     for (const bench::Journal_Entry& call : bench::Journal()) {
       if (call.function == "OUTPUT_DATA" && call.arguments.rfind(channel, 0) == 0)
         values.push_back(std::stod(call.arguments.substr(call.arguments.rfind(' '))));
+    }
+    return values;
+  }
+
+  // The numbers of a vector file.
+  static std::vector<double> Load(const std::string& name) {
+    std::vector<double> values;
+    std::ifstream file("历史数据/" + name);
+    for (std::string line; std::getline(file, line);) {
+      if (line[0] != '#') values.push_back(std::stod(line));
     }
     return values;
   }
