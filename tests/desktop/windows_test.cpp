@@ -354,6 +354,18 @@ TEST_F(Windows, TheLocaleOfTheProcessStays) {
   EXPECT_STREQ(setlocale(LC_NUMERIC, nullptr), "C");
 }
 
+TEST(Display, ThePanelCommandSaysInOneLineThatThereIsNone) {
+  const std::string program = std::filesystem::read_symlink("/proc/self/exe").parent_path() / "orsanta";
+  FILE* output =
+      popen(("env -u DISPLAY -u WAYLAND_DISPLAY -u QT_QPA_PLATFORM " + program + " panel 2>&1").c_str(), "r");
+  ASSERT_NE(output, nullptr);
+  char line[400] = "";
+  EXPECT_NE(fgets(line, sizeof line, output), nullptr);
+  EXPECT_STREQ(line, "orsanta: the panel needs a display: no display: neither DISPLAY nor WAYLAND_DISPLAY is set\n");
+  EXPECT_EQ(fgets(line, sizeof line, output), nullptr);
+  EXPECT_EQ(WEXITSTATUS(pclose(output)), 1);
+}
+
 // The display goes away under an open dialog and an open box: both count as cancelled, and the process lives.
 void Lose_Display() {
   if (!C_Virtual_Display::Start()) _exit(0);
