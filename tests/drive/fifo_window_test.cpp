@@ -10,17 +10,6 @@
 namespace orsanta {
 namespace {
 
-constexpr int Channel = 65;
-
-// Ties the position stream of drive 1 to the channel.
-void Map_Position(const bench::Settings& settings = {}) {
-  bench::Reset(settings);
-  InitDevice_PC_Local_Controler(1, 0);
-  ASSERT_NE(ConnectControlServer(L"", 0, nullptr), 0);
-  SET_INPUT_DATA_MAP(1, 1, 4, 4, Channel);
-  RESET_INPUT_DATA_FIFO(1, Channel, 4096);
-}
-
 // Random pushes, reads, clears and changes of length against a plain queue.
 TEST(C_FIFO2Window, Slides_Like_A_Queue) {
   std::mt19937 choice(5);
@@ -52,33 +41,19 @@ TEST(C_FIFO2Window, Slides_Like_A_Queue) {
   EXPECT_EQ(window.Set_Window_Len(10), 0);  // once set to nothing it stays so
 }
 
-TEST_F(C_Room, A_Window_Keeps_Up_With_Its_Stream) {
-  Map_Position();
-  C_FIFO2Window unbound;
-  unbound.Start_Read(0);
-  EXPECT_EQ(Reads_In(50), 0);
-
-  C_FIFO2Window window;
-  window.Start_Read(Channel);
-  Sleep(1000);
-  EXPECT_NEAR(window.Get_Count(), 525, 3);
-  window.Clear_Window();
-  Sleep(100);
-  EXPECT_NEAR(window.Get_Count(), 50, 3);
-  window.Set_Window_Len(10);
-  Sleep(100);
-  EXPECT_EQ(window.Get_Count(), 10);
-}
-
 // Readers, a clearer and the window thread at once, on the real clock: what a reader gets is always one run of the
 // stream, with evenly spaced indices.
 TEST(C_FIFO2Window, Readers_On_Many_Threads_See_Whole_Windows) {
   bench::Settings settings;
   settings.sample_ms = 0.1;
-  Map_Position(settings);
+  bench::Reset(settings);
+  InitDevice_PC_Local_Controler(1, 0);
+  ASSERT_NE(ConnectControlServer(L"", 0, nullptr), 0);
+  SET_INPUT_DATA_MAP(1, 1, 4, 4, 65);
+  RESET_INPUT_DATA_FIFO(1, 65, 4096);
   C_FIFO2Window window;
   window.Set_Window_Len(300);
-  window.Start_Read(Channel);
+  window.Start_Read(65);
   std::atomic<int> broken{0}, filled{0};
   const double until_ms = Now_Ms() + 300.0;
   const auto read = [&] {
