@@ -148,6 +148,11 @@ TEST_F(Axis, Follows_Moves_Jumps_And_New_Targets_On_The_Way) {
   EXPECT_EQ(Commanded(), -3.0);
   Sleep(200);
   EXPECT_NEAR(bench::True_Position(20), -3.0, 0.002);
+  int res = 0;
+  ExecuteDeviceIns(20, 0x55, &res);  // the device's own way to zero
+  EXPECT_EQ(res, 1);
+  Till_Stopped();
+  EXPECT_EQ(Commanded(), 0.0);
 
   OUTPUT_DATA(4, 104, 1.0);
   OUTPUT_DATA(4, 112, -1.0);
