@@ -44,11 +44,16 @@ TEST_F(Thickness_Cycle, Measures_To_The_Micrometre_Against_The_Block) {
   EXPECT_NEAR(Written(0)[0] / 65536000.0, 3.0, 0.001);
   EXPECT_NEAR(Written(0)[1] / 65536000.0, 10.0, 1e-6);
 
+  EXPECT_EQ(station->TempArray.GetSize(), 0);  // no board
   station->Val_TempSensorCanID = Board + 0.7;
   bench::Set_Temperature(Board, 31.5);
+  bench::Set_Silent(Board, true);
   Make_Station();
   Measure();
-  EXPECT_NEAR(station->TempArray.Copy()[0], 31.5, 0.1);
+  bench::Set_Silent(Board, false);
+  Measure();
+  EXPECT_EQ(station->TempArray.Copy()[0], 0.0);  // a board that sends nothing
+  EXPECT_NEAR(station->TempArray.Copy()[1], 31.5, 0.1);
   station.reset();
   C_VoiceMotor::Release_Temp_Sensors();
 }
