@@ -37,6 +37,9 @@ TEST_F(Force_Model, Surface_Takes_Over_Once_A_Landing_Is_Known) {
   Give_Surface();
   EXPECT_NEAR(station->Surface_Force(2.0, 4.0), 16.0, 1e-10);
   EXPECT_NEAR(station->Landing_Current(16.0), 2.0, 1e-12);
+  bench::Journal_Clear();
+  station->Set_Landing_Current(16.0, 4.0);
+  EXPECT_NEAR(Written(2).at(0), 2.0, 1e-12);
   station->m_pMotor->m_Be_Invert = 1;
   station->Last_Land_Pos = -4.0;
   EXPECT_NEAR(station->Landing_Current(16.0), 2.0, 1e-12);
@@ -56,13 +59,19 @@ TEST_F(Force_Model, Spring_Is_Zero_At_The_Mark_And_Turns_With_The_Drive) {
   EXPECT_EQ(station->Spring_Force(-5.0), -9.0);
 }
 
-TEST_F(Force_Model, Sample_Correction_Starts_As_Identity_And_Forgets_The_Oldest) {
+TEST_F(Force_Model, Sample_Correction_Forgets_The_Oldest_And_The_Key_Window_Goes_Round) {
   station->Add_Sample(1010.0, 1000.0);
   EXPECT_NEAR(station->Sample_Value(1000.0), 1002.5, 1e-6);
   for (int i = 0; i < 20; ++i) station->Add_Sample(2.0 * i + 1.0, i);
   EXPECT_EQ(station->m_SampleX.GetSize(), 11);
   EXPECT_EQ(station->m_SampleX[0], 9.0);
   EXPECT_NEAR(station->Sample_Value(100.0), 201.0, 1e-9);
+
+  double start_margin = 0.0, key_dis = 0.0;
+  for (int i = 0; i < 3; ++i) station->Val_Pos_Set[i] = 5.0 - i;
+  station->Set_Key_Window(99.0, 99.0);  // takes back what is there, whatever it is given
+  station->Get_Key_Window(start_margin, key_dis);
+  EXPECT_THAT((std::vector{start_margin, key_dis, station->Val_Pos_Set[0].Get()}), ElementsAre(2.0, 8.0, 5.0));
 }
 
 }  // namespace

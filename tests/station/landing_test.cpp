@@ -51,6 +51,8 @@ TEST_F(Landing, Silent_Drive_Is_Reported_And_The_Wait_Goes_On_Until_It_Speaks) {
   Land_On_Part();
   station->Val_BeginePoint_offset = 5.0;  // not where a position that cannot be read seems to be
   Fall_Silent();
+  station->Land_To(20.0F, 1.5F, 10.0F);
+  EXPECT_EQ(front->Count_Boxes(L"等待电流设定超时"), 1);
   C_Thread helper;
   helper.Start("helper", [&] {
     EXPECT_TRUE(front->Wait_For_Box(L"最小电流过小", 120000.0));
@@ -62,11 +64,6 @@ TEST_F(Landing, Silent_Drive_Is_Reported_And_The_Wait_Goes_On_Until_It_Speaks) {
   EXPECT_EQ(front->Count_Boxes(L"canid:1 force_back_timeout Get_InterRunFlag"), 3);
   EXPECT_GT(front->Count_Boxes(L"CANID:1读取位置超时,请检查驱动器电源"), 100);
   EXPECT_GT(front->Count_Boxes(L"CANID:1  Get_InterRunFlag无法读取数据通道"), 10);
-
-  Fall_Silent();
-  station->Land_To(20.0F, 1.5F, 10.0F);
-  EXPECT_EQ(front->Count_Boxes(L"等待电流设定超时"), 1);
-  bench::Set_Silent(Id, false);
 }
 
 TEST_F(Landing, Reference_Is_The_Observed_Position_Whatever_It_Was) {

