@@ -126,6 +126,7 @@ void C_Qt_Thread::Take_No_More_Posts() {
 
 void C_Qt_Thread::Stay_Without_Display() {
   fputs("orsanta: the display went away; the system goes on without windows\n", stderr);
+  the_Halt = true;
   Take_No_More_Posts();
   std::function<void()> lost;
   {
