@@ -131,7 +131,7 @@ void Frame_Text(const void* return_address, char* out, size_t room) {
     ++symbol.distance;
     Print(out, room, return_address, symbol, module);
   } else {
-    std::snprintf(out, room, "%p %s + 0x%llx", return_address, module, static_cast<unsigned long long>(place + 1));
+    std::snprintf(out, room, "%p %s + 0x%llx", return_address, module, static_cast<unsigned long long>(place) + 1);
   }
 }
 
