@@ -108,11 +108,10 @@ __attribute__((noinline)) void C_Stack::Capture() {
 
 void Frame_Text(const void* return_address, char* out, size_t room) {
   // The call stands before the address that it returns to, which may already belong to the next function.
-  const auto call = reinterpret_cast<uintptr_t>(return_address) - 1;
+  const char* const call = static_cast<const char*>(return_address) - 1;
   Dl_info info{};
   link_map* map = nullptr;
-  if (dladdr1(reinterpret_cast<const void*>(call), &info, reinterpret_cast<void**>(&map), RTLD_DL_LINKMAP) == 0 ||
-      map == nullptr) {
+  if (dladdr1(call, &info, reinterpret_cast<void**>(&map), RTLD_DL_LINKMAP) == 0 || map == nullptr) {
     std::snprintf(out, room, "%p in no module", return_address);
     return;
   }
@@ -121,11 +120,12 @@ void Frame_Text(const void* return_address, char* out, size_t room) {
   const char* module =
       std::strrchr(info.dli_fname, '/') != nullptr ? std::strrchr(info.dli_fname, '/') + 1 : info.dli_fname;
   if (info.dli_sname != nullptr) {
-    Print(out, room, return_address, {info.dli_sname, call + 1 - reinterpret_cast<uintptr_t>(info.dli_saddr)}, module);
+    Print(out, room, return_address,
+          {info.dli_sname, static_cast<uint64_t>(call + 1 - static_cast<const char*>(info.dli_saddr))}, module);
     return;
   }
   const C_Mapped_File file(path);
-  const uint64_t place = call - map->l_addr;
+  const uint64_t place = reinterpret_cast<uintptr_t>(call) - map->l_addr;
   C_Symbol symbol = Find_In_Symbol_Table(file, place);
   if (symbol.name != nullptr) {
     ++symbol.distance;
