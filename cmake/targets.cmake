@@ -29,7 +29,11 @@ function(orsanta_tests name)
   add_executable(test_${name} ${sources})
   target_include_directories(test_${name} PRIVATE ${CMAKE_SOURCE_DIR} ${CMAKE_SOURCE_DIR}/tests)
   target_link_libraries(test_${name} PRIVATE ${ARGN} GTest::gmock GTest::gtest_main)
+  if(ORSANTA_SANITIZE STREQUAL "thread")
+    set(what_is_not_ours TSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/tsan.supp)
+  else()
+    set(what_is_not_ours LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/lsan.supp)
+  endif()
   gtest_discover_tests(test_${name} TEST_PREFIX ${name}. DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
-                       PROPERTIES TIMEOUT 240 ENVIRONMENT
-                       "TSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/tsan.supp;LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/lsan.supp")
+                       PROPERTIES TIMEOUT 240 ENVIRONMENT ${what_is_not_ours})
 endfunction()
