@@ -1,5 +1,5 @@
-// Axes of the motion server: trajectories within their limits, stops, pause, registers, homing on a sensor, and the
-// temperature board.
+// Axes of the motion server: trajectories within their limits, stops, pause and registers. What the drives' own tests
+// hold already (homing on a sensor, the temperature board) is not told again.
 #include <algorithm>
 #include <random>
 
@@ -79,8 +79,6 @@ class Axis : public testing::Test {
     SET_AXIS_MAP(4, 20, 0, 2);
     SET_AXIS_SCALE(4, 2, Raw_Per_Mm);
     Limits(20.0, 5000.0, 500000.0);
-    SET_IOIN_MAP(4, 20, 1, 2, 0, 30);
-    SET_IOIN_MAP(4, 20, 1, 6, 0, 31);
     Map_Input(4, 20, 1, 6, 105, 4096);
     SET_OUTPUT_DATA_MAP(4, 20, 4, 8, 104);
     SET_OUTPUT_DATA_MAP(4, 20, 12, 8, 112);
@@ -243,57 +241,6 @@ TEST_F(Axis, Works_Out_Targets_In_Registers_When_The_Instruction_Runs) {
   SGO_R(4, 2, 500);
   Till_Stopped();
   EXPECT_EQ(Commanded(), 3.75);
-}
-
-TEST_F(Axis, Homes_On_Its_Sensor_To_Within_A_Count) {
-  for (const double from : {0.0, -7.0}) {
-    Go_And_Wait(from);
-    Sleep(20);
-    int on = 0, other = 1;
-    GetCurIoInput(30, &on);
-    GetCurIoInput(31, &other);
-    EXPECT_EQ(on, from < -4.0 ? 1 : 0);
-    EXPECT_EQ(other, 0);
-    double speed = 20.0;
-    Limits(speed, 5000.0, 500000.0);
-    if (from < -4.0) {
-      SGO(4, 2, 15.0);
-      TILLIO_NEG(4, 30);
-      STOP_S(4, 2);
-    }
-    for (int pass = 0; pass < 3; ++pass) {
-      SGO(4, 2, pass % 2 == 0 ? -15.0 : 15.0);
-      pass % 2 == 0 ? TILLIO(4, 30) : TILLIO_NEG(4, 30);
-      STOP_S(4, 2);
-      SET_MAX_VEL(4, 2, speed /= 10.0);
-    }
-    Till_Stopped();
-    Sleep(200);
-    EXPECT_NEAR(bench::True_Position(20), -4.0, 0.001);
-    Limits(20.0, 5000.0, 500000.0);
-  }
-  bench::Set_Home_Sensor(20, 2, -20.0, false);
-  TILLIO(4, 30);
-  Sleep(10000);
-  int finished = 1;
-  GetThreadInsBufferRemainCount(4, nullptr, &finished);
-  EXPECT_EQ(finished, 0);
-  ClearInsBuffer(4);
-}
-
-TEST_F(Axis, Its_Device_Reads_Temperatures) {
-  Map_Input(4, 20, 27, 4, 127, 256);
-  Map_Input(4, 20, 28, 4, 128, 256);
-  bench::Set_Temperature(20, 50.0);
-  EXPECT_EQ(bench::True_Temperature(20), 50.0);
-  Sleep(4);
-  // 3588 Ohm is what a resistance table of such a thermistor gives for 50 degrees.
-  EXPECT_NEAR(Take(127).back(), 4095.0 * 3588.0 / 13588.0, 1.5);
-  EXPECT_NEAR(Take(128).back(), 58.0, 0.5);
-  bench::Set_Silent(20, true);
-  Take(127);
-  Sleep(100);
-  EXPECT_TRUE(Take(127).empty());
 }
 
 }  // namespace

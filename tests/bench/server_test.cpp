@@ -110,34 +110,6 @@ TEST(Threads, Run_In_Order_And_A_Wait_Holds_Its_Own_Thread_Alone) {
   EXPECT_EQ(Error().found, 0);
 }
 
-TEST(Threads, Wait_For_Inputs_And_Set_Outputs_Of_The_Card) {
-  orsanta::C_Simulated_Clock clock(1);
-  Connect();
-  SET_IOIN_MAP(0, 15, 4, 3, 0, 40);
-  SET_IOOUT_MAP(0, 15, 3, 5, 41);
-  TILLIO(2, 40);
-  SET_OUTPUT_IO(2, 41, 1);
-  TILLIO_NEG(2, 40);
-  SET_OUTPUT_IO(2, 41, 0);
-  int on = -1;
-  for (const int state : {0, 1}) {
-    bench::Set_Input(3, state);
-    Sleep(10);
-    EXPECT_EQ(GetCurIoInput(40, &on), 1);
-    EXPECT_EQ(on, state);
-    EXPECT_EQ(bench::Get_Output(5), state);
-  }
-  bench::Set_Input(3, 0);
-  EXPECT_EQ(WaitForAllInsFinish(2), 1);
-  EXPECT_EQ(bench::Get_Output(5), 0);
-  EXPECT_EQ(SetCurIoOutput(41, 1), 1);
-  EXPECT_EQ(bench::Get_Output(5), 1);
-
-  bench::Set_Io_Card_Missing(true);
-  EXPECT_EQ(GetCurIoInput(40, &on), 0);
-  EXPECT_EQ(SetCurIoOutput(41, 0), 0);
-}
-
 TEST(Connection, Refuses_Until_Prepared_And_Drops_Everything_With_A_Rebuild) {
   orsanta::C_Simulated_Clock clock(1);
   bench::Settings settings;
