@@ -19,9 +19,19 @@
 
 namespace orsanta {
 
-// Runs the work on the Qt thread and waits for it.
+// Runs the work on the Qt thread and waits for it. The lock tells the thread sanitizer of the hand-over, which it does
+// not see inside Qt.
 inline void On_Qt(const std::function<void()>& work) {
-  QMetaObject::invokeMethod(qApp, work, Qt::BlockingQueuedConnection);
+  static std::mutex handed_over;
+  handed_over.lock();
+  handed_over.unlock();
+  const auto run = [&work] {
+    const std::lock_guard guard(handed_over);
+    work();
+  };
+  QMetaObject::invokeMethod(qApp, run, Qt::BlockingQueuedConnection);
+  handed_over.lock();
+  handed_over.unlock();
 }
 
 // Asks on the Qt thread until the answer is yes; false after the time.
