@@ -7,11 +7,11 @@
 
 #include "bench/bench.h"
 #include "common/pty.h"
+#include "common/resources.h"
 #include "common/temp_folder.h"
-#include "host/debug_com.h"
+#include "host/link_settings.h"
 #include "host/motor_base.h"
 #include "host/task_app.h"
-#include "orsanta/orsanta.h"
 #include "station/voice_motor.h"
 #include "support/clock.h"
 #include "support/thread.h"
@@ -25,23 +25,10 @@ TEST(All_Threads, WorkOnTheSameStations) {
   const C_Temp_Folder folder;
   C_Pty host(1);
   C_Pty link(2);
-  {
-    C_VoiceDebugCom settings(1);
-    settings.ValComNum = 2;
-    settings.Save();
-  }
+  Store_Link(1, 2);
   bench::Reset();
-  CMyArray<VCM_Resource_struct> resources;
-  for (int n = 1; n <= Stations; ++n) {
-    VCM_Resource_struct record;
-    record.CanID = record.AxisNum = record.AuxAxisNum = n;
-    record.ControllerNum = 2 * n;
-    record.SpareNum = 2 * n + 1;
-    record.ConnectServer = 1;
-    resources.Add(record);
-    bench::Place_Part(n, 5.0);
-  }
-  C_VoiceMotorBase base(resources, 1, 115200, 0, 1);
+  for (int n = 1; n <= Stations; ++n) bench::Place_Part(n, 5.0);
+  C_VoiceMotorBase base(Resource_Table({1, 2, 3}), 1, 115200, 0, 1);
 
   const double until = Now_Ms() + Span_Ms;
   std::atomic<int> results{0};
@@ -55,12 +42,12 @@ TEST(All_Threads, WorkOnTheSameStations) {
       }
     });
   };
-  for (int poller = 0; poller < 2; ++poller) {
-    repeat(1, [&](int i) {
-      double thickness = 0.0, force = 0.0;
-      results += base.get_ans(1 + i % Stations, &thickness, &force);
-    });
-  }
+  const auto poll = [&](int i) {
+    double thickness = 0.0, force = 0.0;
+    results += base.get_ans(1 + i % Stations, &thickness, &force);
+  };
+  repeat(1, poll);
+  repeat(1, poll);
   repeat(200, [&](int i) { base.do_test(1 + i % Stations, i % 2 == 0 ? Task_Force_Difference : Task_Force_Back); });
   repeat(3, [&](int i) { bench::Set_Input(1 + i % Stations, i / 200 % 2); });
   repeat(5, [&](int i) {
@@ -75,7 +62,10 @@ TEST(All_Threads, WorkOnTheSameStations) {
     host.Take();
     link.Take();
   });
-  repeat(70, [&](int) { base.StationList[0]->Renew_Debug_Com(); });
+  repeat(70, [&](int) {  // as the panel does; each link finds the port free
+    base.StationList[0]->Renew_Debug_Com();
+    EXPECT_EQ(base.StationList[0]->Debug_Com()->Is_Open(), 1);
+  });
   repeat(50, [&](int i) { base.LoopPaused = i % 4 == 0 ? 1 : 0; });
   for (auto& thread : threads) thread->Join();
   base.LoopPaused = 0;

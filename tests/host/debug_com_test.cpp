@@ -8,6 +8,7 @@
 #include "common/pty.h"
 #include "common/scripted_front.h"
 #include "common/temp_folder.h"
+#include "host/link_settings.h"
 #include "support/clock.h"
 
 namespace orsanta {
@@ -15,13 +16,6 @@ namespace {
 
 class Debug_Com : public ::testing::Test {
  protected:
-  static void Store_Port(int can_id, int port, int baud) {
-    C_VoiceDebugCom link(can_id);
-    link.ValComNum = port;
-    link.ValBaud = baud;
-    link.Save();
-  }
-
   C_Simulated_Clock clock{1};
   C_Temp_Folder folder;
   C_Scripted_Front_Holder front;
@@ -34,7 +28,7 @@ TEST_F(Debug_Com, ClosedLinkDoesNothingAndAPortThatFailsIsTold) {
   closed.Send_Value(1.0);
   EXPECT_TRUE(front->Boxes().empty());
 
-  Store_Port(3, 7, 9600);
+  Store_Link(3, 7, 9600);
   C_VoiceDebugCom failed(3);
   EXPECT_EQ(failed.Is_Open(), 0);
   ASSERT_EQ(front->Boxes(), std::vector<std::wstring>{L"打开电机3串口7失败"});
@@ -43,23 +37,18 @@ TEST_F(Debug_Com, ClosedLinkDoesNothingAndAPortThatFailsIsTold) {
 
 TEST_F(Debug_Com, LinesAreExact) {
   C_Pty line(2);
-  Store_Port(4, 2, 57600);
+  Store_Link(4, 2, 57600);
   C_VoiceDebugCom link(4);
   ASSERT_EQ(link.Is_Open(), 1);
   const std::string expected = "  1234\n  -500\n1234568\n     0\n    -0\n-1234568\n   nan\n";
   for (const double value : {1234.4, -500.0, 1234567.8, 0.0, -0.4, -1234567.8, __builtin_nan("")})
     link.Send_Value(value);
   EXPECT_EQ(line.Take_At_Least(expected.size()), expected);
-
-  link.Close();
-  link.Send_Value(1.0);
-  EXPECT_EQ(link.Is_Open(), 0);
-  EXPECT_EQ(line.Take(), "");
 }
 
 TEST_F(Debug_Com, OnlyTheLastByteOfAReadTriggers) {
   C_Pty line(2);
-  Store_Port(4, 2, 115200);
+  Store_Link(4, 2, 115200);
   C_VoiceDebugCom link(4);
   EXPECT_EQ(link.Read_Trigger(), 0);
   struct C_Case {
@@ -78,28 +67,27 @@ TEST_F(Debug_Com, OnlyTheLastByteOfAReadTriggers) {
 }
 
 TEST_F(Debug_Com, TheDialogOffersAllPortsAndRatesAndStoresTheChoice) {
-  Store_Port(5, 0, 4800);  // a rate that is not offered shows as the first
-  {
-    C_VoiceDebugCom link(5);
-    front->Next_Dialog(C_Script().Confirm());
-    link.Settings_Dialog();
-    const C_Dialog_Model dialog = front->Shown().front().dialog;
-    ASSERT_EQ(dialog.controls.size(), 2U);
-    ASSERT_EQ(dialog.controls[0].items.size(), 33U);
-    EXPECT_EQ(dialog.controls[0].items.front(), L"无串口");
-    EXPECT_EQ(dialog.controls[0].items.back(), L"COM32");
-    EXPECT_EQ(dialog.controls[1].items.size(), 7U);
-    EXPECT_EQ(link.ValBaud, 9600);
-
-    front->Next_Dialog(C_Script().Select(L"串口号", 12).Select(L"波特率", 3).Cancel());
-    link.Settings_Dialog();
-    EXPECT_EQ(link.ValComNum, 0);
-    front->Next_Dialog(C_Script().Select(L"串口号", 12).Select(L"波特率", 3).Confirm());
-    link.Settings_Dialog();
-  }
+  Store_Link(5, 0, 4800);  // a rate that is not offered shows as the first
   C_VoiceDebugCom link(5);
-  EXPECT_EQ(link.ValComNum, 12);
-  EXPECT_EQ(link.ValBaud, 28800);
+  front->Next_Dialog(C_Script().Confirm());
+  link.Settings_Dialog();
+  const C_Dialog_Model dialog = front->Shown().front().dialog;
+  ASSERT_EQ(dialog.controls.size(), 2U);
+  ASSERT_EQ(dialog.controls[0].items.size(), 33U);
+  EXPECT_EQ(dialog.controls[0].items.front(), L"无串口");
+  EXPECT_EQ(dialog.controls[0].items.back(), L"COM32");
+  EXPECT_EQ(dialog.controls[1].items.size(), 7U);
+  EXPECT_EQ(link.ValBaud, 9600);
+
+  const C_Script choice = C_Script().Select(L"串口号", 12).Select(L"波特率", 3);
+  front->Next_Dialog(C_Script(choice).Cancel());
+  link.Settings_Dialog();
+  EXPECT_EQ(link.ValComNum, 0);
+  front->Next_Dialog(C_Script(choice).Confirm());
+  link.Settings_Dialog();
+  const C_VoiceDebugCom stored(5);
+  EXPECT_EQ(stored.ValComNum, 12);
+  EXPECT_EQ(stored.ValBaud, 28800);
 }
 
 }  // namespace

@@ -14,9 +14,10 @@
 
 #include "bench/bench.h"
 #include "common/pty.h"
+#include "common/resources.h"
 #include "common/scripted_front.h"
 #include "common/temp_folder.h"
-#include "host/debug_com.h"
+#include "host/link_settings.h"
 #include "host/task_app.h"
 #include "station/voice_motor.h"
 #include "support/clock.h"
@@ -31,25 +32,9 @@ class Supervisor : public ::testing::Test {
   Supervisor() { bench::Reset(); }
   ~Supervisor() override { base.reset(); }
 
-  void Start(int stations, int first_id, int host_port) {
-    CMyArray<VCM_Resource_struct> resources;
-    for (int i = 0; i < stations; ++i) {
-      VCM_Resource_struct record;
-      record.CanID = first_id + i;
-      record.AxisNum = record.AuxAxisNum = i + 1;
-      record.ControllerNum = 2 * i + 2;
-      record.SpareNum = 2 * i + 3;
-      record.ConnectServer = 1;
-      resources.Add(record);
-    }
-    base = std::make_unique<C_VoiceMotorBase>(resources, host_port, 115200, 0, 0);
+  void Start(const std::vector<int>& can_ids, int host_port) {
+    base = std::make_unique<C_VoiceMotorBase>(Resource_Table(can_ids), host_port, 115200, 0, 0);
     Sleep(1000);  // the first lift-offs end
-  }
-  // The link's settings of a station that is to be started.
-  static void Store_Link(int can_id, int port) {
-    C_VoiceDebugCom link(can_id);
-    link.ValComNum = port;
-    link.Save();
   }
   C_VoiceMotor& Station(int index) { return *base->StationList[index]; }
 
@@ -77,7 +62,7 @@ TEST_F(Supervisor, ResultLinesAreExact) {
   settings.first_drive_id = 0x1A;
   bench::Reset(settings);
   C_Pty host(Host_Port);
-  Start(1, 0x1A, Host_Port);
+  Start({0x1A}, Host_Port);
   ASSERT_EQ(base->HostSerialOpen, 1);
   struct C_Case {
     int valid;
@@ -100,69 +85,49 @@ TEST_F(Supervisor, ResultLinesAreExact) {
 TEST_F(Supervisor, AnswersTheStatusQueryAndNothingElse) {
   bench::Set_Absent(11, true);
   C_Pty host(Host_Port);
-  Start(3, 10, Host_Port);
+  Start({10, 11, 12}, Host_Port);
   const std::string answer = "ID:a State:1\nID:b State:0\nID:c State:1\n";
   for (const char* query : {"C", "C", "CCC", "xTC\r\n", "CT"}) {
     host.Send(query);
     Let_Bytes_Cross();
     EXPECT_EQ(Collect(host, answer.size()), answer) << query;
   }
-  host.Send("Tcx T");
-  Let_Bytes_Cross();
-  Sleep(500);
-  Let_Bytes_Cross();
-  EXPECT_EQ(host.Take(), "");
-  double thickness = 0.0, force = 0.0;
-  EXPECT_EQ(base->get_ans(1, &thickness, &force), 0);  // the T measured nothing
-
+  const auto stays_silent = [&](const char* bytes) {
+    host.Send(bytes);
+    Let_Bytes_Cross();
+    Sleep(500);
+    Let_Bytes_Cross();
+    return host.Take() == "" && base->BeAtLeaseOneDelayTaskInProcess() == 0;
+  };
+  EXPECT_TRUE(stays_silent("Tcx T"));
   base->LoopPaused = 1;  // the panel holds the loop: no answer until it lets go
-  host.Send("C");
-  Let_Bytes_Cross();
-  Sleep(500);
-  Let_Bytes_Cross();
-  EXPECT_EQ(host.Take(), "");
+  EXPECT_TRUE(stays_silent("C"));
   base->LoopPaused = 0;
   EXPECT_EQ(Collect(host, answer.size()), answer);
 }
-
-// A process that runs under the fixed name, whatever it does.
-class C_Namesake {
- public:
-  C_Namesake() {
-    std::filesystem::copy_file("/bin/sleep", "Orsanta.exe", std::filesystem::copy_options::skip_existing);
-    m_Process = fork();
-    if (m_Process == 0) {
-      execl("Orsanta.exe", "Orsanta.exe", "60", nullptr);
-      _exit(1);
-    }
-  }
-  ~C_Namesake() {
-    kill(m_Process, SIGKILL);
-    waitpid(m_Process, nullptr, 0);
-  }
-  C_Namesake(const C_Namesake&) = delete;
-  C_Namesake& operator=(const C_Namesake&) = delete;
-
- private:
-  pid_t m_Process;
-};
 
 using SupervisorDeathTest = Supervisor;
 
 // Disabled among the others, since it would end any of them that starts a system meanwhile; ctest runs it alone.
 TEST_F(SupervisorDeathTest, DISABLED_ASecondProcessOfTheNameEndsAtOnce) {
-  const C_Namesake first;
-  std::this_thread::sleep_for(std::chrono::milliseconds(100));
-  Start(1, 1, 0);  // one of the name may run: it could be this one
+  const auto run_namesake = [] {
+    const pid_t process = fork();
+    if (process == 0) _exit(execl("/bin/sleep", "Orsanta.exe", "60", nullptr));
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    return process;
+  };
+  const pid_t first = run_namesake();
+  Start({1}, 0);  // one of the name may run: it could be this one
   base.reset();
-  const C_Namesake second;
-  std::this_thread::sleep_for(std::chrono::milliseconds(100));
-  EXPECT_EXIT(Start(1, 1, 0), ::testing::ExitedWithCode(0), "");
+  const pid_t second = run_namesake();
+  EXPECT_EXIT(Start({1}, 0), ::testing::ExitedWithCode(0), "");
+  for (const pid_t process : {first, second}) kill(process, SIGKILL);
+  while (wait(nullptr) > 0) continue;
 }
 
 TEST_F(Supervisor, GoesOnWithoutAHostPortThatDoesNotOpen) {
   std::filesystem::create_symlink("/dev/orsanta_no_such_device", "COM9");
-  Start(1, 1, 9);
+  Start({1}, 9);
   EXPECT_EQ(front->Boxes(), std::vector<std::wstring>{L"无法打开串口9"});
   EXPECT_EQ(base->HostSerialOpen, 0);
   EXPECT_EQ(base->do_test(1, Task_Measure), 1);
@@ -176,7 +141,7 @@ TEST_F(Supervisor, ATriggerByteRunsTheWholeHandshake) {
   C_Pty host(Host_Port);
   C_Pty link(2);
   Store_Link(1, 2);
-  Start(2, 1, Host_Port);
+  Start({1, 2}, Host_Port);
   Station(0).Set_Cur_BaseDistance(7.0006F);  // a part of 2 mm on the anvil at 9 mm reads 0, with the dent of the force
   bench::Place_Part(1, 1.5);
   Station(0).Val_Force_OffSet = 44.0;  // belongs to the automatic cycle alone
@@ -196,71 +161,36 @@ TEST_F(Supervisor, ATriggerByteRunsTheWholeHandshake) {
   }
 }
 
-TEST_F(Supervisor, ALinkIsReplacedAndPulledOutWhileItsStationReports) {
-  C_Pty first(2);
-  C_Pty second(3);
-  Store_Link(1, 2);
-  Start(1, 1, 0);
-  for (int i = 0; i < 8; ++i) base->AddNewDelayProcess(0, Task_Measure, 0, &Station(0));
-  for (int i = 0; base->GetDelayProcessFifoCount(0) > 0; ++i) {
-    Store_Link(1, 2 + i % 2);
-    Station(0).Renew_Debug_Com();
-    EXPECT_NE(Station(0).Debug_Com()->Is_Open(), 0);
-    Sleep(17);
-    if (i % 10 == 5) {
-      first.Pull_Out();
-      Sleep(3);
-      first.Plug_In();
-    }
-    first.Take();
-    second.Take();
-  }
-  Store_Link(1, 0);
-  Station(0).Renew_Debug_Com();
-  EXPECT_EQ(Station(0).Debug_Com()->Is_Open(), 0);
-}
-
-std::vector<std::string> Lines_Of(const std::string& bytes) {
-  std::vector<std::string> lines;
-  std::istringstream stream(bytes);
-  for (std::string line; std::getline(stream, line);) lines.push_back(line);
-  return lines;
-}
-
 // Random bytes on every line while all stations measure, triggers and queries among them: no line that goes out is
 // torn, lost or out of its order.
 TEST_F(Supervisor, RandomBytesOnEveryLine) {
-  constexpr int Stations = 2;
+  constexpr size_t Stations = 2;
   constexpr int Bytes = 100000;  // on each line
   constexpr int Bytes_A_Step = 5;
   C_Pty host(Host_Port);
-  std::vector<std::unique_ptr<C_Pty>> links;
-  for (int i = 0; i < Stations; ++i) {
-    links.push_back(std::make_unique<C_Pty>(2 + i));
-    Store_Link(1 + i, 2 + i);
-  }
-  Start(Stations, 1, Host_Port);
-  for (int i = 0; i < Stations; ++i) Station(i).Set_Cur_BaseDistance(7.0F);
+  C_Pty links[Stations] = {C_Pty(2), C_Pty(3)};
+  Store_Link(1, 2);
+  Store_Link(2, 3);
+  Start({1, 2}, Host_Port);
+  for (int i = 0; i < 2; ++i) Station(i).Set_Cur_BaseDistance(7.0F);
 
   std::mt19937 random(1);
-  std::string host_out;
-  std::vector<std::string> link_out(Stations);
+  const auto noise = [&random](char favourite) {
+    std::string bytes;
+    for (int i = 0; i < Bytes_A_Step; ++i) bytes.push_back(static_cast<char>(random() % 256));
+    if (random() % 50 == 0) bytes.back() = favourite;
+    return bytes;
+  };
+  std::string host_out, link_out[Stations];
   const auto drain = [&] {
     host_out += host.Take();
-    for (size_t i = 0; i < links.size(); ++i) link_out[i] += links[i]->Take();
+    for (size_t i = 0; i < Stations; ++i) link_out[i] += links[i].Take();
   };
   for (int sent = 0; sent < Bytes; sent += Bytes_A_Step) {
-    const auto noise = [&random](char favourite) {
-      std::string bytes;
-      for (int i = 0; i < Bytes_A_Step; ++i) bytes.push_back(static_cast<char>(random() % 256));
-      if (random() % 50 == 0) bytes.back() = favourite;
-      return bytes;
-    };
     host.Send(noise('C'));
-    for (auto& link : links) link->Send(noise('T'));
-    for (int id = 1; id <= Stations; ++id) {
-      if (random() % 1000 == 0) bench::Place_Part(id, 1.0 + static_cast<double>(random() % 1000) / 1000.0);
-    }
+    for (auto& link : links) link.Send(noise('T'));
+    if (random() % 500 == 0)
+      bench::Place_Part(1 + static_cast<int>(random() % 2), 1.0 + static_cast<double>(random() % 1000) / 1000.0);
     Sleep(3);
     drain();
   }
@@ -268,29 +198,25 @@ TEST_F(Supervisor, RandomBytesOnEveryLine) {
   Let_Bytes_Cross();
   drain();
 
-  std::vector<std::vector<long>> told(Stations);  // by station, as the host's line had them
+  std::string told[Stations];  // what each link should have had, as the host's line tells it
   int status_lines = 0;
-  for (const std::string& line : Lines_Of(host_out)) {
-    int id = 0, valid = 0, state = 0, end = 0;
-    long um = 0, grams = 0;
-    if (std::sscanf(line.c_str(), "ID:%d State:%d%n", &id, &state, &end) == 2 &&
-        static_cast<size_t>(end) == line.size()) {
-      EXPECT_EQ(id, 1 + status_lines++ % Stations);
-      continue;
+  std::istringstream lines(host_out);
+  for (std::string line; std::getline(lines, line);) {
+    int id = 0, end = 0;
+    long um = 0;
+    if (std::sscanf(line.c_str(), "ID:%d State:1%n", &id, &end) == 1) {
+      EXPECT_EQ(id, 1 + status_lines++ % 2);
+    } else {
+      ASSERT_EQ(std::sscanf(line.c_str(), "%1d%*1[01]%6ld 0200%n", &id, &um, &end), 2) << line;
+      told[id - 1] += To_Utf8(Format_Text(L"%6ld\n", um).Text());
     }
-    ASSERT_EQ(std::sscanf(line.c_str(), "%1d%1d%6ld %4ld%n", &id, &valid, &um, &grams, &end), 4) << line;
     EXPECT_EQ(static_cast<size_t>(end), line.size()) << line;
-    told.at(static_cast<size_t>(id - 1)).push_back(um);
   }
+  EXPECT_EQ(host_out.back(), '\n');
   EXPECT_GT(status_lines, 100);
-  for (int i = 0; i < Stations; ++i) {
-    std::vector<long> own;
-    for (const std::string& line : Lines_Of(link_out[static_cast<size_t>(i)])) {
-      EXPECT_EQ(line.size(), 6U) << line;
-      own.push_back(std::stol(line));
-    }
-    EXPECT_GT(own.size(), 20U);
-    EXPECT_EQ(own, told[static_cast<size_t>(i)]);
+  for (size_t i = 0; i < Stations; ++i) {
+    EXPECT_GT(std::count(link_out[i].begin(), link_out[i].end(), '\n'), 20);
+    EXPECT_EQ(link_out[i], told[i]);
   }
 }
 

@@ -16,12 +16,9 @@ TEST(Thread_Numbers, HandsOutTheLowestFreeNumber) {
   CMyArray<int> pool;
   for (int n = 1; n <= Thread_Number_Max; ++n) EXPECT_EQ(Take_Thread_Number(pool), n);
   EXPECT_EQ(Take_Thread_Number(pool), 0);
-  EXPECT_EQ(pool.GetSize(), Thread_Number_Max);
-  EXPECT_EQ(Give_Back_Thread_Number(pool, 17), 1);
+  for (const int n : {17, 3}) EXPECT_EQ(Give_Back_Thread_Number(pool, n), 1);
   EXPECT_EQ(Give_Back_Thread_Number(pool, 17), 0);
-  EXPECT_EQ(Give_Back_Thread_Number(pool, 3), 1);
-  EXPECT_EQ(Take_Thread_Number(pool), 3);
-  EXPECT_EQ(Take_Thread_Number(pool), 17);
+  for (const int n : {3, 17, 0}) EXPECT_EQ(Take_Thread_Number(pool), n);
 }
 
 // Runs the test and gives how many workers passed; each of the ten must tell its outcome once.

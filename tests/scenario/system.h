@@ -3,10 +3,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <functional>
 #include <vector>
 
 #include "bench/bench.h"
+#include "common/resources.h"
 #include "common/scripted_front.h"
 #include "common/temp_folder.h"
 #include "orsanta/orsanta.h"
@@ -18,28 +20,13 @@ constexpr double Block_Mm = 5.0;  // the reference block
 
 class System : public ::testing::Test {
  protected:
-  explicit System(uint64_t seed = 1) : clock(seed) { bench::Reset(); }
+  System() { bench::Reset(); }
   ~System() override { Stop(); }
 
-  // Stations on the CAN ids from first_id on, or on the given ids.
-  void Start(int stations, int io_mode = 0, int first_id = 1) {
-    std::vector<int> ids;
-    for (int i = 0; i < stations; ++i) ids.push_back(first_id + i);
-    Start_On(ids, io_mode);
-  }
-  void Start_On(const std::vector<int>& can_ids, int io_mode = 0) {
-    std::vector<VCM_Resource_struct> records;
-    for (const int id : can_ids) {
-      const int i = static_cast<int>(records.size()) + 1;
-      VCM_Resource_struct record;
-      record.CanID = id;
-      record.AxisNum = record.AuxAxisNum = i;
-      record.ControllerNum = 2 * i;
-      record.SpareNum = 2 * i + 1;
-      record.ConnectServer = 1;
-      records.push_back(record);
-    }
-    ORSA_resource_alloc(records.data(), static_cast<int>(records.size()));
+  // Stations on these CAN ids.
+  void Start(const std::vector<int>& can_ids, int io_mode = 0) {
+    const auto records = Resource_Table(can_ids);
+    ORSA_resource_alloc(records.begin(), records.GetSize());
     Init(io_mode);
   }
   void Init(int io_mode) {
@@ -52,7 +39,7 @@ class System : public ::testing::Test {
     m_Running = false;
   }
 
-  static bool Wait_For(const std::function<bool()>& condition, int limit_ms = 30000) {
+  static bool Wait_For(const std::function<bool()>& condition, int limit_ms = 60000) {
     for (int waited = 0; !condition(); ++waited) {
       if (waited >= limit_ms) return false;
       Sleep(1);
@@ -65,10 +52,14 @@ class System : public ::testing::Test {
   static bool Lift(int station) { return do_test(station, ORSANTA_TASK_FORCE_BACK) == 1 && Wait_Lifted(station); }
 
   // Waits for the next result. NaN when none comes.
-  static double Next_Result(int station, int limit_ms = 30000) {
+  static double Next_Result(int station) {
     double thickness = 0.0, force = 0.0;
-    if (Wait_For([&] { return get_ans(station, &thickness, &force) == 1; }, limit_ms)) return thickness;
-    return __builtin_nan("");
+    const auto ready = [&] { return get_ans(station, &thickness, &force) == 1; };
+    return Wait_For(ready) ? thickness : __builtin_nan("");
+  }
+  static bool No_Result(int station) {
+    double thickness = 0.0, force = 0.0;
+    return get_ans(station, &thickness, &force) == 0;
   }
   // One whole cycle: a part goes on, is measured, and the probe lifted. station and CAN id are the same.
   static double Measure(int station, double part_mm, int code = ORSANTA_TASK_MEASURE) {
@@ -85,7 +76,7 @@ class System : public ::testing::Test {
     Check_User_Zero(station);
   }
 
-  C_Simulated_Clock clock;
+  C_Simulated_Clock clock{1};
   C_Temp_Folder folder;
   C_Scripted_Front_Holder front;
 
