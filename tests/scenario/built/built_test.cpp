@@ -54,7 +54,7 @@ TEST(Built_Library, ShowsTheFunctionsOfItsHeaderAndNothingElse) {
 
 TEST(Program, MeasuresAndWritesEachPartAndTestsItself) {
   const C_Temp_Folder folder;
-  const C_Outcome ran = Orsanta("measure --stations 2 --parts 2 --force 150 --csv parts.csv");
+  const C_Outcome ran = Orsanta("measure --stations 2 --parts=2 --force 150 --csv parts.csv");
   EXPECT_EQ(ran.status, 0) << ran.output;
   EXPECT_THAT(ran.output, HasSubstr("PASS: 4 parts measured at 150 g"));
   const std::string csv = Shell("cat parts.csv").output;
@@ -75,7 +75,7 @@ TEST(Program, AWrongArgumentGetsOneLineThatSaysWhatIsAllowed) {
   for (const C_Case& item :
        {C_Case{"", "measure"}, C_Case{"weigh", "measure"}, C_Case{"measure --stations 15", "1 to 14"},
         C_Case{"measure --stations 0", "1 to 14"}, C_Case{"measure --stations two", "1 to 14"},
-        C_Case{"measure --parts 1.5", "whole number"}, C_Case{"measure --force nan", "1 to 1000"},
+        C_Case{"measure --parts=1.5", "whole number"}, C_Case{"measure --force nan", "1 to 1000"},
         C_Case{"measure --force", "--force"}, C_Case{"measure --speed 3", "--stations"},
         C_Case{"measure --csv /no/such/folder/x.csv", "/no/such/folder/x.csv"}}) {
     const C_Outcome ran = Orsanta(item.arguments);
