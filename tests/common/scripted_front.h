@@ -89,39 +89,11 @@ class C_Scripted_Front : public C_Front {
     const std::lock_guard holder(m_Lock);
     m_Answers.push_back({std::move(match), answer, after_ms, std::move(act)});
   }
-  void Let_Charts_Open(bool open) {
-    const std::lock_guard holder(m_Lock);
-    m_Charts_Open = open;
-  }
 
   // --- The record ---
   std::vector<C_Shown> Shown() const {
     const std::lock_guard holder(m_Lock);
     return m_Shown;
-  }
-  // One line for each thing: "dialog NAME", "closed NAME", "box TEXT", "refused CAPTION: REASON", "chart TITLE".
-  std::vector<std::wstring> Log() const {
-    std::vector<std::wstring> lines;
-    for (const C_Shown& shown : Shown()) {
-      switch (shown.kind) {
-        case C_Shown::Kind::Dialog:
-          lines.push_back(L"dialog " + shown.name);
-          break;
-        case C_Shown::Kind::Closed:
-          lines.push_back(L"closed " + shown.name);
-          break;
-        case C_Shown::Kind::Box:
-          lines.push_back(L"box " + shown.text);
-          break;
-        case C_Shown::Kind::Refusal:
-          lines.push_back(L"refused " + shown.text);
-          break;
-        case C_Shown::Kind::Chart:
-          lines.push_back(L"chart " + shown.name);
-          break;
-      }
-    }
-    return lines;
   }
   std::vector<std::wstring> Boxes() const { return Texts(C_Shown::Kind::Box); }
   std::vector<std::wstring> Refusals() const { return Texts(C_Shown::Kind::Refusal); }
@@ -142,10 +114,6 @@ class C_Scripted_Front : public C_Front {
   }
 
   // --- The open windows; `match` names a dialog as in On_Dialog, the one on top first ---
-  bool Is_Open(const std::wstring& match) const {
-    const std::lock_guard holder(m_Lock);
-    return Find_Open(match) != nullptr;
-  }
   // What stands in the control now; empty where there is none.
   std::wstring Text_Of(const std::wstring& match, const std::wstring& caption, int column = -1) const {
     const std::lock_guard holder(m_Lock);
@@ -187,7 +155,7 @@ class C_Scripted_Front : public C_Front {
   void Draw_Chart(unsigned chart, const C_Chart_Model& model) override {
     const std::lock_guard holder(m_Lock);
     Record({C_Shown::Kind::Chart, model.title, L"", 0, 0.0, {}, model});
-    if (m_Charts_Open) m_Charts[chart] = model;
+    m_Charts[chart] = model;
   }
   bool Is_Chart_Open(unsigned chart) override {
     const std::lock_guard holder(m_Lock);
@@ -290,7 +258,6 @@ class C_Scripted_Front : public C_Front {
   std::map<int, std::shared_ptr<C_Open>> m_Open;
   std::map<unsigned, C_Chart_Model> m_Charts;
   std::list<C_Thread> m_Late_Answers;
-  bool m_Charts_Open = true;
   int m_Last_Dialog = 0;
 };
 

@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
-
 #include "common/failed_check.h"
 #include "common/temp_folder.h"
 
@@ -13,41 +11,37 @@ namespace {
 TEST(Hash, Builds_Keys_Commits_Values_And_Reads_Them_Back) {
   const C_Temp_Folder folder;
   CHashOpt hash;
-  int area = 5;
   char name[] = "Val_Pos";
-  double first = -0.0;
-  int second = 77;
+  double number = -1.5;
   char text[] = "mocha";
-  (hash << area).ConnectIndexDataOrOutputData(name);
-  hash.StartAddVarToLogInData(second).ConnectIndexDataOrOutputData(first).ConnectIndexDataOrOutputData(text);
+  (hash << 5).ConnectIndexDataOrOutputData(name);
+  hash.StartAddVarToLogInData(77).ConnectIndexDataOrOutputData(number).ConnectIndexDataOrOutputData(text);
   hash++;
 
   int found = 0;
-  (hash << area).ConnectIndexDataOrOutputData(name) > found;
-  EXPECT_EQ(found, 77);
-  double number = 1.0;
+  number = 0.0;
   char read[sizeof text] = "";
+  (hash << 5).ConnectIndexDataOrOutputData(name) > found;
   hash.ConnectIndexDataOrOutputData(number).ConnectIndexDataOrOutputData(read);
-  EXPECT_TRUE(number == 0.0 && std::signbit(number));
+  EXPECT_EQ(found, 77);
+  EXPECT_EQ(number, -1.5);
   EXPECT_STREQ(read, "mocha");
-  EXPECT_NE(0, Failed_Check_Line([&] { hash.ConnectIndexDataOrOutputData(found); }))
-      << "read past the end of the entry";
+  EXPECT_NE(0, Failed_Check_Line([&] { hash.ConnectIndexDataOrOutputData(found); })) << "beyond the end of the entry";
 
-  // Keys that run into one another in their bytes stay apart by their closing zero.
-  (hash << area).ConnectIndexDataOrOutputData("Val_Po") > found;
+  // A key that another one starts with is absent, and then nothing can be read.
+  (hash << 5).ConnectIndexDataOrOutputData("Val_Po") > found;
   EXPECT_EQ(found, -1);
-  EXPECT_NE(0, Failed_Check_Line([&] { hash.ConnectIndexDataOrOutputData(number); }))
-      << "no key, no value, nothing found";
+  EXPECT_NE(0, Failed_Check_Line([&] { hash.ConnectIndexDataOrOutputData(number); }));
 
-  // An empty entry is made on demand, and a new value replaces the old one.
+  // An empty entry is made on demand, filled, and removed.
   CHashObject_Buffer* entry = nullptr;
-  (hash << 6) >= entry;
+  hash << 6 >= entry;
   EXPECT_EQ(entry->m_Buffer.GetLogicalBufferSize(), 0);
   hash.StartAddVarToLogInData(9);
   hash++;
   EXPECT_EQ(entry->m_Buffer.GetLogicalBufferSize(), 4);
   hash--;
-  (hash << 6) > found;
+  hash << 6 > found;
   EXPECT_EQ(found, -1);
 }
 
@@ -58,8 +52,7 @@ TEST(Hash, Gather_Hands_Out_Each_Number_Once_And_The_Smallest_First) {
   for (const unsigned id : {3U, 1U, 4U}) gather.DeleteUniqueID(id);
   for (const unsigned id : {1U, 3U, 4U, 5U}) EXPECT_EQ(gather.GetUniqueID(), id);
   gather.DeleteUniqueID(2);
-  EXPECT_NE(0, Failed_Check_Line([&] { gather.DeleteUniqueID(2); }));
-  EXPECT_NE(0, Failed_Check_Line([&] { gather.DeleteUniqueID(1000); }));
+  for (const unsigned id : {2U, 1000U}) EXPECT_NE(0, Failed_Check_Line([&] { gather.DeleteUniqueID(id); }));
 }
 
 }  // namespace

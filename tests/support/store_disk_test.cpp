@@ -22,28 +22,26 @@ namespace fs = std::filesystem;
 using ::testing::AllOf;
 using ::testing::HasSubstr;
 
+enum class C_Step { None, Lock, Read, Write, Rename };
+
 // Lets one step fail.
 class C_Failing_Disk : public C_Disk {
  public:
-  enum class C_Step { None, Lock, Read, Write, Rename };
   C_Step failing = C_Step::None;
   int error = 0;
 
-  int Lock_Folder(int& folder) override { return Fails(C_Step::Lock) ? error : C_Disk::Lock_Folder(folder); }
+  int Lock_Folder(int& folder) override { return failing == C_Step::Lock ? error : C_Disk::Lock_Folder(folder); }
   int Read(const std::string& name, std::string& bytes) override {
-    return Fails(C_Step::Read) ? error : C_Disk::Read(name, bytes);
+    return failing == C_Step::Read ? error : C_Disk::Read(name, bytes);
   }
   int Write(const std::string& name, const std::string& bytes) override {
-    if (!Fails(C_Step::Write)) return C_Disk::Write(name, bytes);
+    if (failing != C_Step::Write) return C_Disk::Write(name, bytes);
     C_Disk::Write(name, bytes.substr(0, bytes.size() / 2));
     return error;
   }
   int Rename(const std::string& from, const std::string& to) override {
-    return Fails(C_Step::Rename) ? error : C_Disk::Rename(from, to);
+    return failing == C_Step::Rename ? error : C_Disk::Rename(from, to);
   }
-
- private:
-  bool Fails(C_Step step) const { return failing == step; }
 };
 
 class Store_Disk : public C_Store_Test {
@@ -55,7 +53,7 @@ class Store_Disk : public C_Store_Test {
   }
   ~Store_Disk() override { Replace_Disk(nullptr); }
 
-  void Let_Fail(C_Failing_Disk::C_Step step, int error = 0) {
+  void Let_Fail(C_Step step, int error = 0) {
     disk->failing = step;
     disk->error = error;
   }
@@ -86,7 +84,6 @@ class Store_Disk : public C_Store_Test {
 };
 
 TEST_F(Store_Disk, Keeps_The_Old_Store_Whatever_Step_Fails) {
-  using C_Step = C_Failing_Disk::C_Step;
   ASSERT_EQ(C_Thing().Save(), 1);
   const struct {
     C_Step step;
@@ -116,10 +113,10 @@ TEST_F(Store_Disk, Never_Replaces_A_Store_That_It_Could_Not_Read) {
   old.Save();
   const std::string before = Text_Of(File);
   C_Thing thing;
-  Let_Fail(C_Failing_Disk::C_Step::Read, EMFILE);
+  Let_Fail(C_Step::Read, EMFILE);
   EXPECT_EQ(thing.Load(), 0);
   EXPECT_THAT(Only_Box(), HasSubstr("无法读取"));
-  Let_Fail(C_Failing_Disk::C_Step::None);
+  Let_Fail(C_Step::None);
   EXPECT_EQ(thing.Save(), 1);
   EXPECT_THAT(Only_Box(), HasSubstr("音圈电机3参数.bad"));
   EXPECT_EQ(Text_Of("音圈电机3参数.bad"), before);

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <functional>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -24,6 +25,7 @@ class C_Thing : public CAutoSaveClassData2 {
   Shared<float> level{2.0F};
   CMyArray<double> first;
   CMyArray<double> second;
+  std::function<void()> on_pass;  // called at the end of each pass
 
   int Save() { return SaveAllClassParameterToHashOpt(L"音圈电机3参数", 1); }
   int Load() { return LoadAllClassParameterFromHashOpt(L"音圈电机3参数", 1); }
@@ -41,6 +43,7 @@ class C_Thing : public CAutoSaveClassData2 {
       Process_Member("Val_Pos_Friction[0].MyArrayP", first, data);
       Process_Member("Val_Pos_Friction[1].MyArrayP", second, data);
     }
+    if (on_pass) on_pass();
     CAutoSaveClassData2::OptSaveAndLoadDataStore(data);
   }
 };

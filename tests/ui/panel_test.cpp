@@ -44,7 +44,7 @@ TEST_F(Panel_Columns, StandInOrderAndAnAbsentStationStaysBlank) {
 TEST_F(Panel_Columns, WithoutStationsThereIsNoPanel) {
   Start(0);
   base->show();
-  EXPECT_TRUE(front->Log().empty());
+  EXPECT_TRUE(front->Shown().empty());
 }
 
 // A day's work at one station: force, block, reference, then parts by hand, slowly and with two forces.
