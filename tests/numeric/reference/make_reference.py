@@ -128,4 +128,8 @@ basis("symmetric_7", 7, np.round(np.linspace(-3, 3, 25), 3), np.linspace(-3, 3, 
 basis("square_3", 3, [0.5, 2.5, 6], [1, 3, 2])
 basis("underdetermined_7", 7, [0.5, 2.5, 4, 6], [1, 3, 2, 4])
 
+# What is left of some columns is so small here that downdated norms are rounding: only norms formed anew pivot right.
+for step in (1e-8, 1e-9):
+    surface(f"positions_nearly_equal_{step}", spread(0.1, 1.2, 8), 3 + step * spread(0.2, 6, 8))
+
 Path(__file__).with_name("reference.txt").write_text("\n".join(out) + "\n")
