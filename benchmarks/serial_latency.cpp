@@ -17,15 +17,21 @@ constexpr int Link_Port = 2;
 constexpr int Triggers = 100;
 constexpr int Queries = 200;
 
-// Notes when the task of station 1 begins.
+// Notes how long each visit of the loop takes, and when the task of station 1 begins.
 class C_Timed_Supervisor : public C_VoiceMotorBase {
  public:
   using C_VoiceMotorBase::C_VoiceMotorBase;
+  void OnThreadLoop(void* param) override {
+    const double start = Now_Ms();
+    C_VoiceMotorBase::OnThreadLoop(param);
+    visits.push_back(Now_Ms() - start);
+  }
   void OnTaskBegin(int id) override {
     if (id == 1) began_ms = Now_Ms();
     C_VoiceMotorBase::OnTaskBegin(id);
   }
   std::atomic<double> began_ms{0.0};
+  std::vector<double> visits;  // of the loop thread until it has ended
 };
 
 void Print(const char* what, const std::vector<double>& times) {
@@ -37,7 +43,7 @@ std::vector<double> Time_Triggers(C_Timed_Supervisor& base, C_Pty& link, C_Pty& 
   std::vector<double> times;
   while (times.size() < Triggers) {
     while (base.StationList[0]->Force_Back_Finish == 0) Sleep(1);
-    Sleep(20);
+    Sleep(20 + static_cast<int>(times.size()) % All_Stations);  // at every place of the round
     base.began_ms = 0.0;
     const double start = Now_Ms();
     link.Send("T");
@@ -96,4 +102,6 @@ int main() {
   Print("C to the last status line", Time_Queries(host));
   stop = true;
   for (auto& thread : hosts) thread->Join();
+  base.EndThread(1, 1);
+  Print("One visit of the loop", base.visits);
 }

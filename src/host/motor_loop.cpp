@@ -22,6 +22,7 @@ namespace {
 
 constexpr int Measure_Level = 0;
 constexpr int Go_Back_Level = 1;
+constexpr int No_Level = -1;
 constexpr int Serial_Buffer_Bytes = 256;
 
 Shared<int> theStationCursor = 0;  // of the process: a new supervisor goes on where the last one stopped
@@ -54,9 +55,9 @@ void C_VoiceMotorBase::SomeThinkNeedLoop() {
 }
 
 int C_VoiceMotorBase::Trigger_Level(C_VoiceMotor& station) {
-  if (const auto link = station.Debug_Com(); link && link->Is_Open() != 0) {
-    return link->Read_Trigger() == 1 ? Measure_Level : Go_Back_Level;
-  }
+  const auto link = station.Debug_Com();
+  if (link == nullptr) return No_Level;  // the panel replaces it: an IO input that was not in charge starts nothing
+  if (link->Is_Open() != 0) return link->Read_Trigger() == 1 ? Measure_Level : Go_Back_Level;
   const int level = IoCard.Get_Io(station.CanID);
   if (level == 0) Sleep(1);
   return level;

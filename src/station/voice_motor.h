@@ -92,8 +92,8 @@ class C_VoiceMotor : public CAutoSaveClassData2 {
 
   // --- Serial link ---
 
-  // The station's serial link for as long as the caller holds it. Null while Renew_Debug_Com replaces it, which counts
-  // as a closed link. Any thread.
+  // The station's serial link for as long as the caller holds it. Null while Renew_Debug_Com replaces it.
+  // Any thread.
   std::shared_ptr<C_VoiceDebugCom> Debug_Com() const;
   // Deletes the link and makes it anew from its stored settings.
   void Renew_Debug_Com();

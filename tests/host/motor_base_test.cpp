@@ -32,8 +32,8 @@ class Supervisor : public ::testing::Test {
   Supervisor() { bench::Reset(); }
   ~Supervisor() override { base.reset(); }
 
-  void Start(const std::vector<int>& can_ids, int host_port) {
-    base = std::make_unique<C_VoiceMotorBase>(Resource_Table(can_ids), host_port, 115200, 0, 0);
+  void Start(const std::vector<int>& can_ids, int host_port, int io_mode = 0) {
+    base = std::make_unique<C_VoiceMotorBase>(Resource_Table(can_ids), host_port, 115200, 0, io_mode);
     Sleep(1000);  // the first lift-offs end
   }
   C_VoiceMotor& Station(int index) { return *base->StationList[index]; }
@@ -159,6 +159,20 @@ TEST_F(Supervisor, ATriggerByteRunsTheWholeHandshake) {
     EXPECT_EQ(bench::True_Force(1), 0.0);  // lifted by itself
     EXPECT_EQ(Station(0).Force_Back_Finish, 1);
   }
+}
+
+// The IO input stands at the measuring level all the time, and counts only once the link is closed for good.
+TEST_F(Supervisor, ALinkThatIsReplacedStartsNothing) {
+  C_Pty link(2);
+  Store_Link(1, 2);
+  Start({1}, 0, 1);
+  link.Pull_Out();
+  bool started = false;
+  front->On_Box(L"打开电机1串口2失败", Answer_Ok, 2000, [&] { started = Station(0).Force_Back_Finish == 0; });
+  Station(0).Renew_Debug_Com();
+  EXPECT_FALSE(started);
+  Sleep(100);
+  EXPECT_EQ(Station(0).Force_Back_Finish, 0);
 }
 
 // Random bytes on every line while all stations measure, triggers and queries among them: no line that goes out is
