@@ -34,10 +34,12 @@ TEST_F(C_Motor_Test, Connects_Twice_And_Maps_In_Order) {
   bench::Journal_Clear();
   EXPECT_EQ(motor->Map_Once(), 1);
   EXPECT_EQ(Count("CheckDeviceExist"), 64);
-  EXPECT_EQ(Maps("3"),
-            "i 8 6 60 256 i 201 6 61 256 i 11 6 62 256 i 10 6 63 256 i 200 6 64 256 i 5 1 66 256 w 4 4 65 "
-            "i 16 8 69 4096 i 17 8 67 4096 i 18 8 68 4096 i 20 8 70 4096 i 15 8 71 256 "
-            "o 0 6 60 o 1 6 61 o 4 8 62 o 12 8 69 o 6 8 63 o 11 8 68 o 7 8 64 o 8 8 65 o 9 0 66 o 10 0 67 wait ");
+  EXPECT_EQ(
+      Calls(),
+      Map_Calls("3",
+                "i 8 6 60 256 i 201 6 61 256 i 11 6 62 256 i 10 6 63 256 i 200 6 64 256 i 5 1 66 256 w 4 4 65 "
+                "i 16 8 69 4096 i 17 8 67 4096 i 18 8 68 4096 i 20 8 70 4096 i 15 8 71 256 "
+                "o 0 6 60 o 1 6 61 o 4 8 62 o 12 8 69 o 6 8 63 o 11 8 68 o 7 8 64 o 8 8 65 o 9 0 66 o 10 0 67 wait"));
   EXPECT_EQ(bench::Journal().back().thread, Server_Thread);
 
   // A second object on the id finds it mapped, and its window never starts.

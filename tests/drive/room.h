@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include <regex>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -41,18 +41,21 @@ class C_Room : public testing::Test {
     bench::Journal_Keep_Reads(false);
     return Count("GetInputChannelData(");
   }
-  // The calls with the channel maps of a device in short: "i PORT FORMAT CHANNEL DEPTH" an input, "w PORT FORMAT
-  // CHANNEL" a window, which ends with a wait for the server, "o PORT FORMAT CHANNEL" an output, "wait" any other wait.
-  static std::string Maps(const std::string& can_id) {
-    std::string calls = Calls();
-    const std::string map = "PUT_DATA_MAP\\(" + can_id + R"(, (\d+), (\d+), (\d+)\); )";
-    const std::string input = "SET_IN" + map + R"(RESET_INPUT_DATA_FIFO\(\3, )";
-    const std::string wait = R"(WaitForAllInsFinish\(\); )";
-    const std::pair<std::string, const char*> words[] = {{input + R"(4096\); )" + wait, "w $1 $2 $3 "},
-                                                         {input + R"((\d+)\); )", "i $1 $2 $3 $4 "},
-                                                         {"SET_OUT" + map, "o $1 $2 $3 "},
-                                                         {wait, "wait "}};
-    for (const auto& [call, word] : words) calls = std::regex_replace(calls, std::regex(call), word);
+  // The calls that a table of maps stands for: "i PORT FORMAT CHANNEL DEPTH" an input, "w PORT FORMAT CHANNEL" a
+  // window, "o PORT FORMAT CHANNEL" an output, "wait" a wait for the server.
+  static std::string Map_Calls(const std::string& can_id, const std::string& table) {
+    std::istringstream in(table);
+    std::string calls, kind, port, format, channel, depth = "4096";
+    while (in >> kind) {
+      if (kind != "wait") in >> port >> format >> channel;
+      const std::string map = "PUT_DATA_MAP(" + can_id + ", " + port + ", " + format + ", " + channel + "); ";
+      if (kind == "o") calls += "SET_OUT" + map;
+      if (kind == "i") in >> depth;
+      if (kind == "i" || kind == "w") calls += "SET_IN" + map + "RESET_INPUT_DATA_FIFO(" + channel + ", ";
+      if (kind == "i") calls += depth + "); ";
+      if (kind == "w") calls += "4096); ";
+      if (kind == "w" || kind == "wait") calls += "WaitForAllInsFinish(); ";
+    }
     return calls;
   }
 
