@@ -32,55 +32,62 @@ class Advanced_Dialog : public Operator {
 TEST_F(Advanced_Dialog, EditsReachTheirMembers) {
   Start(1);
   C_VoiceMotor& station = Station(0);
-  station.Val_SensorScale = 1000.0;
-  Answer_Edit(L"设定推力(g)", L"-12.5");
-  Answer_Edit(L"输入误差阀值(um)", L"7");
-  Answer_Edit(L"输入稳定时间", L"160");
-  Answer_Edit(L"原点偏移(mm)", L"0.5");
+  const struct {
+    const wchar_t *button, *caption, *entry;
+    Shared<double>& member;
+    double value;
+  } edits[] = {
+      {L"推力修正值", L"设定推力(g)", L"-12.5", station.Val_Force_OffSet, -12.5},
+      {L"误差阀值", L"输入误差阀值(um)", L"7", station.Val_ErrorThreshold, 7.0},
+      {L"稳定时间", L"输入稳定时间", L"160", station.Val_ErrorWindowLen, 80.0},  // shown as a time of 2 ms a sample
+      {L"原点偏移", L"原点偏移(mm)", L"0.5", station.Val_BeginePoint_offset, 0.5},
+      {L"测量误差补偿", L"测量误差补偿", L"-0.0125", station.Val_Error_offset, -0.0125},
+      {L"传感器比例系数", L"传感器比例系数", L"1000", station.Val_SensorScale, 1000.0},
+      {L"设置温度传感器", L"ntc温度传感器CANID", L"20", station.Val_TempSensorCanID, 20.0},
+      {L"弹簧K值补偿（仅用于2D标定）", L"弹簧K值补偿（g/mm）", L"64.5", station.Val_Spring_K, 0.0},  // refused
+  };
+  C_Script script;
+  for (const auto& edit : edits) {
+    Answer_Edit(edit.caption, edit.entry);
+    script.Press(edit.button);
+  }
   Answer(L"测试距离", C_Script());
   Answer_Edit(L"测试距离", L"12.5");
-  Answer_Edit(L"测量误差补偿", L"-0.0125");
-  Answer_Edit(L"ntc温度传感器CANID", L"20");
-  Answer_Edit(L"弹簧K值补偿（g/mm）", L"64.5");  // refused
+  script.Press(L"测试距离").Run([&] { EXPECT_EQ(station.test_distance, 10.0F) << "a cancel leaves it"; });
   Answer(L"电机反转", C_Script().Select(L"电机反转", 1).Confirm());
   Answer(L"电机反转", C_Script());
-  Answer_Edit(L"传感器比例系数", L"1000");
-  C_Script script;
-  for (const wchar_t* button : {L"推力修正值", L"误差阀值", L"稳定时间", L"原点偏移", L"测试距离"})
-    script.Press(button);
-  script.Run([&] { EXPECT_EQ(station.test_distance, 10.0F) << "a cancel leaves it"; });
-  for (const wchar_t* button : {L"测试距离", L"测量误差补偿", L"设置温度传感器", L"弹簧K值补偿（仅用于2D标定）"})
-    script.Press(button);
-  script.Press(L"电机方向").Press(L"电机方向").Press(L"传感器比例系数").Press(L"传感器比例系数");
+  script.Press(L"测试距离").Press(L"电机方向").Press(L"电机方向");
   Work(script);
-  EXPECT_EQ(station.Val_Force_OffSet, -12.5);
-  EXPECT_EQ(station.Val_ErrorThreshold, 7.0);
-  EXPECT_EQ(station.Val_ErrorWindowLen, 80.0) << "shown as a time of 2 ms a sample";
-  EXPECT_EQ(station.Val_BeginePoint_offset, 0.5);
+  for (const auto& edit : edits) EXPECT_EQ(edit.member, edit.value) << edit.caption;
   EXPECT_EQ(station.test_distance, 12.5F);
-  EXPECT_EQ(station.Val_Error_offset, -0.0125);
-  EXPECT_EQ(station.Val_TempSensorCanID, 20.0);
-  EXPECT_EQ(station.Val_Spring_K, 0.0);
-  EXPECT_EQ(front->Refusals().size(), 1U);
   EXPECT_EQ(station.Val_Run_Negative, 1) << "set, and kept by the cancel";
+  EXPECT_EQ(front->Refusals().size(), 1U);
   EXPECT_THAT(File("音圈电机1参数"), HasSubstr("Val_Error_offset 0 = double -0.0125"));
 }
 
 TEST_F(Advanced_Dialog, StandsOnceAndLeavesThePanelAlive) {
   Start(2);
-  Work(C_Script()
-           .Run([&] {
-             EXPECT_TRUE(front->Press(Panel, L"测量", 1));
-             Sleep(100);
-             EXPECT_EQ(base->GetDelayProcessFifoCount(1), 1) << "a command of the panel under the open dialog";
-             EXPECT_TRUE(Wait_Idle(1));
-             EXPECT_TRUE(front->Press(Panel, L"高级功能", 1));
-             Sleep(100);
-           })
-           .Press(L"清除曲线数据"));
+  C_Script script;
+  script.Run([&] {
+    EXPECT_TRUE(front->Press(Panel, L"测量", 1));
+    Sleep(100);
+    EXPECT_EQ(base->GetDelayProcessFifoCount(1), 1) << "a command of the panel under the open dialog";
+    EXPECT_TRUE(Wait_Idle(1));
+    EXPECT_TRUE(front->Press(Panel, L"高级功能", 1));
+    Sleep(100);
+  });
+  // The serial link changes at once, and the debug data of a measurement are written.
+  const auto old_link = Station(0).Debug_Com();
+  Answer(L"串口号", C_Script().Select(L"波特率", 0).Confirm());
+  Measure(0, 3.0);
+  Work(script.Press(L"调试串口").Press(L"导出调试数据"));
   EXPECT_EQ(Count_Dialogs(Title(0)), 1);
   EXPECT_EQ(Count_Dialogs(Title(1)), 0);
   EXPECT_EQ(Station(1).ThicknessArray.GetSize(), 1);
+  EXPECT_NE(Station(0).Debug_Com(), old_link);
+  EXPECT_EQ(Station(0).Debug_Com()->ValBaud, 9600);
+  EXPECT_THAT(File("电机1串口参数"), HasSubstr("ValBaud 0 = int 9600"));
+  EXPECT_FALSE(std::filesystem::is_empty("历史数据"));
 }
 
 TEST_F(Advanced_Dialog, ChartsFollowTheMeasurementsAndShareTheirKind) {
@@ -88,86 +95,58 @@ TEST_F(Advanced_Dialog, ChartsFollowTheMeasurementsAndShareTheirKind) {
   base->PlotPointNum = 10.0;
   for (int i = 0; i < 12; ++i) Measure(0, 3.0 + 0.01 * i);
   Measure(1, 4.0);
-  Work(C_Script()
-           .Press(L"测量温度曲线")  // no sensor, no temperatures: nothing opens
-           .Run([&] { EXPECT_TRUE(Charts().empty()); })
-           .Press(L"测量位置曲线")
-           .Run([&] {
-             const std::vector<C_Shown> charts = Charts();
-             ASSERT_EQ(charts.size(), 1U);
-             EXPECT_EQ(charts[0].name, L"电机：1测量结果");
-             EXPECT_EQ(charts[0].chart.width, 500);
-             EXPECT_EQ(charts[0].chart.height, 400);
-             EXPECT_THAT(charts[0].chart.x, ElementsAre(2, 3, 4, 5, 6, 7, 8, 9, 10, 11)) << "numbers since the start";
-             EXPECT_EQ(charts[0].chart.y.back(), Station(0).ThicknessArray.Copy().GetEndData());
-             Sleep(600);
-             EXPECT_EQ(Charts().back().name, L"Orsanta：1测量尺寸（mm）")
-                 << "the worker's own title from its first pass on";
-             Measure(0, 2.0);
-             Sleep(600);
-             EXPECT_EQ(Charts().back().chart.x.back(), 12.0);
-           }));
+  C_Script script;
+  script.Press(L"测量温度曲线").Run([&] { EXPECT_TRUE(Charts().empty()) << "no temperatures: nothing opens"; });
+  script.Press(L"测量位置曲线").Run([&] {
+    ASSERT_EQ(Charts().size(), 1U);
+    const C_Shown first = Charts()[0];
+    EXPECT_EQ(first.name, L"电机：1测量结果");
+    EXPECT_EQ(first.chart.width, 500);
+    EXPECT_EQ(first.chart.height, 400);
+    EXPECT_THAT(first.chart.x, ElementsAre(2, 3, 4, 5, 6, 7, 8, 9, 10, 11)) << "numbers since the start";
+    EXPECT_EQ(first.chart.y.back(), Station(0).ThicknessArray.Copy().GetEndData());
+    Sleep(600);
+    EXPECT_EQ(Charts().back().name, L"Orsanta：1测量尺寸（mm）") << "the worker's own title from its first pass on";
+    Measure(0, 2.0);
+    Sleep(600);
+    EXPECT_EQ(Charts().back().chart.x.back(), 12.0);
+  });
+  Work(script);
   // Another station's chart of another kind turns the open ones to that kind.
-  Work(C_Script()
-           .Press(L"测量位置曲线")
-           .Run([&] {
-             Sleep(600);
-             front->Clear_Record();
-           })
-           .Press(L"测量时间曲线")
-           .Run([&] {
-             Sleep(1200);
-             EXPECT_EQ(Charts().front().name, L"电机：2测量结果");
-             EXPECT_EQ(Charts().back().name, L"Orsanta：2测量时间（ms）");
-             const size_t drawn = Charts().size();
-             Sleep(2000);
-             EXPECT_NEAR(static_cast<double>(Charts().size() - drawn), 4.0, 1.0) << "twice a second";
-             base->SelectedChart = 7;  // no such kind
-             Sleep(600);
-             const size_t then = Charts().size();
-             Sleep(2000);
-             EXPECT_EQ(Charts().size(), then);
-           }),
-       1);
-}
-
-TEST_F(Advanced_Dialog, ClearsWhatWasChartedLast) {
-  Start(2);
-  Measure(0, 3.0);
-  Measure(1, 4.0);
-  Work(C_Script().Press(L"测量位置曲线"), 0);
-  Work(C_Script().Press(L"清除曲线数据"), 1);
-  EXPECT_EQ(Station(0).ThicknessArray.GetSize(), 0) << "the station that was charted, not the dialog's";
-  EXPECT_EQ(Station(0).TestTimeArray.GetSize(), 0);
-  EXPECT_GT(Station(0).SlowTestData.GetSize(), 0);
-  EXPECT_EQ(Station(1).ThicknessArray.GetSize(), 1);
-}
-
-TEST_F(Advanced_Dialog, ChangesTheSerialLinkAtOnceAndExports) {
-  Start(1);
-  Measure(0, 3.0);
-  const auto old_link = Station(0).Debug_Com();
-  Answer(L"串口号", C_Script().Select(L"波特率", 0).Confirm());
-  Work(C_Script().Press(L"调试串口").Press(L"导出调试数据"));
-  EXPECT_NE(Station(0).Debug_Com(), old_link);
-  EXPECT_EQ(Station(0).Debug_Com()->ValBaud, 9600);
-  EXPECT_THAT(File("电机1串口参数"), HasSubstr("ValBaud 0 = int 9600"));
-  EXPECT_FALSE(std::filesystem::is_empty("历史数据"));
+  C_Script second;
+  second.Press(L"测量位置曲线").Wait(600).Run([&] { front->Clear_Record(); });
+  second.Press(L"测量时间曲线").Run([&] {
+    Sleep(1200);
+    EXPECT_EQ(Charts().front().name, L"电机：2测量结果");
+    EXPECT_EQ(Charts().back().name, L"Orsanta：2测量时间（ms）");
+    const size_t drawn = Charts().size();
+    Sleep(2000);
+    EXPECT_NEAR(static_cast<double>(Charts().size() - drawn), 4.0, 1.0) << "twice a second";
+    base->SelectedChart = 7;  // no such kind
+    Sleep(600);
+    const size_t then = Charts().size();
+    Sleep(2000);
+    EXPECT_EQ(Charts().size(), then);
+  });
+  Work(second, 1);
+  // The data that are cleared are those of the station charted last, not of the dialog's.
+  Work(C_Script().Press(L"清除曲线数据"), 0);
+  EXPECT_EQ(Station(1).ThicknessArray.GetSize(), 0);
+  EXPECT_EQ(Station(1).TestTimeArray.GetSize(), 0);
+  EXPECT_GT(Station(1).SlowTestData.GetSize(), 0);
+  EXPECT_EQ(Station(0).ThicknessArray.GetSize(), 13);
 }
 
 TEST_F(Advanced_Dialog, LinearityComparesTwoBlocks) {
   Start(1);
-  const auto block = [&](double mm) {
-    return C_Script()
-        .Fill(L"请输入量块尺寸", std::to_wstring(mm))
-        .Run([this, mm] {
-          EXPECT_TRUE(Wait_Idle(0)) << "the block goes on when the probe is up";
-          bench::Place_Part(1, mm);
-        })
-        .Confirm();
-  };
-  Answer(L"请输入量块尺寸", block(2.0));
-  Answer(L"请输入量块尺寸", block(6.0));
+  for (const double mm : {2.0, 6.0}) {
+    C_Script block;
+    block.Fill(L"请输入量块尺寸", std::to_wstring(mm)).Run([this, mm] {
+      EXPECT_TRUE(Wait_Idle(0)) << "the block goes on when the probe is up";
+      bench::Place_Part(1, mm);
+    });
+    Answer(L"请输入量块尺寸", block.Confirm());
+  }
   Work(C_Script().Press(L"传感器线性度测量").Run([&] {
     EXPECT_TRUE(Wait_Idle(0));
     EXPECT_EQ(Station(0).Get_Force_Back_Finish(), 1);
@@ -182,31 +161,26 @@ TEST_F(Advanced_Dialog, LinearityComparesTwoBlocks) {
 // The operator reads a force gauge under the probe at each current, at three heights of the head.
 TEST_F(Advanced_Dialog, CalibratesTheForceWithAGauge) {
   Start(1);
-  Answer(L"请输入测试最大电流(A)", C_Script()
-                                       .Fill(L"请输入测试最大电流(A)", L"2")
-                                       .Fill(L"请输入测试最小电流(A)", L"0.5")
-                                       .Fill(L"测试采集的位置点数", L"3")
-                                       .Confirm());
-  Answer(
-      L"请输入当前推力(g)",
-      C_Script().Fill(L"请输入当前推力(g)", [] { return std::to_wstring(bench::Force_Gauge(1)); }).Confirm().Repeat());
+  C_Script range;
+  range.Fill(L"请输入测试最大电流(A)", L"2").Fill(L"请输入测试最小电流(A)", L"0.5");
+  Answer(L"请输入测试最大电流(A)", range.Fill(L"测试采集的位置点数", L"3").Confirm());
+  C_Script reading;
+  reading.Fill(L"请输入当前推力(g)", [] { return std::to_wstring(bench::Force_Gauge(1)); }).Confirm().Repeat();
+  Answer(L"请输入当前推力(g)", reading);
   int height = 0;
+  C_Thread hand;
   C_Script script;
-  std::unique_ptr<C_Thread> hand = std::make_unique<C_Thread>();
   script.Run([&] {
-    hand->Start("hand", [&] {
-      while (front->Wait_For_Box(L"请调整测量头高度", 120000, height + 1) && height < 3) {
-        bench::Set_Head_Height(1, -0.6 * height);
-        ++height;
-        if (height == 3) return;
-      }
+    hand.Start("hand", [&] {
+      while (height < 3 && front->Wait_For_Box(L"请调整测量头高度", 120000, height + 1))
+        bench::Set_Head_Height(1, -0.6 * height++);
     });
   });
-  script.Press(L"推力矫正");
-  Work(script);
-  hand->Join();
+  Work(script.Press(L"推力矫正"));
+  hand.Join();
   EXPECT_EQ(height, 3);
-  EXPECT_THAT(File("音圈电机1参数"), HasSubstr("m_P 0 = array CMyArray<double> 6")) << "the surface, saved by the press";
+  EXPECT_THAT(File("音圈电机1参数"), HasSubstr("m_P 0 = array CMyArray<double> 6"))
+      << "the surface, saved by the press";
   const std::wstring text = front->Boxes().back();
   ASSERT_EQ(text.rfind(L"3D推力拟合误差", 0), 0U) << "at " << text.size();
   EXPECT_LT(std::stod(text.substr(8)), 2.0) << "grams";

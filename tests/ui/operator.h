@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <initializer_list>
 #include <memory>
 #include <sstream>
 #include <string>
@@ -58,6 +59,11 @@ class Operator : public ::testing::Test {
     Answer(caption, C_Script().Fill(caption, value).Confirm());
   }
   void Type_Password(const std::wstring& password = L"mocha") { Answer_Edit(L"输入密码", password); }
+  static C_Script Presses(std::initializer_list<const wchar_t*> buttons) {
+    C_Script script;
+    for (const wchar_t* button : buttons) script.Press(button);
+    return script;
+  }
   // Runs the panel with the script to its end.
   void Run_Panel(C_Script script) {
     front->On_Dialog(Panel, std::move(script));
@@ -73,13 +79,17 @@ class Operator : public ::testing::Test {
     }
     return true;
   }
+  // Waits until the first station rests and its display shows it.
+  void Settle() {
+    EXPECT_TRUE(Wait_Idle(0));
+    Sleep(250);
+  }
   // What the display of a station shows.
   std::wstring Display(int index) { return front->Text_Of(Panel, L"微米仪" + std::to_wstring(index + 1) + L"状态"); }
   int Count_Dialogs(const std::wstring& name) {
-    const std::vector<C_Shown> shown = front->Shown();
-    return static_cast<int>(std::count_if(shown.begin(), shown.end(), [&](const C_Shown& item) {
-      return item.kind == C_Shown::Kind::Dialog && item.name == name;
-    }));
+    int count = 0;
+    for (const C_Shown& shown : front->Shown()) count += shown.kind == C_Shown::Kind::Dialog && shown.name == name;
+    return count;
   }
   std::vector<C_Shown> Charts() {
     std::vector<C_Shown> charts;
