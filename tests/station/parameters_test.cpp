@@ -1,5 +1,4 @@
 #include <fstream>
-#include <regex>
 #include <sstream>
 
 #include "station_room.h"
@@ -32,9 +31,9 @@ TEST_F(Parameters, Every_Key_Stands_In_Order_And_Comes_Back_From_The_Store) {
   for (std::string line; std::getline(in, line); edited += line + "\n") {
     if (line.rfind("C_VoiceMotor ", 0) != 0) continue;  // an array's element
     keys += line.substr(13, line.find(' ', 13) - 12);
-    if (std::regex_search(line, std::regex("Run_Negative|TempSensor|= array"))) continue;
-    line.replace(line.rfind(' ') + 1, std::string::npos,
-                 std::to_string(++n) + (line.find("= int") == std::string::npos ? ".125" : ""));
+    const auto holds = [&](const char* word) { return line.find(word) != std::string::npos; };
+    if (holds("Run_Negative") || holds("TempSensor") || holds("= array")) continue;
+    line.replace(line.rfind(' ') + 1, std::string::npos, std::to_string(++n) + (holds("= int") ? "" : ".125"));
   }
   std::ofstream(Store) << edited;
   EXPECT_EQ(keys,
