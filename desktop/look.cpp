@@ -36,6 +36,7 @@ QPushButton:hover { background: #E6EEF7; border-color: #0B5CAD; }
 QPushButton:focus { border: 2px solid #0B5CAD; }
 QPushButton[active="true"] { background: #CFE2F6; border: 2px solid #0B5CAD; }
 QPushButton:pressed { background: #0B5CAD; color: #FFFFFF; border-color: #0B5CAD; }
+QPushButton:disabled { background: #ECEFF2; color: #A9B4BF; border-color: #D5DBE1; }
 QPushButton:checked { background: #0B5CAD; color: #FFFFFF; }
 QPushButton#confirm { background: #0B5CAD; color: #FFFFFF; border: 1px solid #0B5CAD; }
 QPushButton#confirm:hover { background: #0A4F95; }
