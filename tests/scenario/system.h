@@ -20,7 +20,12 @@ constexpr double Block_Mm = 5.0;  // the reference block
 
 class System : public ::testing::Test {
  protected:
-  System() { bench::Reset(); }
+  // seed: of the clock's choices and of everything random on the bench.
+  explicit System(uint64_t seed = 1) : clock(seed) {
+    bench::Settings settings;
+    settings.seed = seed;
+    bench::Reset(settings);
+  }
   ~System() override { Stop(); }
 
   // Stations on these CAN ids.
@@ -76,7 +81,7 @@ class System : public ::testing::Test {
     Check_User_Zero(station);
   }
 
-  C_Simulated_Clock clock{1};
+  C_Simulated_Clock clock;
   C_Temp_Folder folder;
   C_Scripted_Front_Holder front;
 
