@@ -4,7 +4,6 @@
 #include <QFontDatabase>
 #include <QPalette>
 #include <QStyleFactory>
-#include <cstdio>
 
 namespace orsanta {
 
@@ -58,18 +57,11 @@ QScrollArea { border: none; background: transparent; }
 
 }  // namespace
 
-void Set_Up_Look() {
+bool Set_Up_Look() {
   QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
   QFont font = QApplication::font();
   const QString family = Find_Font();
-  if (family.isEmpty()) {
-    fputs(
-        "orsanta: no font with Chinese was found, texts will show as boxes; install one, for example the package "
-        "fonts-wqy-microhei\n",
-        stderr);
-  } else {
-    font.setFamily(family);
-  }
+  if (!family.isEmpty()) font.setFamily(family);
   font.setPixelSize(look::Normal_Text);
   QApplication::setFont(font);
 
@@ -81,6 +73,7 @@ void Set_Up_Look() {
   palette.setColor(QPalette::HighlightedText, look::Paper);
   QApplication::setPalette(palette);
   qApp->setStyleSheet(QString::fromUtf8(Style_Sheet));
+  return !family.isEmpty();
 }
 
 }  // namespace orsanta

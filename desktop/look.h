@@ -6,8 +6,8 @@
 
 namespace orsanta {
 
-// Sets font and style of the application. Writes one line to the standard error stream when no font has Chinese.
-void Set_Up_Look();
+// Sets font and style of the application. False when no font has Chinese, so that texts will show as boxes.
+bool Set_Up_Look();
 
 inline QString To_Qt(const std::wstring& text) {
   return QString::fromStdWString(text);

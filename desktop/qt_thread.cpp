@@ -6,6 +6,7 @@
 #include <atomic>
 #include <chrono>
 #include <clocale>
+#include <cstdio>
 #include <future>
 #include <memory>
 #include <thread>
@@ -84,7 +85,12 @@ void C_Qt_Thread::Run(const std::function<void(const std::string&)>& started) {
   display.keeps.reset();
   setlocale(LC_ALL, host_locale.c_str());
   QApplication::setQuitOnLastWindowClosed(false);
-  Set_Up_Look();
+  if (!Set_Up_Look()) {
+    fputs(
+        "orsanta: no font with Chinese was found, texts will show as boxes; install one, for example the package "
+        "fonts-wqy-microhei\n",
+        stderr);
+  }
   QObject context;
   {
     std::lock_guard<std::mutex> guard(m_Lock);

@@ -171,7 +171,7 @@ int Run(const std::string& platform, const std::string& argument) {
   std::string name = "orsanta_strip", option = "-platform", value = platform;
   char* arguments[] = {name.data(), option.data(), value.data(), nullptr};
   int count = 3;
-  // The panel tells of the display and its state; this program has nothing to add.
+  // The panel tells of the display, its state and its fonts; this program has nothing to add.
   qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
   QApplication application(count, arguments);
   Set_Up_Look();

@@ -16,12 +16,9 @@ TEST_F(Gates, KeepSettingsFromWhoHasNoPasswordAndLeaveMeasuringFree) {
   Start(1);
   Type_Password(L"Mocha");                    // case counts
   Answer(L"输入密码", C_Script().Confirm());  // the caption itself, untyped; the third gate is cancelled
-  const double force = Station(0).Val_Force_Set[0];
-  Run_Panel(
-      C_Script().Press(L"设定推力").Press(L"自动测量设置").Press(L"基准块尺寸").Press(L"测量").Press(L"测量回位"));
-  EXPECT_THAT(front->Boxes(), ElementsAre(L"需要操作员密码", L"用户密码错误", L"需要操作员密码", L"用户密码错误",
-                                          L"需要操作员密码", L"用户密码错误"));
-  EXPECT_EQ(Station(0).Val_Force_Set[0], force);
+  Run_Panel(Presses({L"设定推力", L"自动测量设置", L"基准块尺寸", L"测量", L"测量回位"}));
+  EXPECT_EQ(front->Count_Boxes(L"需要操作员密码"), 3);
+  EXPECT_EQ(front->Count_Boxes(L"用户密码错误"), 3);
   EXPECT_EQ(Count_Dialogs(L"设定推力(g)"), 0);
   EXPECT_TRUE(Wait_Idle(0));
   EXPECT_EQ(Station(0).ThicknessArray.GetSize(), 1) << "measured without a password";
@@ -35,14 +32,10 @@ TEST_F(Gates, LockAfterATimeThatAllDisplaysShare) {
     front->Clear_Record();
     Type_Password();
     const int time_ms = 60000 / stations;
-    Run_Panel(C_Script()
-                  .Press(L"显示结果数量")
-                  .Wait(time_ms - 1000)
-                  .Press(L"测量回位", 0)  // any press is activity
-                  .Wait(time_ms - 1000)
-                  .Press(L"显示结果数量")
-                  .Wait(time_ms + 500)
-                  .Press(L"显示结果数量"));
+    C_Script script;
+    script.Press(L"显示结果数量").Wait(time_ms - 1000).Press(L"测量回位", 0);  // any press is activity
+    script.Wait(time_ms - 1000).Press(L"显示结果数量").Wait(time_ms + 500).Press(L"显示结果数量");
+    Run_Panel(script);
     EXPECT_THAT(front->Boxes(), ElementsAre(L"需要操作员密码", L"需要操作员密码", L"用户密码错误"));
   }
 }
@@ -53,14 +46,13 @@ TEST_F(Gates, AskTwiceBeforeTheAdvancedFunctionsAndLaterOnlyForTheOperator) {
   Answer(Service_Gate, C_Script().Fill(L"输入密码", L"mocha").Fill(L"自动上锁时间", L"0").Confirm());
   Type_Password();
   Answer(Advanced, C_Script().Wait(500).Press(L"清除曲线数据"));
-  Run_Panel(C_Script()
-                .Press(L"高级功能")
-                .Run([&] {
-                  EXPECT_THAT(front->Boxes(), ElementsAre(L"密码错误"));
-                  EXPECT_EQ(base->AdvancedUser, 0);
-                  EXPECT_FALSE(std::filesystem::exists("pw_file.dat")) << "a refused press saves nothing";
-                })
-                .Press(L"高级功能"));
+  C_Script script;
+  script.Press(L"高级功能").Run([&] {
+    EXPECT_THAT(front->Boxes(), ElementsAre(L"密码错误"));
+    EXPECT_EQ(base->AdvancedUser, 0);
+    EXPECT_FALSE(std::filesystem::exists("pw_file.dat")) << "a refused press saves nothing";
+  });
+  Run_Panel(script.Press(L"高级功能"));
   EXPECT_EQ(base->AdvancedUser, 1);
   // Lock time 0 locks at the first refresh, and the open advanced dialog asks at its next press.
   EXPECT_THAT(front->Boxes(), ElementsAre(L"密码错误", L"需要操作员密码", L"需要操作员密码", L"用户密码错误"));
@@ -79,25 +71,20 @@ TEST_F(Gates, AskTwiceBeforeTheAdvancedFunctionsAndLaterOnlyForTheOperator) {
 
 TEST_F(Gates, AChangedPasswordHoldsAndTheStartSettingsCanBeOpened) {
   Start(1);
-  Answer(Service_Gate, C_Script()
-                           .Fill(L"输入密码", L"mocha")
-                           .Select(L"更改密码", 1)
-                           .Select(L"设置电机数量及串口", 1)
-                           .Fill(L"新密码", L"摩卡2")
-                           .Confirm());
+  C_Script change;
+  change.Fill(L"输入密码", L"mocha").Select(L"更改密码", 1).Fill(L"新密码", L"摩卡2");
+  C_Script change_and_settings = change;
+  Answer(Service_Gate, change_and_settings.Select(L"设置电机数量及串口", 1).Confirm());
   Answer(L"起始测微仪id", C_Script());  // the very first start of the settings: asked, cancelled, written
   Answer(L"起始测微仪id", C_Script().Select(L"电机数量", 2).Confirm());
   Type_Password();  // the old one fails at the operator gate that follows
-  C_Script first;
-  first.Press(L"高级功能");
-  Run_Panel(first.Run([&] { EXPECT_FALSE(std::filesystem::exists("pw_file.dat")); }));
+  Run_Panel(C_Script().Press(L"高级功能").Run([&] { EXPECT_FALSE(std::filesystem::exists("pw_file.dat")); }));
   EXPECT_THAT(front->Boxes(), ElementsAre(L"设置完成请重启软件", L"需要操作员密码", L"用户密码错误"));
   EXPECT_THAT(File("全局电机参数"), HasSubstr("Num 0 = int 3"));
 
   // What holds in memory alone is gone with its panel; kept by a save it comes back.
   base->AdvancedUser = 0;
-  Answer(Service_Gate,
-         C_Script().Fill(L"输入密码", L"mocha").Select(L"更改密码", 1).Fill(L"新密码", L"摩卡2").Confirm());
+  Answer(Service_Gate, change.Confirm());
   Type_Password(L"摩卡2");
   Answer(Advanced, C_Script());
   Run_Panel(C_Script().Press(L"高级功能"));
