@@ -396,33 +396,28 @@ inline void C_Scripted_Front::Set_Busy(int dialog, bool busy) {
 }
 
 inline void C_Scripted_Front::Post_Message(const C_Message_Model& model, C_Message_Sink& sink) {
-  int answer = (model.flags & Box_Yes_No) != 0 ? Answer_No : Answer_Ok;
-  int after_ms = 0;
-  std::function<void()> act;
+  C_Queued_Answer given{L"", (model.flags & Box_Yes_No) != 0 ? Answer_No : Answer_Ok, 0, {}};
   std::unique_lock lock(m_Lock);
   Record({C_Shown::Kind::Box, L"", model.text, model.flags});
   const auto queued = std::find_if(m_Answers.begin(), m_Answers.end(), [&model](const C_Queued_Answer& item) {
     return model.text.find(item.match) != std::wstring::npos;
   });
   if (queued != m_Answers.end()) {
-    answer = queued->answer;
-    after_ms = queued->after_ms;
-    act = queued->act;
+    given = std::move(*queued);
     m_Answers.erase(queued);
   }
-  if (after_ms <= 0) {
-    lock.unlock();
-    if (act) act();
-    sink.On_Answer(answer);
-    return;
-  }
-  C_Thread& late = m_Late_Answers.emplace_back();
+  C_Thread* const late = given.after_ms > 0 ? &m_Late_Answers.emplace_back() : nullptr;
   lock.unlock();
-  late.Start("late answer", [&sink, answer, after_ms, act] {
-    Sleep(after_ms);
-    if (act) act();
-    sink.On_Answer(answer);
-  });
+  const auto answer = [&sink, given] {
+    if (given.after_ms > 0) Sleep(given.after_ms);
+    if (given.act) given.act();
+    sink.On_Answer(given.answer);
+  };
+  if (late != nullptr) {
+    late->Start("late answer", answer);
+  } else {
+    answer();
+  }
 }
 
 // Puts a scripted front in place for the span of a scope. Stands after the simulated clock of its test.

@@ -84,11 +84,14 @@ class Windows : public ::testing::Test {
     EXPECT_STREQ(setlocale(LC_NUMERIC, nullptr), "C");
   }
 
-  // Opens the dialog and waits until its window stands.
+  // Opens the dialog and waits until its window stands and takes keys.
   int Open(const C_Dialog_Model& model) {
     const int dialog = Front().Open_Dialog(model, events);
     const QString title = QString::fromStdWString(model.title);
-    EXPECT_TRUE(Wait_On_Qt([&] { return Find_Window(title) != nullptr && QApplication::focusWidget() != nullptr; }));
+    EXPECT_TRUE(Wait_On_Qt([&] {
+      const QWidget* window = Find_Window(title);
+      return window != nullptr && window->isActiveWindow() && QApplication::focusWidget() != nullptr;
+    }));
     return dialog;
   }
   void Close(int dialog) {
