@@ -171,8 +171,10 @@ int Run(const std::string& platform, const std::string& argument) {
   std::string name = "orsanta_strip", option = "-platform", value = platform;
   char* arguments[] = {name.data(), option.data(), value.data(), nullptr};
   int count = 3;
-  // The panel tells of the display, its state and its fonts; this program has nothing to add.
-  qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
+  // The panel tells of the display, its state and its fonts; this program adds what is serious alone.
+  qInstallMessageHandler([](QtMsgType type, const QMessageLogContext&, const QString& text) {
+    if (type == QtCriticalMsg || type == QtFatalMsg) std::fprintf(stderr, "orsanta_strip: %s\n", qPrintable(text));
+  });
   QApplication application(count, arguments);
   Set_Up_Look();
   C_Strip strip(stations);

@@ -2,6 +2,7 @@
 //
 // A measurement that the operator starts by hand pauses the loop (LoopPaused), so that no automatic trigger lifts a
 // probe that is held down; returning the probe lets the loop go on.
+#include <algorithm>
 #include <memory>
 
 #include "drive/motor.h"
@@ -16,6 +17,7 @@ namespace orsanta {
 
 namespace {
 
+constexpr int Mask_Bits = 32;  // of the simulation mask; stations beyond have no bit
 constexpr int Poll_Ms = 10;
 constexpr int Longest_Slow_Test_Ms = 5000;
 
@@ -115,7 +117,8 @@ void C_ORS_Dlg::Set_Automatic_Stations() {
   }
   Run_Edits(dialog);
   uint32_t mask = 0;
-  for (int i = 0; i < count; ++i) mask |= static_cast<uint32_t>(ticks[static_cast<size_t>(i)]) << i;
+  for (int i = 0; i < std::min(count, Mask_Bits); ++i)
+    mask |= static_cast<uint32_t>(ticks[static_cast<size_t>(i)]) << i;
   m_pMotorBase->IoCard.Set_Sim_Mask(mask);
 }
 
