@@ -21,6 +21,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <set>
 #include <string>
 #include <thread>
 #include <vector>
@@ -33,21 +34,29 @@
 
 namespace orsanta {
 
-class C_Scripted_Front;
-
 // What a person does with one dialog, step by step. Controls are named by their caption; where several columns repeat
 // it, by the column too (-1 takes the first).
 class C_Script {
  public:
-  C_Script& Fill(std::wstring caption, std::wstring text, int column = -1);
+  using C_Text = std::function<std::wstring()>;
+  C_Script& Fill(std::wstring caption, std::wstring text, int column = -1) {
+    return Fill(
+        std::move(caption), [text] { return text; }, column);
+  }
   // The text is asked for when the dialog is open, as of an instrument that the person reads.
-  C_Script& Fill(std::wstring caption, std::function<std::wstring()> text, int column = -1);
-  C_Script& Select(std::wstring caption, int place, int column = -1);  // drop-down or tick box
-  C_Script& Press(std::wstring caption, int column = -1);              // goes on when the press was handled
-  C_Script& Wait(int ms);
-  C_Script& Run(std::function<void()> function);
-  C_Script& Confirm();  // goes on when the dialog was closed or an entry refused
-  C_Script& Cancel();
+  C_Script& Fill(std::wstring caption, C_Text text, int column = -1) {
+    return Add({C_Kind::Fill, std::move(caption), column, 0, std::move(text)});
+  }
+  // Drop-down or tick box.
+  C_Script& Select(std::wstring caption, int place, int column = -1) {
+    return Add({C_Kind::Select, std::move(caption), column, place});
+  }
+  // Goes on when the press was handled.
+  C_Script& Press(std::wstring caption, int column = -1) { return Add({C_Kind::Press, std::move(caption), column}); }
+  C_Script& Wait(int ms) { return Add({C_Kind::Wait, L"", -1, ms}); }
+  C_Script& Run(std::function<void()> function) { return Add({C_Kind::Run, L"", -1, 0, {}, std::move(function)}); }
+  C_Script& Confirm() { return Add({C_Kind::Confirm}); }  // goes on when the dialog was closed or an entry refused
+  C_Script& Cancel() { return Add({C_Kind::Cancel}); }
   C_Script& Repeat() {  // answers every such dialog, not only the next
     m_Repeats = true;
     return *this;
@@ -55,12 +64,20 @@ class C_Script {
 
  private:
   friend class C_Scripted_Front;
-  struct C_Session;
-  C_Script& Add(std::function<void(C_Session&)> step) {
+  enum class C_Kind { Fill, Select, Press, Wait, Run, Confirm, Cancel };
+  struct C_Step {
+    C_Kind kind;
+    std::wstring caption = L"";
+    int column = -1;
+    int number = 0;  // place or milliseconds
+    C_Text text = {};
+    std::function<void()> function = {};
+  };
+  C_Script& Add(C_Step step) {
     m_Steps.push_back(std::move(step));
     return *this;
   }
-  std::vector<std::function<void(C_Session&)>> m_Steps;
+  std::vector<C_Step> m_Steps;
   bool m_Repeats = false;
 };
 
@@ -95,18 +112,23 @@ class C_Scripted_Front : public C_Front {
     const std::lock_guard holder(m_Lock);
     return m_Shown;
   }
-  std::vector<std::wstring> Boxes() const { return Texts(C_Shown::Kind::Box); }
-  std::vector<std::wstring> Refusals() const { return Texts(C_Shown::Kind::Refusal); }
-  int Count_Boxes(const std::wstring& match) const {
+  std::vector<std::wstring> Boxes(const std::wstring& match = L"") const {
     const std::lock_guard holder(m_Lock);
-    return Count_Boxes_Held(match);
+    return Texts(C_Shown::Kind::Box, match);
   }
-  // Waits until `count` boxes with the match were shown, a dialog with the match is open; false when the time ran out.
+  std::vector<std::wstring> Refusals() const {
+    const std::lock_guard holder(m_Lock);
+    return Texts(C_Shown::Kind::Refusal, L"");
+  }
+  int Count_Boxes(const std::wstring& match) const { return static_cast<int>(Boxes(match).size()); }
+  // Waits until `count` boxes with the match were shown; false when the time ran out.
   bool Wait_For_Box(const std::wstring& match, double timeout_ms, int count = 1) {
-    return Wait_For([&] { return Count_Boxes_Held(match) >= count; }, timeout_ms);
-  }
-  bool Wait_For_Dialog(const std::wstring& match, double timeout_ms) {
-    return Wait_For([&] { return Find_Open(match) != nullptr; }, timeout_ms);
+    const double until = Now_Ms() + timeout_ms;
+    std::unique_lock lock(m_Lock);
+    const auto shown = [&] { return std::ssize(Texts(C_Shown::Kind::Box, match)) >= count; };
+    while (!shown())
+      if (!m_Changed.Wait_Until(lock, until)) return shown();
+    return true;
   }
   void Clear_Record() {
     const std::lock_guard holder(m_Lock);
@@ -115,23 +137,23 @@ class C_Scripted_Front : public C_Front {
 
   // --- The open windows; `match` names a dialog as in On_Dialog, the one on top first ---
   // What stands in the control now; empty where there is none.
-  std::wstring Text_Of(const std::wstring& match, const std::wstring& caption, int column = -1) const {
+  std::wstring Text_Of(const std::wstring& match, const std::wstring& caption, int column = -1) {
     const std::lock_guard holder(m_Lock);
-    const std::shared_ptr<C_Open> open = Find_Open(match);
-    const int control = open ? Find_Control(*open, caption, column) : -1;
+    C_Open* const open = Find_Open(match);
+    const int control = Find_Control(open, caption, column);
     return control < 0 ? std::wstring() : open->texts[static_cast<size_t>(control)];
   }
   // Presses and returns at once; false where there is no such button.
   bool Press(const std::wstring& match, const std::wstring& caption, int column = -1) {
     const std::lock_guard holder(m_Lock);
-    const std::shared_ptr<C_Open> open = Find_Open(match);
-    const int control = open ? Find_Control(*open, caption, column) : -1;
+    C_Open* const open = Find_Open(match);
+    const int control = Find_Control(open, caption, column);
     return control >= 0 && Deliver(*open, {C_Dialog_Event::Kind::Press, control, {}});
   }
   bool Cancel(const std::wstring& match) {
     const std::lock_guard holder(m_Lock);
-    const std::shared_ptr<C_Open> open = Find_Open(match);
-    return open != nullptr && Deliver(*open, {C_Dialog_Event::Kind::Cancel, -1, {}});
+    C_Open* const open = Find_Open(match);
+    return open != nullptr && Deliver(*open, {});
   }
 
   // --- C_Front ---
@@ -139,23 +161,21 @@ class C_Scripted_Front : public C_Front {
   void Close_Dialog(int dialog) override;
   void Set_Control_Text(int dialog, int control, const std::wstring& text) override {
     const std::lock_guard holder(m_Lock);
-    m_Open.at(dialog)->texts.at(static_cast<size_t>(control)) = text;
-    m_Changed.Notify_All();
+    m_Open.at(dialog).texts.at(static_cast<size_t>(control)) = text;
   }
   void Refuse_Entry(int dialog, int control, const std::wstring& reason) override {
     const std::lock_guard holder(m_Lock);
-    C_Open& open = *m_Open.at(dialog);
+    C_Open& open = m_Open.at(dialog);
+    ++open.refusals;
     Record({C_Shown::Kind::Refusal, open.name,
             open.model.controls.at(static_cast<size_t>(control)).caption + L": " + reason});
-    ++open.refusals;
-    m_Changed.Notify_All();
   }
   void Set_Busy(int dialog, bool busy) override;
   void Post_Message(const C_Message_Model& model, C_Message_Sink& sink) override;
   void Draw_Chart(unsigned chart, const C_Chart_Model& model) override {
     const std::lock_guard holder(m_Lock);
     Record({C_Shown::Kind::Chart, model.title, L"", 0, 0.0, {}, model});
-    m_Charts[chart] = model;
+    m_Charts.insert(chart);
   }
   bool Is_Chart_Open(unsigned chart) override {
     const std::lock_guard holder(m_Lock);
@@ -167,10 +187,7 @@ class C_Scripted_Front : public C_Front {
   }
 
  private:
-  friend class C_Script;
-
   struct C_Open {
-    int dialog = 0;
     std::wstring name;
     C_Dialog_Model model;
     std::vector<std::wstring> texts;  // what stands in each control; of a button, its caption
@@ -182,7 +199,6 @@ class C_Scripted_Front : public C_Front {
     int handled = 0;        // of these, those whose callback has returned
     bool in_press = false;  // a callback of the owner runs
     int open_at_press = 0;  // dialogs that the owner had open when it began
-    C_Script script;
     C_Thread thread;
   };
   struct C_Queued_Script {
@@ -201,28 +217,24 @@ class C_Scripted_Front : public C_Front {
     return found(model.title) || std::any_of(model.controls.begin(), model.controls.end(),
                                              [&](const C_Control_Model& control) { return found(control.caption); });
   }
-  static int Find_Control(const C_Open& open, const std::wstring& caption, int column) {
-    for (size_t i = 0; i < open.model.controls.size(); ++i) {
-      const C_Control_Model& control = open.model.controls[i];
+  static int Find_Control(const C_Open* open, const std::wstring& caption, int column) {
+    for (size_t i = 0; open != nullptr && i < open->model.controls.size(); ++i) {
+      const C_Control_Model& control = open->model.controls[i];
       const bool named =
-          control.caption == caption || (control.kind == C_Control_Kind::Button && open.texts[i] == caption);
+          control.caption == caption || (control.kind == C_Control_Kind::Button && open->texts[i] == caption);
       if (named && (column < 0 || control.column == column)) return static_cast<int>(i);
     }
     return -1;
   }
-  std::shared_ptr<C_Open> Find_Open(const std::wstring& match) const {
-    for (auto place = m_Open.rbegin(); place != m_Open.rend(); ++place)
-      if (!place->second->closed && Matches(place->second->model, match)) return place->second;
-    return nullptr;
+  C_Open* Find_Open(const std::wstring& match) {
+    const auto place =
+        std::find_if(m_Open.rbegin(), m_Open.rend(), [&](auto& item) { return Matches(item.second.model, match); });
+    return place == m_Open.rend() ? nullptr : &place->second;
   }
-  int Count_Open(std::thread::id owner) const {
-    return static_cast<int>(
-        std::count_if(m_Open.begin(), m_Open.end(), [owner](const auto& item) { return item.second->owner == owner; }));
-  }
-  std::vector<std::wstring> Texts(C_Shown::Kind kind) const {
+  std::vector<std::wstring> Texts(C_Shown::Kind kind, const std::wstring& match) const {
     std::vector<std::wstring> texts;
-    for (const C_Shown& shown : Shown())
-      if (shown.kind == kind) texts.push_back(shown.text);
+    for (const C_Shown& shown : m_Shown)
+      if (shown.kind == kind && shown.text.find(match) != std::wstring::npos) texts.push_back(shown.text);
     return texts;
   }
   void Record(C_Shown shown) {
@@ -231,164 +243,102 @@ class C_Scripted_Front : public C_Front {
     m_Changed.Notify_All();
   }
   // The sink is called under the lock, so that a closed dialog gets no event; sinks only queue.
-  bool Deliver(C_Open& open, const C_Dialog_Event& event) {
-    if (open.closed) return false;
-    open.sink->On_Dialog_Event(event);
-    return true;
+  static bool Deliver(C_Open& open, const C_Dialog_Event& event) {
+    if (!open.closed) open.sink->On_Dialog_Event(event);
+    return !open.closed;
   }
-  int Count_Boxes_Held(const std::wstring& match) const {
-    return static_cast<int>(std::count_if(m_Shown.begin(), m_Shown.end(), [&match](const C_Shown& shown) {
-      return shown.kind == C_Shown::Kind::Box && shown.text.find(match) != std::wstring::npos;
-    }));
-  }
-  bool Wait_For(const std::function<bool()>& holds, double timeout_ms) {
-    const double until = Now_Ms() + timeout_ms;
-    std::unique_lock lock(m_Lock);
-    while (!holds())
-      if (!m_Changed.Wait_Until(lock, until)) return holds();
-    return true;
-  }
-  void Play(C_Open& open);
+  void Play(C_Open& open, C_Script script);
 
   mutable std::mutex m_Lock;  // guards all below
   C_Wait_Point m_Changed{"C_Scripted_Front"};
   std::list<C_Queued_Script> m_Scripts;
   std::list<C_Queued_Answer> m_Answers;
   std::vector<C_Shown> m_Shown;
-  std::map<int, std::shared_ptr<C_Open>> m_Open;
-  std::map<unsigned, C_Chart_Model> m_Charts;
+  std::map<int, C_Open> m_Open;
+  std::set<unsigned> m_Charts;
   std::list<C_Thread> m_Late_Answers;
   int m_Last_Dialog = 0;
 };
 
-// One run of a script, on the script's thread.
-struct C_Script::C_Session {
-  C_Scripted_Front& front;
-  C_Scripted_Front::C_Open& open;
-  std::vector<C_Control_Entry> entries;
+inline int C_Scripted_Front::Open_Dialog(const C_Dialog_Model& model, C_Dialog_Sink& sink) {
+  std::unique_lock lock(m_Lock);
+  const int dialog = ++m_Last_Dialog;
+  C_Open& open = m_Open[dialog];
+  open.model = model;
+  open.name = model.title;
+  for (const C_Control_Model& control : model.controls) {
+    open.texts.push_back(control.kind == C_Control_Kind::Button ? control.caption : control.text);
+    if (open.name.empty()) open.name = control.caption;
+  }
+  open.sink = &sink;
+  open.owner = std::this_thread::get_id();
+  Record({C_Shown::Kind::Dialog, open.name, L"", 0, 0.0, model});
 
-  C_Control_Entry& Entry(const std::wstring& caption, int column) {
-    const int control = C_Scripted_Front::Find_Control(open, caption, column);
-    if (control < 0) {
-      std::fprintf(stderr, "scripted front: no control '%s' in '%s'\n", To_Utf8(caption).c_str(),
+  const auto queued = std::find_if(m_Scripts.begin(), m_Scripts.end(),
+                                   [&](const C_Queued_Script& item) { return Matches(model, item.match); });
+  if (queued == m_Scripts.end()) {
+    Deliver(open, {});
+    return dialog;
+  }
+  const C_Script script = queued->script;
+  if (!script.m_Repeats) m_Scripts.erase(queued);
+  lock.unlock();
+  open.thread.Start("script", [this, &open, script] { Play(open, script); });
+  return dialog;
+}
+
+// On the script's thread.
+inline void C_Scripted_Front::Play(C_Open& open, C_Script script) {
+  using C_Kind = C_Script::C_Kind;
+  std::vector<C_Control_Entry> entries;
+  for (const C_Control_Model& control : open.model.controls) entries.push_back({control.text, control.selected});
+  for (const C_Script::C_Step& step : script.Cancel().m_Steps) {
+    if (step.kind == C_Kind::Run) step.function();
+    const std::wstring text = step.text ? step.text() : L"";
+    std::unique_lock lock(m_Lock);
+    const int control = Find_Control(&open, step.caption, step.column);
+    if (control < 0 && !step.caption.empty()) {
+      std::fprintf(stderr, "scripted front: no control '%s' in '%s'\n", To_Utf8(step.caption).c_str(),
                    To_Utf8(open.name).c_str());
       std::abort();
     }
-    return entries[static_cast<size_t>(control)];
-  }
-};
-
-inline C_Script& C_Script::Fill(std::wstring caption, std::wstring text, int column) {
-  return Add([=](C_Session& session) { session.Entry(caption, column).text = text; });
-}
-
-inline C_Script& C_Script::Fill(std::wstring caption, std::function<std::wstring()> text, int column) {
-  return Add([=](C_Session& session) { session.Entry(caption, column).text = text(); });
-}
-
-inline C_Script& C_Script::Select(std::wstring caption, int place, int column) {
-  return Add([=](C_Session& session) { session.Entry(caption, column).selected = place; });
-}
-
-inline C_Script& C_Script::Press(std::wstring caption, int column) {
-  return Add([=](C_Session& session) {
-    session.Entry(caption, column);  // it must be there
-    std::unique_lock lock(session.front.m_Lock);
-    C_Scripted_Front::C_Open& open = session.open;
-    const int control = C_Scripted_Front::Find_Control(open, caption, column);
-    if (!session.front.Deliver(open, {C_Dialog_Event::Kind::Press, control, {}})) return;
-    const int number = ++open.presses;
-    while (!open.closed && open.handled < number) session.front.m_Changed.Wait(lock);
-  });
-}
-
-inline C_Script& C_Script::Wait(int ms) {
-  return Add([=](C_Session& session) {
-    const double until = Now_Ms() + ms;
-    std::unique_lock lock(session.front.m_Lock);
-    while (!session.open.closed && session.front.m_Changed.Wait_Until(lock, until)) {
+    if (step.kind == C_Kind::Fill) entries[static_cast<size_t>(control)].text = text;
+    if (step.kind == C_Kind::Select) entries[static_cast<size_t>(control)].selected = step.number;
+    if (step.kind == C_Kind::Press && Deliver(open, {C_Dialog_Event::Kind::Press, control, {}})) {
+      const int number = ++open.presses;
+      while (!open.closed && open.handled < number) m_Changed.Wait(lock);
     }
-  });
-}
-
-inline C_Script& C_Script::Run(std::function<void()> function) {
-  return Add([=](C_Session&) { function(); });
-}
-
-inline C_Script& C_Script::Confirm() {
-  return Add([](C_Session& session) {
-    std::unique_lock lock(session.front.m_Lock);
-    const int refusals = session.open.refusals;
-    if (!session.front.Deliver(session.open, {C_Dialog_Event::Kind::Confirm, -1, session.entries})) return;
-    while (!session.open.closed && session.open.refusals == refusals) session.front.m_Changed.Wait(lock);
-  });
-}
-
-inline C_Script& C_Script::Cancel() {
-  return Add([](C_Session& session) {
-    const std::lock_guard holder(session.front.m_Lock);
-    session.front.Deliver(session.open, {C_Dialog_Event::Kind::Cancel, -1, {}});
-  });
-}
-
-inline int C_Scripted_Front::Open_Dialog(const C_Dialog_Model& model, C_Dialog_Sink& sink) {
-  std::unique_lock lock(m_Lock);
-  const auto open = std::make_shared<C_Open>();
-  open->dialog = ++m_Last_Dialog;
-  open->model = model;
-  open->name = model.title;
-  for (const C_Control_Model& control : model.controls) {
-    open->texts.push_back(control.kind == C_Control_Kind::Button ? control.caption : control.text);
-    if (open->name.empty()) open->name = control.caption;
+    if (step.kind == C_Kind::Wait) {
+      const double until = Now_Ms() + step.number;
+      while (!open.closed && m_Changed.Wait_Until(lock, until)) continue;
+    }
+    const int refusals = open.refusals;
+    if (step.kind == C_Kind::Confirm && Deliver(open, {C_Dialog_Event::Kind::Confirm, -1, entries}))
+      while (!open.closed && open.refusals == refusals) m_Changed.Wait(lock);
+    if (step.kind == C_Kind::Cancel) Deliver(open, {});
   }
-  open->sink = &sink;
-  open->owner = std::this_thread::get_id();
-  m_Open[open->dialog] = open;
-  Record({C_Shown::Kind::Dialog, open->name, L"", 0, 0.0, model});
-
-  const auto queued = std::find_if(m_Scripts.begin(), m_Scripts.end(), [&model](const C_Queued_Script& item) {
-    return item.match.empty() || Matches(model, item.match);
-  });
-  if (queued == m_Scripts.end()) {
-    sink.On_Dialog_Event({C_Dialog_Event::Kind::Cancel, -1, {}});
-    return open->dialog;
-  }
-  open->script = queued->script;
-  if (!queued->script.m_Repeats) m_Scripts.erase(queued);
-  lock.unlock();
-  open->thread.Start("script", [this, open] { Play(*open); });
-  return open->dialog;
-}
-
-inline void C_Scripted_Front::Play(C_Open& open) {
-  C_Script::C_Session session{*this, open, {}};
-  for (const C_Control_Model& control : open.model.controls)
-    session.entries.push_back({control.text, control.selected});
-  C_Script script = open.script;
-  for (const auto& step : script.Cancel().m_Steps) step(session);
 }
 
 inline void C_Scripted_Front::Close_Dialog(int dialog) {
-  std::shared_ptr<C_Open> open;
-  {
-    const std::lock_guard holder(m_Lock);
-    open = m_Open.at(dialog);
-    m_Open.erase(dialog);
-    open->closed = true;
-    Record({C_Shown::Kind::Closed, open->name, L""});
-  }
-  if (open->thread.Is_Running()) open->thread.Join();
+  std::unique_lock lock(m_Lock);
+  auto node = m_Open.extract(dialog);
+  node.mapped().closed = true;
+  Record({C_Shown::Kind::Closed, node.mapped().name, L""});
+  lock.unlock();
+  if (node.mapped().thread.Is_Running()) node.mapped().thread.Join();
 }
 
 // The owner marks its dialogs when a callback of any of them begins and ends, and lifts the marks for the span of a
 // nested run. So a press was handled when the mark is lifted with no more dialogs open than at its beginning.
 inline void C_Scripted_Front::Set_Busy(int dialog, bool busy) {
   const std::lock_guard holder(m_Lock);
-  C_Open& open = *m_Open.at(dialog);
+  C_Open& open = m_Open.at(dialog);
+  const auto open_now = static_cast<int>(std::count_if(
+      m_Open.begin(), m_Open.end(), [&open](const auto& item) { return item.second.owner == open.owner; }));
   if (busy && !open.in_press) {
     open.in_press = true;
-    open.open_at_press = Count_Open(open.owner);
-  } else if (!busy && open.in_press && Count_Open(open.owner) <= open.open_at_press) {
+    open.open_at_press = open_now;
+  } else if (!busy && open.in_press && open_now <= open.open_at_press) {
     open.in_press = false;
     if (open.handled < open.presses) ++open.handled;
     m_Changed.Notify_All();
@@ -396,28 +346,24 @@ inline void C_Scripted_Front::Set_Busy(int dialog, bool busy) {
 }
 
 inline void C_Scripted_Front::Post_Message(const C_Message_Model& model, C_Message_Sink& sink) {
-  C_Queued_Answer given{L"", (model.flags & Box_Yes_No) != 0 ? Answer_No : Answer_Ok, 0, {}};
+  C_Queued_Answer reply{L"", (model.flags & Box_Yes_No) != 0 ? Answer_No : Answer_Ok, 0, {}};
   std::unique_lock lock(m_Lock);
   Record({C_Shown::Kind::Box, L"", model.text, model.flags});
   const auto queued = std::find_if(m_Answers.begin(), m_Answers.end(), [&model](const C_Queued_Answer& item) {
     return model.text.find(item.match) != std::wstring::npos;
   });
   if (queued != m_Answers.end()) {
-    given = std::move(*queued);
+    reply = *queued;
     m_Answers.erase(queued);
   }
-  C_Thread* const late = given.after_ms > 0 ? &m_Late_Answers.emplace_back() : nullptr;
+  C_Thread* const late = reply.after_ms > 0 ? &m_Late_Answers.emplace_back() : nullptr;
   lock.unlock();
-  const auto answer = [&sink, given] {
-    if (given.after_ms > 0) Sleep(given.after_ms);
-    if (given.act) given.act();
-    sink.On_Answer(given.answer);
+  const auto answer = [&sink, reply] {
+    if (reply.after_ms > 0) Sleep(reply.after_ms);
+    if (reply.act) reply.act();
+    sink.On_Answer(reply.answer);
   };
-  if (late != nullptr) {
-    late->Start("late answer", answer);
-  } else {
-    answer();
-  }
+  late != nullptr ? late->Start("late answer", answer) : answer();
 }
 
 // Puts a scripted front in place for the span of a scope. Stands after the simulated clock of its test.

@@ -1,11 +1,13 @@
-// C_Temp_Folder: a fresh folder as working directory while it lives, so that tests which write files leave nothing
-// behind. The working directory belongs to the whole process: one at a time, and no other thread may use relative paths
-// then.
+// File_Text, and C_Temp_Folder: a fresh folder as working directory while it lives, so that tests which write files
+// leave nothing behind. The working directory belongs to the whole process: one at a time, and no other thread may use
+// relative paths then.
 #pragma once
 
 #include <cerrno>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
+#include <sstream>
 #include <string>
 #include <system_error>
 
@@ -34,5 +36,12 @@ class C_Temp_Folder {
   std::filesystem::path m_Old;
   std::filesystem::path m_Path;
 };
+
+// The bytes of a file; none where it cannot be read.
+inline std::string File_Text(const std::filesystem::path& path) {
+  std::ostringstream text;
+  text << std::ifstream(path, std::ios::binary).rdbuf();
+  return text.str();
+}
 
 }  // namespace orsanta

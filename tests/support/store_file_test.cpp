@@ -7,14 +7,12 @@
 namespace orsanta {
 namespace {
 
-struct C_Bad_Store {
-  const char* lines;  // behind the first line
-  int line;
-  const wchar_t* reason;
-};
-
 TEST(Store_File, Says_Where_And_Why_It_Cannot_Be_Read) {
-  const C_Bad_Store bad_stores[] = {
+  const struct {
+    const char* lines;  // behind the first line
+    int line;
+    const wchar_t* reason;
+  } bad_stores[] = {
       {"A k 0 = int 1\n", 2, L"不完整"},
       {"A k 0 = int 1\nen", 3, L"行不完整"},
       {"A k 0 = int 1\nend\nA l 0 = int 1\n", 4, L"end 之后"},
@@ -37,7 +35,7 @@ TEST(Store_File, Says_Where_And_Why_It_Cannot_Be_Read) {
       {"A p 0 = array T -1\nend\n", 2, L"不能为负"},
       {"A p 0 = array T 2147483647\nA/CMyArray p 0 = double 1\nend\n", 2, L"缺少序号1"},
   };
-  for (const C_Bad_Store& bad : bad_stores) {
+  for (const auto& bad : bad_stores) {
     C_Store_Content content;
     C_Store_Fault fault;
     EXPECT_FALSE(Parse_Store(std::string("orsanta store 1\n") + bad.lines, content, fault)) << bad.lines;

@@ -5,7 +5,6 @@
 
 #include <fstream>
 #include <functional>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -21,7 +20,6 @@ class C_Thing : public CAutoSaveClassData2 {
   float travel = 10.0F;
   double force = 200.0;
   std::wstring word = L"mocha";
-  CMyStringW wide = L"w";
   Shared<float> level{2.0F};
   CMyArray<double> first;
   CMyArray<double> second;
@@ -38,7 +36,6 @@ class C_Thing : public CAutoSaveClassData2 {
       Process_Member("travel", travel, data);
       Process_Member("force", force, data);
       Process_Member("word", word, data);
-      Process_Member("wide", wide, data);
       Process_Member("level", level, data);
       Process_Member("Val_Pos_Friction[0].MyArrayP", first, data);
       Process_Member("Val_Pos_Friction[1].MyArrayP", second, data);
@@ -56,11 +53,6 @@ class C_Store_Test : public ::testing::Test {
  protected:
   static constexpr const char* File = "音圈电机3参数";
 
-  static std::string Text_Of(const std::string& name) {
-    std::ostringstream text;
-    text << std::ifstream(name).rdbuf();
-    return text.str();
-  }
   static void Write(const std::string& text) { std::ofstream(File, std::ios::binary | std::ios::trunc) << text; }
   // The one box since the last call.
   std::string Only_Box() {
