@@ -169,21 +169,5 @@ TEST(StopDeathTest, AThreadOrLaneThatDoesNotEndIsReportedByItsName) {
   EXPECT_EXIT(stop_a_hanging(true), ends, "task lane 1 did not end within 300000 ms");
 }
 
-TEST(TaskLanes, TakeTasksOfManyThreadsAtOnce) {
-  C_Lanes lanes;
-  lanes.Init(3, 0, 300000);
-  C_Thread adders[4];
-  for (C_Thread& adder : adders) {
-    adder.Start("adder", [&lanes] {
-      for (int i = 0; i < 300; ++i)
-        while (lanes.AddNewDelayProcess(i % 3, 0, 1, nullptr) == 0) Sleep(1);
-    });
-  }
-  for (C_Thread& adder : adders) adder.Join();
-  while (lanes.BeAtLeaseOneDelayTaskInProcess() != 0) Sleep(1);
-  for (const char* done : {"0 did 0", "1 did 0", "2 did 0"})
-    EXPECT_THAT(lanes.Trace(), testing::Contains(done).Times(400));
-}
-
 }  // namespace
 }  // namespace orsanta
