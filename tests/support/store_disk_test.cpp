@@ -170,8 +170,9 @@ TEST_F(Store_Disk, Holds_One_Of_The_Two_Last_States_After_Every_Kill) {
   for (int kill_count = 0; kill_count < Kills; ++kill_count) {
     C_Thing thing;
     const pid_t child = fork();
-    for (int i = progress.ended + 1; child == 0; ++i) {
-      thing.count = i;
+    int i = progress.ended;
+    while (child == 0) {  // until it is killed
+      thing.count = ++i;
       thing.first.SetArraySize(i % 40);
       for (double& value : thing.first) value = i;
       progress.begun = i;
