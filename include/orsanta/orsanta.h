@@ -1,15 +1,15 @@
 /* Orsanta: control and measuring core of a constant-force thickness gauge. The public C interface of liborsanta.so.
  *
  * Stations are numbered from 1, in the order of the resource table. Forces are grams, lengths millimetres; a thickness
- * that failed shows in-band, as -99.0, 0.0 or a value worked out from a zero position. Failures that an operator can see
- * to are shown in message boxes from the calling thread, and the call then returns. Nothing is thrown.
+ * that failed shows in-band, as -99.0, 0.0 or a value worked out from a zero position. Failures that an operator can
+ * see to are shown in message boxes from the calling thread, and the call then returns. Nothing is thrown.
  *
  * Calling order: (ORSA_resource_alloc), Orsanta_dll_init, then any of the others in any order and from any thread, and
  * last Orsanta_dll_uninit. No other call is allowed before Orsanta_dll_init.
  *
- * A station number above the number of stations shows a message box that names the function and the number; the call then
- * returns, with 0 if it returns an int, and writes nothing through its pointers. A station number below 1 is a fault of the
- * program: it ends the process with an assertion report.
+ * A station number above the number of stations shows a message box that names the function and the number; the call
+ * then returns, with 0 if it returns an int, and writes nothing through its pointers. A station number below 1 is a
+ * fault of the program: it ends the process with an assertion report.
  */
 #ifndef ORSANTA_ORSANTA_H
 #define ORSANTA_ORSANTA_H
@@ -58,35 +58,35 @@ enum {
 
 /* --- Set-up --- */
 
-/* Replaces the resource table with `count` records. Optional; before Orsanta_dll_init. With count 0 the table is empty, and
- * Orsanta_dll_init fills it from the stored settings. */
+/* Replaces the resource table with `count` records. Optional; before Orsanta_dll_init. With count 0 the table is empty,
+ * and Orsanta_dll_init fills it from the stored settings. */
 ORSANTA_API void ORSA_resource_alloc(const VCM_Resource_struct* records, int count) ORSANTA_NOEXCEPT;
 
-/* Starts the system: loads the settings (at the very first start the operator is asked for them), builds every station and
- * starts the loop. Blocks until all stations stand. IoMode: 0 without the IO card, 1 with it, any other value as the
- * settings say. */
+/* Starts the system: loads the settings (at the very first start the operator is asked for them), builds every station
+ * and starts the loop. Blocks until all stations stand. IoMode: 0 without the IO card, 1 with it, any other value as
+ * the settings say. */
 ORSANTA_API void Orsanta_dll_init(int IoMode) ORSANTA_NOEXCEPT;
 
-/* Stops the system: waits for running tasks, saves all stations, empties the resource table. Refused, with a message box,
- * while the panel is open. */
+/* Stops the system: waits for running tasks, saves all stations, empties the resource table. Refused, with a message
+ * box, while the panel is open. */
 ORSANTA_API void Orsanta_dll_uninit(void) ORSANTA_NOEXCEPT;
 
 /* --- Work --- */
 
-/* Queues a task (ORSANTA_TASK_...) on the station and returns at once: 1 queued, 0 refused. Any other code is taken and does
- * nothing. */
+/* Queues a task (ORSANTA_TASK_...) on the station and returns at once: 1 queued, 0 refused. Any other code is taken and
+ * does nothing. */
 ORSANTA_API int do_test(int station, int task_code) ORSANTA_NOEXCEPT;
 
-/* Takes the latest result: 1 if it is new (once for each result), 0 if none was pending. Writes both outputs in either case:
- * *thickness in mm, *force the set force in grams. */
+/* Takes the latest result: 1 if it is new (once for each result), 0 if none was pending. Writes both outputs in either
+ * case: *thickness in mm, *force the set force in grams. */
 ORSANTA_API int get_ans(int station, double* thickness, double* force) ORSANTA_NOEXCEPT;
 
-/* Measures the reference block and stores its surface as the zero of the thickness scale. Blocks for the landing and the
- * lift-off. */
+/* Measures the reference block and stores its surface as the zero of the thickness scale. Blocks for the landing and
+ * the lift-off. */
 ORSANTA_API void Check_User_Zero(int station) ORSANTA_NOEXCEPT;
 
-/* 1 when the last lift-off has ended, 0 from the start of the next measuring task on. Does not clear the flag; the loop takes
- * it when the IO input of the station asks for a measurement. */
+/* 1 when the last lift-off has ended, 0 from the start of the next measuring task on. Does not clear the flag; the loop
+ * takes it when the IO input of the station asks for a measurement. */
 ORSANTA_API int Get_Force_Back_Finish(int station) ORSANTA_NOEXCEPT;
 
 /* Runs the drive's own zero routine; 1 on success. */

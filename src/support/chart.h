@@ -25,8 +25,8 @@ class CKestrunePlot {
   // Non-zero while the chart's window is open.
   int BeImageWindowCreate();
   // Opens the window if it is not open, and draws the line through the points x[i], y[i].
-  // mode: 0. width, height: pixels of the window at opening. note: a text under the title, empty for none. Returns 1, or
-  // 0 where no window can open.
+  // mode: 0. width, height: pixels of the window at opening. note: a text under the title, empty for none. Returns 1,
+  // or 0 where no window can open.
   int Plot(const std::wstring& title, const CMyArray<double>& x, const CMyArray<double>& y, int mode, int width,
            int height, CKestruneGraph::LineStyle style, const std::wstring& note);
 

@@ -1,8 +1,9 @@
 // The front: whatever a person sees. Dialogs, message boxes and charts are plain data here; a front shows them.
 //
-// A front only draws and collects what the person does. It calls nobody back with work: each event goes to a sink, which
-// queues it and returns at once. The callbacks of a dialog therefore run on the thread that runs the dialog
-// (support/dialog.h), and a box from any thread waits at the clock (support/message_box.h), so that no front can lock up.
+// A front only draws and collects what the person does. It calls nobody back with work: each event goes to a sink,
+// which queues it and returns at once. The callbacks of a dialog therefore run on the thread that runs the dialog
+// (support/dialog.h), and a box from any thread waits at the clock (support/message_box.h), so that no front can lock
+// up.
 //
 // Three fronts exist: the console front (built in), the desktop front (a plug-in that Front() loads when there is a
 // display) and the scripted front of the tests. All operations may be called from any thread.
@@ -31,11 +32,11 @@ enum class C_Control_Kind {
 struct C_Control_Model {
   C_Control_Kind kind = C_Control_Kind::Blank;
   std::wstring caption;
-  int column = 0;          // controls of one column stand under each other in the order of the list
-  float width = 10.0F;     // equal widths are drawn equally wide
-  int rows = 1;            // height
+  int column = 0;           // controls of one column stand under each other in the order of the list
+  float width = 10.0F;      // equal widths are drawn equally wide
+  int rows = 1;             // height
   float text_scale = 1.0F;  // size of the text, 1 for the normal one
-  std::wstring text;       // content of a display, and of any edit at opening, as it is to be shown
+  std::wstring text;        // content of a display, and of any edit at opening, as it is to be shown
   bool has_range = false;
   double min = 0.0;
   double max = 0.0;
@@ -50,7 +51,8 @@ struct C_Dialog_Model {
   std::vector<C_Control_Model> controls;
 };
 
-// What stands in a control when the person confirms: text of an edit as it was typed, place of a drop-down or check box.
+// What stands in a control when the person confirms: text of an edit as it was typed, place of a drop-down or check
+// box.
 struct C_Control_Entry {
   std::wstring text;
   int selected = 0;
@@ -103,8 +105,8 @@ class C_Front {
   virtual void Close_Dialog(int dialog) = 0;
   // Sets the visible text of a control: the caption of a button, the content of a display or an edit.
   virtual void Set_Control_Text(int dialog, int control, const std::wstring& text) = 0;
-  // Says at the control why its entry does not get in, and lets the person go on there. Follows a Confirm event, once for
-  // each bad entry.
+  // Says at the control why its entry does not get in, and lets the person go on there. Follows a Confirm event, once
+  // for each bad entry.
   virtual void Refuse_Entry(int dialog, int control, const std::wstring& reason) = 0;
   // Marks the dialog as busy while a command of its runs; its buttons still take presses.
   virtual void Set_Busy(int dialog, bool busy) = 0;
@@ -118,7 +120,8 @@ class C_Front {
   virtual void Close_Chart(unsigned chart) = 0;
 };
 
-// The present front. At the first call: the desktop front if a display and the plug-in are there, else the console front.
+// The present front. At the first call: the desktop front if a display and the plug-in are there, else the console
+// front.
 C_Front& Front();
 // Puts a front in place of the present one and returns the one that stood, null for the built-in choice. For tests; no
 // dialog, box or chart may be open.

@@ -1,6 +1,6 @@
-// Message boxes: a text that the operator acknowledges. The calling thread waits for the answer; any thread may call, and
-// several boxes may stand open at once. Without a display a box is one line on the standard error stream and counts as
-// answered at once: with OK, a yes-or-no question with No.
+// Message boxes: a text that the operator acknowledges. The calling thread waits for the answer; any thread may call,
+// and several boxes may stand open at once. Without a display a box is one line on the standard error stream and counts
+// as answered at once: with OK, a yes-or-no question with No.
 #pragma once
 
 #include "support/wide_string.h"

@@ -1,8 +1,8 @@
 // Shared<T>: a plain member that several threads read and write without a lock.
 //
 // It reads and assigns like a T, each access an atomic one: whoever sees a flag also sees what its writer wrote before
-// it, so that a result is never older than the flag that announces it. A read followed by a write of the same member are
-// two steps, and another thread can come between them.
+// it, so that a result is never older than the flag that announces it. A read followed by a write of the same member
+// are two steps, and another thread can come between them.
 #pragma once
 
 #include <atomic>
