@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "bench/bench.h"
+#include "bench_room.h"
 #include "commands.h"
 #include "orsanta/orsanta.h"
 #include "working_folder.h"
@@ -67,19 +68,7 @@ void Start_System(const C_Run& run) {
   // This command talks on the terminal: no window, even where there is a display.
   unsetenv("DISPLAY");
   unsetenv("WAYLAND_DISPLAY");
-  bench::Settings settings;
-  settings.seed = run.seed;
-  bench::Reset(settings);
-  std::vector<VCM_Resource_struct> records;
-  for (int n = 1; n <= run.stations; ++n) {
-    VCM_Resource_struct record;
-    record.CanID = record.AxisNum = record.AuxAxisNum = n;
-    record.ControllerNum = 2 * n;
-    record.SpareNum = 2 * n + 1;
-    record.ConnectServer = 1;
-    records.push_back(record);
-  }
-  ORSA_resource_alloc(records.data(), run.stations);
+  Set_Up_Room(run.stations, run.seed);
   Orsanta_dll_init(0);
 }
 

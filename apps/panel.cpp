@@ -14,9 +14,9 @@
 #include <sstream>
 #include <string>
 #include <thread>
-#include <vector>
 
 #include "bench/bench.h"
+#include "bench_room.h"
 #include "commands.h"
 #include "orsanta/orsanta.h"
 
@@ -152,21 +152,11 @@ void Tell_States(const C_Strip& strip, int stations, const std::atomic<bool>& cl
 }
 
 void Set_Up_Bench(const C_Panel& panel) {
-  bench::Settings settings;
-  settings.seed = panel.seed;
-  bench::Reset(settings);
-  std::vector<VCM_Resource_struct> records;
+  Set_Up_Room(panel.stations, panel.seed);
   for (int n = 1; n <= panel.stations; ++n) {
     bench::Place_Part(n, Block_Mm);
     if (n < Io_Channels) bench::Set_Input(n, 1);  // nobody asks for a measurement
-    VCM_Resource_struct record;
-    record.CanID = record.AxisNum = record.AuxAxisNum = n;
-    record.ControllerNum = 2 * n;
-    record.SpareNum = 2 * n + 1;
-    record.ConnectServer = 1;
-    records.push_back(record);
   }
-  ORSA_resource_alloc(records.data(), panel.stations);
 }
 
 // Writes the store that the system would write after the questions of its very first start: they need not be asked,

@@ -13,6 +13,7 @@
 #include <thread>
 
 #include "bench/bench.h"
+#include "common/resources.h"
 #include "host/motor_base.h"
 #include "station/voice_motor.h"
 #include "support/front.h"
@@ -68,16 +69,7 @@ struct C_System {
     std::filesystem::current_path(std::filesystem::temp_directory_path());
     Replace_Front(std::make_unique<C_Absent_Person>());
     bench::Reset();
-    CMyArray<VCM_Resource_struct> resources;
-    for (int n = 1; n <= Stations; ++n) {
-      VCM_Resource_struct record;
-      record.CanID = record.AxisNum = record.AuxAxisNum = n;
-      record.ControllerNum = 2 * n;
-      record.SpareNum = 2 * n + 1;
-      record.ConnectServer = 1;
-      resources.Add(record);
-    }
-    base = std::make_unique<C_VoiceMotorBase>(resources, 0, 115200, 0, 0);
+    base = std::make_unique<C_VoiceMotorBase>(Numbered_Resources(Stations), 0, 115200, 0, 0);
     panel = std::make_unique<C_ORS_Dlg>(base.get());
   }
   ~C_System() {

@@ -82,7 +82,7 @@ int main() {
     settings.Save();
   }
   bench::Reset();
-  C_Timed_Supervisor base(Resources(All_Stations), Host_Port, 115200, 0, 0);
+  C_Timed_Supervisor base(Numbered_Resources(All_Stations), Host_Port, 115200, 0, 0);
   Sleep(1000);
 
   std::atomic<bool> stop{false};

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "bench/bench.h"
+#include "common/resources.h"
 #include "common/temp_folder.h"
 #include "host/motor_base.h"
 #include "host/task_app.h"
@@ -17,25 +18,12 @@ namespace orsanta {
 
 constexpr int All_Stations = 14;
 
-inline CMyArray<VCM_Resource_struct> Resources(int stations) {
-  CMyArray<VCM_Resource_struct> records;
-  for (int n = 1; n <= stations; ++n) {
-    VCM_Resource_struct record;
-    record.CanID = record.AxisNum = record.AuxAxisNum = n;
-    record.ControllerNum = 2 * n;
-    record.SpareNum = 2 * n + 1;
-    record.ConnectServer = 1;
-    records.Add(record);
-  }
-  return records;
-}
-
 class C_Bench_System {
  public:
   // Starts the stations, and ends when their probes are up.
   explicit C_Bench_System(int stations) {
     bench::Reset();
-    base = std::make_unique<C_VoiceMotorBase>(Resources(stations), 0, 115200, 0, 0);
+    base = std::make_unique<C_VoiceMotorBase>(Numbered_Resources(stations), 0, 115200, 0, 0);
     for (int n = 1; n <= stations; ++n) {
       bench::Place_Part(n, 5.0);
       base->StationList[n - 1]->Set_Cur_BaseDistance(9.0F);

@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "bench/bench.h"
+#include "common/resources.h"
 #include "common/scripted_front.h"
 #include "common/temp_folder.h"
 #include "drive/motor.h"
@@ -35,17 +36,8 @@ class Operator : public ::testing::Test {
   ~Operator() override { base.reset(); }
 
   void Start(int stations, int io_mode = 0) {
-    CMyArray<VCM_Resource_struct> resources;
-    for (int n = 1; n <= stations; ++n) {
-      VCM_Resource_struct record;
-      record.CanID = record.AxisNum = record.AuxAxisNum = n;
-      record.ControllerNum = 2 * n;
-      record.SpareNum = 2 * n + 1;
-      record.ConnectServer = 1;
-      resources.Add(record);
-      bench::Place_Part(n, Block_Mm);
-    }
-    base = std::make_unique<C_VoiceMotorBase>(resources, 0, 115200, 0, io_mode);
+    for (int n = 1; n <= stations; ++n) bench::Place_Part(n, Block_Mm);
+    base = std::make_unique<C_VoiceMotorBase>(Numbered_Resources(stations), 0, 115200, 0, io_mode);
     for (int n = 0; n < stations; ++n) EXPECT_TRUE(Wait_Idle(n));
   }
   C_VoiceMotor& Station(int index) { return *base->StationList[index]; }
