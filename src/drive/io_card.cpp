@@ -10,7 +10,6 @@ namespace {
 constexpr int Server_Thread = 0;  // instruction thread of the card
 constexpr int Kind_Card_Output = 3;
 constexpr int Kind_Card_Input = 4;
-constexpr int Read_Failed = -1;
 constexpr int No_Card = 3;
 constexpr int Slowest_Pulse_Bit = 11;  // of the pulse counter, at rate 0
 

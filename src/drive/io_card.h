@@ -15,6 +15,7 @@ namespace orsanta {
 class C_Io_Card {
  public:
   static constexpr int Channel_Count = 8;  // of the card, as IO numbers 0 to 7
+  static constexpr int Read_Failed = -1;   // of Get_Io
 
   C_Io_Card() = default;
   ~C_Io_Card();

@@ -1,4 +1,6 @@
 // The exported surface: thin forwards to the supervisor and the stations. Told in full in orsanta/orsanta.h.
+#include <cmath>
+
 #include "drive/motor.h"
 #include "host/motor_base.h"
 #include "orsanta/orsanta.h"
@@ -31,6 +33,26 @@ bool Check_Station(const wchar_t* export_name, int station) {
   return false;
 }
 
+// False, after a message, for a station that does not exist or whose drive is not its own to move.
+bool Check_Drive(const wchar_t* export_name, int station) {
+  return Check_Station(export_name, station) && Supervisor().Check_Drive_Is_Own(station - 1);
+}
+
+// False, after a message, for a value that is no finite number.
+bool Check_Finite(const wchar_t* export_name, int station, double value) {
+  if (std::isfinite(value)) return true;
+  Message_Box(
+      Format_Text(L"%s：电机%d的参数%g不是有效数字，没有作任何更改，请检查上位机程序", export_name, station, value));
+  return false;
+}
+
+bool Check_Channel(const wchar_t* export_name, int channel) {
+  if (channel >= 0 && channel < C_Io_Card::Channel_Count) return true;
+  Message_Box(
+      Format_Text(L"%s：IO通道%d超出范围0到%d，请检查上位机程序", export_name, channel, C_Io_Card::Channel_Count - 1));
+  return false;
+}
+
 C_VoiceMotor& Station(int station) {
   return *Supervisor().StationList[station - 1];
 }
@@ -56,6 +78,11 @@ void ORSA_resource_alloc(const VCM_Resource_struct* records, int count) noexcept
 }
 
 void Orsanta_dll_init(int IoMode) noexcept {
+  // Two systems on the same drives would move the probes under each other.
+  if (theMotorBase != nullptr) {
+    Message_Box(L"Orsanta_dll_init：系统已经在运行，本次调用不起作用；需要重新启动时请先调用Orsanta_dll_uninit");
+    return;
+  }
   C_InitDlg settings;
   int MotorNum = 0, PortNum = 0, Baud = 0, advanceduser = 0, IoInit = 0, Start_num = 0;
   settings.Read_Out(MotorNum, PortNum, Baud, advanceduser, IoInit, Start_num);
@@ -82,7 +109,7 @@ void show_dlg(void) noexcept {
 }
 
 int do_test(int station, int task_code) noexcept {
-  if (!Check_Station(L"do_test", station)) return 0;
+  if (!Check_Drive(L"do_test", station)) return 0;
   return Supervisor().do_test(station, task_code);
 }
 
@@ -92,7 +119,7 @@ int get_ans(int station, double* thickness, double* force) noexcept {
 }
 
 void Check_User_Zero(int station) noexcept {
-  if (!Check_Station(L"Check_User_Zero", station)) return;
+  if (!Check_Drive(L"Check_User_Zero", station)) return;
   C_VoiceMotor& motor = Station(station);
   const double current = motor.Force_To_Current(motor.Val_Force_Set[0]);
   motor.Val_BaseDistance =
@@ -105,19 +132,19 @@ int Get_Force_Back_Finish(int station) noexcept {
 }
 
 int GoZero(int station) noexcept {
-  if (!Check_Station(L"GoZero", station)) return 0;
+  if (!Check_Drive(L"GoZero", station)) return 0;
   return Station(station).m_pMotor->Go_Zero();
 }
 
 void Set_Force(int station, double force) noexcept {
-  if (!Check_Station(L"Set_Force", station)) return;
+  if (!Check_Station(L"Set_Force", station) || !Check_Finite(L"Set_Force", station, force)) return;
   Station(station).Val_Force_Set[0] = force;
   Station(station).Test_Force[0] = force;
   Save_Parameter2file(station);
 }
 
 void Set_Force2(int station, double force) noexcept {
-  if (!Check_Station(L"Set_Force2", station)) return;
+  if (!Check_Station(L"Set_Force2", station) || !Check_Finite(L"Set_Force2", station, force)) return;
   Station(station).Val_Force_Set[1] = force;
   Station(station).Test_Force[1] = force;
   Save_Parameter2file(station);
@@ -134,7 +161,7 @@ void Save_Parameter2file(int station) noexcept {
 }
 
 void Set_Ans_Offset(int station, double offset) noexcept {
-  if (!Check_Station(L"Set_Ans_Offset", station)) return;
+  if (!Check_Station(L"Set_Ans_Offset", station) || !Check_Finite(L"Set_Ans_Offset", station, offset)) return;
   Station(station).Val_Block_Size = offset;
 }
 
@@ -144,15 +171,16 @@ void Get_Ans_Offset(int station, double* offset) noexcept {
 }
 
 void set_test_distance(int station, double distance) noexcept {
-  if (!Check_Station(L"set_test_distance", station)) return;
-  Station(station).test_distance = static_cast<float>(distance);
+  const auto held = static_cast<float>(distance);  // one beyond a float is no finite number either
+  if (!Check_Station(L"set_test_distance", station) || !Check_Finite(L"set_test_distance", station, held)) return;
+  Station(station).test_distance = held;
 }
 
 int SetIO(int channel, int value) noexcept {
-  Supervisor().IoCard.Set_Io(channel, value);
+  if (Check_Channel(L"SetIO", channel)) Supervisor().IoCard.Set_Io(channel, value);
   return 1;
 }
 
 int GetIO(int channel) noexcept {
-  return Supervisor().IoCard.Get_Io(channel);
+  return Check_Channel(L"GetIO", channel) ? Supervisor().IoCard.Get_Io(channel) : C_Io_Card::Read_Failed;
 }

@@ -18,6 +18,7 @@ namespace {
 
 constexpr int Stop_Timeout_Ms = 300000;  // of the lanes and of the loop thread
 constexpr int Io_Card_Can_Id = 15;
+constexpr int First_Position_Ms = 1000;  // for the first position of a device on the card's id
 constexpr double Pause_From_Um =
     100.0;  // a result beyond it, either way, leaves the host's line at rest for 1 ms first
 
@@ -34,6 +35,16 @@ struct C_Sent_Statistics {
   }
 };
 C_Sent_Statistics theSentStatistics;
+
+// A drive sends positions all the time, the IO card never.
+bool Is_A_Drive(C_Kestrune_Motor_test& device) {
+  double position = 0.0;
+  for (int waited_ms = 0; waited_ms <= First_Position_Ms; waited_ms += 10) {
+    if (device.Get_Cur_Pos(position) == 1) return true;
+    Sleep(10);
+  }
+  return false;
+}
 
 }  // namespace
 
@@ -88,7 +99,11 @@ void C_VoiceMotorBase::Add_Station(int index, int IoInit) {
   ParamTitles.Add(title.Text());
   StateTitles.Add(title.Text());
   StationList.Add(station);
-  if (station->Get_Motor_Ready() == 1) {
+  station->Owns_Store = Earlier_Station_On_Id(index) < 0 ? 1 : 0;
+  m_IdConflicts.Add(Id_Conflict(index, IoInit).Text());
+  if (!Check_Drive_Is_Own(index)) {
+    station->Motor_Ready = 0;
+  } else if (station->Get_Motor_Ready() == 1) {
     station->m_pMotor->SetScale(station->Val_SensorScale);
     station->Set_Cur_BaseDistance(static_cast<float>(station->Val_BaseDistance.Get()));
     IoCard.Set_Io_Mode(IoInit);
@@ -101,6 +116,39 @@ void C_VoiceMotorBase::Add_Station(int index, int IoInit) {
   }
   // A file of earlier results is looked for and its absence is no fault.
   CMyFileCopy::FileExist(Format_Text(L"测试历史纪录%d.dat", index + 1));
+}
+
+int C_VoiceMotorBase::Earlier_Station_On_Id(int index) const {
+  for (int i = 0; i < index; ++i) {
+    if (StationList[i]->CanID == StationList[index]->CanID) return i;
+  }
+  return -1;
+}
+
+bool C_VoiceMotorBase::Is_On_Card(int index, int IoInit) const {
+  C_VoiceMotor& station = *StationList[index];
+  if (station.CanID != Io_Card_Can_Id || station.Get_Motor_Ready() != 1) return false;
+  // Without a card in use the id is free for a drive, but the card may still stand on the bus.
+  return IoInit != 0 || !Is_A_Drive(*station.m_pMotor);
+}
+
+// Whose the CAN id of the station is, for the operator; empty for its own.
+CMyStringW C_VoiceMotorBase::Id_Conflict(int index, int IoInit) const {
+  const int can_id = StationList[index]->CanID;
+  const int other = Earlier_Station_On_Id(index);
+  if (other >= 0) {
+    return Format_Text(L"电机%d的CANID %d与电机%d相同，电机%d停用，请改为不同的CANID后重新启动", index + 1, can_id,
+                       other + 1, index + 1);
+  }
+  if (!Is_On_Card(index, IoInit)) return L"";
+  return Format_Text(L"电机%d的CANID %d是IO卡的地址，电机%d停用，请改为不同的CANID后重新启动", index + 1, can_id,
+                     index + 1);
+}
+
+bool C_VoiceMotorBase::Check_Drive_Is_Own(int index) const {
+  if (m_IdConflicts[index].empty()) return true;
+  Message_Box(m_IdConflicts[index].c_str());
+  return false;
 }
 
 int C_VoiceMotorBase::do_test(int station, int task_code) {

@@ -7,6 +7,9 @@
 //
 // IoLock is held around IO outputs of the task callbacks and around every write to HostSerial. StationList and
 // ResourceList do not change once the constructor has returned.
+//
+// A station whose CAN id is the one of an earlier station, or of the IO card, is told at the start and rests: it stays
+// in the list with its parameters, counts as not ready, gets no task, and saves nothing over the store of the other.
 #pragma once
 
 #include <string>
@@ -40,6 +43,9 @@ class C_VoiceMotorBase : public C_Muti_Task_app, public CBaseBindThread {
   // Takes the latest result of the station (from 1): 1 if it is new. Writes thickness (mm) and set force (g) in either
   // case, unless there is no such station, which gives 0.
   int get_ans(int station, double* thickness, double* force);
+  // False, after a message, for a station (from 0) whose CAN id belongs to another station or to the IO card: it moves
+  // no drive, since that would move the other's probe or wait for ever.
+  bool Check_Drive_Is_Own(int index) const;
   // Runs the operator's panel on the calling thread to its end.
   void show();
 
@@ -73,13 +79,19 @@ class C_VoiceMotorBase : public C_Muti_Task_app, public CBaseBindThread {
   void Ensure_Single_Process();
   void Open_Host_Serial(int PortNum, int Baud);
   void Add_Station(int index, int IoInit);
+  int Earlier_Station_On_Id(int index) const;  // -1 for none
+  bool Is_On_Card(int index, int IoInit) const;
+  CMyStringW Id_Conflict(int index, int IoInit) const;
 
   void SomeThinkNeedLoop();
+  void Serve_Station(int cursor);
   int Trigger_Level(C_VoiceMotor& station);
   void Start_Task_For_Level(int lane, int level);
   void Serve_Host_Serial();
   void Send_Status_Lines();
   void Send_Host_Line(const CMyStringW& line);
+
+  CMyArray<std::wstring> m_IdConflicts;  // one for each station: whose its CAN id is; empty for its own
 };
 
 }  // namespace orsanta

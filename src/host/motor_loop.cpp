@@ -42,8 +42,12 @@ void C_VoiceMotorBase::SomeThinkNeedLoop() {
   int cursor = theStationCursor + 1;
   if (cursor >= StationList.GetSize()) cursor = 0;
   theStationCursor = cursor;
-  C_VoiceMotor& station = *StationList[cursor];
+  if (m_IdConflicts[cursor].empty()) Serve_Station(cursor);
+  Serve_Host_Serial();
+}
 
+void C_VoiceMotorBase::Serve_Station(int cursor) {
+  C_VoiceMotor& station = *StationList[cursor];
   uint64_t fault = 0;
   station.m_pMotor->Get_Error_Code(fault);
   // The output is the one of the station's place in the list, without IoLock. The task callbacks use the CAN id: the
@@ -51,7 +55,6 @@ void C_VoiceMotorBase::SomeThinkNeedLoop() {
   if (fault != 0) IoCard.Set_Io(cursor + 1, 0);
 
   Start_Task_For_Level(cursor, Trigger_Level(station));
-  Serve_Host_Serial();
 }
 
 int C_VoiceMotorBase::Trigger_Level(C_VoiceMotor& station) {

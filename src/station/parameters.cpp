@@ -95,6 +95,7 @@ std::wstring C_VoiceMotor::Store_Name() const {
 }
 
 void C_VoiceMotor::Save() {
+  if (Owns_Store == 0) return;
   SaveAllClassParameterToHashOpt(Store_Name().c_str(), 1);
 }
 

@@ -236,6 +236,9 @@ class C_VoiceMotor : public CAutoSaveClassData2 {
   Shared<double> Val_Force_K{0.001};   // linear term, g/A
   Shared<double> Val_Force_KK{1.0};    // square term, g/A^2
   Shared<double> Val_TempSensorCanID;  // CAN id of the temperature board, 0 for none; takes effect at the next start
+  // 0: the store belongs to another station of the same CAN id, and Save does nothing.
+  Shared<int> Owns_Store{1};
+
  private:
   CMyArray<double> m_P;               // coefficients of the force surface; guarded by m_Surface_Lock
   mutable std::mutex m_Surface_Lock;  // leaf lock

@@ -55,15 +55,101 @@ TEST_F(Failures, ASilentDriveAndARestlessPartGiveAResultAndComeBack) {
   EXPECT_NEAR(Measure(1, 2.0), 2.0, 0.001);
 }
 
-TEST_F(Failures, TwoStationsOnOneCanId) {
-  Start({1, 1});
-  Sleep(20000);  // the second one's first lift-off finds no position, three times
+// The station rests, and neither the measuring nor the store nor the stop of the others suffers.
+TEST_F(Failures, AStationOnAnIdThatIsTakenIsToldAndRests) {
+  struct C_Case {
+    int can_id;
+    int io_mode;
+    std::wstring told;
+  };
+  const std::wstring on_card = L"电机2的CANID 15是IO卡的地址，电机2停用，请改为不同的CANID后重新启动";
+  for (const C_Case& item : {C_Case{1, 0, L"电机2的CANID 1与电机1相同，电机2停用，请改为不同的CANID后重新启动"},
+                             C_Case{15, 0, on_card}, C_Case{15, 1, on_card}}) {
+    std::vector<std::wstring> told = front->Boxes();
+    for (int bit = 0; bit < 8; ++bit) bench::Set_Input(bit, 1);
+    Start({1, item.can_id}, item.io_mode);
+    Correct_Reference(1, 123.0);
+    EXPECT_NEAR(Measure(1, 2.0), 2.0, 0.001);
+    bench::Set_Input(1, 0);  // also the input of a second station on id 1
+    if (item.io_mode == 1) {
+      EXPECT_NEAR(Next_Result(1), 2.0, 0.001);
+    }
+    Set_Force(2, 77.0);
+    EXPECT_EQ(do_test(2, ORSANTA_TASK_MEASURE), 0);
+    EXPECT_EQ(GoZero(2), 0);
+    Check_User_Zero(2);
+    told.insert(told.end(), 4, item.told);
+    EXPECT_EQ(front->Boxes(), told);
+    Stop();
+
+    Start({1});
+    double force = 0.0;
+    Get_Force(1, &force);
+    EXPECT_EQ(force, 123.0);
+    EXPECT_NEAR(Measure(1, 2.0), 2.0, 0.001);  // against the reference of before
+    Stop();
+  }
+}
+
+TEST_F(Failures, WithoutACardItsIdIsFreeForADrive) {
+  bench::Settings settings;
+  settings.io_card = false;
+  settings.first_drive_id = 15;
+  bench::Reset(settings);
+  Start({15});
+  EXPECT_EQ(do_test(1, ORSANTA_TASK_MEASURE), 1);
+  EXPECT_NEAR(Next_Result(1), -9.0, 0.001);  // the bare anvil against a reference at 0
+  EXPECT_TRUE(front->Boxes().empty());
+}
+
+TEST_F(Failures, ASecondStartIsToldAndTheSystemGoesOn) {
+  Start({1});
   Correct_Reference(1);
+  ORSA_resource_alloc(nullptr, 0);
+  Orsanta_dll_init(1);
+  EXPECT_EQ(front->Boxes(),
+            std::vector<std::wstring>{
+                L"Orsanta_dll_init：系统已经在运行，本次调用不起作用；需要重新启动时请先调用Orsanta_dll_uninit"});
   EXPECT_NEAR(Measure(1, 2.0), 2.0, 0.001);
-  EXPECT_EQ(do_test(2, ORSANTA_TASK_MEASURE), 1);  // its window never starts
-  EXPECT_EQ(Next_Result(2), -99.0);
-  Correct_Reference(1);
-  EXPECT_NEAR(Measure(1, 3.0), 3.0, 0.001);
+  EXPECT_EQ(GetIO(0), 3);
+  Stop();
+  Start({1});
+  EXPECT_NEAR(Measure(1, 2.0), 2.0, 0.001);
+}
+
+TEST_F(Failures, ArgumentsThatMakeNoSenseAreToldAndChangeNothing) {
+  Start({1}, 1);
+  Set_Force(1, 50.0);
+  Set_Force2(1, 60.0);
+  Set_Ans_Offset(1, 5.0);
+  set_test_distance(1, 8.0);
+  Save_Parameter2file(1);
+  SetIO(7, 1);
+  const std::string store = Text_Of("音圈电机1参数");
+  std::vector<std::wstring> told;
+  for (const double value : {__builtin_nan(""), __builtin_inf(), -__builtin_inf()}) {
+    Set_Force(1, value);
+    Set_Force2(1, value);
+    Set_Ans_Offset(1, value);
+    set_test_distance(1, value);
+    for (const wchar_t* name : {L"Set_Force", L"Set_Force2", L"Set_Ans_Offset", L"set_test_distance"})
+      told.emplace_back(
+          Format_Text(L"%s：电机1的参数%g不是有效数字，没有作任何更改，请检查上位机程序", name, value).Text());
+  }
+  set_test_distance(1, 1e300);  // beyond single precision
+  told.emplace_back(L"set_test_distance：电机1的参数inf不是有效数字，没有作任何更改，请检查上位机程序");
+  for (const int channel : {-1, 8}) {
+    EXPECT_EQ(SetIO(channel, 1), 1);
+    EXPECT_EQ(GetIO(channel), -1);
+    for (const wchar_t* name : {L"SetIO", L"GetIO"})
+      told.emplace_back(Format_Text(L"%s：IO通道%d超出范围0到7，请检查上位机程序", name, channel).Text());
+  }
+  EXPECT_EQ(front->Boxes(), told);
+  EXPECT_EQ(bench::Get_Output(7), 1);
+  EXPECT_EQ(GetIO(7), 0);
+  EXPECT_EQ(Text_Of("音圈电机1参数"), store);
+  Save_Parameter2file(1);
+  EXPECT_EQ(Text_Of("音圈电机1参数"), store);
 }
 
 TEST_F(Failures, AStationNumberAboveTheCountNamesTheExport) {
