@@ -8,6 +8,7 @@
 #include <fstream>
 #include <set>
 #include <sstream>
+#include <vector>
 
 #include "common/temp_folder.h"
 
@@ -15,7 +16,6 @@ namespace orsanta {
 namespace {
 
 using ::testing::HasSubstr;
-using ::testing::StartsWith;
 
 struct C_Outcome {
   int status = -1;
@@ -52,19 +52,65 @@ TEST(Built_Library, ShowsTheFunctionsOfItsHeaderAndNothingElse) {
   EXPECT_EQ(shown, declared);
 }
 
-TEST(Program, MeasuresAndWritesEachPartAndTestsItself) {
+struct C_Csv_Part {
+  double true_mm = 0.0, measured_mm = 0.0, true_force_g = 0.0;
+  int tried = 0, failed = 0;
+};
+
+std::vector<C_Csv_Part> Read_Parts(const std::string& path) {
+  std::ifstream csv(path);
+  std::string line;
+  std::getline(csv, line);
+  EXPECT_EQ(line, "station,part,true_mm,measured_mm,error_um,true_force_g,cycle_ms,tried,failed");
+  std::vector<C_Csv_Part> parts;
+  while (std::getline(csv, line)) {
+    C_Csv_Part part;
+    const bool full = std::sscanf(line.c_str(), "%*d,%*d,%lf,%lf,%*f,%lf,%*f,%d,%d", &part.true_mm, &part.measured_mm,
+                                  &part.true_force_g, &part.tried, &part.failed) == 5;
+    const bool empty =
+        std::sscanf(line.c_str(), "%*d,%*d,%lf,,,,,%d,%d", &part.true_mm, &part.tried, &part.failed) == 3;
+    EXPECT_TRUE(full || empty) << line;
+    parts.push_back(part);
+  }
+  return parts;
+}
+
+TEST(Program, MeasuresAtTheForceThatItNamesAndTestsItself) {
   const C_Temp_Folder folder;
-  const C_Outcome ran = Orsanta("measure --stations 2 --parts=2 --force 150 --csv parts.csv");
+  const C_Outcome ran = Orsanta("measure --stations 2 --parts=2 --force 50 --csv parts.csv");
   EXPECT_EQ(ran.status, 0) << ran.output;
-  EXPECT_THAT(ran.output, HasSubstr("PASS: 4 parts measured at 150 g"));
-  const std::string csv = Shell("cat parts.csv").output;
-  EXPECT_THAT(csv, StartsWith("station,part,true_mm,measured_mm,error_um,cycle_ms,failed\n1,1,"));
-  EXPECT_EQ(std::count(csv.begin(), csv.end(), '\n'), 5);
+  EXPECT_THAT(ran.output, HasSubstr("PASS: 4 parts measured at 50 g"));
+  const std::vector<C_Csv_Part> parts = Read_Parts("parts.csv");
+  EXPECT_EQ(parts.size(), 4U);
+  for (const C_Csv_Part& part : parts) {
+    EXPECT_EQ(part.tried - part.failed, 1);
+    EXPECT_NEAR(part.measured_mm, part.true_mm, 0.001);
+    EXPECT_NEAR(part.true_force_g, 50.0, 0.5);
+  }
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator("."), {}), 1);  // no store is left
 
   const C_Outcome tested = Orsanta("selftest");
   EXPECT_EQ(tested.status, 0) << tested.output;
   EXPECT_THAT(tested.output, HasSubstr("PASS"));
+}
+
+TEST(Program, AnInterruptedRunTellsWhichPartsWereNotTried) {
+  constexpr int Parts = 1000;
+  const C_Temp_Folder folder;
+  const C_Outcome ran =
+      Shell("timeout --preserve-status -s INT 8 " BUILT_PROGRAM " measure --stations 1 --parts 1000 --csv parts.csv");
+  EXPECT_EQ(ran.status, 1);
+  const std::vector<C_Csv_Part> parts = Read_Parts("parts.csv");
+  ASSERT_EQ(parts.size(), static_cast<size_t>(Parts));
+  int tried = 0;
+  for (const C_Csv_Part& part : parts) {
+    tried += part.tried;
+    EXPECT_EQ(part.failed, 0);
+    EXPECT_NEAR(part.measured_mm, part.tried * part.true_mm, 0.001);
+  }
+  const std::string told = "INTERRUPTED: " + std::to_string(Parts - tried) + " of " + std::to_string(Parts) +
+                           " parts were not tried, 0 failed";
+  EXPECT_THAT(ran.output, HasSubstr(told));
 }
 
 TEST(Program, AWrongArgumentGetsOneLineThatSaysWhatIsAllowed) {
