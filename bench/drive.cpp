@@ -29,7 +29,9 @@ constexpr int Go_Zero_Instruction = 0x55;
 }  // namespace
 
 C_Drive::C_Drive(const Settings& settings, int can_id)
-    : C_Motor_Device(settings, can_id, settings.force, Upper_Stop_Mm, Lower_Stop_Mm), m_Anvil_Mm(settings.anvil_mm) {
+    : C_Motor_Device(settings, can_id, settings.force, Upper_Stop_Mm, Lower_Stop_Mm),
+      m_Anvil_Mm(settings.anvil_mm),
+      m_Cyclic_Stroke(settings.cyclic_stroke) {
   Place_Surface();
 }
 
@@ -105,7 +107,7 @@ void C_Drive::Command_Position(double mm) {
 }
 
 void C_Drive::Start_Move(double target_mm) {
-  m_Profile.Start(m_Servo.Plant().Position(), target_mm);
+  m_Profile.Start(m_Servo.Plant().Position(), m_Servo.Plant().Velocity(), target_mm);
   m_Servo.Begin_Command();
   m_Executing = true;
 }
@@ -197,10 +199,10 @@ void C_Drive::Set_Ready(bool ready) {
 
 // --- Samples ---
 
-// Nobody reads the ends of the stroke between measurements. Sent all the time they would fill their FIFO, which keeps
-// old samples, and the next measurement's values would not get in.
+// Nobody reads the ends of the stroke between measurements. Sent all the time they fill their FIFO, which keeps old
+// samples, and a client that reads it once after a measurement gets what was there before.
 bool C_Drive::Is_Cyclic(int port) const {
-  return port != 10 && port != 11;
+  return m_Cyclic_Stroke || (port != 10 && port != 11);
 }
 
 double C_Drive::Port_Value(int port) {

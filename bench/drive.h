@@ -3,9 +3,10 @@
 //
 // Ports written: 0 position command, raw; 1 starts homing and stroke measurement; 4 and 12 upper and lower current
 // clamp, A; 6 speed, mm/s; 11 acceleration, mm/s^2; 7 to 10 stored and without effect. Ports sent: 4 position, raw; 5
-// run flag; 8 ready flag; 10 and 11 greatest and least position of the stroke, raw, sent once when measured; 15 load,
-// percent of 40 A; 16 coil current, A; 17 speed, mm/s; 18 position error, mm; 20 commanded position, mm; 200 version;
-// 201 fault bits. The two flags also send a sample at once when they change. The caller holds the bench's lock.
+// run flag; 8 ready flag; 10 and 11 greatest and least position of the stroke, raw, sent once when measured unless
+// Settings::cyclic_stroke is set; 15 load, percent of 40 A; 16 coil current, A; 17 speed, mm/s; 18 position error, mm;
+// 20 commanded position, mm; 200 version; 201 fault bits. The two flags also send a sample at once when they change.
+// The caller holds the bench's lock.
 #pragma once
 
 #include "bench/motor_device.h"
@@ -49,6 +50,7 @@ class C_Drive final : public C_Motor_Device {
   void Place_Surface();
 
   const double m_Anvil_Mm;
+  const bool m_Cyclic_Stroke;
   C_Profile m_Profile;
   double m_Speed = 20.0;
   double m_Part_Mm = 0.0;

@@ -13,6 +13,11 @@ std::mutex the_lock;
 C_Installation* the_installation = nullptr;
 uint64_t the_session = 0;
 
+// Whole ticks; 0 for a time below 0 or one that is no number.
+Ticks To_Ticks(double ms) {
+  return ms > 0.0 ? static_cast<Ticks>(std::floor(ms * static_cast<double>(Ticks_Per_Ms) + 1e-6)) : 0;
+}
+
 void Replace(const Settings& settings) {
   delete the_installation;
   the_installation = new C_Installation(settings);
@@ -21,13 +26,16 @@ void Replace(const Settings& settings) {
 
 }  // namespace
 
-C_Installation::C_Installation(const Settings& settings) : room(settings), refused_connects(settings.refused_connects) {
+C_Installation::C_Installation(const Settings& settings)
+    : room(settings),
+      refused_connects(settings.refused_connects),
+      instruction_ticks(To_Ticks(settings.instruction_ms)) {
   Restart_Server();
 }
 
 void C_Installation::Restart_Server() {
   room.Unsubscribe_All();
-  server = std::make_unique<C_Server>(room, server == nullptr ? 0 : server->Now());
+  server = std::make_unique<C_Server>(room, instruction_ticks, server == nullptr ? 0 : server->Now());
   connected = false;
   session = ++the_session;
 }
@@ -42,7 +50,7 @@ C_Access::C_Access() : m_Guard(the_lock) {
     now_ms = m_Installation->now_ms;
   }
   m_Installation->now_ms = now_ms;
-  m_Installation->server->Advance(static_cast<Ticks>(std::floor(now_ms * static_cast<double>(Ticks_Per_Ms) + 1e-6)));
+  m_Installation->server->Advance(To_Ticks(now_ms));
 }
 
 void Replace_Installation(const Settings& settings) {

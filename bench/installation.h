@@ -27,6 +27,7 @@ struct C_Installation {
   bool connected = false;
   uint64_t session = 0;  // counts the server's restarts
   int refused_connects;
+  const Ticks instruction_ticks;
   double now_ms = 0.0;    // since Reset, at the last opening
   double start_ms = 0.0;  // of the clock, at Reset
 };

@@ -15,7 +15,7 @@ class C_Profile {
   void Set_Acceleration(double mm_per_s2);
   double Speed() const { return m_Speed; }
 
-  void Start(double from, double target);
+  void Start(double from, double velocity, double target);
   void Step();  // one tick
   bool Is_Done() const { return m_Done; }
   double Target() const { return m_Target; }

@@ -59,11 +59,14 @@ void C_Server::Advance(Ticks to) {
 Ticks C_Server::Next_Look(Ticks to) const {
   Ticks next = to;
   for (const auto& [number, thread] : m_Threads) {
-    if (thread.queue.empty()) continue;
-    const bool timed = thread.queue.front().op == Op::Till_Time;
-    next = std::min(next, timed ? thread.wait_until : m_Now + Look_Ticks);
+    if (!thread.queue.empty()) next = std::min(next, Next_Look_At(thread));
   }
   return std::max(next, m_Now + 1);
+}
+
+Ticks C_Server::Next_Look_At(const C_Thread& thread) const {
+  if (m_Now < thread.due) return thread.due;
+  return thread.queue.front().op == Op::Till_Time ? thread.wait_until : m_Now + Look_Ticks;
 }
 
 // --- Threads ---
@@ -78,6 +81,7 @@ bool C_Server::Queue(int thread, const C_Instruction& instruction) {
     Report(thread, Fault::Queue_Full, thread);
     return false;
   }
+  if (t.queue.empty()) t.due = m_Now + m_Pace;
   t.queue.push_back(instruction);
   ++t.queued;
   Run_Threads();
@@ -121,14 +125,15 @@ void C_Server::Run_Threads() {
   }
 }
 
-// Runs the thread up to a wait that holds. True if anything was done.
+// Runs the thread up to a wait that holds or an instruction that is not due. True if anything was done.
 bool C_Server::Run(int number, C_Thread& thread) {
   bool done_any = false;
-  while (!thread.queue.empty()) {
+  while (!thread.queue.empty() && m_Now >= thread.due) {
     const C_Instruction ins = thread.queue.front();
     const bool wait = Is_Wait(ins.op);
     if (wait && Holds(number, thread, ins)) break;
     thread.queue.pop_front();
+    thread.due = m_Now + m_Pace;
     thread.wait_begun = false;
     if (!wait) Execute(number, thread, ins);
     ++thread.finished;

@@ -1,7 +1,8 @@
 // The motion server: instruction threads, channel and IO maps, FIFOs, axes.
 //
-// Instructions of a thread run in order and take no time; a wait holds its own thread alone. Threads with nothing to
-// wait for run to their end inside the call that queued the instruction. The caller holds the bench's lock.
+// Instructions of a thread run in order, each when its pace has passed since the one before or since it was queued; a
+// wait holds its own thread alone. At a pace of 0 a thread with nothing to wait for runs to its end inside the call
+// that queued the instruction. The caller holds the bench's lock.
 #pragma once
 
 #include <deque>
@@ -25,8 +26,8 @@ class C_Server {
   static constexpr int Error_Limit = 64;       // errors kept; later ones are dropped until one is fetched
   static constexpr int Back_Jump_Limit = 65536;
 
-  // now: the time at which the room stands.
-  C_Server(C_Room& room, Ticks now) : m_Room(room), m_Now(now) {}
+  // pace: time for each instruction. now: the time at which the room stands.
+  C_Server(C_Room& room, Ticks pace, Ticks now) : m_Room(room), m_Pace(pace), m_Now(now) {}
 
   Ticks Now() const { return m_Now; }
 
@@ -56,6 +57,7 @@ class C_Server {
     std::deque<C_Instruction> queue;
     uint64_t queued = 0;
     uint64_t finished = 0;
+    Ticks due = 0;            // when the server gets to the head of the queue
     bool wait_begun = false;  // the wait at the head of the queue has been looked at
     Ticks wait_until = 0;     // of a wait for a time
     int back_jump_size = 0;
@@ -74,6 +76,7 @@ class C_Server {
   bool Holds(int number, C_Thread& thread, const C_Instruction& ins);
   void Execute(int number, C_Thread& thread, const C_Instruction& ins);
   Ticks Next_Look(Ticks to) const;
+  Ticks Next_Look_At(const C_Thread& thread) const;
   void Report(int thread, Fault fault, int subject);
   bool Is_Idle(int thread) const;
 
@@ -94,6 +97,7 @@ class C_Server {
   double* Register(int number, C_Thread& thread, int reg);
 
   C_Room& m_Room;
+  const Ticks m_Pace;
   Ticks m_Now;
   std::map<int, C_Thread> m_Threads;
   std::deque<C_Instruction_Error> m_Errors;

@@ -37,3 +37,11 @@ function(orsanta_tests name)
   gtest_discover_tests(test_${name} TEST_PREFIX ${name}. DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
                        PROPERTIES TIMEOUT 240 ENVIRONMENT ${what_is_not_ours})
 endfunction()
+
+# orsanta_tests_at_1_ms(<name> <filter>)
+# Some tests of test_<name> once more, on a simulated motion server that takes a millisecond for each instruction. Tests
+# that hold times to the millisecond stay out.
+function(orsanta_tests_at_1_ms name filter)
+  add_test(NAME ${name}.at_1_ms COMMAND test_${name} --gtest_filter=${filter})
+  set_tests_properties(${name}.at_1_ms PROPERTIES TIMEOUT 240 ENVIRONMENT ORSANTA_TEST_INSTRUCTION_MS=1)
+endfunction()

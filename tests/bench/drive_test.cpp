@@ -85,6 +85,35 @@ TEST(Motion, Keeps_Speed_And_Acceleration_And_Is_Slower_Under_A_Low_Clamp) {
   EXPECT_GT(time_of_8_mm(1000.0, 100000.0, 0.3), strong + 5.0);
 }
 
+// A command on the way - further, short of the braking way, back, at a lower speed - starts from the present speed.
+TEST(Motion, Goes_Over_To_A_New_Command_Within_The_Acceleration) {
+  const double commands[][2] = {{8.5, 80.0}, {8.0, 80.0}, {2.0, 80.0}, {0.0, 80.0}, {8.5, 20.0}};
+  for (const auto& [target, speed] : commands) {
+    SCOPED_TRACE(testing::Message() << target << " mm at " << speed << " mm/s");
+    orsanta::C_Simulated_Clock clock(1);
+    Connect();
+    const C_Test_Drive drive(1);
+    drive.Speed(80.0);
+    drive.Send(8, 1000.0);
+    drive.Go(8.0);
+    double way[4] = {};  // at the last four milliseconds
+    double most = 0.0;
+    for (int ms = 0; ms < 1000; ++ms) {
+      if (ms == 60) {
+        EXPECT_NEAR(bench::True_Position(1), 1.8, 0.1);
+        drive.Speed(speed);
+        drive.Go(target);
+      }
+      Sleep(1);
+      std::rotate(way, way + 1, way + 4);
+      way[3] = bench::True_Position(1);
+      most = std::max(most, std::abs(way[3] - 2 * way[2] + way[1]) * 1e6);  // mm/s^2
+    }
+    EXPECT_NEAR(most, 1000.0, 150.0);
+    EXPECT_NEAR(bench::True_Position(1), target, 0.001);
+  }
+}
+
 TEST(Run_Flag, Is_On_From_The_Command_Until_The_Probe_Stands) {
   orsanta::C_Simulated_Clock clock(1);
   Connect();
@@ -167,6 +196,30 @@ TEST(Homing, Measures_The_Stroke_Anew_And_Tells_When_It_Cannot) {
   EXPECT_EQ(drive.Newest(drive.Channel(1)), 0);
 }
 
+TEST(Homing, Keeps_Commands_For_Later_And_Sends_Its_Ends_Once_Or_All_The_Time) {
+  for (const bool cyclic : {false, true}) {
+    orsanta::C_Simulated_Clock clock(1);
+    bench::Settings settings;
+    settings.cyclic_stroke = cyclic;
+    Connect(settings);
+    const C_Test_Drive drive(1);
+    drive.Speed(50.0);
+    drive.Send(1, 0.0);
+    Sleep(100);
+    const double start = Now_Ms();
+    drive.Go(3.0);
+    drive.Speed(80.0);
+    while (drive.Newest(drive.Ready()) == 0) Sleep(1);
+    EXPECT_NEAR(Now_Ms() - start, 900.0, 30.0) << "the homing kept its own 20 mm/s";
+    EXPECT_NEAR(bench::True_Position(1), 0.0, 0.1);
+    EXPECT_NEAR(drive.Till_Idle(), 3.0 / 80.0 * 1000.0 + 16.0, 10.0) << "the speed last commanded";
+    EXPECT_NEAR(bench::True_Position(1), 3.0, 0.001);
+    EXPECT_EQ(Take(drive.Channel(2)).size(), cyclic ? 256u : 1u) << "of the time before the homing";
+    Sleep(100);
+    EXPECT_EQ(Take(drive.Channel(2)).size(), cyclic ? 50u : 0u);
+  }
+}
+
 TEST(Faults, Of_The_Probe_And_Of_The_Bus_Come_And_Go) {
   orsanta::C_Simulated_Clock clock(1);
   Connect();
@@ -183,6 +236,17 @@ TEST(Faults, Of_The_Probe_And_Of_The_Bus_Come_And_Go) {
   bench::Set_Stuck(1, false);
   Sleep(500);
   EXPECT_NEAR(bench::True_Position(1), 5.0, 0.001);
+
+  Take(drive.Position());
+  Sleep(2);
+  const double last = Take(drive.Position()).back();
+  bench::Set_Frozen(1, true);
+  drive.Go_And_Wait(4.0);
+  const std::vector<double> frozen = Take(drive.Position());
+  EXPECT_GT(frozen.size(), 20u);
+  EXPECT_EQ(std::count(frozen.begin(), frozen.end(), last), static_cast<std::ptrdiff_t>(frozen.size()));
+  bench::Set_Frozen(1, false);
+  EXPECT_NEAR(drive.Mean_Position(50), 4.0, 0.001);
 
   bench::Place_Part(1, 2.0);
   drive.Land(1.0);

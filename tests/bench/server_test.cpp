@@ -42,7 +42,14 @@ TEST(Fifo, Keeps_Old_Samples_When_Full_And_Loses_Only_What_A_Reset_Finds) {
   EXPECT_EQ(count, 3);
   EXPECT_GT(later[0] - first[7], 10 * (first[1] - first[0])) << "the samples that found it full were kept";
 
-  RESET_INPUT_DATA_FIFO(1, 25, 4);
+  Sleep(6);
+  RESET_INPUT_DATA_FIFO(1, 25, 4);  // three samples are in it, and no others are lost
+  GetInputChannelData(25, 16, &count, values, nullptr);
+  EXPECT_EQ(count, 0);
+  Sleep(6);
+  GetInputChannelData(25, 16, &count, values, first);
+  EXPECT_EQ(count, 3);
+  EXPECT_EQ(first[0] - later[2], 4 * (later[2] - later[1]));
   Sleep(100);
   EXPECT_EQ(Take(25).size(), 4u);
 
@@ -73,6 +80,20 @@ TEST(Fifo, Carries_The_Width_Of_The_Port_And_Goes_Over_To_A_New_Port) {
   Sleep(10);
   const auto version = static_cast<uint64_t>(Take(900).back());
   EXPECT_EQ(version >> 40, 0x20u) << "the century of the date stands in the top byte";
+
+  // Outwards a whole number is cut off, and one that does not fit is refused.
+  SET_INPUT_DATA_MAP(1, 1, 20, 8, 900);
+  SET_OUTPUT_DATA_MAP(1, 1, 0, 3, 901);
+  const double commanded[][2] = {{65536.9, 65536}, {-65536.9, -65536}, {8388607.9, 8388607}, {8388608, 8388607}};
+  for (const auto& [value, raw] : commanded) {
+    OUTPUT_DATA(1, 901, value);
+    drive.Till_Idle();
+    Take(900);
+    Sleep(3);
+    EXPECT_NEAR(Take(900).back() * bench_test::Raw_Per_Mm, raw, 1e-3) << value;
+  }
+  EXPECT_EQ(Error().found, 1);
+  EXPECT_EQ(Error().found, 0);
 }
 
 TEST(Threads, Run_In_Order_And_A_Wait_Holds_Its_Own_Thread_Alone) {
@@ -110,6 +131,33 @@ TEST(Threads, Run_In_Order_And_A_Wait_Holds_Its_Own_Thread_Alone) {
   EXPECT_EQ(Error().found, 0);
 }
 
+TEST(Threads, Take_Their_Pace_For_Each_Instruction_Side_By_Side) {
+  for (const double pace_ms : {0.0, 1.0, 2.5, -1.0}) {
+    SCOPED_TRACE(pace_ms);
+    orsanta::C_Simulated_Clock clock(1);
+    bench::Settings settings;
+    settings.instruction_ms = pace_ms;
+    Connect(settings);
+    const double each = std::max(pace_ms, 0.0);
+    const double start = Now_Ms();
+    for (const int thread : {5, 6, 5, 6, 5, 6}) USE_LOCAL_REG(thread);
+    TILLTIME(5, 20);
+    WaitForAllInsFinish(6);  // looks every millisecond
+    EXPECT_EQ(Now_Ms() - start, std::ceil(3 * each));
+    WaitForAllInsFinish(5);
+    EXPECT_EQ(Now_Ms() - start, std::ceil(4 * each) + 20);
+    Sleep(50);  // an idle thread saves no time up, and one that was emptied owes none
+    for (const bool empty : {false, true}) {
+      USE_LOCAL_REG(6);
+      if (empty) ClearInsBuffer(6);
+      USE_LOCAL_REG(6);
+      const double queued = Now_Ms();
+      WaitForAllInsFinish(6);
+      EXPECT_EQ(Now_Ms() - queued, std::ceil(each * (empty ? 1 : 2)));
+    }
+  }
+}
+
 TEST(Connection, Refuses_Until_Prepared_And_Drops_Everything_With_A_Rebuild) {
   orsanta::C_Simulated_Clock clock(1);
   bench::Settings settings;
@@ -139,6 +187,11 @@ TEST(Connection, Refuses_Until_Prepared_And_Drops_Everything_With_A_Rebuild) {
   EXPECT_NE(ConnectControlServer(L"", 0, nullptr), 0);
   EXPECT_EQ(WaitForAllInsFinish(1), 1);
   EXPECT_EQ(GetInputChannelData(drive.Position(), 1, &count, &value, nullptr), 0);
+
+  ReleaseDevice();
+  EXPECT_EQ(ConnectControlServer(L"", 0, nullptr), 0) << "a released client is prepared anew";
+  InitDevice_PC_Local_Controler(1, 0);
+  EXPECT_NE(ConnectControlServer(L"", 0, nullptr), 0);
 }
 
 TEST(Errors, Name_Thread_Position_And_Reason_And_Leave_Everything_As_It_Was) {

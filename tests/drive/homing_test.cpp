@@ -6,7 +6,7 @@ namespace {
 
 // The check of a drive that homes by itself: over its whole stroke when it is sound, then with a failure at each step.
 TEST_F(C_Room, The_Check_Of_A_Drive_Runs_Over_Its_Stroke_Or_Ends_With_The_Words_Of_The_First_Failure) {
-  bench::Reset();
+  Reset();
   C_Kestrune_Motor_test motor(3, 1, 1);
   double max = 0.0;
   double min = 0.0;
@@ -50,6 +50,27 @@ TEST_F(C_Room, The_Check_Of_A_Drive_Runs_Over_Its_Stroke_Or_Ends_With_The_Words_
   EXPECT_EQ(check(), 0);
   expected.insert(expected.end(), {L"Check_Ready无法获取数据通道", L"ID:9的驱动器无法回零"});
   EXPECT_EQ(m_Front->Boxes(), expected);
+}
+
+// A drive that sends the ends of its stroke all the time: the check reads what was there before the measurement, passes
+// without a step over the stroke the first time, and runs over the stroke of the measurement before ever after.
+TEST_F(C_Room, The_Check_Reads_Old_Ends_Where_A_Drive_Sends_Them_All_The_Time) {
+  bench::Settings settings;
+  settings.cyclic_stroke = true;
+  Reset(settings);
+  C_Kestrune_Motor_test motor(3, 1, 1);
+  motor.Map_Once();
+  Sleep(1000);
+  double max = 77.0;
+  double min = 77.0;
+  EXPECT_EQ(motor.Home_And_Check(9, max, min), 1);
+  EXPECT_EQ(max, 0.0);
+  EXPECT_EQ(min, 0.0);
+  bench::Place_Part(3, 4.0);
+  Sleep(1000);
+  EXPECT_EQ(motor.Home_And_Check(9, max, min), 1);
+  EXPECT_NEAR(max, 8.95, 0.01);
+  EXPECT_TRUE(m_Front->Boxes().empty());
 }
 
 }  // namespace

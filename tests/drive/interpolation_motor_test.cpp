@@ -20,7 +20,7 @@ class C_Interpolation_Test : public C_Room {
   C_Interpolation_Test() {
     bench::Settings settings;
     settings.temperature_boards = {Id};
-    bench::Reset(settings);
+    Reset(settings);
     bench::Set_Home_Sensor(Id, 2, Edge_Mm, false);
     bench::Set_Home_Sensor(Id, 6, Second_Edge_Mm, true);
   }

@@ -9,7 +9,7 @@ namespace {
 class C_Io_Card_Test : public C_Room {
  protected:
   C_Io_Card_Test() {
-    bench::Reset();
+    Reset();
     InitDevice_PC_Local_Controler(1, 0);
     ConnectControlServer(L"", 0, nullptr);
     bench::Journal_Clear();

@@ -21,7 +21,7 @@ class C_Motor_Test : public C_Room {
     settings.drives = 3;
     settings.io_card = false;
     settings.noise_mm = 0.0;
-    bench::Reset(settings);
+    Reset(settings);
   }
 };
 
@@ -160,6 +160,29 @@ TEST_F(C_Mapped_Motor_Test, Go_Pos_Arrives_Whatever_Old_Samples_Wait) {
   const double polls = (Now_Ms() - before) / 2.0;  // a poll waits for the next sample of the run flag
   EXPECT_GT(polls, 5500.0);
   EXPECT_NEAR(m_Front->Count_Boxes(L"到位超时"), polls - 5000.0, 5.0);
+}
+
+// A command that the server runs within a millisecond is on its way when the drive is first asked whether it has
+// arrived, whatever the phase of the samples. A slower server's is not: the move reports an arrival before it begins.
+TEST_F(C_Room, Go_Pos_Waits_For_The_Motion_Of_A_Server_That_Runs_A_Command_Within_A_Millisecond) {
+  for (const double pace_ms : {0.0, 1.0, 3.0}) {
+    bench::Settings settings;
+    settings.instruction_ms = pace_ms;
+    bench::Reset(settings);
+    int early = 0;
+    for (int id = 1; id <= 14; ++id) {
+      C_Kestrune_Motor_test motor(id, id, 1);
+      motor.Map_Once();
+      for (const int idle_ms : {0, 100, 1000}) {
+        Sleep(idle_ms);
+        const double target = idle_ms == 100 ? 0.0 : 4.0;
+        EXPECT_EQ(motor.Go_Pos(target), 1);
+        early += std::abs(bench::True_Position(id) - target) > 0.06 ? 1 : 0;
+        Sleep(300);
+      }
+    }
+    EXPECT_EQ(early, pace_ms > 1.0 ? 42 : 0) << pace_ms;
+  }
 }
 
 TEST_F(C_Mapped_Motor_Test, A_Silent_Drive_Is_Told_And_Ends_The_Waits) {

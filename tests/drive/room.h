@@ -10,6 +10,7 @@
 
 #include "bench/bench.h"
 #include "common/scripted_front.h"
+#include "common/server_pace.h"
 
 namespace orsanta {
 
@@ -17,6 +18,11 @@ using Texts = std::vector<std::wstring>;
 
 class C_Room : public testing::Test {
  protected:
+  // A room with the pace of this run.
+  static void Reset(bench::Settings settings = {}) {
+    settings.instruction_ms = Server_Pace_Ms();
+    bench::Reset(settings);
+  }
   // The journal's calls in order, as "function(arguments); ", without the polls of the search and of the buffer.
   static std::string Calls() {
     std::string calls;

@@ -12,6 +12,7 @@
 #include "bench/bench.h"
 #include "common/resources.h"
 #include "common/scripted_front.h"
+#include "common/server_pace.h"
 #include "common/temp_folder.h"
 #include "orsanta/orsanta.h"
 #include "support/clock.h"
@@ -26,6 +27,7 @@ class System : public ::testing::Test {
   explicit System(uint64_t seed = 1) : clock(seed) {
     bench::Settings settings;
     settings.seed = seed;
+    settings.instruction_ms = Server_Pace_Ms();
     bench::Reset(settings);
   }
   ~System() override { Stop(); }

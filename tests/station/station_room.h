@@ -11,6 +11,7 @@
 
 #include "bench/bench.h"
 #include "common/scripted_front.h"
+#include "common/server_pace.h"
 #include "common/temp_folder.h"
 #include "drive/motor.h"
 #include "station/voice_motor.h"
@@ -34,6 +35,7 @@ class C_Station_Test : public testing::Test {
     bench::Settings settings;
     settings.drives = 1;
     settings.temperature_boards = {Board};
+    settings.instruction_ms = Server_Pace_Ms();
     bench::Reset(settings);
     Make_Station();
   }
