@@ -12,7 +12,7 @@ namespace orsanta {
 namespace {
 
 constexpr int Term_Count = 5;
-constexpr int Coefficient_Count = 6;  // the sixth is neither written nor read
+constexpr int Coefficient_Count = 6;  // the sixth is always 0 and is not read: it goes into the store with the others
 
 std::array<double, Term_Count> Terms(double I, double P) {
   return {1.0, I, P, I * P, I * (P * P)};
@@ -59,6 +59,7 @@ int C_My3DPolyfit::my3dfit(const CMyArray<double>& current, const CMyArray<doubl
   MY_ASSERT(current.GetSize() == force.GetSize());
   MY_ASSERT(current.GetSize() >= 1);
   coefficients.SetArraySize(Coefficient_Count);
+  coefficients[Coefficient_Count - 1] = 0.0;
   const std::span<const double> Current_matlab = View(current);
   const std::span<const double> Pos_matlab = View(position);
   const std::span<const double> Force_matlab = View(force);

@@ -2,7 +2,7 @@
 //
 //   F = p0 + p1 I + p2 P + p3 I P + p4 I P^2      I current in A, P position in mm, F force in g
 //
-// A coefficient array has exactly six elements: p0 to p4, and a sixth that nothing writes and nothing reads.
+// A coefficient array has exactly six elements: p0 to p4, and a sixth that a fit sets to 0 and nothing reads.
 //
 // The class holds no data; any thread may call, each on arrays of its own. A broken precondition is an assertion
 // report.
@@ -26,8 +26,8 @@ double Fit_Force_Surface(std::span<const double> current, std::span<const double
 class C_My3DPolyfit : public C_Live_Instances<C_My3DPolyfit> {
  public:
   // Fits the model to triples of current (A), position (mm) and force (g), of equal sizes of at least 1.
-  // coefficients: set to six elements, of which the first five are written; see Fit_Force_Surface for a set of samples
-  // that does not determine them. Always returns 1.
+  // coefficients: set to six elements; see Fit_Force_Surface for a set of samples that does not determine them. Always
+  // returns 1.
   int my3dfit(const CMyArray<double>& current, const CMyArray<double>& position, const CMyArray<double>& force,
               CMyArray<double>& coefficients);
 

@@ -98,9 +98,10 @@ TEST(Force_Surface, TurnsForceIntoCurrentAndBack) {
   surface.my3dinvval(Array({100}), Array({2}), Array({2, 0, 0.5, 0, 0, 0}), current);
   EXPECT_EQ(current[0], std::numeric_limits<double>::infinity());
 
+  p = Array({7, 7, 7, 7, 7, 7, 7});  // as memory that was in use
   surface.my3dfit(Array({1, 2, 4, 8, 16}), Array({2, 2, 2, 2, 2}), Array({0, 0, 0, 0, 0}), p);
   EXPECT_EQ(p.GetSize(), 6);
-  for (int j = 0; j < 5; ++j) EXPECT_EQ(p[j], 0.0) << "a square set with forces of 0 divides by no pivot";
+  for (int j = 0; j < 6; ++j) EXPECT_EQ(p[j], 0.0) << "a square set with forces of 0 divides by no pivot";
   // Forces 4 and 0 at one place: the model says 2, which is 2 too little for one and 2 too much for the other.
   double q[5];
   EXPECT_NEAR(Fit_Force_Surface(std::vector{1.0, 1.0}, std::vector{0.0, 0.0}, std::vector{4.0, 0.0}, q), 2.0, 1e-14);
