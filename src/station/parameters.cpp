@@ -41,6 +41,7 @@ C_VoiceMotor::C_VoiceMotor(int can_id, int axis_num, int aux_axis_num, int contr
                            int connect_server, int /*reserved1*/, int /*reserved2*/, int /*reserved3*/)
     : AxisNum(axis_num), ControllerNum(controller_num), SpareNum(spare_num), CanID(can_id) {
   m_MatData.SetBaseSaveFileDir_SubDir(L"历史数据", 1);
+  Own_Store(Store_Name().c_str());
   LoadAllClassParameterFromHashOpt(Store_Name().c_str(), 1);
   Test_Force[0] = Val_Force_Set[0];
   Test_Force[1] = Val_Force_Set[1];

@@ -8,8 +8,9 @@
 #include <mutex>
 #include <unordered_map>
 
-#include "support/store_disk.h"
-#include "support/store_file.h"
+#include "support/message_box.h"
+#include "support/store_access.h"
+#include "support/store_words.h"
 
 namespace orsanta {
 
@@ -54,10 +55,10 @@ void Put_Bytes(CHashObject_Buffer& entry, C_Entry_Kind kind, std::string_view by
   std::copy(bytes.begin(), bytes.end(), entry.m_Buffer.GetBuffer());
 }
 
-// The entry of the key in hand as a person finds it in the file.
-std::wstring Entry_Name(const CHashObject_Buffer& entry, CAutoSaveClassData_Data& data) {
-  return L"第" + std::to_wstring(entry.m_Line) + L"行 " + From_Utf8(Area_Path(data.m_AreaIDList.GetEndData())) + L" " +
-         From_Utf8(std::string(data.m_Key.Text())) + L" " + std::to_wstring(data.m_IndexList.GetEndData());
+// The entry of the key in hand as a person finds it on its line.
+std::wstring Entry_Name(CAutoSaveClassData_Data& data) {
+  return From_Utf8(Area_Path(data.m_AreaIDList.GetEndData())) + L" " + From_Utf8(std::string(data.m_Key.Text())) +
+         L" " + std::to_wstring(data.m_IndexList.GetEndData());
 }
 
 // Saving: puts the bytes under the key in hand. Loading: gives the bytes found there. False when there is nothing to
@@ -73,7 +74,7 @@ bool Process_Bytes(std::string& bytes, C_Entry_Kind kind, CAutoSaveClassData_Dat
   const CHashObject_Buffer* entry = data.m_Hash.Find();
   if (entry == nullptr) return false;
   if (entry->m_Kind != kind) {
-    data.m_Mismatches += L"\n" + Entry_Name(*entry, data) + L" 应为 " + From_Utf8(Kind_Word(kind));
+    data.m_Mismatches.push_back({entry->m_Line, Entry_Name(data) + L" 应为 " + From_Utf8(Kind_Word(kind))});
     return false;
   }
   bytes = entry->m_Buffer.Bytes();
@@ -114,6 +115,10 @@ C_Store_Content Content_Of(const CAutoSaveClassData_Data& data, const std::funct
     line.bytes = text_of_id(word(entry->m_Buffer.Bytes(), 4));
   }
   return content;
+}
+
+void Show(const std::wstring& message) {
+  if (!message.empty()) Message_Box(message);
 }
 
 }  // namespace
@@ -169,26 +174,43 @@ C_Store_Class::~C_Store_Class() {
 }
 
 int CAutoSaveClassData2::SaveAllClassParameterToHashOpt(const wchar_t* store, int /*reserved*/) {
+  if (m_Owns && Own_Store(store) == 0) return 0;
+  const std::string file = To_Utf8(store);
   const auto content = [this] {
     CAutoSaveClassData_Data data;
     OptSaveAndLoadDataStore(data);
     return Content_Of(data, [&](int id) { return std::string(LoadStrFromSaveHash(id, data)->Text()); });
   };
-  if (!Write_Store(store, content, !m_Unread)) return 0;
-  m_Unread = false;
-  return 1;
+  const C_Store_Writing writing = Write_Store(file, content, m_Copy_First);
+  if (writing.error == 0) m_Copy_First = false;
+  Show(Writing_Message(file, writing));
+  return writing.error == 0 ? 1 : 0;
 }
 
 int CAutoSaveClassData2::LoadAllClassParameterFromHashOpt(const wchar_t* store, int /*reserved*/) {
-  C_Store_Content content;
-  const C_Store_State state = Read_Store(store, content);
-  m_Unread = state == C_Store_State::Unread;
-  if (state != C_Store_State::Whole) return 0;
+  const std::string file = To_Utf8(store);
+  C_Store_Reading reading = Read_Store(file);
+  const bool is_read = reading.state == C_Store_State::Whole || reading.state == C_Store_State::Faulty;
+  if (is_read) Load_Members(store, reading);
+  C_Store_Copy copy;
+  if (!reading.faults.empty()) copy = Keep_Copy(file, reading.bytes);
+  m_Copy_First = reading.state == C_Store_State::Unread || copy.error != 0;
+  Show(Reading_Message(file, reading, copy));
+  return is_read ? 1 : 0;
+}
 
+int CAutoSaveClassData2::Own_Store(const wchar_t* store) {
+  m_Owns = true;
+  const int process = m_Claim.Take(To_Utf8(store));
+  if (process != 0) Show(Owner_Message(To_Utf8(store), process));
+  return process == 0 ? 1 : 0;
+}
+
+void CAutoSaveClassData2::Load_Members(const wchar_t* store, C_Store_Reading& reading) {
   CAutoSaveClassData_Data data;
   data.m_bLoad = 1;
   data.m_Store = store;
-  for (const C_Store_Entry& line : content.entries) {
+  for (const C_Store_Entry& line : reading.content.entries) {
     (data.m_Hash << Member_Entry)
         .ConnectIndexDataOrOutputData(Area_ID(line.path))
         .ConnectIndexDataOrOutputData(line.key.c_str())
@@ -203,8 +225,9 @@ int CAutoSaveClassData2::LoadAllClassParameterFromHashOpt(const wchar_t* store, 
   }
   OptSaveAndLoadDataStore(data);
 
-  if (!data.m_Mismatches.empty()) Move_Store_Aside(store, L"以下各项类型不符,保持默认值:" + data.m_Mismatches);
-  return 1;
+  reading.faults.insert(reading.faults.end(), data.m_Mismatches.begin(), data.m_Mismatches.end());
+  std::stable_sort(reading.faults.begin(), reading.faults.end(),
+                   [](const auto& a, const auto& b) { return a.line < b.line; });
 }
 
 void CAutoSaveClassData2::OptSaveAndLoadDataStore(CAutoSaveClassData_Data& /*data*/) {}
@@ -247,8 +270,9 @@ bool CAutoSaveClassData2::Begin_Array(const std::type_info& type, int& count, CA
     }
     // A store of another layout is not repaired: the member would hold what was never measured.
     if (record[0] != 0 || stored_type == nullptr || stored_type->Text() != type_name)
-      MY_ASSERT_REPORT(To_Utf8(L"参数文件 " + data.m_Store + L" " + Entry_Name(*entry, data) + L" 应为 array " +
-                               From_Utf8(type_name) + L",请修正或移走该文件后再启动"));
+      MY_ASSERT_REPORT(To_Utf8(L"参数文件 " + data.m_Store + L" 第" + std::to_wstring(entry->m_Line) + L"行 " +
+                               Entry_Name(data) + L" 应为 array " + From_Utf8(type_name) +
+                               L",请修正或移走该文件后再启动"));
     count = record[2];
   } else {
     const int record[] = {0, SaveStrToSaveHash(type_name.c_str(), data), count};

@@ -14,19 +14,23 @@
 //
 // A key that is absent from the store leaves its member as it is, so that old stores go on working with newer classes.
 //
-// A pass runs on the caller's thread and takes no lock of its own: members are read and written as they stand. Saves
-// and loads of one folder by several threads or processes follow one another, each save with its pass, so that an older
-// value never replaces a newer one; a pass must not wait for another thread. A store is a file under its bare name in
-// the working directory; its form stands in support/store_file.h, and what happens on the disk in support/store_disk.h.
+// A pass runs on the caller's thread and takes no lock of its own: members are read and written as they stand. Saves in
+// one folder by several threads or processes follow one another, each with its pass, so that an older value never
+// replaces a newer one; a pass must not wait for another thread. Loads wait for nobody. A store is a file under its
+// bare name in the working directory; its form stands in support/store_file.h, how it is read and replaced in
+// support/store_access.h.
 #pragma once
 
 #include <string>
 #include <typeinfo>
 #include <utility>
+#include <vector>
 
 #include "support/array.h"
 #include "support/hash.h"
 #include "support/shared.h"
+#include "support/store_access.h"
+#include "support/store_claim.h"
 #include "support/wide_string.h"
 
 namespace orsanta {
@@ -45,10 +49,10 @@ class CAutoSaveClassData_Data {
   // The number that stands for the present stack of class names, the same in every pass.
   int GetAreaIDFrom_OptSaveFunctionCallInClassNameList();
 
-  int m_TextCount = 0;              // texts in the table of texts
-  CHashObject_String m_Text_Found;  // what LoadStrFromSaveHash hands out
-  std::wstring m_Store;             // loading: name of the store
-  std::wstring m_Mismatches;        // loading: a line for each entry of another kind than its member takes
+  int m_TextCount = 0;                      // texts in the table of texts
+  CHashObject_String m_Text_Found;          // what LoadStrFromSaveHash hands out
+  std::wstring m_Store;                     // loading: name of the store
+  std::vector<C_Store_Fault> m_Mismatches;  // loading: entries of another kind than their members take
 };
 
 // The class path, names joined by '/', that an area id stands for.
@@ -70,11 +74,15 @@ class CAutoSaveClassData2 : public CDynamicClassCreatorObject {
   // are kept. On failure a message box names the file and the reason, and the old store stands. store: bare file name.
   // Returns 1, or 0 on failure.
   int SaveAllClassParameterToHashOpt(const wchar_t* store, int reserved);
-  // Reads the members from the store of that name, if it exists. A store that cannot be parsed is moved aside under a
-  // name that ends in ".bad", a message box says where it is wrong, and the members stay as they are. So it goes with
-  // single entries of another kind than their members take; all others are read. An array of another type is a fault of
-  // the program. Returns 1 when a store was read, else 0.
+  // Reads the members from the store of that name, if it exists. What cannot be taken leaves its member as it is: a
+  // line that does not parse, an entry of another kind than its member takes, the whole of a file that is no store.
+  // Then the file stays as it is, a copy is kept under a name that ends in ".bad", and a message box says on which line
+  // what is wrong. An array of another type is a fault of the program. Returns 1 when a store was read, else 0.
   int LoadAllClassParameterFromHashOpt(const wchar_t* store, int reserved);
+  // Makes the store the property of this process while the object lives: of an object that owns its store, saves are
+  // refused while another process owns it. A message box then names that process, here and at each refused save.
+  // Returns 1, or 0 when another process has it.
+  int Own_Store(const wchar_t* store);
 
  protected:
   // Names the persisted members; each override ends with a call of the base's.
@@ -129,7 +137,12 @@ class CAutoSaveClassData2 : public CDynamicClassCreatorObject {
   bool Begin_Array(const std::type_info& type, int& count, CAutoSaveClassData_Data& data);
   void End_Array(CAutoSaveClassData_Data& data);
 
-  Shared<bool> m_Unread = false;  // a store stands whose values could not be read
+  // Takes the entries of a store that was read, and adds to its faults.
+  void Load_Members(const wchar_t* store, C_Store_Reading& reading);
+
+  Shared<bool> m_Copy_First = false;  // a store stands of which not all values are in use and no copy is kept
+  Shared<bool> m_Owns = false;
+  C_Store_Claim m_Claim;
 };
 
 // Enters a class for the span of a scope: its name goes on the stack of class names, and its area on the stack of

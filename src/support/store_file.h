@@ -44,12 +44,21 @@ struct C_Store_Fault {
   std::wstring text;  // what is wrong there, for the operator
 };
 
+enum class C_Store_State {
+  Missing,
+  Whole,
+  Faulty,  // some lines cannot be taken, all others can
+  Broken,  // it is no store or not the whole of one, so that nothing of it can be taken
+  Unread,  // it stands, but the system does not give its bytes
+};
+
 // The word for a kind in the file.
 const char* Kind_Word(C_Entry_Kind kind);
 
 std::string Format_Store(const C_Store_Content& content);
-// Reads a whole file. On a fault it returns false and tells where; `content` is then of no use.
-bool Parse_Store(std::string_view text, C_Store_Content& content, C_Store_Fault& fault);
+// Takes what can be taken of a file: Whole, Faulty or Broken. A line that cannot be read costs only its own entry, an
+// element of an array the array, and a place that stands twice both entries. faults: what was not taken, by lines.
+C_Store_State Parse_Store(std::string_view text, C_Store_Content& content, std::vector<C_Store_Fault>& faults);
 // The entries of `present` that `written` does not name, and its comments, added to `written`. Elements beyond the end
 // of an array that was written anew are dropped.
 void Keep_Unknown_Entries(const C_Store_Content& present, C_Store_Content& written);

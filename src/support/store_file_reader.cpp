@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdint>
 #include <map>
+#include <set>
 #include <type_traits>
 
 #include "support/store_file.h"
@@ -21,7 +22,7 @@ std::string Bytes_Of(T value) {
   return std::string(reinterpret_cast<const char*>(&value), sizeof value);
 }
 
-// Thrown while a line is read; Parse_Store adds the number of the line.
+// Thrown while a line is read; Read_Lines adds the number of the line.
 struct C_Line_Fault {
   std::wstring text;
 };
@@ -198,18 +199,16 @@ void Check_Utf8(std::string_view line) {
   if (To_Utf8(From_Utf8(bytes)) != bytes) Fail(L"不是UTF-8文字,请用UTF-8编码保存");
 }
 
-// Reads all lines into `content`, and notes for each place on which line it stands.
-void Read_Lines(C_Lines& lines, C_Store_Content& content, std::map<store_form::C_Place, int>& places) {
-  std::string_view line;
-  bool started = false;
+using C_Places = std::map<store_form::C_Place, int>;  // the line of each
+
+// Reads the lines behind the first. Returns false when the last one is missing. What stands twice is in neither
+// `places` nor, in the end, `content`.
+bool Read_Lines(C_Lines& lines, C_Store_Content& content, C_Places& places, std::vector<C_Store_Fault>& faults) {
   bool ended = false;
-  while (lines.Next(line)) {
-    if (line.empty()) continue;
+  std::set<store_form::C_Place> doubled;
+  const auto read_line = [&](std::string_view line) {
     Check_Utf8(line);
-    if (!started) {
-      if (line != store_form::First_Line) Fail(L"第一行应为 orsanta store 1");
-      started = true;
-    } else if (line.front() == '#') {
+    if (line.front() == '#') {
       content.comments.emplace_back(line);
     } else if (ended) {
       Fail(L"end 之后还有内容");
@@ -219,42 +218,71 @@ void Read_Lines(C_Lines& lines, C_Store_Content& content, std::map<store_form::C
       C_Store_Entry entry = Read_Entry(line);
       entry.line = lines.Number();
       const auto [place, is_new] = places.try_emplace(store_form::Place_Of(entry), entry.line);
-      if (!is_new) Fail(L"与第" + std::to_wstring(place->second) + L"行重复");
+      if (!is_new) {
+        doubled.insert(place->first);
+        Fail(L"与第" + std::to_wstring(place->second) + L"行重复,两行都没有采用");
+      }
       content.entries.push_back(std::move(entry));
     }
-  }
-  if (!started) Fail(L"文件是空的");
-  if (!ended) Fail(L"文件不完整,缺少最后一行 end");
-}
-
-// An array whose elements are not all there would leave places without a value.
-bool Check_Arrays(const C_Store_Content& content, const std::map<store_form::C_Place, int>& places,
-                  C_Store_Fault& fault) {
-  for (const C_Store_Entry& entry : content.entries) {
-    if (entry.kind != C_Entry_Kind::Array) continue;
-    for (int i = 0; i < entry.count; ++i) {
-      if (places.count({entry.path + store_form::Element_Class, entry.key, i}) != 0) continue;
-      fault = {entry.line, L"数组应有" + std::to_wstring(entry.count) + L"个元素,缺少序号" + std::to_wstring(i)};
-      return false;
+  };
+  for (std::string_view line; lines.Next(line);) {
+    try {
+      if (!line.empty()) read_line(line);
+    } catch (const C_Line_Fault& fault) {
+      faults.push_back({lines.Number(), fault.text});
     }
   }
-  return true;
+  for (const store_form::C_Place& place : doubled) places.erase(place);
+  return ended;
+}
+
+// Drops arrays whose elements are not all there: places without a value would be left. An element may be an array
+// itself, so that dropping one can make another incomplete. Returns whether one was dropped.
+bool Drop_Incomplete_Array(C_Store_Content& content, C_Places& places, std::vector<C_Store_Fault>& faults) {
+  for (const C_Store_Entry& entry : content.entries) {
+    if (entry.kind != C_Entry_Kind::Array) continue;
+    const std::string element_path = entry.path + store_form::Element_Class;
+    int i = 0;
+    while (i < entry.count && places.count({element_path, entry.key, i}) != 0) ++i;
+    if (i == entry.count) continue;
+    faults.push_back(
+        {entry.line, L"数组应有" + std::to_wstring(entry.count) + L"个元素,缺少序号" + std::to_wstring(i)});
+    std::erase_if(places, [&entry, &element_path](const auto& place) {
+      const auto& [path, key, index] = place.first;
+      return key == entry.key && (path == entry.path || path == element_path);
+    });
+    return true;
+  }
+  return false;
 }
 
 }  // namespace
 
-bool Parse_Store(std::string_view text, C_Store_Content& content, C_Store_Fault& fault) {
+C_Store_State Parse_Store(std::string_view text, C_Store_Content& content, std::vector<C_Store_Fault>& faults) {
   content = {};
+  faults.clear();
   if (text.substr(0, Byte_Order_Mark.size()) == Byte_Order_Mark) text.remove_prefix(Byte_Order_Mark.size());
   C_Lines lines(text);
-  std::map<store_form::C_Place, int> places;
-  try {
-    Read_Lines(lines, content, places);
-  } catch (const C_Line_Fault& line_fault) {
-    fault = {std::max(lines.Number(), 1), line_fault.text};
-    return false;
+  std::string_view line;
+  while (line.empty() && lines.Next(line)) continue;
+  if (line != store_form::First_Line) {
+    faults.push_back({std::max(lines.Number(), 1), line.empty() ? L"文件是空的" : L"第一行应为 orsanta store 1"});
+    return C_Store_State::Broken;
   }
-  return Check_Arrays(content, places, fault);
+  C_Places places;
+  if (!Read_Lines(lines, content, places, faults)) {
+    content = {};
+    faults.push_back({lines.Number(), L"文件不完整,缺少最后一行 end"});
+    return C_Store_State::Broken;
+  }
+  const auto drop_the_lost = [&] {
+    std::erase_if(content.entries, [&](const auto& entry) { return places.count(store_form::Place_Of(entry)) == 0; });
+  };
+  do {
+    drop_the_lost();
+  } while (Drop_Incomplete_Array(content, places, faults));
+  std::stable_sort(faults.begin(), faults.end(), [](const auto& a, const auto& b) { return a.line < b.line; });
+  return faults.empty() ? C_Store_State::Whole : C_Store_State::Faulty;
 }
 
 }  // namespace orsanta

@@ -1,4 +1,4 @@
-// Feeds the store's reader with arbitrary bytes. What it accepts must survive being written and read again.
+// Feeds the store's reader with arbitrary bytes. What it takes must survive being written and read again.
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -19,14 +19,17 @@ void Demand(bool holds, const char* what) {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   using namespace orsanta;
   C_Store_Content content;
-  C_Store_Fault fault;
-  if (!Parse_Store({reinterpret_cast<const char*>(data), size}, content, fault)) {
-    Demand(fault.line >= 1 && !fault.text.empty(), "a refusal without line or reason");
+  std::vector<C_Store_Fault> faults;
+  const C_Store_State state = Parse_Store({reinterpret_cast<const char*>(data), size}, content, faults);
+  Demand(faults.empty() == (state == C_Store_State::Whole), "the faults do not go with the state");
+  for (const C_Store_Fault& fault : faults) Demand(fault.line >= 1 && !fault.text.empty(), "no line or no reason");
+  if (state == C_Store_State::Broken) {
+    Demand(content.entries.empty(), "takes entries of a broken file");
     return 0;
   }
   const std::string text = Format_Store(content);
   C_Store_Content again;
-  Demand(Parse_Store(text, again, fault), "refuses what it has written itself");
+  Demand(Parse_Store(text, again, faults) == C_Store_State::Whole, "refuses what it has written itself");
   Demand(Format_Store(again) == text, "writes another text the second time");
   C_Store_Content merged;
   Keep_Unknown_Entries(content, merged);

@@ -1,6 +1,8 @@
 // The first start asks for the settings; what the operator answers decides which system stands then and ever after.
+#include "common/other_process.h"
 #include "common/pty.h"
 #include "scenario/system.h"
+#include "support/store_claim.h"
 
 namespace orsanta {
 namespace {
@@ -27,6 +29,29 @@ TEST_F(Settings, TheFirstStartAsksAndLaterStartsGoByTheAnswer) {
   EXPECT_EQ(GetIO(5), 3);
   const auto shown = front->Shown();
   EXPECT_EQ(std::count_if(shown.begin(), shown.end(), [](auto& one) { return one.kind == C_Shown::Kind::Dialog; }), 1);
+}
+
+TEST_F(Settings, TwoProgramsInOneFolderDoNotOverwriteEachOther) {
+  C_Other_Process other([] { (new C_Store_Claim)->Take("音圈电机1参数"); });
+  const std::wstring told = L"音圈电机1参数 正由进程 " + std::to_wstring(other.Id());
+  Start({1, 2});
+  EXPECT_EQ(front->Boxes().size(), 1U);
+  EXPECT_EQ(front->Count_Boxes(told), 1);
+  Correct_Reference(1);
+  EXPECT_NEAR(Measure(1, 2.0), 2.0, 0.001);
+  front->Clear_Record();
+  Save_Parameter2file(1);
+  EXPECT_EQ(front->Count_Boxes(told), 1);
+  Save_Parameter2file(2);
+  EXPECT_EQ(front->Boxes().size(), 1U);
+  EXPECT_EQ(File_Text("音圈电机1参数"), "");
+  EXPECT_NE(File_Text("音圈电机2参数"), "");
+  other.Kill();
+  Save_Parameter2file(1);
+  EXPECT_NE(File_Text("音圈电机1参数"), "");
+  Stop();
+  Start({1, 2});  // within one process the store comes back
+  EXPECT_EQ(front->Boxes().size(), 1U);
 }
 
 }  // namespace

@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 #include <sys/mman.h>
 #include <sys/resource.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -13,6 +12,7 @@
 #include <functional>
 #include <random>
 
+#include "common/other_process.h"
 #include "store_thing.h"
 
 namespace orsanta {
@@ -71,13 +71,10 @@ class Store_Disk : public C_Store_Test {
 
   // Runs what changes the whole process in a child; false when a check in it failed.
   static bool Run_In_Child(const std::function<void()>& function) {
-    const pid_t child = fork();
-    if (child == 0) {
-      EXPECT_NO_THROW(function());
-      _exit(::testing::Test::HasFailure() ? 1 : 0);
-    }
-    int status = 0;
-    return waitpid(child, &status, 0) == child && WIFEXITED(status) && WEXITSTATUS(status) == 0;
+    return Exit_Status_Of([&] {
+             EXPECT_NO_THROW(function());
+             return ::testing::Test::HasFailure() ? 1 : 0;
+           }) == 0;
   }
 
   C_Failing_Disk* disk;
@@ -98,10 +95,35 @@ TEST_F(Store_Disk, Keeps_The_Old_Store_Whatever_Step_Fails) {
     Let_Fail(failure.step, failure.error);
     Expect_Refused(failure.reason);
   }
-  // A store that can neither be parsed nor moved aside stays.
-  Write("broken");
-  Let_Fail(C_Step::Rename, EROFS);
-  Expect_Refused("第1行");
+  // A store with values that are not in use stays until a copy of it stands.
+  for (const char* text : {"broken", "orsanta store 1\nC_Thing count 0 = text \"x\"\nend\n"}) {
+    Write(text);
+    Let_Fail(C_Step::Write, ENOSPC);
+    C_Thing thing;
+    thing.Load();
+    EXPECT_THAT(Only_Box(), HasSubstr("无法写入副本 音圈电机3参数.bad: 磁盘已满"));
+    EXPECT_EQ(thing.Save(), 0);
+    EXPECT_THAT(Only_Box(), AllOf(HasSubstr("无法写入副本"), HasSubstr("原有的参数文件保持不变")));
+    EXPECT_EQ(File_Text(File), text);
+    EXPECT_FALSE(fs::exists("音圈电机3参数.bad")) << "half a copy";
+    Let_Fail(C_Step::None);
+    EXPECT_EQ(thing.Save(), 1);
+    EXPECT_THAT(Only_Box(), HasSubstr("原文件的副本是 音圈电机3参数.bad。"));
+    EXPECT_EQ(File_Text("音圈电机3参数.bad"), text);
+    fs::remove("音圈电机3参数.bad");
+  }
+}
+
+TEST_F(Store_Disk, Writes_Nothing_That_Is_Too_Long_To_Be_Read) {
+  C_Thing thing;
+  thing.word.assign(Largest_Store, L'x');
+  EXPECT_EQ(thing.Save(), 0);
+  EXPECT_THAT(Only_Box(), HasSubstr("文件过大,超过64 MiB"));
+  EXPECT_FALSE(fs::exists(File));
+  Write("");
+  fs::resize_file(File, Largest_Store + 1);
+  EXPECT_EQ(thing.Load(), 0);
+  EXPECT_THAT(Only_Box(), HasSubstr("文件过大,超过64 MiB"));
 }
 
 TEST_F(Store_Disk, Never_Replaces_A_Store_That_It_Could_Not_Read) {
@@ -114,7 +136,7 @@ TEST_F(Store_Disk, Never_Replaces_A_Store_That_It_Could_Not_Read) {
   EXPECT_THAT(Only_Box(), HasSubstr("无法读取"));
   Let_Fail(C_Step::None);
   for (int i = 0; i < 2; ++i) EXPECT_EQ(thing.Save(), 1);
-  EXPECT_THAT(Only_Box(), HasSubstr("音圈电机3参数.bad"));
+  EXPECT_THAT(Only_Box(), AllOf(HasSubstr("没有全部使用"), HasSubstr("音圈电机3参数.bad")));
   EXPECT_EQ(File_Text("音圈电机3参数.bad"), before);
   EXPECT_FALSE(fs::exists("音圈电机3参数.1.bad"));
 }
@@ -144,11 +166,13 @@ TEST_F(Store_Disk, Says_What_Stands_In_The_Way_On_A_Real_Disk) {
   }));
   fs::permissions(folder.Path(), fs::perms::owner_all);
 
-  // Another program that does not give the folder back.
+  // Another program that does not give the folder back holds up no load.
   int held = -1;
   ASSERT_EQ(C_Disk().Lock_Folder(held), 0);
   {
     C_Simulated_Clock clock(1);
+    EXPECT_EQ(C_Thing().Load(), 1);
+    EXPECT_EQ(Now_Ms(), 0.0);
     Expect_Refused("另一个程序");
   }
   C_Disk().Unlock_Folder(held);
@@ -160,7 +184,7 @@ struct C_Progress {
 };
 
 TEST_F(Store_Disk, Holds_One_Of_The_Two_Last_States_After_Every_Kill) {
-  constexpr int Kills = 500;
+  constexpr int Kills = 250;
   std::uniform_int_distribution<unsigned> life_us(0, 4000);
   std::mt19937 random(5);
   void* shared = mmap(nullptr, sizeof(C_Progress), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);

@@ -26,6 +26,7 @@ class C_Thing : public CAutoSaveClassData2 {
   std::function<void()> on_pass;  // called at the end of each pass
 
   int Save() { return SaveAllClassParameterToHashOpt(L"音圈电机3参数", 1); }
+  int Own() { return Own_Store(L"音圈电机3参数"); }
   int Load() { return LoadAllClassParameterFromHashOpt(L"音圈电机3参数", 1); }
 
  protected:
