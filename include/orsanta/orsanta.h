@@ -1,15 +1,32 @@
 /* Orsanta: control and measuring core of a constant-force thickness gauge. The public C interface of liborsanta.so.
+ * For C from C89 and C++ from C++98 on; needs <stdint.h>.
  *
- * Stations are numbered from 1, in the order of the resource table. Forces are grams, lengths millimetres; a thickness
- * that failed shows in-band, as -99.0, 0.0 or a value worked out from a zero position. Failures that an operator can
- * see to are shown in message boxes from the calling thread, and the call then returns. Nothing is thrown.
+ * Units: forces are grams, lengths millimetres. Stations are numbered from 1, in the order of the resource table.
  *
  * Calling order: (ORSA_resource_alloc), Orsanta_dll_init, then any of the others in any order and from any thread, and
- * last Orsanta_dll_uninit. No other call is allowed before Orsanta_dll_init.
+ * last Orsanta_dll_uninit; then again from the start, if wanted. One system runs in a process: a second Orsanta_dll_init
+ * without an Orsanta_dll_uninit shows a message box and changes nothing.
  *
- * A station number above the number of stations shows a message box that names the function and the number; the call
- * then returns, with 0 if it returns an int, and writes nothing through its pointers. A station number below 1 is a
- * fault of the program: it ends the process with an assertion report.
+ * Failures that an operator can see to are shown in message boxes: the thread that meets one waits until the box is
+ * answered, be it the caller's or one of the library's. Without a display a box is a line on the error stream and counts
+ * as answered. Nothing is thrown, and no error code exists beyond the results told below.
+ *
+ * What a measurement gives that failed: a result like any other, which no part can give.
+ *   no position came from the drive       -99.0 or 0.0, and the correction that the operator has set
+ *   the position did not settle in time   the height of the reference surface above the lifted probe and the block's
+ *                                         size: more than fits under the probe
+ * So take a thickness for good only where it lies between the least and the greatest that your parts can have, written so
+ * that a number that is no number fails too: if (t >= least && t <= greatest).
+ *
+ * Wrong arguments. A station number above the number of stations, a value that is no finite number, and an IO channel
+ * outside 0 to 7 show a message box that names the function, the number and the station; the call then changes nothing,
+ * saves nothing, writes nothing through its pointers, and returns 0 unless something else stands with it. A station number below 1
+ * is a fault of the program and ends the process with an assertion report: a dump in the working directory, and exit
+ * status 3. Pointers must not be null.
+ *
+ * What the library does to the process: the stores of the stations, the settings and the dumps are files in its working
+ * directory, which must not change while the system runs; the process and the thread that calls Orsanta_dll_init get a
+ * raised priority, where the system grants it, and keep it.
  */
 #ifndef ORSANTA_ORSANTA_H
 #define ORSANTA_ORSANTA_H
@@ -22,14 +39,21 @@
 #define ORSANTA_API
 #endif
 
-#ifdef __cplusplus
-#define ORSANTA_NOEXCEPT noexcept
-extern "C" {
-#else
+#if !defined(__cplusplus)
 #define ORSANTA_NOEXCEPT
+#elif __cplusplus >= 201103L
+#define ORSANTA_NOEXCEPT noexcept
+#else
+#define ORSANTA_NOEXCEPT throw()
 #endif
 
-/* One station's bus assignment. */
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* One station's bus assignment: nine numbers, in this order and with nothing between them, in every language.
+ * Two stations may not have one CanID, nor may a station have 15, the IO card's: at the start such a station is told in
+ * a message box and rests, while the others work. */
 typedef struct VCM_Resource_struct {
   int32_t CanID;         /* CAN id of the drive, 1 to 63; also the station's id in texts, and its IO input and output */
   int32_t AxisNum;       /* axis of the interpolation device that reads the temperature, where one is fitted */
@@ -37,7 +61,7 @@ typedef struct VCM_Resource_struct {
   int32_t ControllerNum; /* instruction thread of the motion server */
   int32_t SpareNum;      /* kept, read by nothing */
   int32_t ConnectServer; /* 1: this station's drive may open the connection to the motion server */
-#ifdef __cplusplus
+#if defined(__cplusplus) && __cplusplus >= 201402L
   int32_t Reserved1 = -1; /* these three: -1, never read */
   int32_t Reserved2 = -1;
   int32_t Reserved3 = -1;
@@ -58,60 +82,67 @@ enum {
 
 /* --- Set-up --- */
 
-/* Replaces the resource table with `count` records. Optional; before Orsanta_dll_init. With count 0 the table is empty,
- * and Orsanta_dll_init fills it from the stored settings. */
+/* Replaces the resource table with `count` records, which it copies. Optional; before Orsanta_dll_init. With count 0 the
+ * table is empty, and Orsanta_dll_init fills it from the stored settings. */
 ORSANTA_API void ORSA_resource_alloc(const VCM_Resource_struct* records, int count) ORSANTA_NOEXCEPT;
 
 /* Starts the system: loads the settings (at the very first start the operator is asked for them), builds every station
- * and starts the loop. Blocks until all stations stand. IoMode: 0 without the IO card, 1 with it, any other value as
- * the settings say. */
+ * and starts the loop. Blocks until all stations stand, some seconds. IoMode: 0 without the IO card, 1 with it, any other
+ * value as the settings say. Every probe is then lifted, which goes on after the return: see Get_Force_Back_Finish. */
 ORSANTA_API void Orsanta_dll_init(int IoMode) ORSANTA_NOEXCEPT;
 
-/* Stops the system: waits for running tasks, saves all stations, empties the resource table. Refused, with a message
- * box, while the panel is open. */
+/* Stops the system: waits for running tasks, for ever where a drive has gone silent; saves all stations; empties the
+ * resource table. Refused, with a message box, while the panel is open. No other call may run meanwhile. */
 ORSANTA_API void Orsanta_dll_uninit(void) ORSANTA_NOEXCEPT;
 
 /* --- Work --- */
 
-/* Queues a task (ORSANTA_TASK_...) on the station and returns at once: 1 queued, 0 refused. Any other code is taken and
- * does nothing. */
+/* Queues a task (ORSANTA_TASK_...) on the station and returns at once: 1 queued, 0 refused, as for a station that rests.
+ * Any other code is taken and does nothing. The tasks of one station run one after the other, those of several side by
+ * side. */
 ORSANTA_API int do_test(int station, int task_code) ORSANTA_NOEXCEPT;
 
-/* Takes the latest result: 1 if it is new (once for each result), 0 if none was pending. Writes both outputs in either
- * case: *thickness in mm, *force the set force in grams. */
+/* Takes the latest result: 1 if it is new (once for each result), 0 if none was pending. Returns at once. Writes both
+ * outputs in either case: *thickness in mm, *force the set force in grams. A result comes within some seconds, also from
+ * a measurement that failed (see above), unless its drive has gone silent: poll with a limit. */
 ORSANTA_API int get_ans(int station, double* thickness, double* force) ORSANTA_NOEXCEPT;
 
-/* Measures the reference block and stores its surface as the zero of the thickness scale. Blocks for the landing and
- * the lift-off. */
+/* Measures the reference block and takes its surface as the zero of the thickness scale. Kept for later starts with the
+ * next save and at the stop. Blocks for the landing and the lift-off, after the station's running task. */
 ORSANTA_API void Check_User_Zero(int station) ORSANTA_NOEXCEPT;
 
-/* 1 when the last lift-off has ended, 0 from the start of the next measuring task on. Does not clear the flag; the loop
- * takes it when the IO input of the station asks for a measurement. */
+/* 0 from the start of a measuring task until the lift-off after it has ended, else 1. It is 1 at the start already, while
+ * the first lift-off is still under way: only after a measuring task and a lift-off does it tell that the probe is up.
+ * Does not clear the flag; the loop takes it when the IO input of the station asks for a measurement, so that a host that
+ * polls beside the IO card can miss it. */
 ORSANTA_API int Get_Force_Back_Finish(int station) ORSANTA_NOEXCEPT;
 
-/* Runs the drive's own zero routine; 1 on success. */
+/* Runs the drive's own zero routine; 1 on success. Blocks until it has ended. */
 ORSANTA_API int GoZero(int station) ORSANTA_NOEXCEPT;
 
 /* --- Parameters --- */
 
-/* Sets the first, second set force in grams for the next task, and saves the station. */
+/* Sets the first, second set force in grams for the next task, and saves the station. It is the true force once the
+ * station's force has been calibrated, from the panel. */
 ORSANTA_API void Set_Force(int station, double force) ORSANTA_NOEXCEPT;
 ORSANTA_API void Set_Force2(int station, double force) ORSANTA_NOEXCEPT;
 /* *force := the first set force in grams. */
 ORSANTA_API void Get_Force(int station, double* force) ORSANTA_NOEXCEPT;
 /* Saves the station's parameters to its store. */
 ORSANTA_API void Save_Parameter2file(int station) ORSANTA_NOEXCEPT;
-/* The size of the reference block in mm, which is added to every thickness. Not saved by this call. */
+/* The size of the reference block in mm, which is added to every thickness. Not saved by this call, but with the next
+ * save and at the stop. */
 ORSANTA_API void Set_Ans_Offset(int station, double offset) ORSANTA_NOEXCEPT;
 ORSANTA_API void Get_Ans_Offset(int station, double* offset) ORSANTA_NOEXCEPT;
-/* The greatest landing travel in mm, in single precision. Not saved by this call. */
+/* The greatest landing travel in mm, in single precision: how far down a probe goes that meets no part. Saved as the
+ * offset is. */
 ORSANTA_API void set_test_distance(int station, double distance) ORSANTA_NOEXCEPT;
 
 /* --- IO card, by channel 0 to 7 --- */
 
-/* Writes an output; always returns 1. */
+/* Writes an output, 0 or 1; always returns 1. */
 ORSANTA_API int SetIO(int channel, int value) ORSANTA_NOEXCEPT;
-/* Reads an input: 0 or 1, -1 if the read failed, 3 if no IO card is in use. */
+/* Reads an input: 0 or 1, -1 if the read failed or the channel is wrong, 3 if no IO card is in use. */
 ORSANTA_API int GetIO(int channel) ORSANTA_NOEXCEPT;
 
 /* --- Panel --- */
