@@ -1,5 +1,5 @@
 // Reads of single values from input channels, as both drive classes make them. Any thread. Count is the number of
-// samples that one read takes at most, which is the depth of the FIFOs that the class reads.
+// samples that one read takes at most, which is the depth of the status FIFOs that the class reads.
 #pragma once
 
 #include <cstdint>
@@ -19,8 +19,9 @@ int Read_Newest_Sample(int channel, double& value) {
   return 1;
 }
 
-// value := a sample that is fresh, not an old one out of a full FIFO. Reads 1 ms apart; returns 0 when more than
-// `tries` of them were empty.
+// value := from a FIFO of the depth Count a sample that is fresh, not an old one out of a full FIFO. A deeper FIFO that
+// nobody read for a while hands out its old samples first. Reads 1 ms apart; returns 0 when more than `tries` of them
+// were empty.
 template <int Count>
 int Read_Fresh_Sample(int channel, int tries, double& value) {
   double pdata[Count];

@@ -3,6 +3,7 @@
 
 #include "drive/interpolation_motor.h"
 #include "drive/motor.h"
+#include "drive/sent_value.h"
 #include "drive/tremalink.h"
 #include "support/clock.h"
 #include "support/message_box.h"
@@ -194,6 +195,13 @@ void C_Interpolation_Voice_Motor::Queue_Home_Passes(int dir) {
   Set_Max_Jerk(Home_Jerk);
 }
 
+bool C_Interpolation_Voice_Motor::Is_Thread_Finished() {
+  int buffer_len = 0;
+  int ins_finish = 0;
+  GetThreadInsBufferRemainCount(m_ThreadNum, &buffer_len, &ins_finish);
+  return ins_finish == 1;
+}
+
 // Waits for the end of the search. Once the time is up each further look drops what is queued, sends the axis back and
 // tells the operator again: the watch ends only when the thread has finished, since an axis that may still move is not
 // to be commanded. Returns 1, or -1 when the time was up.
@@ -201,13 +209,13 @@ int C_Interpolation_Voice_Motor::Watch_Home(int timeout_ms) {
   int result = 1;
   int elapsed_ms = 0;
   for (;;) {
-    int buffer_len = 0;
-    int ins_finish = 0;
-    GetThreadInsBufferRemainCount(m_ThreadNum, &buffer_len, &ins_finish);
-    if (ins_finish == 1) return result;
+    if (Is_Thread_Finished()) return result;
     Sleep(Watch_Sleep_Ms);
     elapsed_ms += Watch_Sleep_Ms;
     if (elapsed_ms <= timeout_ms) continue;
+    // The way back that was sent last time has had the sleep to leave the queue: to send it again would only hold up
+    // the end of the watch.
+    if (result == Home_Timed_Out && Is_Thread_Finished()) return result;
     ClearInsBuffer(m_ThreadNum);
     Sgo(0.0);
     double position = 0.0;
@@ -246,6 +254,7 @@ int C_Interpolation_Voice_Motor::Go_Home_Approach(int dir, double offset, double
 }
 
 int C_Interpolation_Voice_Motor::Zero_Correct(double x) {
+  if (!May_Send(m_CanId, L"零位", x)) return 0;
   SET_AXIS_ZEROS(m_ThreadNum, m_Axis, x);
   Till_Stop(1);
   Till_Time(Zero_Settle_Ms);
@@ -254,6 +263,11 @@ int C_Interpolation_Voice_Motor::Zero_Correct(double x) {
   Get_Cur_Pos(position);
   m_ZeroOffset = m_ZeroOffset + position + x;
   return 1;
+}
+
+void C_Interpolation_Voice_Motor::Set_Home_Speed(double speed) {
+  MY_ASSERT(speed > 0.0);  // the time-out of a homing is the stroke by this speed
+  m_HomeSpeed = speed;
 }
 
 int C_Interpolation_Voice_Motor::Home_Again() {

@@ -141,7 +141,7 @@ int C_Interpolation_Voice_Motor::MapMotorID(int can_id) {
 }
 
 void C_Interpolation_Voice_Motor::Map_Input(int can_id, int port, int format, int depth) {
-  const int channel = Port_Channel(port);
+  const int channel = Port_Channel(can_id, port);
   SET_INPUT_DATA_MAP(m_ThreadNum, can_id, port, format, channel);
   RESET_INPUT_DATA_FIFO(m_ThreadNum, channel, depth);
 }
@@ -157,13 +157,13 @@ void C_Interpolation_Voice_Motor::Map_Inputs(int can_id) {
   for (int i = 0; i < Slow_Windows; ++i) {
     Map_Fifo_Channel(can_id, First_Slow_Port + i, 400 + can_id * Slow_Windows + i, &m_SlowWindow[i], 8);
   }
-  Map_Fifo_Channel(can_id, Position_Port, Port_Channel(Position_Channel), &m_PosWindow, 6);
-  Map_Fifo_Channel(can_id, 16, Port_Channel(16), &m_Window16, 8);
-  Map_Fifo_Channel(can_id, 17, Port_Channel(17), &m_Window17, 8);
-  Map_Fifo_Channel(can_id, 19, Port_Channel(19), &m_Window19, 8);
-  Map_Fifo_Channel(can_id, 25, Port_Channel(25), &m_Window25, 8);
-  Map_Fifo_Channel(can_id, 26, Port_Channel(26), &m_Window26, 8);
-  Map_Fifo_Channel(can_id, 20, Port_Channel(20), &m_Window20, 8);
+  Map_Fifo_Channel(can_id, Position_Port, Port_Channel(can_id, Position_Channel), &m_PosWindow, 6);
+  Map_Fifo_Channel(can_id, 16, Port_Channel(can_id, 16), &m_Window16, 8);
+  Map_Fifo_Channel(can_id, 17, Port_Channel(can_id, 17), &m_Window17, 8);
+  Map_Fifo_Channel(can_id, 19, Port_Channel(can_id, 19), &m_Window19, 8);
+  Map_Fifo_Channel(can_id, 25, Port_Channel(can_id, 25), &m_Window25, 8);
+  Map_Fifo_Channel(can_id, 26, Port_Channel(can_id, 26), &m_Window26, 8);
+  Map_Fifo_Channel(can_id, 20, Port_Channel(can_id, 20), &m_Window20, 8);
   Map_Input(can_id, 18, 8, Depth_Stream);
   for (const int port : {15, 29, 50}) Map_Input(can_id, port, 8, Depth_Status);
   for (const int port : {27, 28}) Map_Input(can_id, port, 4, Depth_Status);
@@ -183,7 +183,7 @@ int C_Interpolation_Voice_Motor::Map_Fifo_Channel(int can_id, int port, int chan
 
 void C_Interpolation_Voice_Motor::Map_Outputs(int can_id) {
   const auto map_output = [&](int port, int format) {
-    SET_OUTPUT_DATA_MAP(m_ThreadNum, can_id, port, format, Port_Channel(port));
+    SET_OUTPUT_DATA_MAP(m_ThreadNum, can_id, port, format, Port_Channel(can_id, port));
   };
   map_output(4, 8);
   map_output(12, 8);

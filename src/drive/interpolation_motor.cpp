@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "drive/channel_read.h"
+#include "drive/sent_value.h"
 #include "drive/thermistor.h"
 #include "drive/tremalink.h"
 #include "support/clock.h"
@@ -43,19 +44,22 @@ constexpr int Port_Encoder_Errors = 202;  // of encoder 0; the next port is enco
 
 // --- Instruction stream ---
 
-void C_Interpolation_Voice_Motor::Send_Go(double mm) {
-  Sgo(mm);
+int C_Interpolation_Voice_Motor::Send_Go(double mm) {
+  const int sent = Sgo(mm);
   Till_Stop(0);
+  return sent;
 }
 
 int C_Interpolation_Voice_Motor::Go_Wait(double mm) {
-  Send_Go(mm);
+  const int sent = Send_Go(mm);
   Till_Stop(1);
-  return 1;
+  return sent;
 }
 
-void C_Interpolation_Voice_Motor::Sgo(double mm) {
+int C_Interpolation_Voice_Motor::Sgo(double mm) {
+  if (!May_Send(m_CanId, L"目标位置", mm)) return 0;
   SGO(m_ThreadNum, m_Axis, mm);
+  return 1;
 }
 
 void C_Interpolation_Voice_Motor::Till_Stop(int wait) {
@@ -63,30 +67,40 @@ void C_Interpolation_Voice_Motor::Till_Stop(int wait) {
   if (wait == 1) WaitForAllInsFinish(m_ThreadNum);
 }
 
-void C_Interpolation_Voice_Motor::Go_Relative(double d) {
+int C_Interpolation_Voice_Motor::Go_Relative(double d) {
+  if (!May_Send(m_CanId, L"目标位置", d)) return 0;
   USE_LOCAL_REG(m_ThreadNum);
   GET_OUTPUT_POS(m_ThreadNum, m_Axis, Target_Register);
   ADD_R_C(m_ThreadNum, Target_Register, Target_Register, d);
   SGO_R(m_ThreadNum, m_Axis, Target_Register);
+  return 1;
 }
 
 int C_Interpolation_Voice_Motor::Rapid_Go(double mm) {
+  if (!May_Send(m_CanId, L"目标位置", mm)) return 0;
   RAPID_GO(m_ThreadNum, m_Axis, mm);
   TILLTIME(m_ThreadNum, 1);
   return 1;
 }
 
-void C_Interpolation_Voice_Motor::Set_Max_Vel(double velocity) {
+int C_Interpolation_Voice_Motor::Set_Max_Vel(double velocity) {
+  if (!May_Send(m_CanId, L"速度", velocity)) return 0;
   SET_MAX_VEL(m_ThreadNum, m_Axis, velocity);
+  return 1;
 }
-void C_Interpolation_Voice_Motor::Set_Max_Acc(double acceleration) {
+int C_Interpolation_Voice_Motor::Set_Max_Acc(double acceleration) {
+  if (!May_Send(m_CanId, L"加速度", acceleration)) return 0;
   SET_MAX_ACC(m_ThreadNum, m_Axis, acceleration);
+  return 1;
 }
-void C_Interpolation_Voice_Motor::Set_Max_Jerk(double jerk) {
+int C_Interpolation_Voice_Motor::Set_Max_Jerk(double jerk) {
+  if (!May_Send(m_CanId, L"加加速度", jerk)) return 0;
   SET_MAX_JERK(m_ThreadNum, m_Axis, jerk);
+  return 1;
 }
 
 int C_Interpolation_Voice_Motor::Till_Time(double ms) {
+  if (!May_Send(m_CanId, L"等待时间", ms)) return 0;
   return TILLTIME(m_ThreadNum, static_cast<int>(ms));
 }
 
@@ -128,8 +142,10 @@ int C_Interpolation_Voice_Motor::Check_Map_Stop() {
 
 // --- Output ports ---
 
-void C_Interpolation_Voice_Motor::Output_Port(int port, double value) {
-  OUTPUT_DATA(m_ThreadNum, Port_Channel(port), value);
+int C_Interpolation_Voice_Motor::Output_Port(int port, const wchar_t* what, double value) {
+  if (!May_Send(m_CanId, what, value)) return 0;
+  OUTPUT_DATA(m_ThreadNum, Port_Channel(m_CanId, port), value);
+  return 1;
 }
 
 int C_Interpolation_Voice_Motor::Is_Direction_Turned() const {
@@ -137,42 +153,37 @@ int C_Interpolation_Voice_Motor::Is_Direction_Turned() const {
   return m_DirInvert == 1 ? 1 - turned : turned;
 }
 
-void C_Interpolation_Voice_Motor::Set_Current_Pos(double current) {
-  if (Is_Direction_Turned() == 1) {
-    Output_Port(Port_Current_B, -current);
-  } else {
-    Output_Port(Port_Current_A, current);
-  }
+int C_Interpolation_Voice_Motor::Set_Current_Pos(double current) {
+  if (Is_Direction_Turned() == 1) return Output_Port(Port_Current_B, L"电流", -current);
+  return Output_Port(Port_Current_A, L"电流", current);
 }
 
-void C_Interpolation_Voice_Motor::Set_Current_Neg(double current) {
-  if (Is_Direction_Turned() == 1) {
-    Output_Port(Port_Current_A, -current);
-  } else {
-    Output_Port(Port_Current_B, current);
-  }
+int C_Interpolation_Voice_Motor::Set_Current_Neg(double current) {
+  const int sent = Is_Direction_Turned() == 1 ? Output_Port(Port_Current_A, L"电流", -current)
+                                              : Output_Port(Port_Current_B, L"电流", current);
   WaitForAllInsFinish(m_ThreadNum);
+  return sent;
 }
 
 void C_Interpolation_Voice_Motor::Reset_Current_Limit() {
-  Output_Port(Port_Current_A, Open_Clamp_Current);
-  Output_Port(Port_Current_B, -Open_Clamp_Current);
+  Output_Port(Port_Current_A, L"电流", Open_Clamp_Current);
+  Output_Port(Port_Current_B, L"电流", -Open_Clamp_Current);
 }
 
 void C_Interpolation_Voice_Motor::Set_Enable(int enable) {
-  Output_Port(Port_Enable, enable);
+  Output_Port(Port_Enable, L"使能", enable);
 }
 void C_Interpolation_Voice_Motor::Set_Port8(int value) {
-  Output_Port(8, value);
+  Output_Port(8, L"端口8的值", value);
 }
 void C_Interpolation_Voice_Motor::Set_Port16(int value) {
-  Output_Port(16, value);
+  Output_Port(16, L"端口16的值", value);
 }
 void C_Interpolation_Voice_Motor::Set_Port15(int value) {
-  Output_Port(15, std::clamp(value, Lowest_Port15, Highest_Port15));
+  Output_Port(15, L"端口15的值", std::clamp(value, Lowest_Port15, Highest_Port15));
 }
-void C_Interpolation_Voice_Motor::Set_Port18(double value) {
-  Output_Port(18, value);
+int C_Interpolation_Voice_Motor::Set_Port18(double value) {
+  return Output_Port(18, L"端口18的值", value);
 }
 
 int C_Interpolation_Voice_Motor::Set_Output_Io(int, int) {
@@ -185,6 +196,7 @@ double C_Interpolation_Voice_Motor::Axis_Scale() const {
 
 int C_Interpolation_Voice_Motor::SetScale(double counts_per_mm) {
   MY_ASSERT(counts_per_mm != 0.0);
+  if (!May_Send(m_CanId, L"传感器比例系数", counts_per_mm)) return 0;
   const double magnitude = std::abs(counts_per_mm);
   {
     const C_Section_Holder hold(m_Lock);
@@ -228,7 +240,7 @@ int C_Interpolation_Voice_Motor::Get_Output_Pos(double& pos) {
 int C_Interpolation_Voice_Motor::Get_Code(int port, uint64_t& code) {
   code = m_LastCode;
   double value = 0.0;
-  if (Read_Once(Port_Channel(port), value) != 1) return 0;
+  if (Read_Once(Port_Channel(m_CanId, port), value) != 1) return 0;
   code = static_cast<uint64_t>(static_cast<int64_t>(value));
   m_LastCode = code;
   return 1;
@@ -244,31 +256,31 @@ int C_Interpolation_Voice_Motor::Get_Error_Code2(uint64_t& code) {
 int C_Interpolation_Voice_Motor::Get_encoder_Error_counter(int which, int& counter) {
   MY_ASSERT(which == 0 || which == 1);
   double value = 0.0;
-  if (Read_Once(Port_Channel(Port_Encoder_Errors + which), value) != 1) return 0;
+  if (Read_Once(Port_Channel(m_CanId, Port_Encoder_Errors + which), value) != 1) return 0;
   counter = static_cast<int>(value);
   return 1;
 }
 
 int C_Interpolation_Voice_Motor::Get_Version(uint16_t& ver, uint32_t& bcd_date) {
   double value = 0.0;
-  if (Read_Once(Port_Channel(Port_Version), value) != 1) return 0;
+  if (Read_Once(Port_Channel(m_CanId, Port_Version), value) != 1) return 0;
   Split_Version(value, ver, bcd_date);
   return 1;
 }
 
 int C_Interpolation_Voice_Motor::Get_Load(double& value) {
-  return Read_Once(Port_Channel(Port_Load), value);
+  return Read_Once(Port_Channel(m_CanId, Port_Load), value);
 }
 int C_Interpolation_Voice_Motor::Get_Used(double& value) {
-  return Read_Once(Port_Channel(Port_Used), value);
+  return Read_Once(Port_Channel(m_CanId, Port_Used), value);
 }
 int C_Interpolation_Voice_Motor::Get_Error_Value(double& value) {
-  return Read_Once(Port_Channel(Port_Error_Value), value);
+  return Read_Once(Port_Channel(m_CanId, Port_Error_Value), value);
 }
 
 int C_Interpolation_Voice_Motor::Get_Temperature(double& t, int which) {
   double value = 0.0;
-  if (Read_Once(Port_Channel(which == 0 ? Port_Thermistor : Port_Temperature), value) != 1) return 0;
+  if (Read_Once(Port_Channel(m_CanId, which == 0 ? Port_Thermistor : Port_Temperature), value) != 1) return 0;
   t = which == 0 ? static_cast<double>(NTC_Adc_To_Temp(static_cast<int>(value))) : value;
   return 1;
 }
@@ -309,6 +321,7 @@ int C_Interpolation_Voice_Motor::Get_Window16(CMyArray<double>& samples) {
 }
 
 int C_Interpolation_Voice_Motor::Get_Window16_Newest(double& value) {
+  const C_Section_Holder hold(m_Lock);  // a read on another thread gets its samples and their indices together
   CMyArray<double> samples;
   if (m_Window16.Get_Window(samples) != 1) return 0;
   value = samples.GetEndData();
@@ -338,7 +351,7 @@ CMyArray<uint64_t> C_Interpolation_Voice_Motor::Get_Time_Index() {
 
 int C_Interpolation_Voice_Motor::Get_Fifo(int port, CMyArray<double>& samples) {
   MY_ASSERT(port == 18 || (port >= 21 && port <= 24));
-  return Read_Channel_Array(Port_Channel(port), samples);
+  return Read_Channel_Array(Port_Channel(m_CanId, port), samples);
 }
 
 // --- Channel reads ---

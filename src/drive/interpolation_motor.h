@@ -10,10 +10,12 @@
 //
 // Threads: any thread may call. Instructions of one object go to one instruction thread of the server, in the order of
 // the calls. m_Lock keeps the scale and the zero offset together with a position read. Homing runs on the calling
-// thread, blocks it for seconds, and takes no lock. Construction and destruction are guarded by theDriveLock.
+// thread, blocks it for seconds, and takes m_Lock only to move the zero offset. Construction and destruction are
+// guarded by theDriveLock.
 //
-// Unless told otherwise an operation returns 1 for success and 0 for failure. Broken preconditions (a scale of 0, an
-// unmapped axis) are assertion reports.
+// Unless told otherwise an operation returns 1 for success and 0 for failure. A value that is no number is never sent:
+// the operation tells the operator and returns 0. Broken preconditions (a scale of 0, an unmapped axis) are assertion
+// reports.
 #pragma once
 
 #include <cstdint>
@@ -53,21 +55,21 @@ class C_Interpolation_Voice_Motor {
   // --- Instruction stream; these queue and do not wait, unless told otherwise ---
 
   // Smooth move, then a hold of the thread until the axis has stopped.
-  void Send_Go(double mm);
-  // The same, and waits for the end. Returns 1.
+  int Send_Go(double mm);
+  // The same, and waits for the end.
   int Go_Wait(double mm);
   // Smooth move alone.
-  void Sgo(double mm);
+  int Sgo(double mm);
   // Holds the thread until the axis has stopped; wait 1 waits for it.
   void Till_Stop(int wait);
   // Smooth move by d. The server works out the target when the instruction runs.
-  void Go_Relative(double d);
-  // Direct, unplanned move. Returns 1.
+  int Go_Relative(double d);
+  // Direct, unplanned move.
   int Rapid_Go(double mm);
   // Limits of later moves: mm/s, mm/s^2, mm/s^3.
-  void Set_Max_Vel(double velocity);
-  void Set_Max_Acc(double acceleration);
-  void Set_Max_Jerk(double jerk);
+  int Set_Max_Vel(double velocity);
+  int Set_Max_Acc(double acceleration);
+  int Set_Max_Jerk(double jerk);
   // Holds the thread for ms milliseconds, cut off to an integer. Returns what the library returns.
   int Till_Time(double ms);
   // Stops the axis and drops what other_thread still has queued, from instruction thread 0, and waits for that.
@@ -84,8 +86,8 @@ class C_Interpolation_Voice_Motor {
   // --- Output ports ---
 
   // The two coil current clamps in amperes. The direction swaps them and turns their signs. Set_Current_Neg waits.
-  void Set_Current_Pos(double current);
-  void Set_Current_Neg(double current);
+  int Set_Current_Pos(double current);
+  int Set_Current_Neg(double current);
   // Opens both clamps, to +50 and -50 amperes.
   void Reset_Current_Limit();
   // 1 puts the device under power.
@@ -94,12 +96,12 @@ class C_Interpolation_Voice_Motor {
   void Set_Port16(int value);
   // Clamped to 250 at least and 2000 at most.
   void Set_Port15(int value);
-  void Set_Port18(double value);
+  int Set_Port18(double value);
   // The device has no outputs of its own: does nothing and returns 0.
   int Set_Output_Io(int io, int value);
 
   // counts_per_mm: encoder counts for each millimetre, not 0. Its sign gives the direction: a positive value turns the
-  // axis round, which is meant. Returns 1.
+  // axis round, which is meant.
   int SetScale(double counts_per_mm);
 
   // --- Status ---
@@ -155,12 +157,11 @@ class C_Interpolation_Voice_Motor {
   // Drives to pos1, pos2 and back to the start under a current clamp in amperes, then homes on the second sensor.
   int Go_Home_Approach(int dir, double offset, double current, double pos1, double pos2);
   // Gives the place where the axis stands the position x in the server, and takes the zero offset from there.
-  // Returns 1.
   int Zero_Correct(double x);
   // Repeats the last homing with its arguments; 0 if there was none.
   int Home_Again();
-  // mm/s of the first pass; mm of the search.
-  void Set_Home_Speed(double speed) { m_HomeSpeed = speed; }
+  // mm/s of the first pass, above 0; mm of the search.
+  void Set_Home_Speed(double speed);
   void Set_Home_Stroke(double stroke) { m_HomeStroke = stroke; }
 
   // --- Channel reads ---
@@ -176,8 +177,9 @@ class C_Interpolation_Voice_Motor {
   static constexpr int Fast_Windows = 4;
   static constexpr int Slow_Windows = 5;
 
-  int Port_Channel(int port) const { return m_CanId * 256 + port; }
-  void Output_Port(int port, double value);
+  static int Port_Channel(int can_id, int port) { return can_id * 256 + port; }
+  // Writes a value to an output port. what: the operator's word for the value.
+  int Output_Port(int port, const wchar_t* what, double value);
   int Is_Direction_Turned() const;
   int Get_Code(int port, uint64_t& code);
   void Connect();
@@ -188,6 +190,7 @@ class C_Interpolation_Voice_Motor {
   int Map_Axis(int can_id);
   double Axis_Scale() const;
   void Queue_Home_Passes(int dir);
+  bool Is_Thread_Finished();
   int Watch_Home(int timeout_ms);
 
   CMyCriticalSection m_Lock;  // guards m_TimeIndex, and the scale and the zero offset together with a position read

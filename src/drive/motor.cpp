@@ -4,6 +4,7 @@
 
 #include "drive/channel_read.h"
 #include "drive/motor_channels.h"
+#include "drive/sent_value.h"
 #include "drive/tremalink.h"
 #include "support/clock.h"
 #include "support/message_box.h"
@@ -202,54 +203,56 @@ int C_Kestrune_Motor_test::Get_InterRunFlag() {
 
 int C_Kestrune_Motor_test::Go_Pos(double mm) {
   while (Get_InterRunFlag() == 1) Sleep(Busy_Sleep_Ms);
-  Send_Pos(mm);
+  if (Send_Pos(mm) != 1) return Position_Refused;
   const int result = TillStop();
   WaitForAllInsFinish(m_ThreadNum);
   return result;
 }
 
-void C_Kestrune_Motor_test::Send_Pos(double mm) {
+int C_Kestrune_Motor_test::Send_Pos(double mm) {
   WaitForAllInsFinish(m_ThreadNum);
-  OUTPUT_DATA(m_ThreadNum, Output_Channel(Out_Position), mm * m_Sign * m_Scale + m_Offset);
+  return Output(Out_Position, L"目标位置", mm * m_Sign * m_Scale + m_Offset);
 }
 
-void C_Kestrune_Motor_test::Output_And_Wait(int k, double value) {
+int C_Kestrune_Motor_test::Output(int k, const wchar_t* what, double value) {
+  if (!May_Send(m_CanId, what, value)) return 0;
   OUTPUT_DATA(m_ThreadNum, Output_Channel(k), value);
+  return 1;
+}
+
+int C_Kestrune_Motor_test::Output_And_Wait(int k, const wchar_t* what, double value) {
+  if (Output(k, what, value) != 1) return 0;
   WaitForAllInsFinish(m_ThreadNum);
+  return 1;
 }
 
-void C_Kestrune_Motor_test::Set_Current_Pos(double current) {
+int C_Kestrune_Motor_test::Set_Current_Pos(double current) {
   if (std::abs(current) > Sleep_Above_Current) Sleep(1);  // a breath before a strong push; it changes nothing else
-  if (m_Be_Invert == 1) {
-    Output_And_Wait(Out_Current_Lower, -current);
-  } else {
-    Output_And_Wait(Out_Current_Upper, current);
-  }
+  if (m_Be_Invert == 1) return Output_And_Wait(Out_Current_Lower, L"电流", -current);
+  return Output_And_Wait(Out_Current_Upper, L"电流", current);
 }
 
-void C_Kestrune_Motor_test::Set_Current_Neg(double current) {
+int C_Kestrune_Motor_test::Set_Current_Neg(double current) {
   if (std::abs(current) > Sleep_Above_Current) Sleep(1);
-  if (m_Be_Invert == 1) {
-    Output_And_Wait(Out_Current_Lower, current);
-  } else {
-    Output_And_Wait(Out_Current_Upper, -current);
-  }
+  if (m_Be_Invert == 1) return Output_And_Wait(Out_Current_Lower, L"电流", current);
+  return Output_And_Wait(Out_Current_Upper, L"电流", -current);
 }
 
 void C_Kestrune_Motor_test::Reset_Current_Limit() {
-  OUTPUT_DATA(m_ThreadNum, Output_Channel(Out_Current_Upper), Open_Clamp_Current);
-  Output_And_Wait(Out_Current_Lower, -Open_Clamp_Current);
+  Output(Out_Current_Upper, L"电流", Open_Clamp_Current);
+  Output_And_Wait(Out_Current_Lower, L"电流", -Open_Clamp_Current);
 }
 
-void C_Kestrune_Motor_test::Set_Speed(double speed) {
-  Output_And_Wait(Out_Speed, speed);
+int C_Kestrune_Motor_test::Set_Speed(double speed) {
+  return Output_And_Wait(Out_Speed, L"速度", speed);
 }
-void C_Kestrune_Motor_test::Set_Acc(double acceleration) {
-  Output_And_Wait(Out_Acceleration, acceleration);
+int C_Kestrune_Motor_test::Set_Acc(double acceleration) {
+  return Output_And_Wait(Out_Acceleration, L"加速度", acceleration);
 }
 void C_Kestrune_Motor_test::Set_Jerk(double) {}
 
 int C_Kestrune_Motor_test::Till_Time(double ms) {
+  if (!May_Send(m_CanId, L"等待时间", ms)) return 0;
   return TILLTIME(m_ThreadNum, static_cast<int>(ms));
 }
 
@@ -281,7 +284,7 @@ int C_Kestrune_Motor_test::Wait_For_Ready_Flag(int wanted, int& flag, int& polls
 }
 
 int C_Kestrune_Motor_test::Measure_Stroke(double& max, double& min) {
-  OUTPUT_DATA(m_ThreadNum, Output_Channel(Out_Home), 0.0);
+  Output(Out_Home, L"回零命令", 0.0);
   int flag = 1;
   int polls = 0;  // one budget for the start and the end of the drive's homing
   if (Wait_For_Ready_Flag(0, flag, polls) != 1) return 0;

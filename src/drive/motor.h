@@ -25,6 +25,7 @@
 #include "support/array.h"
 #include "support/critical_section.h"
 #include "support/shared.h"
+#include "support/wide_string.h"
 
 namespace orsanta {
 
@@ -85,7 +86,8 @@ class C_Kestrune_Motor_test {
   int Get_Fifo10(CMyArray<double>& samples);
   // Empties those four FIFOs and sets their depth to 4096. Returns 1.
   int Reset_Data_Fifo();
-  // current: measured coil current in amperes. Untouched on failure.
+  // current: measured coil current in amperes, as old as the time since the last read allows; see Read_Latest.
+  // Untouched on failure.
   int Get_Current(double& current);
   // The run flag: 1 while the drive moves or takes up a current, 0 idle. When the channel is silent it shows a box and
   // returns 2.
@@ -93,18 +95,22 @@ class C_Kestrune_Motor_test {
 
   // --- Commands ---
 
-  // Waits until the drive is idle, without a limit, commands the position, and waits for its arrival (TillStop).
+  // A value that is no number is never sent: the operation tells the operator and returns 0, Go_Pos Position_Refused.
+  static constexpr int Position_Refused = -1;
+
+  // Waits until the drive is idle, without a limit, commands the position, and waits for its arrival. Returns what
+  // TillStop returns.
   int Go_Pos(double mm);
   // Commands a position and does not wait for the arrival.
-  void Send_Pos(double mm);
+  int Send_Pos(double mm);
   // The coil current in amperes that clamps the force, upward and downward. Both wait until the server has sent it.
-  void Set_Current_Pos(double current);
-  void Set_Current_Neg(double current);
+  int Set_Current_Pos(double current);
+  int Set_Current_Neg(double current);
   // Opens both clamps, to +40 and -40 amperes.
   void Reset_Current_Limit();
   // Speed in mm/s, acceleration in mm/s^2, for later moves.
-  void Set_Speed(double speed);
-  void Set_Acc(double acceleration);
+  int Set_Speed(double speed);
+  int Set_Acc(double acceleration);
   // The drive has no jerk setting: does nothing.
   void Set_Jerk(double jerk);
   // Holds the instruction thread for ms milliseconds, not the caller. Returns what the library returns.
@@ -123,7 +129,9 @@ class C_Kestrune_Motor_test {
 
   // --- Channel reads ---
 
-  // value: a sample that is fresh, not an old one out of a full FIFO. 0 when none comes in 41 reads 1 ms apart.
+  // value: the newest of up to 256 samples; of a FIFO of that depth a fresh one, not an old one out of a full FIFO. A
+  // deeper FIFO that nobody read for a while, the one of the current, gives an old sample at first. 0 when none comes
+  // in 41 reads 1 ms apart.
   int Read_Latest(int channel, double& value);
   // samples: all that wait, 65536 at most. 0 when none comes in three reads. Not for a cyclic path.
   int Read_Channel_Array(int channel, CMyArray<double>& samples);
@@ -136,10 +144,14 @@ class C_Kestrune_Motor_test {
  private:
   int Input_Channel(int k) const;
   int Output_Channel(int k) const;
-  // Writes a value to output channel k and waits until the server has sent it.
-  void Output_And_Wait(int k, double value);
+  // Writes a value to output channel k: the one way out to the drive. what: the operator's word for the value.
+  int Output(int k, const wchar_t* what, double value);
+  // The same, and waits until the server has sent it.
+  int Output_And_Wait(int k, const wchar_t* what, double value);
   // One read of input channel k without a retry: the newest of the samples that wait.
   int Read_Once(int k, double& value);
+  // The search and the maps of MapMotorID, without its box. report: for the operator, where the drive does not answer.
+  int Search_And_Map(int can_id, CMyStringW& report);
   // Polls the ready flag until it has the wanted value. polls: spent so far of the poll budget; 0 once it is used up.
   int Wait_For_Ready_Flag(int wanted, int& flag, int& polls);
 

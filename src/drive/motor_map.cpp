@@ -59,22 +59,36 @@ bool Holds(const CMyArray<int>& ids, int can_id) {
 }  // namespace
 
 int C_Kestrune_Motor_test::Map_Once() {
-  // Held across the search and its box: of several objects on one id exactly one maps, and the others find it done.
-  const C_Section_Holder hold(theMapLock);
-  if (Holds(theMappedIds, m_CanId)) return 1;
-  const int result = MapMotorID(m_CanId);
-  if (result != 0) theMappedIds.Add(m_CanId);
-  return result;
+  CMyStringW report;
+  {
+    // Held across the search: of several objects on one id exactly one maps, and the others find it done. Not across
+    // the box: the reports of several drives stand open side by side.
+    const C_Section_Holder hold(theMapLock);
+    if (Holds(theMappedIds, m_CanId)) return 1;
+    if (Search_And_Map(m_CanId, report) != 0) {
+      theMappedIds.Add(m_CanId);
+      return 1;
+    }
+  }
+  if (!report.Is_Empty()) Message_Box(report);
+  return 0;
 }
 
 int C_Kestrune_Motor_test::MapMotorID(int can_id) {
+  CMyStringW report;
+  if (Search_And_Map(can_id, report) != 0) return 1;
+  if (!report.Is_Empty()) Message_Box(report);
+  return 0;
+}
+
+int C_Kestrune_Motor_test::Search_And_Map(int can_id, CMyStringW& report) {
   const CMyStringW id_list = Search_Bus();
   int beExist = 0;
   const int asked = CheckDeviceExist(can_id, &beExist);
   MY_DEBUG_ASSERT(asked != 0);  // a fault of the program: nobody maps before the connection stands
   if (asked == 0) return 0;
   if (beExist == 0) {
-    Message_Box(Missing_Drive_Report(can_id, id_list));
+    report = Missing_Drive_Report(can_id, id_list);
     return 0;
   }
 

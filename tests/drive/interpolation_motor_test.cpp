@@ -91,6 +91,7 @@ TEST_F(C_Interpolation_Test, The_Operator_Decides_About_A_Missing_Device_And_Ser
   const C_Temp_Folder folder;
   EXPECT_DEATH([&]() noexcept { motor->SetScale(0.0); }(), "SetScale");
   EXPECT_DEATH([&]() noexcept { motor->CheckStop(); }(), "CheckStop");  // an unmapped axis
+  EXPECT_DEATH([&]() noexcept { motor->Set_Home_Speed(0.0); }(), "Set_Home_Speed");
   bench::Set_Absent(Id, false);
   EXPECT_EQ(motor->Map_Once(), 1);
 }
@@ -128,6 +129,13 @@ TEST_F(C_Axis_Test, Commands_Become_Instructions) {
             "OUTPUT_DATA(5135, 2000); SET_AXIS_SCALE(2, -131072000); OUTPUT_DATA(5132, -2); OUTPUT_DATA(5124, 3); "
             "WaitForAllInsFinish(); SET_AXIS_SCALE(2, 65536000); OUTPUT_DATA(5124, 2); OUTPUT_DATA(5132, -3); "
             "WaitForAllInsFinish(); ");
+}
+
+TEST_F(C_Axis_Test, What_Is_No_Number_Stays_Here) {
+  using M = C_Interpolation_Voice_Motor;
+  Expect_Refusals<M>(*m_Motor, {&M::Send_Go, &M::Go_Wait, &M::Sgo, &M::Go_Relative, &M::Rapid_Go, &M::Set_Max_Vel,
+                                &M::Set_Max_Acc, &M::Set_Max_Jerk, &M::Set_Current_Pos, &M::Set_Current_Neg,
+                                &M::Set_Port18, &M::SetScale, &M::Zero_Correct, &M::Till_Time});
 }
 
 TEST_F(C_Axis_Test, Positions_Faults_And_Temperatures) {
@@ -198,8 +206,10 @@ TEST_F(C_Axis_Test, Homing_Ends_On_The_Edge_From_Off_And_From_On_The_Sensor) {
 
 TEST_F(C_Axis_Test, A_Sensor_That_Never_Switches_Is_Told) {
   bench::Set_Home_Sensor(Id, 2, -50.0, false);
-  // While the box stands somebody queues more: the watch goes on and tells it again.
+  // While the box stands somebody queues more: the watch goes on and tells it again. What the second box leaves is done
+  // within a pass, and the watch ends.
   m_Front->On_Box(L"回零超时", Answer_Ok, 0, [] { TILLTIME(5, 60000); });
+  m_Front->On_Box(L"回零超时", Answer_Ok, 0, [] { TILLTIME(5, 50); });
   const double before = Now_Ms();
   EXPECT_EQ(m_Motor->Go_Home(1, 0.0), -1);
   const auto boxes = m_Front->Shown();

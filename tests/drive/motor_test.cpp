@@ -69,9 +69,14 @@ TEST_F(C_Motor_Test, Tells_What_Keeps_A_Drive_From_Its_Map) {
   C_Kestrune_Motor_test absent(4, Server_Thread, 1);
   EXPECT_EQ(Now_Ms(), 102 * 100.0);
   bench::Set_Absent(4, true);
-  EXPECT_EQ(absent.Map_Once(), 0);
+  m_Front->On_Box(L"无法找到ID：4", Answer_Ok, 1000);  // its box stands open while the next drive is mapped
+  C_Thread other;
+  other.Start("other", [&] { EXPECT_EQ(absent.Map_Once(), 0); });
+  Sleep(500);
   for (const int id : {3, 5}) bench::Set_Absent(id, true);
   EXPECT_EQ(C_Kestrune_Motor_test(70, Server_Thread, 1).Map_Once(), 0);
+  EXPECT_EQ(Now_Ms(), 102 * 100.0 + 500.0);
+  other.Join();
   const std::wstring begin = L"的驱动器\r\n总线上搜索到的设备id\r\n";
   const std::wstring end = L"请检查CANID拨码\r\n请检查CAN线路\r\n";
   EXPECT_EQ(m_Front->Boxes(),
@@ -125,6 +130,13 @@ TEST_F(C_Mapped_Motor_Test, Commands_Reach_Their_Channels_In_Their_Units) {
     EXPECT_EQ(value, last);
   }
   EXPECT_EQ(Count("ExecuteDeviceIns(3, 85)"), 1);
+}
+
+TEST_F(C_Mapped_Motor_Test, What_Is_No_Number_Stays_Here) {
+  using M = C_Kestrune_Motor_test;
+  Expect_Refusals<M>(m_Motor, {&M::Send_Pos, &M::Go_Pos, &M::Set_Current_Pos, &M::Set_Current_Neg, &M::Set_Speed,
+                               &M::Set_Acc, &M::Till_Time});
+  EXPECT_EQ(m_Front->Boxes()[0], L"ID:3 目标位置不是有效数字(nan)，没有发送，请检查推力标定和工位参数");
 }
 
 TEST_F(C_Mapped_Motor_Test, Go_Pos_Arrives_Whatever_Old_Samples_Wait) {

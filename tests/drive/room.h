@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -38,6 +39,16 @@ class C_Room : public testing::Test {
     for (const bench::Journal_Entry& call : bench::Journal())
       count += (call.function + "(" + call.arguments + ")").rfind(text, 0) == 0 ? 1 : 0;
     return count;
+  }
+  // The ways out of a drive with CAN id 20 or 3 refuse what is no number: each tells the operator and sends nothing.
+  template <class Drive>
+  void Expect_Refusals(Drive& drive, const std::vector<int (Drive::*)(double)>& ways_out) {
+    bench::Journal_Clear();
+    for (const double value : {std::nan(""), HUGE_VAL, -HUGE_VAL})
+      for (const auto way_out : ways_out) EXPECT_NE((drive.*way_out)(value), 1);
+    EXPECT_EQ(m_Front->Count_Boxes(L"不是有效数字("), 3 * static_cast<int>(ways_out.size()));
+    const std::string calls = Calls();
+    for (const char* word : {"nan", "inf", "TILLTIME", "OUTPUT_DATA"}) EXPECT_EQ(calls.find(word), std::string::npos);
   }
   // How many reads of channels there are in the next `ms`.
   static int Reads_In(int ms) {
