@@ -43,8 +43,8 @@ void C_Muti_Task_app::PreEndDelayTask(int /*lane*/) {}
 
 void C_Muti_Task_app::Measure(C_VoiceMotor& station, double speed, double current) {
   Begin_Measuring(station);
-  station.Test_Ans =
-      station.Detection_thickness(static_cast<float>(speed), static_cast<float>(current)) + station.Val_Error_offset;
+  const double thickness = station.Detection_thickness(static_cast<float>(speed), static_cast<float>(current));
+  station.Test_Ans = thickness + station.Val_Error_offset;  // as it stands at the end of the cycle
   Report_Result(station);
 }
 

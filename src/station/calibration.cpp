@@ -3,6 +3,7 @@
 // force surface are fitted to the samples. Dialogs show newtons; parameters are grams, with 100 g to 1 N.
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "drive/motor.h"
 #include "station/voice_motor.h"
@@ -93,9 +94,9 @@ bool C_VoiceMotor::Take_Cal_Samples() {
 }
 
 // One landing with the current, and the force that the operator reads at it. The probe is up again at the return, after
-// a cancel too.
+// a cancel too. Returns false after a cancel, and where the probe did not land.
 bool C_VoiceMotor::Take_Cal_Sample(double current) {
-  Cal_Land(current);
+  if (std::isnan(Cal_Land(current))) return false;
   double temp_force = 0.0;
   CParameterInOutDlg dlg;
   dlg.AddDataEditRange(L"请输入当前推力(g)", 0, 10.0F, temp_force, 0.0, 10000.0, 3, 1, 0, nullptr);
@@ -105,9 +106,12 @@ bool C_VoiceMotor::Take_Cal_Sample(double current) {
   return confirmed != 0;
 }
 
-// Lands with the current and keeps both it and the position; the probe then presses with it. Returns the position.
+// Lands with the current and keeps both it and the position; the probe then presses with it. Returns the position, or
+// not-a-number where a value of the landing was none: the operator was told, and the probe stays where it is.
 double C_VoiceMotor::Cal_Land(double current) {
-  Land_To(static_cast<float>(Val_Speed_Set[1]), static_cast<float>(current), test_distance);
+  if (Land_To(static_cast<float>(Val_Speed_Set[1]), static_cast<float>(current), test_distance) != 1) {
+    return std::numeric_limits<double>::quiet_NaN();
+  }
   Sleep(100);
   double pos = 0.0;
   if (m_pMotor->Get_Cur_Pos(pos) != 1) Message_Box(L"位置数据err");
@@ -140,8 +144,9 @@ double C_VoiceMotor::Fit_Cal_Samples(bool be_surface) {
   }
   double temp_val = 0.0;
   for (int k = 0; k < m_CalForce.GetSize(); ++k) {
-    // In this order of arguments a fit that went to not-a-number shows as such, and not as one without an error.
-    temp_val = std::max(std::fabs(m_CalForce[k] - force_array2[k]), temp_val);
+    const double error = std::fabs(m_CalForce[k] - force_array2[k]);
+    if (std::isnan(error)) return error;  // a fit that went to not-a-number shows as such, not as one without an error
+    temp_val = std::max(error, temp_val);
   }
   return temp_val;
 }

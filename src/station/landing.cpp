@@ -26,15 +26,12 @@ int C_VoiceMotor::Land_To(float speed, float current, float target) {
   // The travel figure is in seconds and stretches a limit in milliseconds: it adds next to nothing, and that is meant.
   const double travel = std::fabs(target / speed);
   const C_Section_Holder hold(m_TestLock);
-  m_pMotor->Set_Speed(speed);
+  if (m_pMotor->Set_Speed(speed) != 1) return 0;
   // The two operations are mirror images, so that both ways put the same value on the same channel.
-  if (Val_Run_Negative == 1) {
-    m_pMotor->Set_Current_Neg(-current);
-  } else {
-    m_pMotor->Set_Current_Pos(current);
-  }
+  const int limited = Val_Run_Negative == 1 ? m_pMotor->Set_Current_Neg(-current) : m_pMotor->Set_Current_Pos(current);
+  if (limited != 1) return 0;  // the limit of before, or none, is in force: no way down with that
   Wait_Idle(Current_Limit_Ms + travel, L"等待电流设定超时");
-  m_pMotor->Go_Pos(target);
+  if (m_pMotor->Go_Pos(target) == C_Kestrune_Motor_test::Position_Refused) return 0;
   Sleep(5);
   return 1;
 }
@@ -108,13 +105,13 @@ double C_VoiceMotor::Correct_Base(float speed, float current) {
   double result = 0.0;
   {
     const C_Section_Holder hold(m_TestLock);
-    result = Detection_thickness(speed, current);
+    result = Measure_Thickness(speed, current);
     Force_Back(speed);
   }
   // The result is measured against the old reference, so that this is the observed position, whatever that one was.
   const double base = Cur_BaseDistance + Val_Block_Size - result;
-  Cur_BaseDistance = base;
-  return base;
+  if (std::isfinite(base)) Cur_BaseDistance = base;
+  return Cur_BaseDistance;
 }
 
 double C_VoiceMotor::Store_Position() {

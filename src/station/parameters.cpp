@@ -1,6 +1,6 @@
 // What a station is apart from its cycles: its life, its store, its flags and its link.
+#include <cmath>
 #include <utility>
-#include <vector>
 
 #include "drive/interpolation_motor.h"
 #include "drive/motor.h"
@@ -14,25 +14,7 @@ namespace orsanta {
 namespace {
 
 constexpr int First_Fault_Read_Ms = 1000;  // for the drive's first fault word
-constexpr double Greatest_Can_Id = 64.0;   // that the panel lets in for a temperature board
-
-// The temperature readers, which outlive their stations. Never destroyed, so that reader threads that still run at the
-// end of the process find it whole.
-struct C_Temp_Sensors {
-  std::mutex lock;
-  std::vector<std::unique_ptr<C_Interpolation_Voice_Motor>> readers;
-};
-
-C_Temp_Sensors& Temp_Sensors() {
-  static auto* const sensors = new C_Temp_Sensors;
-  return *sensors;
-}
-
-C_Interpolation_Voice_Motor* Keep_Temp_Sensor(std::unique_ptr<C_Interpolation_Voice_Motor> reader) {
-  const std::lock_guard<std::mutex> hold(Temp_Sensors().lock);
-  Temp_Sensors().readers.push_back(std::move(reader));
-  return Temp_Sensors().readers.back().get();
-}
+constexpr double Last_Can_Id = 63.0;       // of a bus
 
 }  // namespace
 
@@ -59,24 +41,23 @@ C_VoiceMotor::C_VoiceMotor(int can_id, int axis_num, int aux_axis_num, int contr
 }
 
 void C_VoiceMotor::Make_Temp_Sensor(int aux_axis_num) {
-  const double sensor_id = Val_TempSensorCanID;  // a fraction is cut off
-  if (!(sensor_id > 0.0 && sensor_id <= Greatest_Can_Id)) {
-    Message_Box(Format_Text(L"ID:%d 温度传感器CANID %g 超出范围0到64，请重新设置", CanID, sensor_id));
+  const double sensor_id = std::trunc(Val_TempSensorCanID);  // a fraction is cut off
+  if (!(sensor_id >= 1.0 && sensor_id <= Last_Can_Id)) {
+    Message_Box(Format_Text(L"ID:%d 温度传感器CANID %g 超出范围1到63，请重新设置，没有温度板时设为0", CanID,
+                            Val_TempSensorCanID.Get()));
     return;
   }
-  m_pTempSensor = Keep_Temp_Sensor(std::make_unique<C_Interpolation_Voice_Motor>(
-      static_cast<int>(sensor_id), AxisNum, aux_axis_num, ControllerNum, 0, -1, -1, -1));
+  m_pTempSensor = std::make_unique<C_Interpolation_Voice_Motor>(static_cast<int>(sensor_id), AxisNum, aux_axis_num,
+                                                                ControllerNum, 0, -1, -1, -1);
 }
 
+// The reader ends before the drive, whose end may close the connection: the next start then maps the board anew, and no
+// thread of its windows is left in a host that goes on without the library.
 C_VoiceMotor::~C_VoiceMotor() {
   Save();
   m_pDebugCom.reset();
+  m_pTempSensor.reset();
   m_pMotor.reset();
-}
-
-void C_VoiceMotor::Release_Temp_Sensors() {
-  const std::lock_guard<std::mutex> hold(Temp_Sensors().lock);
-  Temp_Sensors().readers.clear();
 }
 
 // Waits for the first fault word of a drive that has just been mapped. A read takes the samples out, so that the wait
@@ -152,7 +133,11 @@ void C_VoiceMotor::OptSaveAndLoadDataStore(CAutoSaveClassData_Data& data) {
 }
 
 void C_VoiceMotor::Set_Cur_BaseDistance(float position) {
-  Cur_BaseDistance = position;
+  if (std::isfinite(position)) {
+    Cur_BaseDistance = position;
+  } else {
+    Message_Box(Format_Text(L"ID:%d 保存的基准面不是有效数字，请重新进行基准面标定", CanID));
+  }
 }
 
 int C_VoiceMotor::Set_RunNegative(int flag) {

@@ -1,5 +1,7 @@
 // The thickness cycle: one measurement, from the landing to the settled position.
 #include <algorithm>
+#include <cmath>
+#include <limits>
 
 #include "drive/interpolation_motor.h"
 #include "drive/motor.h"
@@ -15,12 +17,24 @@ namespace {
 // Far off every position: as long as this sample stands in the detector's window, no window counts as settled.
 constexpr double Poison_Sample = 99999.0;
 
+constexpr double No_Number = std::numeric_limits<double>::quiet_NaN();
+
+constexpr double Shortest_Window = 1.0;       // samples; a shorter one would have a mean of nothing
 constexpr double Read_Limit_Ms = 100.0;       // a drive that delivers nothing for so long is silent
 constexpr float Settling_Grace_Ms = 2000.0F;  // on top of the time that the whole travel takes
 
 }  // namespace
 
 double C_VoiceMotor::Detection_thickness(float speed, float current) {
+  const double thickness = Measure_Thickness(speed, current);
+  if (std::isfinite(thickness)) return thickness;
+  Ans_Valid = 0;
+  return No_Samples_Result;
+}
+
+// The cycle. Returns the thickness, a substitute of a failure, or not-a-number where a value of the cycle was none: the
+// operator was told, and no result or reference may come of it.
+double C_VoiceMotor::Measure_Thickness(float speed, float current) {
   double check_val = 0.0;
   {
     const C_Section_Holder hold(m_TestLock);
@@ -29,7 +43,7 @@ double C_VoiceMotor::Detection_thickness(float speed, float current) {
 
     DetectorState det_model;
     DetectorInit(det_model);
-    det_model.WindowLen = Val_ErrorWindowLen;
+    det_model.WindowLen = std::max(Shortest_Window, Val_ErrorWindowLen.Get());
     det_model.Threshold = Val_ErrorThreshold / 1000.0;  // micrometres to millimetres
     det_model.Input = Poison_Sample;
     DetectorStep(det_model);
@@ -42,9 +56,9 @@ double C_VoiceMotor::Detection_thickness(float speed, float current) {
     // surface.
     if (Last_Land_Pos != 0.0) {
       const double target = m_pMotor->m_Be_Invert == 1 ? -Last_Land_Pos : Last_Land_Pos.Get();
-      Land_To(speed, current, static_cast<float>(target));
+      if (Land_To(speed, current, static_cast<float>(target)) != 1) return No_Number;
     }
-    Land_To(speed, current, test_distance);
+    if (Land_To(speed, current, test_distance) != 1) return No_Number;
 
     CMyArray<double> MotorTestData;
     if (!Wait_Until_Settled(det_model, MotorTestData, limit_ms)) return No_Samples_Result;
@@ -57,10 +71,15 @@ double C_VoiceMotor::Detection_thickness(float speed, float current) {
       return No_Position_Result;
     }
     check_val = det_model.Mean;  // 0.0 where the wait timed out
-    Record_Cycle(check_val, MotorTestData);
+    if (std::isfinite(check_val)) Record_Cycle(check_val, MotorTestData);
+  }
+  const double thickness = Cur_BaseDistance - check_val + Val_Block_Size;
+  if (!std::isfinite(thickness)) {
+    Message_Box(Format_Text(L"ID:%d 测量结果不是有效数字，请检查传感器比例系数和基准块尺寸", CanID));
+    return No_Number;
   }
   Ans_Valid = check_val != 0.0 ? 1 : 0;
-  return Cur_BaseDistance - check_val + Val_Block_Size;
+  return thickness;
 }
 
 // Feeds what the position window delivers to the detector until a delivery ends settled, or until the time is up, which
@@ -82,7 +101,7 @@ bool C_VoiceMotor::Wait_Until_Settled(DetectorState& det_model, CMyArray<double>
       return true;
     }
     if (!Read_Window(temp_val)) return false;
-    const double surplus = std::min<double>(temp_val.GetSize() - det_model.WindowLen, temp_val.GetSize());
+    const double surplus = std::min<double>(temp_val.GetSize() - Val_ErrorWindowLen, temp_val.GetSize());
     if (surplus > 1.0) temp_val.RemoveData(0, static_cast<int>(surplus));  // the newest samples stay
     MotorTestData.ExpandMem(MotorTestData.GetSize() + temp_val.GetSize());
     for (const double sample : temp_val) MotorTestData.Add(sample);

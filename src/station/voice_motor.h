@@ -49,7 +49,7 @@ class C_VoiceMotor : public CAutoSaveClassData2 {
   static constexpr int Max_History_Cycles = 200000;
 
   // Results of Detection_thickness that are no thickness.
-  static constexpr double No_Samples_Result = -99.0;  // the drive delivered no position within 100 ms
+  static constexpr double No_Samples_Result = -99.0;  // no position within 100 ms, or a value that is no number
   static constexpr double No_Position_Result = 0.0;   // no position at all
 
   // Loads the parameters, connects and maps the drive, and reports its faults in message boxes. Blocks until the
@@ -66,7 +66,7 @@ class C_VoiceMotor : public CAutoSaveClassData2 {
 
   // Writes the parameters to the station's store. Any thread.
   void Save();
-  // Sets the reference surface, in single precision.
+  // Sets the reference surface, in single precision. One that is no number is told to the operator and not taken.
   void Set_Cur_BaseDistance(float position);
   // 1: the current limit goes out as it is (Val_Run_Negative 0); 0: through its mirror image (Val_Run_Negative 1).
   // Returns 1; any other flag changes nothing and returns 0.
@@ -103,19 +103,20 @@ class C_VoiceMotor : public CAutoSaveClassData2 {
   // Lands on the part and waits until the position holds still. The probe stays on the part, under force.
   // speed: mm/s. current: the coil current that stands for the force, A. Returns the thickness in mm, without
   // Val_Error_offset. Failures show in-band: No_Samples_Result, No_Position_Result, or after a time-out, with a message
-  // box, Cur_BaseDistance + Val_Block_Size; Ans_Valid is 0 after a time-out.
+  // box, Cur_BaseDistance + Val_Block_Size; Ans_Valid is 0 after a time-out. Where the current or anything else of the
+  // cycle is no number, a box says what, the result is No_Samples_Result, and Ans_Valid is 0.
   double Detection_thickness(float speed, float current);
 
   // --- Landing and force-back (landing.cpp) ---
 
   // Drives the probe toward target (mm) with the current as its limit, and returns when the drive has finished.
-  // Always 1.
+  // Returns 1; or 0, with the probe where it was, if the drive refused a value that is no number.
   int Land_To(float speed, float current, float target);
   // Lifts the probe to Val_BeginePoint_offset and opens the current limits. A probe that does not come free is retried
   // twice and then reported. Always 1.
   int Force_Back(float speed);
   // Measures the reference block and takes its surface as the zero of the thickness scale; lifts the probe with the
-  // same speed. Returns the new Cur_BaseDistance, mm.
+  // same speed. Returns Cur_BaseDistance, mm, which stays as it was if the measurement gave no number.
   double Correct_Base(float speed, float current);
   // Measures with the set force and the calibration speed and keeps the position in Val_Pos_Set[0] and Val_Pos_Set[2].
   // Returns the position, mm, without the sign that an inverted drive gives it.
@@ -182,10 +183,6 @@ class C_VoiceMotor : public CAutoSaveClassData2 {
   void Set_Jerk_Dlg();
   void Set_HoldTime_Dlg(int index);  // 0 to 1
 
-  // The temperature readers of all stations live until the process ends, beyond their stations. This ends them, for a
-  // test or a host that leaves the process running without them; no station that has one may be alive.
-  static void Release_Temp_Sensors();
-
   // --- Members ---
 
  private:
@@ -193,15 +190,15 @@ class C_VoiceMotor : public CAutoSaveClassData2 {
   mutable std::mutex m_Link_Lock;                // leaf lock
 
  public:
-  Shared<double> Test_Ans;                               // last reported thickness, as the host reads it
-  Shared<int> Ans_Ready;                                 // 1 when Test_Ans is new
-  double Ans_Max = -1000.0;                              // shown by the panel; nothing updates it
-  double Ans_Min = 1000.0;                               // shown by the panel; nothing updates it
-  Shared<int> Ans_Valid;                                 // 1 if the last cycle's observed position was not exactly 0.0
-  std::unique_ptr<C_Kestrune_Motor_test> m_pMotor;       // the drive, always present
-  C_Interpolation_Voice_Motor* m_pTempSensor = nullptr;  // temperature reader, null without one; not owned
-  C_History ThicknessArray{Max_History_Cycles};          // observed position of each cycle, mm
-  C_History TempArray{Max_History_Cycles};               // temperature of each cycle, where there is a reader
+  Shared<double> Test_Ans;                          // last reported thickness, as the host reads it
+  Shared<int> Ans_Ready;                            // 1 when Test_Ans is new
+  double Ans_Max = -1000.0;                         // shown by the panel; nothing updates it
+  double Ans_Min = 1000.0;                          // shown by the panel; nothing updates it
+  Shared<int> Ans_Valid;                            // 1 if the last cycle's observed position was not exactly 0.0
+  std::unique_ptr<C_Kestrune_Motor_test> m_pMotor;  // the drive, always present
+  std::unique_ptr<C_Interpolation_Voice_Motor> m_pTempSensor;  // temperature reader, null without one
+  C_History ThicknessArray{Max_History_Cycles};                // observed position of each cycle, mm
+  C_History TempArray{Max_History_Cycles};                     // temperature of each cycle, where there is a reader
   C_History SlowTestData{Max_History_Samples};  // every position sample of every cycle, as often as it was delivered
   C_History TestTimeArray{Max_History_Cycles};  // duration of each cycle, ms
   Shared<double> Cur_BaseDistance;              // position of the reference surface
@@ -278,6 +275,7 @@ class C_VoiceMotor : public CAutoSaveClassData2 {
   void Make_Temp_Sensor(int aux_axis_num);
   void Report_Faults_At_Start();
 
+  double Measure_Thickness(float speed, float current);
   bool Wait_Until_Settled(DetectorState& det_model, CMyArray<double>& MotorTestData, float limit_ms);
   bool Read_Window(CMyArray<double>& temp_val);
   void Record_Cycle(double check_val, const CMyArray<double>& MotorTestData);

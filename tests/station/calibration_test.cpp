@@ -53,6 +53,7 @@ TEST_F(Calibration, Few_Heights_Fit_The_Polynomial_And_Drop_The_Surface) {
   EXPECT_EQ(station->Calibrate_Force(), 1);
   EXPECT_EQ(front->Shown()[0].dialog.controls[4].text, L"2.0") << "the number of heights is that of the process";
   EXPECT_EQ(front->Boxes().back(), L"2D推力拟合误差nan g") << "one current alone gives no model";
+  Expect_No_Landing([this] { return Measure(); }, L"ID:1 电流不是有效数字");
 }
 
 TEST_F(Calibration, Five_Heights_Bring_The_True_Force_On_Every_Part) {
@@ -106,6 +107,12 @@ TEST_F(Calibration, Cancel_Leaves_The_Model_And_The_Probe_Up) {
   EXPECT_EQ(station->Val_Force_K, 0.001);
   EXPECT_TRUE(Has_Surface());
   EXPECT_TRUE(Load("x_data.dat").empty());
+
+  station->Val_Speed_Set[1] = std::nan("");  // refused at the first landing, which ends the calibration
+  front->On_Dialog(First_Dialog, settings);
+  EXPECT_EQ(station->Calibrate_Force(), 0);
+  EXPECT_THAT(front->Boxes().back(), StartsWith(L"ID:1 速度不是有效数字"));
+  station->Val_Speed_Set[1] = 20.0;
 
   // A position that cannot be read is told, and the sequence goes on.
   front->On_Dialog(First_Dialog, settings);

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -80,6 +81,18 @@ class C_Station_Test : public testing::Test {
         values.push_back(std::stod(call.arguments.substr(call.arguments.rfind(' '))));
     }
     return values;
+  }
+
+  // The cycle fails with a box that begins so, and nothing goes to the drive but what puts the probe up.
+  void Expect_No_Landing(const std::function<double()>& cycle, const std::wstring& box) {
+    front->Clear_Record();
+    bench::Journal_Clear();
+    station->Ans_Valid = 1;
+    EXPECT_EQ(cycle(), -99.0);
+    EXPECT_EQ(station->Ans_Valid, 0);
+    EXPECT_THAT(front->Boxes(), testing::ElementsAre(testing::StartsWith(box)));
+    EXPECT_THAT(Written(0), testing::IsEmpty());
+    EXPECT_EQ(bench::Journal_Text().find("nan"), std::string::npos);
   }
 
   // The numbers of a vector file.

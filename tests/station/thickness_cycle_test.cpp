@@ -1,3 +1,5 @@
+#include <cmath>
+
 #include "station_room.h"
 
 namespace orsanta {
@@ -54,8 +56,48 @@ TEST_F(Thickness_Cycle, Measures_To_The_Micrometre_Against_The_Block) {
   Measure();
   EXPECT_EQ(station->TempArray.Copy()[0], 0.0);  // a board that sends nothing
   EXPECT_NEAR(station->TempArray.Copy()[1], 31.5, 0.1);
-  station.reset();
-  C_VoiceMotor::Release_Temp_Sensors();
+}
+
+TEST_F(Thickness_Cycle, What_Is_No_Number_Is_Never_Sent_Never_Valid_And_Never_The_Reference) {
+  const auto cycle = [this] { return Measure(); };
+  const double reference = station->Cur_BaseDistance, last = station->Last_Land_Pos;
+  const double nan = std::nan("");
+  for (const int flag : {0, 1}) {
+    station->Set_RunNegative(flag);
+    station->Val_Force_K = nan;
+    Expect_No_Landing(cycle, L"ID:1 电流不是有效数字");
+  }
+  station->Val_Force_K = 100.0;
+  Expect_No_Landing([&] { return station->Detection_thickness(std::nanf(""), 1.0F); }, L"ID:1 速度不是有效数字");
+  station->test_distance = INFINITY;
+  station->Last_Land_Pos = 0.0;  // one leg
+  Expect_No_Landing(cycle, L"ID:1 目标位置不是有效数字");
+  station->Last_Land_Pos = last;
+  station->test_distance = 10.0F;
+
+  // A cycle that runs, with a result that is none: by the block's size, and by a sample of the drive.
+  station->Val_Block_Size = nan;
+  EXPECT_EQ(Measure(), -99.0);
+  EXPECT_EQ(station->Correct_Base(20.0F, 2.0F), reference);
+  station->Val_Block_Size = 2.0;
+  C_Thread spoiler;
+  spoiler.Start("spoiler", [&] {
+    for (int i = 0; i < 200; ++i, Sleep(10)) station->m_pMotor->m_PosWindow.Push_Sample(nan, 0);
+  });
+  const int recorded = station->ThicknessArray.GetSize();
+  EXPECT_EQ(Measure(), -99.0);
+  EXPECT_EQ(station->Ans_Valid, 0);
+  EXPECT_EQ(station->ThicknessArray.GetSize(), recorded);
+  EXPECT_EQ(front->Count_Boxes(L"ID:1 测量结果不是有效数字"), 3);
+  spoiler.Join();
+  station->Set_Cur_BaseDistance(std::nanf(""));
+  EXPECT_EQ(front->Count_Boxes(L"ID:1 保存的基准面不是有效数字"), 1);
+  EXPECT_EQ(station->Cur_BaseDistance, reference);
+
+  // The shortest time that an operator can enter: half a sample.
+  station->Val_ErrorWindowLen = 0.5;
+  EXPECT_NEAR(Measure(), 2.0, 0.005);
+  EXPECT_EQ(station->Ans_Valid, 1);
 }
 
 TEST_F(Thickness_Cycle, Failures_Show_In_Band_And_Leave_The_Lock_Free) {
