@@ -53,7 +53,12 @@ extern "C" {
 
 /* One station's bus assignment: nine numbers, in this order and with nothing between them, in every language.
  * Two stations may not have one CanID, nor may a station have 15, the IO card's: at the start such a station is told in
- * a message box and rests, while the others work. */
+ * a message box and rests, while the others work.
+ *
+ * The temperature board of a station is a device of its own on the bus; its CAN id is one of the station's stored
+ * parameters. Give each station a board of its own: two stations on one board take its samples from each other, and a
+ * cycle that finds none records 0.0 as its temperature, which cannot be told from a measured one. Of cycles that start
+ * together a quarter did so. Thicknesses are not touched by it. */
 typedef struct VCM_Resource_struct {
   int32_t CanID;         /* CAN id of the drive, 1 to 63; also the station's id in texts, and its IO input and output */
   int32_t AxisNum;       /* axis of the interpolation device that reads the temperature, where one is fitted */

@@ -1,0 +1,99 @@
+// A host that loads the library, works, stops and unloads it, and does it all again in the same process.
+#include <dlfcn.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "bench/bench.h"
+#include "common/temp_folder.h"
+#include "orsanta/orsanta.h"
+
+namespace orsanta {
+namespace {
+
+constexpr int Boards[] = {20, 21};  // of the stations 1 and 2
+
+void Set_Up_Machine() {
+  unsetenv("DISPLAY");
+  unsetenv("WAYLAND_DISPLAY");
+  bench::Settings settings;
+  settings.drives = 2;
+  settings.temperature_boards = {Boards[0], Boards[1]};
+  bench::Reset(settings);
+  // No question at the first start: a thread that once ran a dialog holds the library until it ends.
+  std::ofstream("全局电机参数") << "orsanta store 1\nC_InitDlg Num 0 = int 2\nend\n";
+  for (const int station : {1, 2}) {
+    bench::Place_Part(station, 4.0);
+    std::ofstream("音圈电机" + std::to_string(station) + "参数")
+        << "orsanta store 1\nC_VoiceMotor Val_TempSensorCanID 0 = double " << Boards[station - 1] << "\nend\n";
+  }
+}
+
+class C_Loaded_Library {
+ public:
+  C_Loaded_Library() : m_Library(dlopen(LIBRARY_WITH_INSIDES, RTLD_NOW | RTLD_LOCAL)) {
+    if (m_Library == nullptr) throw std::runtime_error(dlerror());
+  }
+  ~C_Loaded_Library() { dlclose(m_Library); }
+  C_Loaded_Library(const C_Loaded_Library&) = delete;
+  C_Loaded_Library& operator=(const C_Loaded_Library&) = delete;
+
+  template <class Function>
+  Function* Find(const char* name) const {
+    return reinterpret_cast<Function*>(dlsym(m_Library, name));
+  }
+  static bool Is_Loaded() {
+    void* const loaded = dlopen(LIBRARY_WITH_INSIDES, RTLD_NOW | RTLD_NOLOAD);
+    if (loaded != nullptr) dlclose(loaded);
+    return loaded != nullptr;
+  }
+
+ private:
+  void* const m_Library;
+};
+
+// One cycle of each station. Returns the temperatures that they recorded.
+std::vector<double> Work(const C_Loaded_Library& library) {
+  const VCM_Resource_struct records[] = {{1, 1, 1, 2, 3, 1}, {2, 2, 2, 4, 5, 1}};
+  library.Find<decltype(ORSA_resource_alloc)>("ORSA_resource_alloc")(records, 2);
+  library.Find<decltype(Orsanta_dll_init)>("Orsanta_dll_init")(0);
+  for (const int station : {1, 2}) library.Find<decltype(do_test)>("do_test")(station, ORSANTA_TASK_MEASURE);
+  auto* const recorded = library.Find<int(int, double*, int)>("Recorded_Temperatures");
+  std::vector<double> temperatures(2);
+  for (const int station : {1, 2}) {
+    for (int waits = 0; recorded(station, &temperatures[station - 1U], 1) < 1 && waits < 2000; ++waits)
+      std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
+  library.Find<decltype(Orsanta_dll_uninit)>("Orsanta_dll_uninit")();
+  return temperatures;
+}
+
+auto Threads() {
+  return std::distance(std::filesystem::directory_iterator("/proc/self/task"), {});
+}
+
+TEST(Restart, Every_Load_Of_The_Library_Reads_The_Boards_And_Leaves_No_Thread) {
+  const C_Temp_Folder folder;
+  Set_Up_Machine();
+  const auto threads_before = Threads();
+  for (const double celsius : {31.5, 18.0, 44.25}) {
+    for (const int board : Boards) bench::Set_Temperature(board, celsius + board);
+    {
+      const C_Loaded_Library library;
+      const auto near = [celsius](int board) { return testing::DoubleNear(celsius + board, 0.1); };
+      EXPECT_THAT(Work(library), testing::ElementsAre(near(Boards[0]), near(Boards[1])));
+      EXPECT_EQ(Threads(), threads_before);
+    }
+    EXPECT_FALSE(C_Loaded_Library::Is_Loaded());
+  }
+}
+
+}  // namespace
+}  // namespace orsanta
