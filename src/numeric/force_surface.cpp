@@ -40,6 +40,10 @@ std::span<double> View(CMyArray<double>& values) {
 double Fit_Force_Surface(std::span<const double> current, std::span<const double> position,
                          std::span<const double> force, std::span<double, 5> p) {
   const size_t rows = current.size();
+  if (rows == 0) {
+    std::fill(p.begin(), p.end(), 0.0);
+    return 0.0;
+  }
   C_Matrix terms(static_cast<int>(rows), Term_Count);
   for (size_t i = 0; i < rows; ++i) {
     const std::array<double, Term_Count> row = Terms(current[i], position[i]);

@@ -17,9 +17,9 @@ namespace orsanta {
 
 // The fit on plain views of equal size: p receives p0 to p4. Returns the largest residual (model less force, with its
 // sign: a negative one does not count), in g.
-// With exactly five samples the five equations are solved as they stand, and a singular set gives infinite or
-// not-a-number coefficients. With any other number the least-squares solution is taken, and the coefficients that
-// the samples do not determine are 0.
+// Without a sample all of them are 0. With exactly five samples the five equations are solved as they stand, and a
+// singular set gives infinite or not-a-number coefficients. With any other number the least-squares solution is taken,
+// and the coefficients that the samples do not determine are 0.
 double Fit_Force_Surface(std::span<const double> current, std::span<const double> position,
                          std::span<const double> force, std::span<double, 5> p);
 
