@@ -12,7 +12,8 @@
  * as answered. Nothing is thrown, and no error code exists beyond the results told below.
  *
  * What a measurement gives that failed: a result like any other, which no part can give.
- *   no position came from the drive       -99.0 or 0.0, and the correction that the operator has set
+ *   no position came from the drive, or   -99.0 or 0.0, and the correction that the operator has set
+ *   the cycle met what is no number
  *   the position did not settle in time   the height of the reference surface above the lifted probe and the block's
  *                                         size: more than fits under the probe
  * So take a thickness for good only where it lies between the least and the greatest that your parts can have, written so
