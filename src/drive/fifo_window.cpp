@@ -36,7 +36,7 @@ int C_FIFO2Window::Set_Window_Len(int length) {
 
 int C_FIFO2Window::Start_Read(int channel) {
   if (channel > 0) m_Channel = channel;
-  BeginThread(nullptr, Process_Class_High, 2, Stop_Timeout_Ms, nullptr);
+  BeginThread(nullptr, Priority_Sample_Reader, 2, Stop_Timeout_Ms, nullptr);
   return 1;
 }
 
@@ -99,10 +99,10 @@ void C_FIFO2Window::Drop_Oldest() {
   m_Start = 0;
 }
 
-// The window thread runs ahead of all other work of the process, so that no FIFO of a drive overflows.
+// The window thread, at its own level already, runs ahead of all other work of the process, so that no FIFO of a drive
+// overflows.
 void C_FIFO2Window::OnThreadBegin(void*) {
   SetPriorityClass(Process_Class_High);
-  SetThreadPriority(Priority_Time_Critical);
   Stay_On_Processor();
 }
 

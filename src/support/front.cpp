@@ -6,9 +6,11 @@
 #include <filesystem>
 #include <mutex>
 #include <system_error>
+#include <thread>
 
 #include "support/console_front.h"
 #include "support/error_stream.h"
+#include "support/priority.h"
 
 namespace orsanta {
 
@@ -65,7 +67,13 @@ std::unique_ptr<C_Front> Load_Desktop_Front() {
 
 std::unique_ptr<C_Front> Make_Built_In_Front() {
   std::unique_ptr<C_Front> front;
-  if (Is_Set("DISPLAY") || Is_Set("WAYLAND_DISPLAY")) front = Load_Desktop_Front();
+  if (Is_Set("DISPLAY") || Is_Set("WAYLAND_DISPLAY")) {
+    // On a thread at the normal level: what the front starts for its windows inherits that, whoever asked for it first.
+    std::thread([&front] {
+      SetThreadPriority(Priority_Normal);
+      front = Load_Desktop_Front();
+    }).join();
+  }
   if (front == nullptr) front = std::make_unique<C_Console_Front>();
   return front;
 }

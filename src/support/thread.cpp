@@ -9,7 +9,6 @@
 #include <typeinfo>
 
 #include "support/assertion.h"
-#include "support/priority.h"
 #include "support/wide_string.h"
 
 namespace orsanta {
@@ -28,11 +27,12 @@ std::string Readable_Type_Name(const std::type_info& type) {
 
 }  // namespace
 
-void C_Thread::Start(const std::string& name, std::function<void()> body) {
+void C_Thread::Start(const std::string& name, std::function<void()> body, int level) {
   MY_ASSERT(!m_Thread.joinable());
   m_Ended = false;
   const uint64_t ticket = clock_thread::Announce(name);
-  auto run = [this, ticket, name, body = std::move(body)] {
+  auto run = [this, ticket, name, level, body = std::move(body)] {
+    SetThreadPriority(level);
     pthread_setname_np(pthread_self(), name.substr(0, 15).c_str());
     clock_thread::Enter(ticket);
     body();
@@ -78,11 +78,14 @@ int CBaseBindThread::BeginThread(void* param, int priority, int, int timeout_ms,
   m_Be_End = false;
   m_Timeout_Ms = timeout_ms;
   m_Name = name != nullptr ? To_Utf8(name) : Readable_Type_Name(typeid(*this));
-  m_Thread.Start(m_Name, [this, param, priority] {
-    if (priority >= Priority_Time_Critical) SetThreadPriority(Priority_Time_Critical);
-    OnThreadBegin(param);
-    while (!Is_Ending()) OnThreadLoop(param);
-  });
+  const int level = priority >= Priority_Time_Critical ? priority : Priority_Normal;
+  m_Thread.Start(
+      m_Name,
+      [this, param] {
+        OnThreadBegin(param);
+        while (!Is_Ending()) OnThreadLoop(param);
+      },
+      level);
   return 1;
 }
 

@@ -13,6 +13,7 @@
 #include <thread>
 
 #include "support/clock.h"
+#include "support/priority.h"
 
 namespace orsanta {
 
@@ -24,8 +25,9 @@ class C_Thread {
   C_Thread(const C_Thread&) = delete;
   C_Thread& operator=(const C_Thread&) = delete;
 
-  // name: shown by debuggers and by the simulated clock's report.
-  void Start(const std::string& name, std::function<void()> body);
+  // name: shown by debuggers and by the simulated clock's report. level: of support/priority.h; the thread takes it
+  // before anything else, and nothing of it from the caller.
+  void Start(const std::string& name, std::function<void()> body, int level = Priority_Normal);
   // Waits for the end of the body, at most timeout_ms (below 0: without a limit). Returns false when the time ran out.
   bool Join(double timeout_ms = -1.0);
   bool Is_Running() const { return m_Thread.joinable(); }
@@ -47,8 +49,8 @@ class CBaseBindThread {
   // Kept for the panel's window objects; the fronts run on threads of their own, so that it has no effect here.
   void SetUseCWndThread(int use);
   // Starts the thread.
-  // param: handed to every hook. priority: 15 or above asks for the highest scheduling the system grants, anything else
-  // for the default. timeout_ms: how long a stop may take before it is reported as a fault of the program. name: may be
+  // param: handed to every hook. priority: the level of support/priority.h from 15 on; anything else asks for the
+  // normal one. timeout_ms: how long a stop may take before it is reported as a fault of the program. name: may be
   // null, the thread then bears the class's name. Returns 1, or 0 when the thread runs already.
   int BeginThread(void* param, int priority, int reserved, int timeout_ms, const wchar_t* name);
   // Asks the thread to leave its loop and waits for it: after the return no OnThreadLoop pass runs. Returns 1.

@@ -1,6 +1,7 @@
 // All threads of a system at once, on the system clock: what the simulated clock runs one after the other truly
 // overlaps here, for the thread sanitizer to see.
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <atomic>
 #include <memory>
@@ -9,6 +10,7 @@
 #include "common/pty.h"
 #include "common/resources.h"
 #include "common/temp_folder.h"
+#include "common/thread_levels.h"
 #include "host/link_settings.h"
 #include "host/motor_base.h"
 #include "host/task_app.h"
@@ -70,6 +72,13 @@ TEST(All_Threads, WorkOnTheSameStations) {
   for (auto& thread : threads) thread->Join();
   base.LoopPaused = 0;
   EXPECT_GT(results, 0);
+
+  if (geteuid() != 0) GTEST_SKIP() << "only root may raise a priority everywhere";
+  auto levels = Thread_Levels();
+  EXPECT_EQ(Thread_Level(), "nice -15");  // the caller of the start
+  EXPECT_EQ(levels["lane 0"], std::set<std::string>{"nice -10"});
+  EXPECT_EQ(levels["C_VoiceMotorBas"], std::set<std::string>{"real-time 10"});  // the loop
+  EXPECT_EQ(levels["C_FIFO2Window"], std::set<std::string>{"real-time 11"});
 }
 
 }  // namespace

@@ -2,11 +2,14 @@
 #include "support/thread.h"
 
 #include <gmock/gmock.h>
+#include <unistd.h>
 
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "common/temp_folder.h"
+#include "common/thread_levels.h"
 #include "support/critical_section.h"
 #include "support/task_lanes.h"
 
@@ -43,6 +46,39 @@ TEST(BindThread, BeginsOncePassesAgainAndAgainAndEndsAfterAWholePass) {
   Sleep(100);
   EXPECT_EQ(loop.m_Trace, "begin()()()");
   EXPECT_EQ(loop.EndThread(1, 1), 1);
+}
+
+// Each thread has the level that it asks for, twice as once, whatever its starter had.
+TEST(ThreadLevels, ArePlacesThatNobodyInherits) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root may raise a priority everywhere";
+  const auto level_of_started = [](int level) {
+    std::string found;
+    C_Thread thread;
+    thread.Start(
+        "started", [&found] { found = Thread_Level(); }, level);
+    thread.Join();
+    return found;
+  };
+  for (int init = 1; init <= 2; ++init) {
+    SetPriorityClass(Process_Class_High);
+    EXPECT_EQ(level_of_started(Priority_Normal), "nice -10");
+    SetThreadPriority(Priority_Above_Normal);
+    EXPECT_EQ(Thread_Level(), "nice -15");
+    EXPECT_EQ(level_of_started(Priority_Normal), "nice -10");
+    EXPECT_EQ(level_of_started(Priority_Time_Critical), "real-time 10");
+    EXPECT_EQ(level_of_started(Priority_Sample_Reader), "real-time 11");
+  }
+  C_Thread critical;
+  critical.Start(
+      "critical",
+      [&level_of_started] {
+        std::string of_another;
+        std::thread([&of_another] { of_another = Thread_Level(); }).join();  // as a library starts one
+        EXPECT_EQ(of_another, "nice 0");
+        Become_Real_Time();  // without the system's own care for what it starts
+        EXPECT_EQ(level_of_started(Priority_Normal), "nice -10");
+      },
+      Priority_Time_Critical);
 }
 
 TEST(CriticalSection, IsTakenAgainByItsHolderAndGivenBackByNobodyElse) {

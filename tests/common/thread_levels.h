@@ -1,0 +1,42 @@
+// The scheduling of the threads of this process, as the system's own listing of processes shows it.
+#pragma once
+
+#include <pthread.h>
+#include <sched.h>
+#include <sys/resource.h>
+
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <set>
+#include <string>
+
+namespace orsanta {
+
+// "nice -10" or "real-time 11". thread: its id in the system, 0 for the calling one.
+inline std::string Thread_Level(int thread = 0) {
+  sched_param parameter{};
+  sched_getparam(thread, &parameter);
+  if (parameter.sched_priority > 0) return "real-time " + std::to_string(parameter.sched_priority);
+  return "nice " + std::to_string(getpriority(PRIO_PROCESS, static_cast<id_t>(thread)));
+}
+
+// All threads of the process: the levels that occur under each name.
+inline std::map<std::string, std::set<std::string>> Thread_Levels() {
+  std::map<std::string, std::set<std::string>> levels;
+  for (const auto& entry : std::filesystem::directory_iterator("/proc/self/task")) {
+    std::string name;
+    std::getline(std::ifstream(entry.path() / "comm"), name);
+    levels[name].insert(Thread_Level(std::stoi(entry.path().filename())));
+  }
+  return levels;
+}
+
+// Whether the system grants real-time classes here; leaves the calling thread in one, as a host's thread may be.
+inline bool Become_Real_Time() {
+  sched_param parameter{};
+  parameter.sched_priority = 5;
+  return pthread_setschedparam(pthread_self(), SCHED_RR, &parameter) == 0;
+}
+
+}  // namespace orsanta
