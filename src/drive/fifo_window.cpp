@@ -11,6 +11,7 @@ namespace orsanta {
 namespace {
 
 constexpr int Pass_Sleep_Ms = 2;
+constexpr int Pass_Limit_Ms = 2000;  // counted in sleeps
 constexpr int Stop_Timeout_Ms = 300000;
 
 template <class T>
@@ -74,6 +75,16 @@ int C_FIFO2Window::Clear_Window() {
   return 1;
 }
 
+int C_FIFO2Window::Wait_Pass() {
+  if (m_Channel == -1) return 0;
+  const uint64_t passes = m_Passes + 2;  // the one under way may have read before this call
+  for (int waited_ms = 0; m_Passes < passes; ++waited_ms) {
+    if (waited_ms >= Pass_Limit_Ms) return 0;
+    Sleep(1);
+  }
+  return 1;
+}
+
 int C_FIFO2Window::Push_Sample(double value, uint64_t index) {
   const C_Section_Holder hold(m_Lock);
   if (Live_Count() >= m_WindowLen) Drop_Oldest();
@@ -115,6 +126,7 @@ void C_FIFO2Window::OnThreadLoop(void*) {
   if (m_Channel != -1) GetInputChannelData(m_Channel, length, &nLen, m_PassData.GetData(), m_PassIndex.GetData());
   // The lock is taken for each sample, so that a reader gets in between.
   for (int i = 0; i < nLen; ++i) Push_Sample(m_PassData[i], m_PassIndex[i]);
+  m_Passes = m_Passes + 1;
   Sleep(Pass_Sleep_Ms);
 }
 

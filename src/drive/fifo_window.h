@@ -52,6 +52,10 @@ class C_FIFO2Window : public CBaseBindThread {
   int Get_Count();
   // Drops all samples. Returns 1.
   int Clear_Window();
+  // Waits until the reader thread has read once more from start to end. Returns 1, or 0 when it did not come to that
+  // within two seconds, and at once for an unbound window. A window that is still empty after a 1 has nothing to read;
+  // without the wait it may be empty because a busy machine has not let its thread run yet.
+  int Wait_Pass();
   // Appends one sample with its index; a full window drops its oldest. Returns 1.
   int Push_Sample(double value, uint64_t index);
 
@@ -66,6 +70,7 @@ class C_FIFO2Window : public CBaseBindThread {
 
   Shared<int> m_Channel = -1;                    // -1: none yet
   Shared<int> m_WindowLen = Default_Window_Len;  // samples
+  Shared<uint64_t> m_Passes = 0;                 // of the reader thread, finished
   CMyCriticalSection m_Lock;                     // guards the four below; held for a copy or a push
   Shared<int> m_BeNewData = 0;                   // 1: samples came since the last Get_Window
   CMyArray<double> m_Data;

@@ -37,6 +37,8 @@ C_VoiceMotor::C_VoiceMotor(int can_id, int axis_num, int aux_axis_num, int contr
     m_pMotor->Set_Acc(Val_Acc_Set[0]);
     m_pMotor->Set_Jerk(Val_Jerk_Set);
     Report_Faults_At_Start();
+    // No move before the window was read: on a busy machine its thread may have to wait for its first turn.
+    m_pMotor->m_PosWindow.Wait_Pass();
   }
 }
 

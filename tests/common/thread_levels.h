@@ -33,9 +33,9 @@ inline std::map<std::string, std::set<std::string>> Thread_Levels() {
 }
 
 // Whether the system grants real-time classes here; leaves the calling thread in one, as a host's thread may be.
-inline bool Become_Real_Time() {
+inline bool Become_Real_Time(int level = 5) {
   sched_param parameter{};
-  parameter.sched_priority = 5;
+  parameter.sched_priority = level;
   return pthread_setschedparam(pthread_self(), SCHED_RR, &parameter) == 0;
 }
 

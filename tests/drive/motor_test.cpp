@@ -155,6 +155,8 @@ TEST_F(C_Mapped_Motor_Test, Go_Pos_Arrives_Whatever_Old_Samples_Wait) {
   EXPECT_LT(Now_Ms() - before, 10.0);
   m_Motor.Clear_Pos_Window(m_Motor.m_PosWindow);
   EXPECT_EQ(m_Motor.Get_Cur_Pos(position), 0);
+  EXPECT_EQ(m_Motor.m_PosWindow.Wait_Pass(), 1);
+  EXPECT_GE(m_Motor.m_PosWindow.Get_Count(), 1);
   Sleep(100);
   EXPECT_NEAR(m_Motor.m_PosWindow.Get_Count(), 50, 3);
   m_Motor.m_PosWindow.Set_Window_Len(10);
@@ -162,6 +164,7 @@ TEST_F(C_Mapped_Motor_Test, Go_Pos_Arrives_Whatever_Old_Samples_Wait) {
   EXPECT_EQ(m_Motor.m_PosWindow.Get_Count(), 10);
   C_FIFO2Window unbound;
   unbound.Start_Read(0);
+  EXPECT_EQ(unbound.Wait_Pass(), 0);
   EXPECT_NEAR(Reads_In(50), 25, 1);  // of the motor's own window
   EXPECT_TRUE(m_Front->Boxes().empty());
 
