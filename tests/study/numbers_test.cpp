@@ -1,0 +1,346 @@
+// The numbers of the studies: against statsmodels and scipy on random designs, against published examples, and where
+// there is little to work out.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cmath>
+#include <fstream>
+#include <sstream>
+
+#include "study/average_range.h"
+#include "study/csv.h"
+#include "study/linearity.h"
+#include "study/refused.h"
+#include "study/type1.h"
+#include "study/uncertainty.h"
+
+namespace study {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+
+// SplitMix64, as in reference/make_reference.py.
+class C_Random {
+ public:
+  explicit C_Random(uint64_t seed) : m_State(seed) {}
+  int Below(int count) {
+    uint64_t z = m_State += 0x9E3779B97F4A7C15;
+    z = (z ^ (z >> 30)) * 0xBF58476D1CE4E5B9;
+    z = (z ^ (z >> 27)) * 0x94D049BB133111EB;
+    return static_cast<int>((z ^ (z >> 31)) % static_cast<uint64_t>(count));
+  }
+  int Around(int spread) { return Below(2 * spread + 1) - spread; }
+
+ private:
+  uint64_t m_State;
+};
+
+C_Crossed Empty(int parts, int appraisers, int trials) {
+  C_Crossed data;
+  for (int i = 1; i <= parts; ++i) data.parts.push_back(std::to_string(i));
+  for (int j = 0; j < appraisers; ++j) data.appraisers.emplace_back(1, static_cast<char>('A' + j));
+  data.trials = trials;
+  return data;
+}
+
+C_Crossed Random_Design(uint64_t seed) {
+  C_Random random(seed);
+  const int parts = 2 + random.Below(11), appraisers = 1 + random.Below(5), trials = 2 + random.Below(5);
+  C_Crossed data = Empty(parts, appraisers, trials);
+  int spreads[3];
+  for (int& spread : spreads) spread = std::array{0, 30, 300, 3000}[static_cast<size_t>(random.Below(4))];
+  std::vector<int> part, appraiser;
+  for (int i = 0; i < parts; ++i) part.push_back(random.Around(spreads[0]));
+  for (int j = 0; j < appraisers; ++j) appraiser.push_back(random.Around(spreads[1]));
+  for (const int of_part : part) {
+    for (const int of_appraiser : appraiser) {
+      const int cell = random.Around(spreads[2]);
+      for (int k = 0; k < trials; ++k) {
+        data.values_mm.push_back((300000 + of_part + of_appraiser + cell + random.Around(100)) / 100000.0);
+      }
+    }
+  }
+  return data;
+}
+
+std::vector<C_Reference_Values> Random_References(uint64_t seed) {
+  C_Random random(seed);
+  std::vector<C_Reference_Values> references(static_cast<size_t>(5 + random.Below(4)));
+  int size = 0;
+  for (C_Reference_Values& one : references) {
+    one.reference_mm = ++size * 0.5;
+    const int bias = random.Around(60), count = 10 + random.Below(6);
+    for (int k = 0; k < count; ++k) {
+      one.values_mm.push_back((size * 50000 + bias + random.Around(100)) / 100000.0);
+    }
+  }
+  return references;
+}
+
+std::vector<double> Numbers(const C_Anova& a) {
+  const C_Components& c = a.components;
+  return {a.parts.sum_of_squares,
+          a.appraisers.sum_of_squares,
+          a.interaction.sum_of_squares,
+          a.equipment.sum_of_squares,
+          a.interaction.p,
+          c.EV,
+          c.AV,
+          c.INT,
+          c.PV,
+          c.GRR,
+          c.TV,
+          a.EV.low,
+          a.EV.high,
+          a.AV.low,
+          a.AV.high,
+          a.INT.low,
+          a.INT.high,
+          a.PV.low,
+          a.PV.high,
+          a.GRR.low,
+          a.GRR.high,
+          a.TV.low,
+          a.TV.high};
+}
+
+std::vector<double> Numbers(const C_Linearity& a) {
+  const C_Size& first = a.sizes.front();
+  return {a.slope,         a.intercept_mm,          a.slope_error,     a.intercept_error_mm, a.slope_p,
+          a.intercept_p,   a.residual_deviation_mm, a.r_squared,       first.band_low_mm,    first.band_high_mm,
+          first.bias.mean, first.bias_test.t,       first.bias_test.p, first.bias_test.low,  first.bias_test.high};
+}
+
+TEST(Studies, AgreeWithASecondComputationOnRandomDesigns) {
+  std::ifstream file(REFERENCE_FILE);
+  int compared = 0;
+  for (std::string line; std::getline(file, line); ++compared) {
+    std::istringstream words(line);
+    std::string kind;
+    uint64_t seed = 0;
+    words >> kind >> seed;
+    const std::vector<double> ours = kind == "crossed" ? Numbers(Work_Out_Anova(Random_Design(seed)))
+                                                       : Numbers(Work_Out_Linearity(Random_References(seed)));
+    for (size_t i = 0; i < ours.size(); ++i) {
+      double theirs = 0.0;
+      ASSERT_TRUE(words >> theirs) << line;
+      // Nine digits; the second term is for numbers that are 0 but for rounding.
+      EXPECT_NEAR(ours[i], theirs, 1e-9 * std::abs(theirs) + 1e-15) << kind << " " << seed << ", number " << i;
+    }
+  }
+  EXPECT_EQ(compared, 300);
+}
+
+C_Crossed Handbook_Data() {
+  constexpr double Trials[3][3][10] = {{{0.29, -0.56, 1.34, 0.47, -0.80, 0.02, 0.59, -0.31, 2.26, -1.36},
+                                        {0.41, -0.68, 1.17, 0.50, -0.92, -0.11, 0.75, -0.20, 1.99, -1.25},
+                                        {0.64, -0.58, 1.27, 0.64, -0.84, -0.21, 0.66, -0.17, 2.01, -1.31}},
+                                       {{0.08, -0.47, 1.19, 0.01, -0.56, -0.20, 0.47, -0.63, 1.80, -1.68},
+                                        {0.25, -1.22, 0.94, 1.03, -1.20, 0.22, 0.55, 0.08, 2.12, -1.62},
+                                        {0.07, -0.68, 1.34, 0.20, -1.28, 0.06, 0.83, -0.34, 2.19, -1.50}},
+                                       {{0.04, -1.38, 0.88, 0.14, -1.46, -0.29, 0.02, -0.46, 1.77, -1.49},
+                                        {-0.11, -1.13, 1.09, 0.20, -1.07, -0.67, 0.01, -0.56, 1.45, -1.77},
+                                        {-0.15, -0.96, 0.67, 0.11, -1.45, -0.49, 0.21, -0.49, 1.87, -2.16}}};
+  C_Crossed data = Empty(10, 3, 3);
+  for (size_t i = 0; i < 10; ++i) {
+    for (const auto& appraiser : Trials) {
+      for (const auto& trial : appraiser) data.values_mm.push_back(trial[i]);
+    }
+  }
+  return data;
+}
+
+// The examples of the AIAG handbook, 4th edition.
+TEST(Studies, GiveThePublishedResults) {
+  const C_Anova anova = Work_Out_Anova(Handbook_Data());
+  EXPECT_NEAR(anova.parts.sum_of_squares, 88.3619, 5e-5);
+  EXPECT_NEAR(anova.appraisers.sum_of_squares, 3.1673, 5e-5);
+  EXPECT_NEAR(anova.interaction.sum_of_squares, 0.3590, 5e-5);
+  EXPECT_NEAR(anova.equipment.sum_of_squares, 2.7589, 5e-5);
+  EXPECT_NEAR(anova.total.sum_of_squares, 94.6471, 5e-5);
+  EXPECT_TRUE(anova.Pooled());
+  EXPECT_NEAR(anova.components.EV, 0.199933, 5e-7);
+  EXPECT_NEAR(anova.components.AV, 0.226838, 5e-7);
+  EXPECT_NEAR(anova.components.GRR, 0.302373, 2e-6);
+  EXPECT_NEAR(anova.components.PV, 1.042327, 5e-7);
+  EXPECT_NEAR(anova.components.Percent_GRR(), 27.9, 0.05);
+  EXPECT_EQ(anova.components.Ndc(), 4);
+
+  const C_Components range = Work_Out_Average_Range(Handbook_Data())->components;
+  EXPECT_NEAR(range.EV, 0.20188, 5e-5);  // the handbook rounds its factors to four digits
+  EXPECT_NEAR(range.AV, 0.22963, 1.5e-4);
+  EXPECT_NEAR(range.GRR, 0.30575, 1.5e-4);
+  EXPECT_NEAR(range.PV, 1.10456, 1.5e-4);
+  EXPECT_NEAR(range.TV, 1.14610, 1.5e-4);
+  EXPECT_EQ(range.Ndc(), 5);
+
+  const C_Linearity line =
+      Work_Out_Linearity({{10, {9.1, 9.3, 9.5, 9.3, 9.4, 9.5, 9.5, 9.5, 9.6, 9.2, 9.3, 9.4}},  // in any order
+                          {2, {2.7, 2.5, 2.4, 2.5, 2.7, 2.3, 2.5, 2.5, 2.4, 2.4, 2.6, 2.4}},
+                          {4, {5.1, 3.9, 4.2, 5.0, 3.8, 3.9, 3.9, 3.9, 3.9, 4.0, 4.1, 3.8}},
+                          {6, {5.8, 5.7, 5.9, 5.9, 6.0, 6.1, 6.0, 6.1, 6.4, 6.3, 6.0, 6.1}},
+                          {8, {7.6, 7.7, 7.8, 7.7, 7.8, 7.8, 7.8, 7.7, 7.8, 7.5, 7.6, 7.7}}});
+  EXPECT_NEAR(line.slope, -0.131667, 5e-7);
+  EXPECT_NEAR(line.intercept_mm, 0.736667, 5e-7);
+  EXPECT_NEAR(line.slope_t, -12.043, 5e-4);
+  EXPECT_NEAR(line.intercept_t, 10.158, 5e-4);
+  EXPECT_NEAR(line.residual_deviation_mm, 0.23954, 5e-6);
+  EXPECT_NEAR(line.r_squared, 0.714, 5e-4);
+  EXPECT_NEAR(line.Percent_Linearity(), 13.1667, 5e-4);
+  EXPECT_FALSE(line.Zero_In_Band());
+}
+
+std::vector<double> Twenty_Five() {  // 3.0002 mm on the mean, standard deviation 0.0001 sqrt(25 / 24)
+  std::vector<double> values(25, 3.0002);
+  for (size_t i = 0; i < 24; i += 2) {
+    values[i] += 0.0001;
+    values[i + 1] -= 0.0001;
+  }
+  return values;
+}
+
+TEST(Studies, JudgeAGaugeAgainstATolerance) {
+  const C_Type1 type1 = Work_Out_Type1(Twenty_Five(), {3.0, 0.02, 0.0001, 0.95});
+  EXPECT_NEAR(type1.bias_mm, 0.0002, 1e-12);
+  EXPECT_NEAR(type1.values.deviation, 0.0001, 1e-12);
+  EXPECT_NEAR(type1.bias_test.t, 10.0, 1e-8);
+  EXPECT_NEAR(type1.bias_test.high - type1.bias_mm, 2.063898562 * 0.0001 / 5.0, 1e-12);  // t(0.975, 24)
+  EXPECT_NEAR(type1.cg, 6.66666666667, 1e-8);
+  EXPECT_NEAR(type1.cgk, 6.0, 1e-8);
+  EXPECT_NEAR(type1.percent_resolution, 0.5, 1e-12);
+
+  C_Uncertainty_Settings settings;
+  settings.tolerance_mm = 0.02;
+  settings.resolution_mm = 0.0001;
+  settings.reference_uncertainty_mm = 0.0002;
+  settings.temperature_range_k = 2.0;
+  const C_Uncertainty alone = Work_Out_Uncertainty({{3.0, Twenty_Five()}}, {}, settings);
+  const double bias = 0.0002 / std::sqrt(3.0), warming = 3.0 * 11.5e-6 * 2.0 / std::sqrt(3.0);
+  const double system = std::sqrt(0.0001 * 0.0001 + 0.0001 * 0.0001 + bias * bias);  // certificate, repeats, bias
+  EXPECT_NEAR(alone.system.u_mm, system, 1e-12);
+  EXPECT_NEAR(alone.system.percent, 100.0 * 4.0 * system / 0.02, 1e-8);
+  EXPECT_NEAR(alone.system.capability, 0.3 * 0.02 / (6.0 * system), 1e-8);
+  EXPECT_NEAR(alone.system.df, 24.0 * std::pow(system / 0.0001, 4), 1e-6);
+  EXPECT_NEAR(alone.process.u_mm, std::hypot(system, warming), 1e-12);
+
+  // A second size adds its linearity, a crossed study its appraisers; its repeats replace smaller ones.
+  std::vector<double> second = Twenty_Five();
+  for (double& value : second) value += 1.0002;
+  const C_Anova anova = Work_Out_Anova(Random_Design(7));
+  const C_Uncertainty both = Work_Out_Uncertainty({{3.0, Twenty_Five()}, {4.0, second}}, anova, settings);
+  const double line = 0.0001 / std::sqrt(3.0), mean = 0.0003 / std::sqrt(3.0);
+  const C_Components& c = anova.components;
+  ASSERT_GT(c.EV, 0.0001);
+  EXPECT_NEAR(both.system.u_mm, std::sqrt(0.0001 * 0.0001 * 2 + line * line + mean * mean), 1e-12);
+  EXPECT_NEAR(both.process.u_mm * both.process.u_mm,
+              0.0001 * 0.0001 + line * line + mean * mean + std::pow(warming * 4 / 3, 2) + c.GRR * c.GRR, 1e-12);
+
+  const C_Force force = Work_Out_Force({{1, 100, 101}, {1, 200, 199}, {5, 100, 98}});
+  EXPECT_EQ(force.greatest_error_percent, 2.0);
+  EXPECT_EQ(force.worst.height_mm, 5.0);
+  EXPECT_EQ(force.forces[0].mean_error_percent, -0.5);
+  EXPECT_EQ(force.heights[0].greatest_error_percent, 1.0);
+}
+
+template <class F>
+std::string Refusal(F&& work) {
+  try {
+    work();
+  } catch (const C_Refused& refused) {
+    return refused.what();
+  }
+  return "not refused";
+}
+
+C_Crossed Filled(int parts, int appraisers, int trials, double (*value)(int, int, int)) {
+  C_Crossed data = Empty(parts, appraisers, trials);
+  for (int i = 0; i < parts; ++i)
+    for (int j = 0; j < appraisers; ++j)
+      for (int k = 0; k < trials; ++k) data.values_mm.push_back(value(i, j, k));
+  return data;
+}
+
+TEST(Studies, SayWhatCannotBeWorkedOut) {
+  const auto anova = [](const C_Crossed& data) { return Work_Out_Anova(data); };
+  const auto thirds = [](int, int, int) { return 1.0 / 3.0; };
+  EXPECT_THAT(Refusal([&] { anova(Filled(5, 3, 2, thirds)); }), HasSubstr("all 30 values are identical"));
+  EXPECT_THAT(Refusal([&] { anova(Filled(1, 3, 2, [](int, int j, int k) { return j + k * 0.1; })); }),
+              HasSubstr("at least 2 parts"));
+  EXPECT_THAT(Refusal([&] { anova(Filled(5, 3, 1, [](int i, int, int) { return i * 1.0; })); }),
+              HasSubstr("at least twice"));
+  EXPECT_THAT(Refusal([] { Work_Out_Type1(std::vector<double>(24, 1.0), {}); }), HasSubstr("there are 24"));
+  EXPECT_THAT(Refusal([] { Work_Out_Type1(Twenty_Five(), {}); }), HasSubstr("--tolerance"));
+  EXPECT_THAT(Refusal([] { Work_Out_Type1(std::vector<double>(30, 1.0), {1.0, 1.0}); }), HasSubstr("identical"));
+  std::vector<C_Reference_Values> references = Random_References(1);
+  references[1].values_mm.resize(9);
+  EXPECT_THAT(Refusal([&] { Work_Out_Linearity(references); }), HasSubstr("reference 1 mm has 9 values"));
+  references.resize(4);
+  EXPECT_THAT(Refusal([&] { Work_Out_Linearity(references); }), HasSubstr("there are 4"));
+  EXPECT_THAT(Refusal([] { Work_Out_Force({{1, 0, 5}}); }), HasSubstr("above 0 g"));
+}
+
+TEST(Studies, TakeWhatLittleThereIs) {
+  // Identical trials: thirds, whose mean is not exact, must not pass for repeatability.
+  const C_Anova exact = Work_Out_Anova(Filled(4, 2, 3, [](int i, int j, int) { return i * 0.1 + j / 3.0; }));
+  EXPECT_EQ(exact.components.EV, 0.0);
+  EXPECT_EQ(exact.components.INT, 0.0);
+  EXPECT_NEAR(exact.components.AV, std::sqrt(1.0 / 18.0), 1e-12);
+  // One appraiser; parts that do not differ.
+  const C_Anova one = Work_Out_Anova(Filled(5, 1, 2, [](int, int, int k) { return 3.0 + k * 0.001; }));
+  EXPECT_EQ(one.components.AV, 0.0);
+  EXPECT_EQ(one.components.PV, 0.0);
+  EXPECT_THAT(one.negative, ElementsAre(testing::StrEq("PV")));
+  EXPECT_NEAR(one.components.Percent_GRR(), 100.0, 1e-9);
+  EXPECT_EQ(one.components.Ndc(), 0);
+  // No spread of the gauge at all.
+  const C_Anova parts = Work_Out_Anova(Filled(5, 2, 2, [](int i, int, int) { return i * 1.0; }));
+  EXPECT_EQ(parts.components.Percent_GRR(), 0.0);
+  EXPECT_EQ(parts.components.Ndc(), -1);
+  EXPECT_FALSE(Work_Out_Average_Range(Empty(26, 2, 2)).has_value());
+}
+
+TEST(Csv, ReadsWhatSpreadsheetsWrite) {
+  const std::vector<C_Reading> readings = Read_Crossed(
+      "\xEF\xBB\xBF"
+      "Value;note;Part;APPRAISER;trial\r\n3,002;;\"a;\"\"b\";A;1\r\n\r\n+2.5e0;x;2;B;1\r\n");
+  ASSERT_EQ(readings.size(), 2U);
+  EXPECT_EQ(readings[0].value_mm, 3.002);
+  EXPECT_EQ(readings[0].part, "a;\"b");
+  EXPECT_EQ(readings[1].value_mm, 2.5);
+  EXPECT_EQ(readings[1].line, 4);
+  const auto references = Read_References("reference\tvalue\n1\t1,5\n2\t2.5\n1,0\t1.25");
+  ASSERT_EQ(references.size(), 2U);
+  EXPECT_THAT(references[0].values_mm, ElementsAre(1.5, 1.25));
+  EXPECT_EQ(Read_References("value\n1\n2\n", 3.0).front().reference_mm, 3.0);
+  EXPECT_EQ(Read_Forces("height,set,true\n\"1,5\",100,99.5").front().height_mm, 1.5);
+  EXPECT_EQ(Read_Crossed("part,appraiser,trial,value\n" + Csv_Line({"a,\"b\"", "c", "1", "2"})).front().part,
+            "a,\"b\"");
+}
+
+TEST(Csv, TellsEveryBadLine) {
+  const auto crossed = [](const std::string& text) { return Refusal([&] { Cross(Read_Crossed(text)); }); };
+  const std::string head = "part,appraiser,trial,value\n";
+  EXPECT_EQ(crossed(head + "1,A,1,3\n1,A,2,3,002\n,A,1,nan\n1,A,3,1e999\n"),
+            "line 3: 5 fields, not 4; with decimal commas separate the columns by semicolons\n"
+            "line 4: the column \"part\" is empty\n"
+            "line 4: the column \"value\" holds \"nan\", which is no number\n"
+            "line 5: the column \"value\" holds \"1e999\", which is no number");
+  std::string many = head;
+  for (int i = 0; i < 30; ++i) many += "x\n";
+  EXPECT_THAT(crossed(many), HasSubstr("line 21: 1 fields"));
+  EXPECT_THAT(crossed(many), HasSubstr("\nand 10 more"));
+  EXPECT_THAT(crossed(head + "1,A,1,3\n1,A,2,3\n2,A,1,3\n1,B,1,3\n1,B,2,3\n2,B,2,3\n2,B,1,3\n"),
+              HasSubstr("not balanced: part 2, appraiser A, trial 2 is missing"));
+  EXPECT_THAT(crossed(head + "1,A,1,3\n1,A,1,3\n"), HasSubstr("part 1, appraiser A, trial 1 is there twice (line 3)"));
+  EXPECT_THAT(crossed("part,operator,trial,value\n"),
+              HasSubstr("no column \"appraiser\", only \"part\", \"operator\""));
+  EXPECT_THAT(crossed("part,part,appraiser,trial,value\n"), HasSubstr("\"part\" twice"));
+  EXPECT_THAT(crossed(""), HasSubstr("empty"));
+  EXPECT_THAT(crossed(head), HasSubstr("no values"));
+  EXPECT_THAT(Refusal([] { Read_References("value\n1\n"); }), HasSubstr("no column \"reference\""));
+}
+
+}  // namespace
+}  // namespace study
