@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "bench/bench.h"
+#include "bench_loaded.h"
 #include "orsanta/orsanta.h"
 
 namespace app {

@@ -16,6 +16,7 @@ constexpr int Max_Stations = 14;
 
 void Add_Measure(CLI::App& program, int& exit_status);
 void Add_Selftest(CLI::App& program, int& exit_status);
+void Add_Study(CLI::App& program, int& exit_status);
 void Add_Panel(CLI::App& program, int& exit_status);
 
 // Checks that an argument is a whole number, or any number, from min to max, and else says so.

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "bench/bench.h"
+#include "bench_loaded.h"
 #include "orsanta/orsanta.h"
 #include "station_work.h"
 

@@ -40,7 +40,7 @@ std::string Short(double value) {
 // What could have stood in place of an argument that nobody knows.
 std::string Allowed(const CLI::App& program) {
   const CLI::App* command = &program;
-  if (!program.get_subcommands().empty()) command = program.get_subcommands().front();
+  while (!command->get_subcommands().empty()) command = command->get_subcommands().front();
   std::string text;
   for (const CLI::App* sub : command->get_subcommands({})) text += " " + sub->get_name();
   for (const CLI::Option* option : command->get_options()) text += " " + option->get_name();
@@ -80,6 +80,7 @@ int Run(int argc, char** argv) {
   int exit_status = app::Done;
   app::Add_Measure(program, exit_status);
   app::Add_Selftest(program, exit_status);
+  app::Add_Study(program, exit_status);
   app::Add_Panel(program, exit_status);
   program.footer(
       "Exit status: 0 all went well, 1 something failed, 2 an argument is wrong.\n"

@@ -13,7 +13,7 @@
 #include <random>
 #include <vector>
 
-#include "bench/bench.h"
+#include "bench_loaded.h"
 #include "bench_room.h"
 #include "commands.h"
 #include "force_calibration.h"
@@ -257,7 +257,8 @@ void Add_Measure(CLI::App& program, int& exit_status) {
   CLI::App* command = program.add_subcommand(
       "measure",
       "Calibrates the force, then measures parts of known thickness on the bench, on all stations at once, and prints\n"
-      "the errors of thickness and force. Each part is landed on twice: the force is set for the height of the landing\n"
+      "the errors of thickness and force. Each part is landed on twice: the force is set for the height of the "
+      "landing\n"
       "before, so that the first landing finds the height and the second one measures.\n"
       "Example: orsanta measure --stations 4 --parts 50 --force 100 --csv parts.csv");
   command->add_option("--stations", run->stations, "how many stations")
@@ -271,7 +272,7 @@ void Add_Measure(CLI::App& program, int& exit_status) {
   command->add_option("--seed", run->seed, "seed of the parts and of the bench's noise")
       ->check(Whole_Number(0, 1000000000))
       ->capture_default_str();
-  command->callback([run, &exit_status] { exit_status = Run_Measure(*run); });
+  command->callback([run, &exit_status] { exit_status = Need_Bench("measure") ? Run_Measure(*run) : Failed; });
 }
 
 }  // namespace app

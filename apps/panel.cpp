@@ -15,7 +15,7 @@
 #include <string>
 #include <thread>
 
-#include "bench/bench.h"
+#include "bench_loaded.h"
 #include "bench_room.h"
 #include "commands.h"
 #include "orsanta/orsanta.h"
@@ -231,7 +231,7 @@ void Add_Panel(CLI::App& program, int& exit_status) {
       ->check(Whole_Number(0, 1000000000))
       ->capture_default_str();
   command->add_option("--folder", panel->folder, "folder that keeps the settings; without it they go with the panel");
-  command->callback([panel, &exit_status] { exit_status = Run_Panel(*panel); });
+  command->callback([panel, &exit_status] { exit_status = Need_Bench("panel") ? Run_Panel(*panel) : Failed; });
 }
 
 }  // namespace app
