@@ -103,9 +103,7 @@ void CBaseBindThread::ReleaseSubClass_CBaseBindThread() {
 }
 
 void CBaseBindThread::OnThreadBegin(void*) {}
-void CBaseBindThread::OnThreadLoop(void*) {
-  Sleep(1);
-}
+void CBaseBindThread::OnThreadLoop(void*) {}
 void CBaseBindThread::OnThreadHook3(void*) {}
 void CBaseBindThread::OnThreadHook4(void*) {}
 
