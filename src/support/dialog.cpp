@@ -21,18 +21,19 @@ C_Bound_Control Make_Control(C_Control_Kind kind, const wchar_t* caption, int co
 }
 
 // Fills in a number edit over a variable of any of the types that read and assign like `Number`.
-// An edit that still shows its opening text keeps the exact value, which may have more decimals than are shown.
+// An edit that still shows its opening text stands for the exact value of that moment, which may have more decimals
+// than are shown.
 template <class Number, class Variable>
 void Bind_Number(C_Bound_Control& control, Variable& value) {
   const C_Control_Model model = control.model;  // with range and opening text
-  control.check = [model, &value](const C_Control_Entry& entry, std::function<void()>& write) -> std::wstring {
+  const Number opened = value;
+  control.check = [model, opened, &value](const C_Control_Entry& entry, std::function<void()>& write) -> std::wstring {
     const auto in_range = [&model](Number number) {
       return !model.has_range || (number >= model.min && number <= model.max);
     };
-    const Number present = value;
     Number typed{};
-    if (entry.text == model.text && in_range(present)) {
-      typed = present;
+    if (entry.text == model.text && in_range(opened)) {
+      typed = opened;
     } else if (!Read_Typed(entry.text, typed)) {
       const std::wstring reason = No_Number_Reason(model.kind == C_Control_Kind::Integer_Edit);
       return model.has_range ? reason + L"," + Range_Reason(model.min, model.max) : reason;

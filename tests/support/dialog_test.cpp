@@ -90,9 +90,13 @@ TEST(Dialog, Writes_At_Confirmation_And_Only_Then_And_Keeps_What_Nobody_Touched)
   EXPECT_EQ(edits, C_Every_Edit());
   EXPECT_EQ(front->Shown()[0].dialog.controls[4].text, L"0.333");
 
-  front->Next_Dialog(C_Script().Confirm());
+  const auto host_writes = [&edits] {
+    edits.shared_number = 100.0;
+    edits.shared_limited = 9;
+  };
+  front->Next_Dialog(C_Script().Run(host_writes).Confirm());
   EXPECT_EQ(edits.Run(), 1);
-  C_Every_Edit untouched;  // numbers to the bit
+  C_Every_Edit untouched;  // as shown, numbers to the bit
   untouched.place = 0;     // a place outside the list shows as the first
   EXPECT_EQ(edits, untouched);
 
