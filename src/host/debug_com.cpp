@@ -1,5 +1,7 @@
 #include "host/debug_com.h"
 
+#include <algorithm>
+
 #include "support/assertion.h"
 #include "support/dialog.h"
 #include "support/message_box.h"
@@ -19,7 +21,12 @@ C_VoiceDebugCom::C_VoiceDebugCom(int CanID) : m_Title(Format_Text(L"电机%d串�
     Message_Box(Format_Text(L"打开电机%d串口%d失败", CanID, ValComNum.Get()), Box_System_Modal);
     return;
   }
-  m_Port.SetPropW(ValBaud, 8, 1, 0);
+  if (m_Port.SetPropW(ValBaud, 8, 1, 0) == 0) {
+    m_Port.CloseCom();
+    Message_Box(Format_Text(L"打开电机%d串口%d失败：波特率%d无法设定", CanID, ValComNum.Get(), ValBaud.Get()),
+                Box_System_Modal);
+    return;
+  }
   m_Open = 1;
 }
 
@@ -51,7 +58,11 @@ void C_VoiceDebugCom::Settings_Dialog() {
   const CSmartPointer<CMyArray<std::wstring>, 0> rates(1);
   ports->Add(L"无串口");
   for (int port = 1; port <= Dialog_Ports; ++port) ports->Add(Format_Text(L"COM%d", port).Text());
-  int port_place = ValComNum;
+  // A port beyond the list has a place of its own at the end, so that an untouched confirmation keeps it.
+  const int stored_port = ValComNum;
+  const int further_port = stored_port > Dialog_Ports ? stored_port : 0;
+  if (further_port != 0) ports->Add(Format_Text(L"COM%d", further_port).Text());
+  int port_place = std::min(stored_port, Dialog_Ports + 1);
   int rate_place = 0;
   for (size_t i = 0; i < CComSerial::Rates.size(); ++i) {
     rates->Add(Format_Text(L"%d", CComSerial::Rates[i]).Text());
@@ -62,7 +73,7 @@ void C_VoiceDebugCom::Settings_Dialog() {
   dialog.AddDropdownList(L"串口号", 0, 10.0F, ports, port_place, 1, 0, nullptr);
   dialog.AddDropdownList(L"波特率", 0, 10.0F, rates, rate_place, 1, 0, nullptr);
   if (dialog.DoParameterDlg(1, 0, 1.0F, 1, nullptr, nullptr, 1) == 0) return;
-  ValComNum = port_place;
+  ValComNum = port_place > Dialog_Ports ? further_port : port_place;
   ValBaud = CComSerial::Rates[static_cast<size_t>(rate_place)];
   Save();
 }

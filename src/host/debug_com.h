@@ -19,7 +19,7 @@ namespace orsanta {
 class C_VoiceDebugCom : public CAutoSaveClassData2 {
  public:
   // Loads the link's settings from the store "电机%d串口参数" with the id, and opens the port if one is set. A port
-  // that will not open is shown in a message box; the link then stays closed.
+  // that will not open, or does not take the rate, is shown in a message box; the link then stays closed.
   explicit C_VoiceDebugCom(int CanID);
   ~C_VoiceDebugCom() override;
 

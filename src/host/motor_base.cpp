@@ -87,7 +87,11 @@ void C_VoiceMotorBase::Open_Host_Serial(int PortNum, int Baud) {
     Message_Box(Format_Text(L"无法打开串口%d", PortNum));
     return;
   }
-  HostSerial.SetPropW(Baud, 8, 1, 0);
+  if (HostSerial.SetPropW(Baud, 8, 1, 0) == 0) {
+    HostSerial.CloseCom();
+    Message_Box(Format_Text(L"无法打开串口%d：波特率%d无法设定", PortNum, Baud));
+    return;
+  }
   HostSerialOpen = 1;
 }
 

@@ -6,10 +6,12 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
-#include <algorithm>
+#include <atomic>
 #include <cerrno>
+#include <cmath>
 #include <cstring>
 #include <filesystem>
+#include <map>
 
 #include "support/clock.h"
 #include "support/front.h"
@@ -33,9 +35,26 @@ void Trace_Port(int port, const std::string& path, const std::string& what) {
   MY_TRACE0(Format_Text(L"COM%d (%s): %s\r\n", port, From_Utf8(path).c_str(), From_Utf8(what).c_str()));
 }
 
-// The threads that use a port must not wait for an operator, so the box is posted and its answer dropped.
-class C_Dropped_Answer : public C_Message_Sink {
-  void On_Answer(int) override {}
+// The box that tells of a lost port. The threads that use a port must not wait for an operator, so the box is posted.
+// It may stand open for hours while a loose plug comes and goes: until it is answered it stands for the next losses
+// too.
+class C_Lost_Box : public C_Message_Sink {
+ public:
+  // One for each port number. Never freed: a front may answer until the process ends.
+  static C_Lost_Box& Of_Port(int port) {
+    static std::mutex& lock = *new std::mutex;
+    static auto& boxes = *new std::map<int, C_Lost_Box>;
+    const std::lock_guard holder(lock);
+    return boxes[port];
+  }
+
+  void Show(const std::wstring& text) {
+    if (!m_Stands.exchange(true)) Front().Post_Message({text, 0}, *this);
+  }
+  void On_Answer(int) override { m_Stands = false; }
+
+ private:
+  std::atomic<bool> m_Stands = false;
 };
 
 }  // namespace
@@ -63,12 +82,14 @@ int CComSerial::OpenCom(int port) {
 int CComSerial::SetPropW(int baud, int data_bits, int stop_bits, int parity) {
   const std::lock_guard lock(m_Lock);
   if (m_Port == 0) return 0;
-  if (data_bits != 8 || stop_bits != 1 || parity != 0 || std::find(Rates.begin(), Rates.end(), baud) == Rates.end()) {
-    Trace_Port(m_Port, m_Path, "has no rate of " + std::to_string(baud) + " baud; stays at " + std::to_string(m_Baud));
-    return 0;
+  const bool is_offered = baud > 0 && data_bits == 8 && stop_bits == 1 && parity == 0;
+  if (is_offered && m_Device >= 0 && Apply_Line(baud)) {
+    m_Baud = baud;
+    return 1;
   }
-  m_Baud = baud;
-  return m_Device >= 0 && Apply_Line() ? 1 : 0;
+  Trace_Port(m_Port, m_Path, "does not take " + std::to_string(baud) + " baud; stays at " + std::to_string(m_Baud));
+  if (m_Device >= 0) Apply_Line(m_Baud);
+  return 0;
 }
 
 int CComSerial::GetComData(void* buffer, int max, int& got) {
@@ -107,7 +128,7 @@ bool CComSerial::Open_Device(std::string& reason) {
   }
   if (flock(m_Device, LOCK_EX | LOCK_NB) != 0) {  // TIOCEXCL alone does not hold against root
     reason = "another program uses it";
-  } else if (!Apply_Line()) {
+  } else if (!Apply_Line(m_Baud)) {
     reason = "it is no serial line";
   } else {
     ioctl(m_Device, TIOCEXCL);
@@ -118,13 +139,17 @@ bool CComSerial::Open_Device(std::string& reason) {
   return false;
 }
 
-bool CComSerial::Apply_Line() {
+bool CComSerial::Apply_Line(int baud) {
   termios2 line{};  // all translation, echo and flow control off
   line.c_iflag = IGNBRK;
   line.c_cflag = BOTHER | CS8 | CREAD | CLOCAL;
-  line.c_ispeed = line.c_ospeed = static_cast<speed_t>(m_Baud);
+  line.c_ispeed = line.c_ospeed = static_cast<speed_t>(baud);
   line.c_cc[VMIN] = 1;  // so that a read of a live line without bytes differs from one of a line that hung up
-  return ioctl(m_Device, TCSETS2, &line) == 0;
+  if (ioctl(m_Device, TCSETS2, &line) != 0) return false;
+  // The device takes the nearest rate that its clock divides to.
+  termios2 set{};
+  return ioctl(m_Device, TCGETS2, &set) == 0 &&
+         std::abs(static_cast<double>(set.c_ospeed) - baud) <= Rate_Tolerance * baud;
 }
 
 bool CComSerial::Be_There() {
@@ -142,8 +167,7 @@ void CComSerial::Tell_Vanished(const std::string& reason) {
   Release_Device();
   m_Next_Try_Ms = Now_Ms() + Reopen_Period_Ms;
   Trace_Port(m_Port, m_Path, "is gone: " + reason);
-  static auto* const dropped = new C_Dropped_Answer;  // never freed: a front may answer until the process ends
-  Front().Post_Message({Format_Text(L"串口%d已断开，请检查接线，恢复后自动重连", m_Port).Text(), 0}, *dropped);
+  C_Lost_Box::Of_Port(m_Port).Show(Format_Text(L"串口%d已断开，请检查接线，恢复后自动重连", m_Port).Text());
 }
 
 void CComSerial::Release_Device() {

@@ -5,9 +5,9 @@
 // installer puts a USB adapter in its place with `ln -s /dev/serial/by-id/... COM1`. The link is followed at every
 // opening.
 //
-// A port in use is exclusive: no other program opens it meanwhile. A port that vanishes (an adapter pulled out) is told
-// once; until it is back, which is looked for at most every Reopen_Period_Ms, reads give nothing and writes send
-// nothing.
+// A port in use is exclusive: no other program opens it meanwhile. A port that vanishes (an adapter pulled out) is
+// told; until it is back, which is looked for at most every Reopen_Period_Ms, reads give nothing and writes send
+// nothing. A port that comes and goes has one box at a time: the next is shown once that was answered.
 //
 // Any thread may call, also several at once; no call waits.
 #pragma once
@@ -20,8 +20,9 @@ namespace orsanta {
 
 class CComSerial {
  public:
-  static constexpr std::array<int, 7> Rates = {9600, 14400, 19200, 28800, 38400, 57600, 115200};  // baud
+  static constexpr std::array<int, 7> Rates = {9600, 14400, 19200, 28800, 38400, 57600, 115200};  // baud; on offer
   static constexpr double Reopen_Period_Ms = 500.0;
+  static constexpr double Rate_Tolerance = 0.02;  // of the rate; both ends of a line may be off by as much
 
   CComSerial() = default;
   ~CComSerial();
@@ -31,8 +32,9 @@ class CComSerial {
   // Opens the port with that number, 1 for the first, at the fastest rate. Returns 1, or 0 when there is no such port,
   // it is no serial line, or another program has it; a trace line then gives the reason.
   int OpenCom(int port);
-  // Sets the line: one of Rates; the other three are 8, 1 and 0. Returns 1, or 0 when the port is closed or does not
-  // take the setting; the line then stays as it was, and a trace line says so.
+  // Sets the line: any rate in baud that the device can do within Rate_Tolerance; the other three are 8, 1 and 0.
+  // Returns 1, or 0 when the port is closed or does not take the setting; the line then stays as it was, and a trace
+  // line says so.
   int SetPropW(int baud, int data_bits, int stop_bits, int parity);
   // Takes what has arrived, at most max bytes; got: how many, 0 when nothing has. Returns 1, or 0 when the port is
   // closed or away.
@@ -46,7 +48,7 @@ class CComSerial {
  private:
   // All with m_Lock held.
   bool Open_Device(std::string& reason);
-  bool Apply_Line();
+  bool Apply_Line(int baud);
   bool Be_There();  // true when the device is open; one that is away is tried anew
   void Tell_Vanished(const std::string& reason);
   void Release_Device();

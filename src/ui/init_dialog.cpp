@@ -41,13 +41,16 @@ void C_InitDlg::Settings_Dialog() {
   const C_Items ports(1);
   ports->Add(L"无串口");
   Add_Numbered(ports, L"COM%d", Dialog_Ports);
+  // A port beyond the list has a place of its own at the end, so that an untouched confirmation keeps it.
+  const int further_port = PortNum > Dialog_Ports ? PortNum : 0;
+  if (further_port != 0) ports->Add(Format_Text(L"COM%d", further_port).Text());
   const C_Items rates(1);
   for (const int rate : CComSerial::Rates) rates->Add(Format_Text(L"%d", rate).Text());
 
   const auto known_rate = std::find(CComSerial::Rates.begin(), CComSerial::Rates.end(), Baud);
   int start_place = Start_num - 1;
   int count_place = MotorNum - 1;
-  int port_place = PortNum;
+  int port_place = std::min(PortNum, Dialog_Ports + 1);
   int rate_place = known_rate == CComSerial::Rates.end() ? 0 : static_cast<int>(known_rate - CComSerial::Rates.begin());
   const std::wstring password;
 
@@ -58,7 +61,7 @@ void C_InitDlg::Settings_Dialog() {
   dialog.AddDropdownList(L"波特率", 0, 10.0F, rates, rate_place, 1, 0, nullptr);
   dialog.AddDataEditBool(L"IO控制", 0, 10.0F, IoInit, 1, 0, nullptr);
   if (dialog.DoParameterDlg(1, 0, 1.0F, 1, nullptr, nullptr, 1) != 0) {
-    PortNum = port_place;
+    PortNum = port_place > Dialog_Ports ? further_port : port_place;
     Baud = CComSerial::Rates[static_cast<size_t>(rate_place)];
     MotorNum = count_place + 1;
     Start_num = start_place + 1;

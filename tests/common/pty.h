@@ -3,6 +3,7 @@
 // in real time and not on the clock.
 #pragma once
 
+#include <asm/termbits.h>
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/ioctl.h>
@@ -37,6 +38,11 @@ class C_Pty {
   }
 
   int Master() const { return m_Master; }
+  // The rate of the line in baud.
+  int Rate() const {
+    termios2 line{};
+    return ioctl(m_Master, TCGETS2, &line) == 0 ? static_cast<int>(line.c_ospeed) : -1;
+  }
 
   // Sends bytes inward. Returns once the line has them all.
   void Send(const std::string& bytes) {

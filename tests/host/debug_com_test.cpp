@@ -31,8 +31,15 @@ TEST_F(Debug_Com, ClosedLinkDoesNothingAndAPortThatFailsIsTold) {
   Store_Link(3, 7, 9600);
   C_VoiceDebugCom failed(3);
   EXPECT_EQ(failed.Is_Open(), 0);
-  ASSERT_EQ(front->Boxes(), std::vector<std::wstring>{L"打开电机3串口7失败"});
-  EXPECT_EQ(front->Shown().back().flags, Box_System_Modal);
+  C_Pty line(2);
+  Store_Link(4, 2, 0);
+  EXPECT_EQ(C_VoiceDebugCom(4).Is_Open(), 0);
+  ASSERT_EQ(front->Boxes(), (std::vector<std::wstring>{L"打开电机3串口7失败", L"打开电机4串口2失败：波特率0无法设定"}));
+  for (const C_Shown& shown : front->Shown()) EXPECT_EQ(shown.flags, Box_System_Modal);
+  Store_Link(5, 2, 4800);  // the port was given back, and any rate is set
+  C_VoiceDebugCom link(5);
+  EXPECT_EQ(link.Is_Open(), 1);
+  EXPECT_EQ(line.Rate(), 4800);
 }
 
 TEST_F(Debug_Com, LinesAreExact) {
@@ -88,6 +95,16 @@ TEST_F(Debug_Com, TheDialogOffersAllPortsAndRatesAndStoresTheChoice) {
   const C_VoiceDebugCom stored(5);
   EXPECT_EQ(stored.ValComNum, 12);
   EXPECT_EQ(stored.ValBaud, 28800);
+
+  link.ValComNum = 40;  // beyond the list
+  for (const int kept : {1, 0}) {
+    front->Clear_Record();
+    front->Next_Dialog(kept == 1 ? C_Script().Confirm() : C_Script().Select(L"串口号", 2).Confirm());
+    link.Settings_Dialog();
+    EXPECT_EQ(front->Shown().front().dialog.controls[0].items.back(), L"COM40");
+    EXPECT_EQ(front->Shown().front().dialog.controls[0].selected, 33);
+    EXPECT_EQ(link.ValComNum, kept == 1 ? 40 : 2);
+  }
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <asm/termbits.h>
 #include <gtest/gtest.h>
 
+#include <array>
 #include <filesystem>
 #include <fstream>
 #include <thread>
@@ -48,13 +49,15 @@ TEST_F(Serial, PortNumbersFollowTheLinksAndAPortHasOneUser) {
 
 TEST_F(Serial, PassesEveryByteAtEachRateAndNeverWaits) {
   ASSERT_EQ(port.OpenCom(1), 1);
-  for (const int rate : CComSerial::Rates) {
+  for (const int rate : {9600, 14400, 19200, 28800, 38400, 57600, 4800, 230400, 115200}) {
     ASSERT_EQ(port.SetPropW(rate, 8, 1, 0), 1) << rate;
     Expect_Line_Is_Raw_At(rate);
   }
-  EXPECT_EQ(port.SetPropW(4800, 8, 1, 0), 0);
-  EXPECT_EQ(port.SetPropW(9600, 7, 1, 0), 0);
-  Expect_Line_Is_Raw_At(115200);
+  for (const auto& [baud, bits, stop, parity] :
+       {std::array{0, 8, 1, 0}, {-9600, 8, 1, 0}, {9600, 7, 1, 0}, {9600, 8, 2, 0}, {9600, 8, 1, 1}}) {
+    EXPECT_EQ(port.SetPropW(baud, bits, stop, parity), 0) << baud;
+    Expect_Line_Is_Raw_At(115200);
+  }
 
   EXPECT_EQ(port.GetComData(bytes_in, 1, count), 1);
   EXPECT_EQ(count, 0);
@@ -75,6 +78,23 @@ TEST_F(Serial, PassesEveryByteAtEachRateAndNeverWaits) {
   EXPECT_EQ(Write(std::string(1000000, 'x')), 1);  // nobody reads it
   EXPECT_GT(count, 0);
   EXPECT_LT(count, 1000000);
+}
+
+TEST_F(Serial, ALooseAdapterHasOneBoxAtATime) {
+  front->On_Box(L"串口1已断开", Answer_Ok, 100000);  // the operator is away
+  ASSERT_EQ(port.OpenCom(1), 1);
+  for (int round = 0; round < 20; ++round) {
+    line.Pull_Out();
+    EXPECT_EQ(port.GetComData(bytes_in, 1, count), 0);
+    line.Plug_In();
+    Sleep(static_cast<int>(CComSerial::Reopen_Period_Ms));
+    ASSERT_EQ(port.GetComData(bytes_in, 1, count), 1);
+    EXPECT_EQ(front->Count_Boxes(L"串口1已断开"), 1);
+  }
+  Sleep(100000);
+  line.Pull_Out();
+  EXPECT_EQ(port.GetComData(bytes_in, 1, count), 0);
+  EXPECT_EQ(front->Count_Boxes(L"串口1已断开"), 2);
 }
 
 TEST_F(Serial, ToldOnceWhenItVanishesAndFoundAgain) {
