@@ -34,8 +34,9 @@ function(orsanta_tests name)
   else()
     set(what_is_not_ours LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/lsan.supp)
   endif()
+  # No display but one that a test starts: on a developer's own, the processes that tests end would show their reports.
   gtest_discover_tests(test_${name} TEST_PREFIX ${name}. DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
-                       PROPERTIES TIMEOUT 240 ENVIRONMENT ${what_is_not_ours})
+                       PROPERTIES TIMEOUT 240 ENVIRONMENT "${what_is_not_ours};DISPLAY=;WAYLAND_DISPLAY=")
 endfunction()
 
 # orsanta_tests_at_1_ms(<name> <filter>)

@@ -21,9 +21,14 @@
  *
  * Wrong arguments. A station number above the number of stations, a value that is no finite number, and an IO channel
  * outside 0 to 7 show a message box that names the function, the number and the station; the call then changes nothing,
- * saves nothing, writes nothing through its pointers, and returns 0 unless something else stands with it. A station number below 1
- * is a fault of the program and ends the process with an assertion report: a dump in the working directory, and exit
- * status 3. Pointers must not be null.
+ * saves nothing, writes nothing through its pointers, and returns 0 unless something else stands with it. Pointers must
+ * not be null.
+ *
+ * A station number below 1, or a call outside the calling order, is a fault of the program: it ends the process with an
+ * assertion report, at once, with exit status 3 and without destructors or exit handlers. The report leaves a text file,
+ * PROGRAM_PID_TIME.dmp, with what failed and the stack of the failing thread in the working directory, or in the folder
+ * for temporary files where that does not take it; the last line on the standard error stream tells both, and so does a
+ * window where there is a display.
  *
  * What the library does to the process: the stores of the stations, the settings and the dumps are files in its working
  * directory, which must not change while the system runs; the process and the thread that calls Orsanta_dll_init get a

@@ -1,13 +1,16 @@
 #include "support/assertion.h"
 
+#include <cxxabi.h>
 #include <dlfcn.h>
 
+#include <atomic>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
 #include <memory>
 #include <new>
+#include <typeinfo>
 
 #include "support/critical_section.h"
 #include "support/dump.h"
@@ -19,6 +22,8 @@
 namespace orsanta {
 
 namespace {
+
+std::atomic<bool> the_Checks_Throw{false};
 
 // File name of the library or program that this code is part of.
 std::string This_Module_Name() {
@@ -37,11 +42,28 @@ std::string Compose(const char* function, int line, const std::string& message) 
       To_Utf8(CMyExecuteProc::GetCurApplicationFilePath()).c_str(), This_Module_Name().c_str(), function, line);
 }
 
-void Keep_And_Show(const char* function, int line, const std::string& text) {
-  CVCDumpMessage::m_cErrorMsg() = text;
-  const std::wstring wide = From_Utf8(text);
-  MY_TRACE0(wide.c_str());
-  TraceLog2File(function, line, wide.c_str());
+void Keep_And_Show(const char* function, int line, const std::string& message) {
+  try {
+    CVCDumpMessage::m_cErrorMsg() = Compose(function, line, message);
+    const std::wstring wide = From_Utf8(CVCDumpMessage::m_cErrorMsg());
+    MY_TRACE0(wide.c_str());
+    TraceLog2File(function, line, wide.c_str());
+  } catch (const std::bad_alloc&) {
+    // No memory for the text: the dump still holds the stack.
+  }
+}
+
+// What the handler of std::terminate was called for.
+std::string Describe_Termination() {
+  const std::type_info* type = abi::__cxa_current_exception_type();
+  if (type == nullptr) return "";
+  try {
+    throw;
+  } catch (const std::exception& error) {
+    return Format_Assert_Text("uncaught exception %s: %s", type->name(), error.what());
+  } catch (...) {
+    return Format_Assert_Text("uncaught exception %s", type->name());
+  }
 }
 
 }  // namespace
@@ -54,6 +76,12 @@ std::string& CVCDumpMessage::m_cErrorMsg() {
 CMyCriticalSection& CVCDumpMessage::m_hErrorMsg() {
   static C_Never_Destroyed<CMyCriticalSection> section;
   return section.Get();
+}
+
+void CVCDumpMessage::DumpFileProcess() {
+  Claim_Process_End();
+  Keep_And_Show("std::terminate", 0, Describe_Termination());
+  Write_Dump_And_End();
 }
 
 std::string& cMyAssertAppendDispInfo() {
@@ -77,19 +105,22 @@ std::string Format_Assert_Text(const char* format, ...) {
 }
 
 void Report_Assertion(const char* function, int line, const std::string& message) {
-  CVCDumpMessage::m_hErrorMsg().Lock();  // never given back: the process is ending
-  Keep_Stack_For_Dump();
-  try {
-    Keep_And_Show(function, line, Compose(function, line, message));
-  } catch (const std::bad_alloc&) {
-    // No memory for the text: the dump still holds the stack.
+  if (the_Checks_Throw) {
+    const C_Section_Holder hold(CVCDumpMessage::m_hErrorMsg());
+    Keep_And_Show(function, line, message);
+    throw CMy_Assert_Exception();
   }
-  std::set_terminate(&CVCDumpMessage::DumpFileProcess);
-  throw CMy_Assert_Exception();
+  Claim_Process_End();
+  Keep_And_Show(function, line, message);
+  Write_Dump_And_End();
 }
 
 void Report_Assertion(const char* function, int line) {
   Report_Assertion(function, line, std::string());
+}
+
+void Throw_On_Failed_Check(bool throws) {
+  the_Checks_Throw = throws;
 }
 
 }  // namespace orsanta

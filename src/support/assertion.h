@@ -1,12 +1,16 @@
 // The assertion report: what happens when a precondition is broken.
 //
-// A failed check composes a report, keeps it in CVCDumpMessage::m_cErrorMsg, traces it, logs it, and throws a
-// CMy_Assert_Exception that nothing in the system catches. The process then ends in CVCDumpMessage::DumpFileProcess,
-// which writes a .dmp text file with the stack of the failing thread. A broken precondition is a fault of the program:
-// there is no way on from it.
+// A broken precondition is a fault of the program: there is no way on from it. A failed check ends the process where it
+// stands. It composes a report, keeps it in CVCDumpMessage::m_cErrorMsg, traces it, logs it, and writes it to a dump
+// with the stack of the failing thread. No frame is left on the way, so that no destructor runs in a broken process.
+//
+// A dump is the text file "<program>_<pid>_<time>.dmp" in the working directory, or in the folder for temporary files
+// where that does not take it whole. The last line on the standard error stream tells the report and the dump's name,
+// and a person at a display gets a window with both once the process is gone. The process ends with
+// CVCDumpMessage::Exit_Status, after 30 s at the latest, whatever hangs.
 //
 // Any thread may report. The first report keeps the lock m_hErrorMsg for good, so that a second failing thread waits
-// and the first report stands.
+// there and the first report stands.
 #pragma once
 
 #include <string>
@@ -15,7 +19,7 @@ namespace orsanta {
 
 class CMyCriticalSection;
 
-// Thrown by a failed check; it carries no data, the report stands in CVCDumpMessage.
+// What Throw_On_Failed_Check makes a failed check throw; it carries no data, the report stands in CVCDumpMessage.
 class CMy_Assert_Exception {};
 
 struct CVCDumpMessage {
@@ -23,9 +27,8 @@ struct CVCDumpMessage {
 
   static std::string& m_cErrorMsg();  // the text of the last report, UTF-8
   static CMyCriticalSection& m_hErrorMsg();
-  // The terminate handler: writes "<program>_<pid>_<time>.dmp" to the working directory (to the folder for temporary
-  // files where that is not writable), tells its name on the standard error stream, and ends the process with
-  // Exit_Status. A failure inside it ends the process at once.
+  // The terminate handler from the first report on: an exception that nothing caught, and any other call of
+  // std::terminate, is a report of its own and ends the process in the same way.
   [[noreturn]] static void DumpFileProcess();
 };
 
@@ -35,11 +38,15 @@ std::string& cMyAssertAppendDispInfo();
 // Composes a failure's own message, in the manner of printf, in UTF-8. Empty when there is no memory for it.
 std::string Format_Assert_Text(const char* format, ...) __attribute__((format(printf, 1, 2)));
 
-// Composes and keeps the report, then throws CMy_Assert_Exception.
+// Composes and keeps the report, and ends the process with it.
 // function: full signature of the reporting function; line: source line of the check; message: what failed, may be
 // empty.
 [[noreturn]] __attribute__((cold)) void Report_Assertion(const char* function, int line, const std::string& message);
 [[noreturn]] __attribute__((cold)) void Report_Assertion(const char* function, int line);
+
+// For tests: a failed check keeps, traces and logs its report and then throws CMy_Assert_Exception; false makes it end
+// the process again.
+void Throw_On_Failed_Check(bool throws);
 
 }  // namespace orsanta
 

@@ -18,7 +18,8 @@ void MY_TRACE0(const wchar_t* text) {
 }
 
 void TraceLog2File(const char* function, int line, const wchar_t* text) {
-  const int file = open("orsanta_trace.log", O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0644);
+  // Without a wait, should the name belong to a pipe that nobody reads.
+  const int file = open("orsanta_trace.log", O_WRONLY | O_CREAT | O_APPEND | O_NONBLOCK | O_CLOEXEC, 0644);
   if (file < 0) return;
   const C_Local_Time now = Local_Time_Now();
   const CMyStringW head = Format_Text(L"%04d-%02d-%02d %02d:%02d:%02d.%03d [%d] %s, line %d: ", now.year, now.month,

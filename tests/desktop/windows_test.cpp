@@ -1,8 +1,10 @@
 // The windows of the desktop front on a display of the test's own, worked with mouse and keys.
 #include "desktop/windows.h"
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/file.h>
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -19,6 +21,7 @@
 #include <iterator>
 #include <thread>
 
+#include "common/failed_check.h"
 #include "common/temp_folder.h"
 #include "common/thread_levels.h"
 #include "desktop/virtual_display.h"
@@ -355,6 +358,36 @@ void Lose_Display() {
 TEST(Display, ALostDisplayCancelsWhatIsOpen) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   EXPECT_EXIT(Lose_Display(), ::testing::ExitedWithCode(0), "the system goes on without windows.*");
+}
+
+std::string Output_Of(const std::string& command) {
+  std::string output;
+  FILE* pipe = popen(command.c_str(), "r");
+  for (int letter; (letter = fgetc(pipe)) != EOF;) output.push_back(static_cast<char>(letter));
+  pclose(pipe);
+  return output;
+}
+
+TEST(Display, AReportIsShownOnceItsProcessHasEndedAndKeepsNothingOfIt) {
+  if (!C_Virtual_Display::Start()) GTEST_SKIP() << "no Xvfb";
+  GTEST_FLAG_SET(death_test_style, "fast");
+  const C_Temp_Folder folder;
+  const auto fail = [] {
+    const int lock_file = open(".", O_RDONLY);  // of the kind that a store's folder is locked with
+    MY_ASSERT_REPORT("what failed at " + std::to_string(flock(lock_file, LOCK_EX)));
+  };
+  EXPECT_EXIT(fail(), Ends_By_A_Failed_Check, "dump: test_desktop_");
+  const std::string dump = Output_Of("printf %s *.dmp");
+  EXPECT_EQ(flock(open(".", O_RDONLY | O_CLOEXEC), LOCK_EX | LOCK_NB), 0);
+
+  const std::string find = "timeout 20 xdotool search --sync --onlyvisible --name '^Orsanta 已停止$' ";
+  const std::string process = "/proc/" + std::to_string(std::stoi(Output_Of(find + "getwindowpid")));
+  const std::string command = File_Text(process + "/cmdline");
+  EXPECT_EQ(command.substr(0, 32), std::string("orsanta_report\0what failed at 0\n", 32));
+  EXPECT_EQ(command.substr(command.size() - dump.size() - 1), dump + '\0');
+  Output_Of(find + "windowfocus --sync key Return 2>&1");
+  for (int i = 0; i < 500 && std::filesystem::exists(process); ++i) usleep(10000);
+  EXPECT_FALSE(std::filesystem::exists(process));
 }
 
 }  // namespace

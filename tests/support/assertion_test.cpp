@@ -1,52 +1,73 @@
 // The report and the dump of real processes that end by a failed check.
 #include "support/assertion.h"
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
+#include <sched.h>
+#include <sys/mount.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
+#include <chrono>
+#include <csignal>
 #include <exception>
 #include <filesystem>
+#include <fstream>
 #include <string>
-#include <vector>
+#include <thread>
 
-#include "common/temp_folder.h"
+#include "common/failed_check.h"
 #include "support/array.h"
+#include "support/clock.h"
+#include "support/critical_section.h"
 #include "support/thread.h"
 
 namespace orsanta {
 namespace {
 
+using testing::AllOf;
 using testing::ContainsRegex;
 using testing::HasSubstr;
+using testing::Not;
 
-__attribute__((noinline)) int Fail_In_The_Middle(const CMyArray<int>& array) {
-  const std::string to_unwind(100, 'x');  // leaving this frame runs a destructor
-  return array.GetAt(5) + static_cast<int>(to_unwind.size());
-}
-
-__attribute__((noinline)) int Fail_Without_A_Way_Out() noexcept {
-  return Fail_In_The_Middle(CMyArray<int>()) + 1;
-}
-
-void Fail_On_Two_Threads() {
-  C_Thread thread;
-  thread.Start("failing", [] { Fail_In_The_Middle(CMyArray<int>()); });
-  Fail_Without_A_Way_Out();
-}
-
-// Describing it for the dump fails too.
-struct C_Failing_Description : std::exception {
-  const char* what() const noexcept override { std::terminate(); }
+// Leaves a file behind when the frame that holds it is left.
+struct C_Mark {
+  ~C_Mark() { std::ofstream("unwound"); }
 };
 
-// The one dump of the working directory, whole.
-void Expect_Whole_Dump() {
-  std::vector<std::filesystem::path> dumps;
-  for (const auto& entry : std::filesystem::directory_iterator("."))
-    if (entry.path().extension() == ".dmp") dumps.push_back(entry.path());
-  ASSERT_EQ(dumps.size(), 1U);
-  EXPECT_THAT(dumps[0].filename(), testing::MatchesRegex("test_support_[0-9]+_[0-9]+_[0-9]+[.]dmp"));
-  const std::string dump = File_Text(dumps[0]);
+__attribute__((noinline)) int Fail_In_The_Middle(const CMyArray<int>& array) {
+  const C_Mark mark;
+  return array.GetAt(5) + 1;
+}
+
+void Fail() {
+  std::atexit([] { std::ofstream("at exit"); });
+  Fail_In_The_Middle(CMyArray<int>());
+}
+
+// Something on the way to the end of the process: what it does runs when the dump asks an uncaught exception for its
+// text.
+struct C_On_The_Way : std::exception {
+  explicit C_On_The_Way(void (*its_work)()) : work(its_work) {}
+  const char* what() const noexcept override {
+    work();
+    return "the first failure";
+  }
+  void (*work)();
+};
+
+void End_With(void (*work)()) {
+  std::set_terminate(&CVCDumpMessage::DumpFileProcess);
+  std::thread([work] { throw C_On_The_Way(work); }).join();
+}
+
+void Fail_Elsewhere_Too() {
+  for (void (*failure)() : {&Fail, +[] { throw 1; }, +[] { raise(SIGSEGV); }, +[] { std::abort(); }})
+    std::thread(failure).detach();
+  usleep(200000);  // all of them have failed
+}
+
+void Expect_Whole(const std::string& dump) {
   const std::string program = std::filesystem::read_symlink("/proc/self/exe").string();
   EXPECT_THAT(dump, HasSubstr("\npath: " + program + "\nmodule: test_support\nfunc: "));
   EXPECT_THAT(dump, ContainsRegex("\nfunc: .*CMyArray<.*>::GetAt[(]int64_t[)] const [[].*T = int"));
@@ -54,49 +75,145 @@ void Expect_Whole_Dump() {
               HasSubstr("\n\n--------------\n\n发生异常(Debug),请把本窗口和此时生成的 .dmp 文件发送给开发者.\n"
                         "Exception Occurs,please send an image of This Window and Currently Generated .dmp file to "
                         "developer.\n"));
-  // The frames of the failure, though they are hidden from the dynamic linker and were left before the process ended.
+  // The frames of the failure, though they are hidden from the dynamic linker.
   EXPECT_THAT(dump.substr(dump.find("\nstack of thread ")),
               HasSubstr("Fail_In_The_Middle(orsanta::CMyArray<int> const&)"));
+  EXPECT_THAT(dump, ContainsRegex("\nstack of thread [0-9]+ [(]failing[)]:\n#0 "));
   EXPECT_THAT(dump, ContainsRegex("\nmodules:\n(.*\n)*.*/libc[.]so"));
-  EXPECT_THAT(File_Text("orsanta_trace.log"), testing::AllOf(HasSubstr("GetAt"), HasSubstr("please send an image")));
 }
-
-const auto Ends = testing::ExitedWithCode(CVCDumpMessage::Exit_Status);
 
 class C_AssertionDeathTest : public testing::Test {
  protected:
-  void SetUp() override { GTEST_FLAG_SET(death_test_style, "fast"); }  // the child keeps the working directory
+  void SetUp() override {
+    GTEST_FLAG_SET(death_test_style, "fast");  // the child keeps the working directory
+    setenv("TMPDIR", other.Path().c_str(), 1);
+  }
+  void TearDown() override { unsetenv("TMPDIR"); }
+
+  const C_Temp_Folder other;  // the folder for temporary files
+  const C_Temp_Folder folder;
 };
 
-TEST_F(C_AssertionDeathTest, AFailureLeavesOneWholeDumpEvenOnTwoThreadsAtOnce) {
-  for (const bool two_threads : {false, true}) {
-    const C_Temp_Folder folder;
-    EXPECT_EXIT(two_threads ? Fail_On_Two_Threads() : void(Fail_Without_A_Way_Out()), Ends, "please send an image");
-    Expect_Whole_Dump();
-  }
-}
-
-TEST_F(C_AssertionDeathTest, EndsWithoutAWritableFolderAndWhenTheHandlerFails) {
-  const C_Temp_Folder other, lost;
-  const auto fail_in_a_lost_folder = [&] {
-    setenv("TMPDIR", other.Path().c_str(), 1);
-    std::filesystem::remove_all(lost.Path());
-    Fail_Without_A_Way_Out();
-  };
-  EXPECT_EXIT(fail_in_a_lost_folder(), Ends, "dump: " + other.Path().string());
-  const auto fail_twice = [] {
-    std::set_terminate(&CVCDumpMessage::DumpFileProcess);
+TEST_F(C_AssertionDeathTest, AFailureLeavesOneWholeDumpAndNoFrame) {
+  const auto fail_on_a_thread = [] {
     C_Thread thread;
-    thread.Start("failing", [] { throw C_Failing_Description(); });
+    thread.Start("failing", &Fail);
     thread.Join();
   };
-  EXPECT_EXIT(fail_twice(), Ends, "");
+  EXPECT_EXIT(fail_on_a_thread(), Ends_By_A_Failed_Check,
+              "please send an image(.|\n)*the program ends after a failed check: [A-Z][^\n]*; func: [^\n]*GetAt[^\n]*"
+              "; line: [0-9]+; dump: test_support_[0-9]+_[0-9]{8}_[0-9]{6}[.]dmp\n$");
+  Expect_Whole(Take_Dump());
+  EXPECT_THAT(File_Text("orsanta_trace.log"), AllOf(HasSubstr("GetAt"), HasSubstr("please send an image")));
+  EXPECT_FALSE(std::filesystem::exists("unwound"));
+  EXPECT_FALSE(std::filesystem::exists("at exit"));
+}
+
+TEST_F(C_AssertionDeathTest, TheFirstFailureStandsAndASecondOfTheSameThreadEnds) {
+  EXPECT_EXIT(End_With(&Fail_Elsewhere_Too), Ends_By_A_Failed_Check, "C_On_The_WayE: the first failure");
+  EXPECT_THAT(Take_Dump(), AllOf(HasSubstr("C_On_The_WayE: the first failure\n"), HasSubstr("\nmodules:\n"),
+                                 HasSubstr("End_With"), Not(HasSubstr("GetAt"))));
+  EXPECT_THAT(File_Text("orsanta_trace.log"), Not(HasSubstr("GetAt")));
+  for (void (*failure)() : {&Fail, +[] { std::terminate(); }, +[] { raise(SIGSEGV); }})
+    EXPECT_EXIT(End_With(failure), Ends_By_A_Failed_Check, "");
+}
+
+TEST_F(C_AssertionDeathTest, WhatHangsOnTheWayIsCutOff) {
+  // Each finds the limit set, and makes it shorter.
+  const auto expect_a_limit = [] {
+    for (unsigned left = 0; left == 0; left = alarm(1)) usleep(1000);
+  };
+  const auto find_the_lock_taken = [&] {
+    CVCDumpMessage::m_hErrorMsg().Lock();
+    std::thread(&Fail).detach();
+    expect_a_limit();
+    for (;;) pause();
+  };
+  EXPECT_EXIT(find_the_lock_taken(), Ends_By_A_Failed_Check, "");
+  const auto hang_in_the_text = [] {
+    if (alarm(1) != 30) _exit(1);
+    for (;;) pause();
+  };
+  EXPECT_EXIT(End_With(hang_in_the_text), Ends_By_A_Failed_Check, "");
+}
+
+TEST_F(C_AssertionDeathTest, ADumpThatDoesNotGoInWholeGoesToTheOtherFolderOrIsToldToBeCut) {
+  const auto in_a_lost_folder = [&] {
+    std::filesystem::remove_all(folder.Path());
+    Fail();
+  };
+  const auto on_a_full_disk = [&] {
+    if (unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0 || mount("none", ".", "tmpfs", 0, "size=4k") != 0 ||
+        chdir(folder.Path().c_str()) != 0) {
+      std::filesystem::remove_all(folder.Path());  // where the system gives no disk
+    }
+    Fail();
+  };
+  const auto in_place_of_a_link = [] {
+    const C_Simulated_Clock clock(1);
+    const std::string name = "test_support_" + std::to_string(getpid()) + "_20200101_000000.dmp";
+    std::filesystem::create_symlink("somebody else's", name);
+    Fail();
+  };
+  const std::string elsewhere = "dump: " + other.Path().string() + "/test_support_[0-9_]*[.]dmp\n$";
+  EXPECT_EXIT(on_a_full_disk(), Ends_By_A_Failed_Check, elsewhere);
+  EXPECT_THAT(Take_Dump(other.Path()), HasSubstr("libc.so"));
+  EXPECT_EXIT(in_place_of_a_link(), Ends_By_A_Failed_Check, elsewhere);
+  EXPECT_THAT(Take_Dump(other.Path()), HasSubstr("libc.so"));
+  EXPECT_FALSE(std::filesystem::exists("somebody else's"));
+  const std::filesystem::path link = *std::filesystem::directory_iterator(".");
+  EXPECT_TRUE(std::filesystem::is_symlink(link));
+  std::filesystem::remove(link);
+
+  int ends[2];
+  ASSERT_EQ(pipe2(ends, O_NONBLOCK), 0);
+  const auto with_room_for = [&ends](rlim_t bytes) {
+    dup2(ends[1], STDERR_FILENO);  // the files are limited, the error stream is not
+    const rlimit room{bytes, bytes};
+    setrlimit(RLIMIT_FSIZE, &room);
+    Fail();
+  };
+  for (const rlim_t bytes : {100, 0}) {
+    EXPECT_EXIT(with_room_for(bytes), Ends_By_A_Failed_Check, "");
+    std::string told(65536, '\0');
+    told.resize(static_cast<size_t>(read(ends[0], told.data(), told.size())));
+    EXPECT_THAT(
+        told, ContainsRegex(std::string("\nstack of thread [0-9]+ (.*\n)*#[0-9]+ .*Fail_In_The_Middle(.*\n)*.*dump: ") +
+                            "test_support_[0-9_]*[.]dmp " + (bytes == 0 ? "cannot be written" : "is cut short") +
+                            ": File too large\n$"));
+    EXPECT_EQ(Take_Dump().size(), bytes);
+    EXPECT_TRUE(std::filesystem::is_empty(other.Path()));
+  }
+  EXPECT_EXIT(in_a_lost_folder(), Ends_By_A_Failed_Check, elsewhere);
+}
+
+TEST_F(C_AssertionDeathTest, TheErrorStreamHoldsNothingUp) {
+  const auto fail_at = [](bool full, bool is_read) {
+    int ends[2];
+    if (pipe2(ends, O_NONBLOCK) != 0) _exit(1);
+    const std::string some(4096, 'x');
+    while (full && write(ends[1], some.data(), some.size()) > 0) continue;
+    fcntl(ends[1], F_SETFL, 0);
+    dup2(ends[1], STDERR_FILENO);
+    if (!is_read) close(ends[0]);
+    Fail();
+  };
+  const auto fail_without = [] {
+    close(STDERR_FILENO);
+    Fail();
+  };
+  const auto begin = std::chrono::steady_clock::now();
+  EXPECT_EXIT(fail_at(true, true), Ends_By_A_Failed_Check, "");
+  EXPECT_EXIT(fail_at(false, false), Ends_By_A_Failed_Check, "");
+  EXPECT_EXIT(fail_without(), Ends_By_A_Failed_Check, "");
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(30));
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator("."), {}), 4) << "three dumps and the trace log";
 }
 
 TEST(C_Assertion, TheTextOfTheProgramAndOfTheFailureOpenTheReport) {
   const C_Temp_Folder folder;
   cMyAssertAppendDispInfo() = "for all reports";
-  EXPECT_THROW(MY_ASSERT_REPORT("what failed"), CMy_Assert_Exception);
+  EXPECT_NE(0, Failed_Check_Line([] { MY_ASSERT_REPORT("what failed"); }));
   cMyAssertAppendDispInfo().clear();
   EXPECT_THAT(CVCDumpMessage::m_cErrorMsg(),
               ContainsRegex("^what failed\nfor all reports\n[A-Z][a-z][a-z] [ 1-3][0-9] 20[0-9][0-9] "

@@ -83,7 +83,10 @@ TEST(Processes, AreFoundByTheirExecutableAndByTheNameTheyWereStartedAs) {
     execl("/bin/sleep", "C:\\设备\\Orsanta_of_a_test.exe", "60", nullptr);
     _exit(127);
   }
-  while (CProcessAndThreadSnapShot::GetProcessIDFromProcessName(L"Orsanta_of_a_test.exe", ids, 0) == 0) usleep(1000);
+  for (int waited_ms = 0; waited_ms < 10000 && ids.GetSize() == 0; ++waited_ms) {
+    usleep(1000);
+    CProcessAndThreadSnapShot::GetProcessIDFromProcessName(L"Orsanta_of_a_test.exe", ids, 0);
+  }
   EXPECT_THAT(std::vector<int>(ids.begin(), ids.end()), testing::ElementsAre(child));
   EXPECT_GE(CProcessAndThreadSnapShot::GetProcessIDFromProcessName(L"sleep", ids, 0), 1) << "by its executable";
   kill(child, SIGKILL);

@@ -47,17 +47,22 @@ TEST(SmartPointer, TheLastCopyFreesObjectsAndArrays) {
 }
 
 TEST(SmartPointer, ThreadsCopyAndReleaseTheSameObject) {
+  constexpr int Threads = 4, Least_Turns = 20000;
   const int records_before = smart_pointer_table::Live_Records();
   {
     CMyArray<C_Pointer> shared;
     for (int i = 0; i < 4; ++i) shared.Add(C_Pointer(1));
-    C_Thread threads[4];
+    std::atomic<int> begun{0}, ready{0};
+    C_Thread threads[Threads];
     for (C_Thread& thread : threads) {
-      thread.Start("copier", [&shared] {
-        for (int i = 0; i < 2000; ++i) {
+      thread.Start("copier", [&] {
+        for (++begun; begun < Threads;) continue;
+        // All go on until the last has made its turns, so that they never stop to overlap.
+        for (int i = 0; ready < Threads; ++i) {
           const C_Pointer copy = shared.GetAt(i % 4);
           C_Pointer own(1 + i % 2);
           own = copy;
+          if (i == Least_Turns) ++ready;
         }
       });
     }
