@@ -21,21 +21,26 @@ CMyArray<VCM_Resource_struct>& theResourceList() {
   return list;
 }
 
-C_VoiceMotorBase& Supervisor() {
-  return *theMotorBase.Get();
+// A call outside the calling order is a fault of the host program.
+C_VoiceMotorBase& Supervisor(const wchar_t* export_name) {
+  C_VoiceMotorBase* const supervisor = theMotorBase;
+  if (supervisor == nullptr) {
+    MY_ASSERT_REPORT(To_Utf8(export_name) + " was called before Orsanta_dll_init or after Orsanta_dll_uninit");
+  }
+  return *supervisor;
 }
 
 // False, after a message, for a station number above the count. A number below 1 passes, and ends the process in the
 // array's index check as the fault of the program that it is.
 bool Check_Station(const wchar_t* export_name, int station) {
-  if (Supervisor().StationList.GetSize() >= station) return true;
+  if (Supervisor(export_name).StationList.GetSize() >= station) return true;
   Message_Box(Format_Text(L"%s前没有初始化电机%d", export_name, station));
   return false;
 }
 
 // False, after a message, for a station that does not exist or whose drive is not its own to move.
 bool Check_Drive(const wchar_t* export_name, int station) {
-  return Check_Station(export_name, station) && Supervisor().Check_Drive_Is_Own(station - 1);
+  return Check_Station(export_name, station) && Supervisor(export_name).Check_Drive_Is_Own(int64_t{station} - 1);
 }
 
 // False, after a message, for a value that is no finite number.
@@ -54,7 +59,7 @@ bool Check_Channel(const wchar_t* export_name, int channel) {
 }
 
 C_VoiceMotor& Station(int station) {
-  return *Supervisor().StationList[station - 1];
+  return *theMotorBase.Get()->StationList[int64_t{station} - 1];
 }
 
 void Fill_Default_Resources(int MotorNum, int Start_num) {
@@ -102,20 +107,21 @@ void Orsanta_dll_uninit(void) noexcept {
 }
 
 void show_dlg(void) noexcept {
+  C_VoiceMotorBase& supervisor = Supervisor(L"show_dlg");
   thePanelOpen = 1;
   Sleep(500);
-  Supervisor().show();
+  supervisor.show();
   thePanelOpen = 0;
 }
 
 int do_test(int station, int task_code) noexcept {
   if (!Check_Drive(L"do_test", station)) return 0;
-  return Supervisor().do_test(station, task_code);
+  return Supervisor(L"do_test").do_test(station, task_code);
 }
 
 int get_ans(int station, double* thickness, double* force) noexcept {
   if (!Check_Station(L"get_ans", station)) return 0;
-  return Supervisor().get_ans(station, thickness, force);
+  return Supervisor(L"get_ans").get_ans(station, thickness, force);
 }
 
 void Check_User_Zero(int station) noexcept {
@@ -177,10 +183,12 @@ void set_test_distance(int station, double distance) noexcept {
 }
 
 int SetIO(int channel, int value) noexcept {
-  if (Check_Channel(L"SetIO", channel)) Supervisor().IoCard.Set_Io(channel, value);
+  C_VoiceMotorBase& supervisor = Supervisor(L"SetIO");
+  if (Check_Channel(L"SetIO", channel)) supervisor.IoCard.Set_Io(channel, value);
   return 1;
 }
 
 int GetIO(int channel) noexcept {
-  return Check_Channel(L"GetIO", channel) ? Supervisor().IoCard.Get_Io(channel) : C_Io_Card::Read_Failed;
+  C_VoiceMotorBase& supervisor = Supervisor(L"GetIO");
+  return Check_Channel(L"GetIO", channel) ? supervisor.IoCard.Get_Io(channel) : C_Io_Card::Read_Failed;
 }

@@ -149,23 +149,21 @@ CMyStringW C_VoiceMotorBase::Id_Conflict(int index, int IoInit) const {
                      index + 1);
 }
 
-bool C_VoiceMotorBase::Check_Drive_Is_Own(int index) const {
+bool C_VoiceMotorBase::Check_Drive_Is_Own(int64_t index) const {
   if (m_IdConflicts[index].empty()) return true;
   Message_Box(m_IdConflicts[index].c_str());
   return false;
 }
 
 int C_VoiceMotorBase::do_test(int station, int task_code) {
-  const int index = station - 1;
-  if (index >= StationCount) return 0;
-  C_VoiceMotor* object = StationList[index];
-  return AddNewDelayProcess(index, task_code, 0, object);
+  if (station > StationCount) return 0;
+  C_VoiceMotor* object = StationList[int64_t{station} - 1];
+  return AddNewDelayProcess(station - 1, task_code, 0, object);
 }
 
 int C_VoiceMotorBase::get_ans(int station, double* thickness, double* force) {
-  const int index = station - 1;
-  if (index >= StationCount) return 0;
-  C_VoiceMotor& object = *StationList[index];
+  if (station > StationCount) return 0;
+  C_VoiceMotor& object = *StationList[int64_t{station} - 1];
   const int ready = object.Ans_Ready;
   if (ready == 1) object.Ans_Ready = 0;
   *thickness = object.Test_Ans;

@@ -45,7 +45,7 @@ class C_VoiceMotorBase : public C_Muti_Task_app, public CBaseBindThread {
   int get_ans(int station, double* thickness, double* force);
   // False, after a message, for a station (from 0) whose CAN id belongs to another station or to the IO card: it moves
   // no drive, since that would move the other's probe or wait for ever.
-  bool Check_Drive_Is_Own(int index) const;
+  bool Check_Drive_Is_Own(int64_t index) const;
   // Runs the operator's panel on the calling thread to its end.
   void show();
 

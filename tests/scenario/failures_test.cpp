@@ -1,12 +1,22 @@
 // What a host sees when something is wrong: with the bus, with a drive, with its own calls.
+#include <gmock/gmock.h>
+
+#include <filesystem>
+#include <fstream>
+#include <limits>
 #include <numeric>
 
+#include "common/failed_check.h"
 #include "scenario/system.h"
 #include "support/shared.h"
 #include "support/thread.h"
 
 namespace orsanta {
 namespace {
+
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::Not;
 
 using Failures = System;
 using FailuresDeathTest = System;
@@ -177,10 +187,51 @@ TEST_F(Failures, AStationNumberAboveTheCountNamesTheExport) {
   EXPECT_EQ(front->Boxes(), expected);
 }
 
-TEST_F(FailuresDeathTest, AStationNumberOfZeroEndsTheProcess) {
-  double a = 0.0, b = 0.0;
-  EXPECT_EXIT((Start({1}), do_test(0, 1)), [](int status) { return status != 0; }, "");
-  EXPECT_EXIT((Start({1}), get_ans(-1, &a, &b)), [](int status) { return status != 0; }, "");
+// Nothing of what a destructor would do: no thread ended under another ("pure virtual method called"), no store saved.
+void Expect_End_Where_It_Stood(const std::vector<std::string>& dump_says) {
+  const std::string dump = Take_Dump();
+  for (const std::string& text : dump_says) EXPECT_THAT(dump, HasSubstr(text));
+  EXPECT_FALSE(std::filesystem::exists("音圈电机2参数"));
+}
+
+TEST_F(FailuresDeathTest, AStartThatFailsEndsTheProcessWhereItStands) {
+  bench::Set_Refused_Connects(202);
+  EXPECT_EXIT(Start({2, 3}), Ends_By_A_Failed_Check,
+              AllOf(HasSubstr("the motion server refused the connection"), Not(HasSubstr("pure virtual"))));
+  Expect_End_Where_It_Stood(
+      {"C_Kestrune_Motor_test::C_Kestrune_Motor_test(", "C_VoiceMotorBase::C_VoiceMotorBase(", " Orsanta_dll_init "});
+  bench::Set_Refused_Connects(0);
+
+  std::ofstream("音圈电机3参数") << "orsanta store 1\nC_VoiceMotor m_P 0 = array CMyArray<int> 0\nend\n";
+  EXPECT_EXIT(Start({2, 3}), Ends_By_A_Failed_Check,
+              AllOf(HasSubstr("音圈电机3参数 第2行"), Not(HasSubstr("pure virtual"))));
+  Expect_End_Where_It_Stood({"应为 array CMyArray<double>", "C_VoiceMotorBase::C_VoiceMotorBase("});
+}
+
+TEST_F(FailuresDeathTest, ACheckThatFailsOnALaneEndsTheProcessUnderMeasurementsElsewhere) {
+  std::ofstream store("音圈电机3参数");  // with a force surface that lacks two of its coefficients
+  store << "orsanta store 1\nC_VoiceMotor m_P 0 = array CMyArray<double> 4\n";
+  for (const char index : {'0', '1', '2', '3'}) store << "C_VoiceMotor/CMyArray m_P " << index << " = double 1\n";
+  store << "end\n" << std::flush;
+  const auto measure_on_both = [this] {
+    Start({2, 3});
+    for (const int station : {1, 2, 1, 2}) do_test(station, ORSANTA_TASK_MEASURE);
+    Sleep(60000);
+  };
+  EXPECT_EXIT(measure_on_both(), Ends_By_A_Failed_Check, Not(HasSubstr("pure virtual")));
+  Expect_End_Where_It_Stood({" (lane 1):\n", "C_My3DPolyfit::my3dinvval(", "C_Muti_Task_app::OnProcessTask("});
+}
+
+TEST_F(FailuresDeathTest, CallsOutsideTheContractEndTheProcessWithTheirName) {
+  const auto twice = [this] {
+    Start({2});
+    Stop();
+    GoZero(1);
+  };
+  EXPECT_EXIT(twice(), Ends_By_A_Failed_Check, "GoZero was called before Orsanta_dll_init or after");
+  for (const int station : {0, -1, std::numeric_limits<int>::min()}) {
+    EXPECT_EXIT((Start({2}), do_test(station, 1)), Ends_By_A_Failed_Check, "GetAt");
+  }
 }
 
 TEST_F(Failures, ThePanelHoldsOffTheStop) {
