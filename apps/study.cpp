@@ -13,29 +13,37 @@ namespace {
 
 constexpr double Thickest_Mm = 8.5;  // that fits under the probe
 
+// What one study's command was given, and what it cannot do without.
+struct C_Form {
+  C_Study_Job job;
+  std::string language = "zh";
+  bool needs_tolerance = false;
+  size_t least_references = 0;  // to measure
+};
+
 // Adds options to one study's command.
 class C_Study_Command {
  public:
   C_Study_Command(CLI::App& group, const std::string& name, const std::string& help, int& exit_status)
-      : m_Command(group.add_subcommand(name, help)), m_Job(std::make_shared<C_Study_Job>()) {
-    m_Job->options.study = name;
+      : m_Command(group.add_subcommand(name, help)), m_Form(std::make_shared<C_Form>()) {
+    m_Form->job.options.study = name;
     Add_Text("--data", Options().data, "file of values (CSV); without it the gauge measures");
-    Add_Text("--out", m_Job->out, "folder for what comes out; study-" + name + " if not given");
-    m_Command->add_option("--language", *m_Language, "of report and questions: zh or en")
+    Add_Text("--out", m_Form->job.out, "folder for what comes out; study-" + name + " if not given");
+    m_Command->add_option("--language", m_Form->language, "of report and questions: zh or en")
         ->check(CLI::IsMember({"zh", "en"}))
         ->capture_default_str();
     Add_Number("--confidence", Options().confidence_percent, 50.0, 99.999, "of the intervals, percent");
-    m_Command->add_flag("--resume", m_Job->resume, "takes up the study that was begun in --out");
+    m_Command->add_flag("--resume", m_Form->job.resume, "takes up the study that was begun in --out");
     Add_Whole("--station", Options().station, 1, Max_Stations, "station that measures");
     Add_Number("--block", Options().block_mm, 0.05, Thickest_Mm, "reference block, mm");
     m_Command->add_option("--seed", Options().seed, "of the order, and of the bench")
         ->check(Whole_Number(0, 1000000000))
         ->capture_default_str();
-    Add_Text("--folder", m_Job->folder, "on a machine: folder of its stores; the present one if not given");
+    Add_Text("--folder", m_Form->job.folder, "on a machine: folder of its stores; the present one if not given");
     m_Command->callback([*this, &exit_status] { exit_status = Run(); });
   }
 
-  C_Study_Options& Options() { return m_Job->options; }
+  C_Study_Options& Options() { return m_Form->job.options; }
 
   void Add_Text(const std::string& name, std::string& value, const std::string& help) {
     m_Command->add_option(name, value, help);
@@ -52,7 +60,7 @@ class C_Study_Command {
 
   // What all studies of thickness have.
   void Add_Thickness(bool needs_tolerance) {
-    m_Needs_Tolerance = needs_tolerance;
+    m_Form->needs_tolerance = needs_tolerance;
     Add_Number("--tolerance", Options().tolerance_um, 0.001, 1e6,
                needs_tolerance ? "whole width of the tolerance, um; needed" : "whole width of the tolerance, um");
     Add_Number("--force", Options().force_g, 1.0, 1000.0, "set force, g");
@@ -61,14 +69,14 @@ class C_Study_Command {
   }
   // repeats: also the least that are taken.
   void Add_References(size_t least, int repeats) {
-    m_Least_References = least;
+    m_Form->least_references = least;
     Options().references_mm = {0.5, 2.0, 4.0, 6.0, 8.0};
     Options().repeats = repeats;
     Add_List("--references", Options().references_mm, 0.05, Thickest_Mm, "reference parts, mm");
     Add_Whole("--repeats", Options().repeats, repeats, 100000, "measurements of each reference");
   }
   void Add_Reference() {
-    m_Least_References = 1;
+    m_Form->least_references = 1;
     Add_List("--reference", Options().references_mm, 0.05, 1000.0, "size of the reference part, mm; needed to measure");
   }
   void Add_Resolution() {
@@ -86,13 +94,13 @@ class C_Study_Command {
   }
   // What would be missed only after the last part was measured.
   void Check_Needed() const {
-    const C_Study_Options& options = m_Job->options;
-    if (m_Needs_Tolerance && options.tolerance_um == 0.0) {
+    const C_Study_Options& options = m_Form->job.options;
+    if (m_Form->needs_tolerance && options.tolerance_um == 0.0) {
       throw CLI::ValidationError("--tolerance", "is needed, in um");
     }
-    if (options.data.empty() && options.references_mm.size() < m_Least_References) {
+    if (options.data.empty() && options.references_mm.size() < m_Form->least_references) {
       throw CLI::ValidationError(options.study == "type1" ? "--reference" : "--references",
-                                 "needs at least " + std::to_string(m_Least_References) + " to measure");
+                                 "needs at least " + std::to_string(m_Form->least_references) + " to measure");
     }
     if (options.study == "type1" && options.references_mm.size() > 1) {
       throw CLI::ValidationError("--reference", "takes one size");
@@ -104,23 +112,20 @@ class C_Study_Command {
     throw CLI::ValidationError(name, "names one value twice");
   }
   int Run() const {
-    if (m_Job->resume) {
+    if (m_Form->job.resume) {
       Check_Resume();
     } else {
       Check_Needed();
     }
-    Check_Distinct("--references", m_Job->options.references_mm);
-    Check_Distinct("--heights", m_Job->options.heights_mm);
-    Check_Distinct("--forces", m_Job->options.forces_g);
-    m_Job->language = *m_Language == "en" ? study::C_Language::English : study::C_Language::Chinese;
-    return Run_Study(*m_Job);
+    Check_Distinct("--references", m_Form->job.options.references_mm);
+    Check_Distinct("--heights", m_Form->job.options.heights_mm);
+    Check_Distinct("--forces", m_Form->job.options.forces_g);
+    m_Form->job.language = m_Form->language == "en" ? study::C_Language::English : study::C_Language::Chinese;
+    return Run_Study(m_Form->job);
   }
 
   CLI::App* m_Command;
-  std::shared_ptr<C_Study_Job> m_Job;
-  std::shared_ptr<std::string> m_Language = std::make_shared<std::string>("zh");
-  bool m_Needs_Tolerance = false;
-  size_t m_Least_References = 0;  // to measure
+  std::shared_ptr<C_Form> m_Form;
 };
 
 void Add_Type1(CLI::App& group, int& exit_status) {
