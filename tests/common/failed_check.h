@@ -37,6 +37,7 @@ inline std::string Take_Dump(const std::filesystem::path& folder = ".") {
   int dumps = 0;
   for (const auto& entry : std::filesystem::directory_iterator(folder)) {
     if (entry.path().extension() != ".dmp") continue;
+    EXPECT_EQ(static_cast<int>(entry.status().permissions()), 0600);
     text = File_Text(entry.path());
     std::filesystem::remove(entry.path());
     ++dumps;

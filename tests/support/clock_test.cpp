@@ -2,41 +2,34 @@
 
 #include <gmock/gmock.h>
 
+#include <ctime>
 #include <string>
+#include <thread>
 #include <vector>
 
-#include "support/critical_section.h"
 #include "support/thread.h"
 
 namespace orsanta {
 namespace {
 
-// Runs threads that sleep, share a lock and wait for each other, and writes down what happened when.
+// Runs threads that sleep and wait for each other, and writes down what happened when.
 std::string Trace_Of(uint64_t seed) {
   const C_Simulated_Clock clock(seed);
   std::string trace;
-  CMyCriticalSection section;
   std::mutex lock;
   C_Wait_Point changed("changed");
   int turns = 0;
   C_Thread threads[5];
   for (int id = 0; id < 5; ++id) {
     threads[id].Start("thread " + std::to_string(id), [&, id] {
-      const auto note = [&](const char* what) { trace += std::to_string(id) + what + std::to_string(Now_Ms()) + "\n"; };
       for (int i = 0; i < 20; ++i) {
-        section.Lock();
-        note(" holds ");
         Sleep(i % 3);
-        section.Unlock();
         std::unique_lock<std::mutex> holder(lock);
-        ++turns;
+        const int seen = ++turns;
         changed.Notify_All();
-        const int seen = turns;
         const double until_ms = Now_Ms() + 1.5;
-        while (turns == seen) {
-          if (!changed.Wait_Until(holder, until_ms)) break;
-        }
-        note(turns == seen ? " gave up " : " was told ");
+        while (turns == seen && changed.Wait_Until(holder, until_ms)) continue;
+        trace += std::to_string(id) + (turns == seen ? " gave up " : " was told ") + std::to_string(Now_Ms()) + "\n";
       }
     });
   }
@@ -86,7 +79,6 @@ TEST(SimulatedClock, SleepsAndWaitsEndAtTheirTimesAndADayOfThemInMoments) {
   for (int i = 0; i < 8 * 8 * 3600; ++i) Sleep(125);
   seconds.Join();
   EXPECT_EQ(Now_Ms(), 8 * 3600e3 + 47.25);
-  EXPECT_EQ(Local_Time_Now().hour, 8);
 }
 
 void Wait_Without_End() {
@@ -101,15 +93,28 @@ void Wait_Without_End() {
   thread.Join();
 }
 
-TEST(SimulatedClockDeathTest, TellsWhoWaitsWhereWhenNothingCanHappen) {
+TEST(SimulatedClockDeathTest, TellsWhatItCannotServe) {
   EXPECT_DEATH(Wait_Without_End(),
-               "installing thread waits in C_Thread::Join\n  the waiter waits in a place that nobody");
+               "at 0.000 ms every thread waits and none has a wake-up time:\n"
+               "  installing thread waits in C_Thread::Join\n  the waiter waits in a place that nobody");
+  const auto leave_a_thread = [] {
+    C_Thread thread;
+    const C_Simulated_Clock clock(1);
+    thread.Start("the sleeper", [] { Sleep(1); });
+  };
+  EXPECT_DEATH(leave_a_thread(), "still take part at its end:\n  installing thread\n  the sleeper");
+  const C_Simulated_Clock clock(1);
+  EXPECT_DEATH(C_Simulated_Clock(2), "one is installed already");
+  EXPECT_DEATH(std::thread([] { Sleep(1); }).join(), "was not made through support/thread");
 }
 
 TEST(SystemClock, SleepsAtLeastAndIsNotifiedAtOnce) {
   const double start_ms = Now_Ms();
   Sleep(20);
   EXPECT_GE(Now_Ms() - start_ms, 20.0);
+  const C_Local_Time now = Local_Time_Now();
+  std::tm parts{now.second, now.minute, now.hour, now.day, now.month - 1, now.year - 1900, 0, 0, -1, 0, nullptr};
+  EXPECT_NEAR(static_cast<double>(std::mktime(&parts)), static_cast<double>(std::time(nullptr)), 1.0);
   std::mutex lock;
   C_Wait_Point point("point");
   bool told = false;

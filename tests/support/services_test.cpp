@@ -1,5 +1,6 @@
-// Wide strings, files, processes and vector files.
+// Wide strings, traces, files, processes and vector files.
 #include <gmock/gmock.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -15,8 +16,10 @@
 #include <vector>
 
 #include "common/temp_folder.h"
+#include "support/clock.h"
 #include "support/file.h"
 #include "support/process.h"
+#include "support/trace.h"
 #include "support/vector_file.h"
 #include "support/whole_file.h"
 #include "support/wide_string.h"
@@ -47,6 +50,21 @@ TEST(WideString, ConvertsUtf8BothWaysAndMarksWhatIsNone) {
   for (const std::string none : {"\xC0\x80", "\xED\xA0\x80", "\xF4\x90\x80\x80"})
     EXPECT_EQ(From_Utf8(none), std::wstring(none.size(), L'\xFFFD'));
   EXPECT_EQ(To_Utf8({static_cast<wchar_t>(0xD800)}), "\xEF\xBF\xBD");
+}
+
+TEST(Trace, WritesWholeLinesToTheStreamAndDatedRecordsToTheLog) {
+  const C_Temp_Folder folder;
+  const C_Simulated_Clock clock(1);
+  Sleep(3723004);
+  testing::internal::CaptureStderr();
+  for (const wchar_t* text : {L"厚\r\n度", L"x\n", L""}) MY_TRACE0(text);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "厚\n度\nx\n\n");
+  for (const int line : {7, 8}) TraceLog2File("int F()", line, L"厚度");
+  const std::string head = "2020-01-01 01:02:03.004 [" + std::to_string(getpid()) + "] int F(), line ";
+  EXPECT_EQ(File_Text("orsanta_trace.log"), head + "7: 厚度\n" + head + "8: 厚度\n");
+  std::filesystem::remove("orsanta_trace.log");
+  ASSERT_EQ(mkfifo("orsanta_trace.log", 0600), 0);
+  TraceLog2File("int F()", 9, L"nobody reads it");
 }
 
 TEST(Files, AreWrittenWholeOrNotAtAll) {

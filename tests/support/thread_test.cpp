@@ -8,7 +8,7 @@
 #include <thread>
 #include <vector>
 
-#include "common/temp_folder.h"
+#include "common/failed_check.h"
 #include "common/thread_levels.h"
 #include "support/critical_section.h"
 #include "support/task_lanes.h"
@@ -21,7 +21,11 @@ class C_Loop : public CBaseBindThread {
   explicit C_Loop(int pass_ms) : m_Pass_Ms(pass_ms) {}
   ~C_Loop() override { ReleaseSubClass_CBaseBindThread(); }
 
-  void OnThreadBegin(void* param) override { m_Trace += *static_cast<std::string*>(param); }
+  void OnThreadBegin(void* param) override {
+    char name[16] = "";
+    pthread_getname_np(pthread_self(), name, sizeof name);
+    m_Trace += *static_cast<std::string*>(param) + name;
+  }
   void OnThreadLoop(void*) override {
     m_Trace += "(";
     Sleep(m_Pass_Ms);
@@ -36,7 +40,7 @@ class C_Loop : public CBaseBindThread {
 
 TEST(BindThread, BeginsOncePassesAgainAndAgainAndEndsAfterAWholePass) {
   const C_Simulated_Clock clock(1);
-  std::string begin = "begin";
+  std::string begin = "begin ";
   C_Loop loop(10);
   EXPECT_EQ(loop.BeginThread(&begin, 15, 2, 300000, nullptr), 1);
   EXPECT_EQ(loop.BeginThread(&begin, 15, 2, 300000, nullptr), 0);
@@ -44,8 +48,11 @@ TEST(BindThread, BeginsOncePassesAgainAndAgainAndEndsAfterAWholePass) {
   EXPECT_EQ(loop.EndThread(1, 1), 1);
   EXPECT_EQ(Now_Ms(), 30.0);
   Sleep(100);
-  EXPECT_EQ(loop.m_Trace, "begin()()()");
   EXPECT_EQ(loop.EndThread(1, 1), 1);
+  loop.BeginThread(&begin, 15, 2, 300000, L"a name of its own");
+  Sleep(1);
+  EXPECT_EQ(loop.EndThread(1, 1), 1);
+  EXPECT_EQ(loop.m_Trace, "begin C_Loop()()()begin a name of its o()");
 }
 
 // Each thread has the level that it asks for, twice as once, whatever its starter had.
@@ -200,9 +207,8 @@ TEST(StopDeathTest, AThreadOrLaneThatDoesNotEndIsReportedByItsName) {
     if (!lane) loop.BeginThread(&begin, 2, 2, 300000, nullptr);
     Sleep(1);
   };
-  const auto ends = testing::ExitedWithCode(CVCDumpMessage::Exit_Status);
-  EXPECT_EXIT(stop_a_hanging(false), ends, "thread C_Loop did not end within 300000 ms");
-  EXPECT_EXIT(stop_a_hanging(true), ends, "task lane 1 did not end within 300000 ms");
+  EXPECT_EXIT(stop_a_hanging(false), Ends_By_A_Failed_Check, "thread C_Loop did not end within 300000 ms");
+  EXPECT_EXIT(stop_a_hanging(true), Ends_By_A_Failed_Check, "task lane 1 did not end within 300000 ms");
 }
 
 }  // namespace
