@@ -4,20 +4,20 @@
  * Units: forces are grams, lengths millimetres. Stations are numbered from 1, in the order of the resource table.
  *
  * Calling order: (ORSA_resource_alloc), Orsanta_dll_init, then any of the others in any order and from any thread, and
- * last Orsanta_dll_uninit; then again from the start, if wanted. One system runs in a process: a second Orsanta_dll_init
- * without an Orsanta_dll_uninit shows a message box and changes nothing.
+ * last Orsanta_dll_uninit; then again from the start, if wanted. One system runs in a process: a second
+ * Orsanta_dll_init without an Orsanta_dll_uninit shows a message box and changes nothing.
  *
  * Failures that an operator can see to are shown in message boxes: the thread that meets one waits until the box is
- * answered, be it the caller's or one of the library's. Without a display a box is a line on the error stream and counts
- * as answered. Nothing is thrown, and no error code exists beyond the results told below.
+ * answered, be it the caller's or one of the library's. Without a display a box is a line on the error stream and
+ * counts as answered. Nothing is thrown, and no error code exists beyond the results told below.
  *
  * What a measurement gives that failed: a result like any other, which no part can give.
  *   no position came from the drive, or   -99.0 or 0.0, and the correction that the operator has set
  *   the cycle met what is no number
  *   the position did not settle in time   the height of the reference surface above the lifted probe and the block's
  *                                         size: more than fits under the probe
- * So take a thickness for good only where it lies between the least and the greatest that your parts can have, written so
- * that a number that is no number fails too: if (t >= least && t <= greatest).
+ * So take a thickness for good only where it lies between the least and the greatest that your parts can have, written
+ * so that a number that is no number fails too: if (t >= least && t <= greatest).
  *
  * Wrong arguments. A station number above the number of stations, a value that is no finite number, and an IO channel
  * outside 0 to 7 show a message box that names the function, the number and the station; the call then changes nothing,
@@ -25,10 +25,10 @@
  * not be null.
  *
  * A station number below 1, or a call outside the calling order, is a fault of the program: it ends the process with an
- * assertion report, at once, with exit status 3 and without destructors or exit handlers. The report leaves a text file,
- * PROGRAM_PID_TIME.dmp, with what failed and the stack of the failing thread in the working directory, or in the folder
- * for temporary files where that does not take it; the last line on the standard error stream tells both, and so does a
- * window where there is a display.
+ * assertion report, at once, with exit status 3 and without destructors or exit handlers. The report leaves a text
+ * file, PROGRAM_PID_TIME.dmp, with what failed and the stack of the failing thread in the working directory, or in the
+ * folder for temporary files where that does not take it; the last line on the standard error stream tells both, and so
+ * does a window where there is a display.
  *
  * What the library does to the process: the stores of the stations, the settings and the dumps are files in its working
  * directory, which must not change while the system runs; the process and the thread that calls Orsanta_dll_init get a
@@ -93,13 +93,14 @@ enum {
 
 /* --- Set-up --- */
 
-/* Replaces the resource table with `count` records, which it copies. Optional; before Orsanta_dll_init. With count 0 the
- * table is empty, and Orsanta_dll_init fills it from the stored settings. */
+/* Replaces the resource table with `count` records, which it copies. Optional; before Orsanta_dll_init. With count 0
+ * the table is empty, and Orsanta_dll_init fills it from the stored settings. */
 ORSANTA_API void ORSA_resource_alloc(const VCM_Resource_struct* records, int count) ORSANTA_NOEXCEPT;
 
 /* Starts the system: loads the settings (at the very first start the operator is asked for them), builds every station
- * and starts the loop. Blocks until all stations stand, some seconds. IoMode: 0 without the IO card, 1 with it, any other
- * value as the settings say. Every probe is then lifted, which goes on after the return: see Get_Force_Back_Finish. */
+ * and starts the loop. Blocks until all stations stand, some seconds. IoMode: 0 without the IO card, 1 with it, any
+ * other value as the settings say. Every probe is then lifted, which goes on after the return: see
+ * Get_Force_Back_Finish. */
 ORSANTA_API void Orsanta_dll_init(int IoMode) ORSANTA_NOEXCEPT;
 
 /* Stops the system: waits for running tasks, for ever where a drive has gone silent; saves all stations; empties the
@@ -108,24 +109,24 @@ ORSANTA_API void Orsanta_dll_uninit(void) ORSANTA_NOEXCEPT;
 
 /* --- Work --- */
 
-/* Queues a task (ORSANTA_TASK_...) on the station and returns at once: 1 queued, 0 refused, as for a station that rests.
- * Any other code is taken and does nothing. The tasks of one station run one after the other, those of several side by
- * side. */
+/* Queues a task (ORSANTA_TASK_...) on the station and returns at once: 1 queued, 0 refused, as for a station that
+ * rests. Any other code is taken and does nothing. The tasks of one station run one after the other, those of several
+ * side by side. */
 ORSANTA_API int do_test(int station, int task_code) ORSANTA_NOEXCEPT;
 
 /* Takes the latest result: 1 if it is new (once for each result), 0 if none was pending. Returns at once. Writes both
- * outputs in either case: *thickness in mm, *force the set force in grams. A result comes within some seconds, also from
- * a measurement that failed (see above), unless its drive has gone silent: poll with a limit. */
+ * outputs in either case: *thickness in mm, *force the set force in grams. A result comes within some seconds, also
+ * from a measurement that failed (see above), unless its drive has gone silent: poll with a limit. */
 ORSANTA_API int get_ans(int station, double* thickness, double* force) ORSANTA_NOEXCEPT;
 
 /* Measures the reference block and takes its surface as the zero of the thickness scale. Kept for later starts with the
  * next save and at the stop. Blocks for the landing and the lift-off, after the station's running task. */
 ORSANTA_API void Check_User_Zero(int station) ORSANTA_NOEXCEPT;
 
-/* 0 from the start of a measuring task until the lift-off after it has ended, else 1. It is 1 at the start already, while
- * the first lift-off is still under way: only after a measuring task and a lift-off does it tell that the probe is up.
- * Does not clear the flag; the loop takes it when the IO input of the station asks for a measurement, so that a host that
- * polls beside the IO card can miss it. */
+/* 0 from the start of a measuring task until the lift-off after it has ended, else 1. It is 1 at the start already,
+ * while the first lift-off is still under way: only after a measuring task and a lift-off does it tell that the probe
+ * is up. Does not clear the flag; the loop takes it when the IO input of the station asks for a measurement, so that a
+ * host that polls beside the IO card can miss it. */
 ORSANTA_API int Get_Force_Back_Finish(int station) ORSANTA_NOEXCEPT;
 
 /* Runs the drive's own zero routine; 1 on success. Blocks until it has ended. */

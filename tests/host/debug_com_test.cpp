@@ -47,6 +47,7 @@ TEST_F(Debug_Com, LinesAreExact) {
   Store_Link(4, 2, 57600);
   C_VoiceDebugCom link(4);
   ASSERT_EQ(link.Is_Open(), 1);
+  EXPECT_EQ(line.Rate(), 57600);
   const std::string expected = "  1234\n  -500\n1234568\n     0\n    -0\n-1234568\n   nan\n";
   for (const double value : {1234.4, -500.0, 1234567.8, 0.0, -0.4, -1234567.8, __builtin_nan("")})
     link.Send_Value(value);

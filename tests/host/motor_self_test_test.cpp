@@ -3,6 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
+#include <barrier>
+#include <thread>
 
 #include "bench/bench.h"
 #include "common/scripted_front.h"
@@ -21,6 +24,29 @@ TEST(Thread_Numbers, HandsOutTheLowestFreeNumber) {
   for (const int n : {3, 17, 0}) EXPECT_EQ(Take_Thread_Number(pool), n);
 }
 
+// In real time: what two threads hold at once differs, and in the end all is there again.
+TEST(Thread_Numbers, ManyThreadsShareOnePool) {
+  constexpr int Rounds = 20000;
+  CMyArray<int> pool;
+  std::atomic<int> holders[Thread_Number_Max + 1] = {};
+  std::atomic<int> shared{0};
+  std::barrier begin(4);
+  std::vector<std::thread> threads;
+  for (int i = 0; i < 4; ++i)
+    threads.emplace_back([&] {
+      begin.arrive_and_wait();
+      for (int round = 0; round < Rounds; ++round) {
+        const int number = Take_Thread_Number(pool);
+        shared += holders[number]++;
+        --holders[number];
+        if (Give_Back_Thread_Number(pool, number) != 1) ++shared;
+      }
+    });
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(shared, 0);
+  EXPECT_EQ(pool.GetSize(), 0);
+}
+
 // Runs the test and gives how many workers passed; each of the ten must tell its outcome once.
 int Run_Self_Test() {
   const C_Temp_Folder folder;
@@ -34,6 +60,10 @@ int Run_Self_Test() {
     const int good = front->Count_Boxes(Format_Text(L"ID:%d的驱动器测试成功", id).Text());
     EXPECT_EQ(good + front->Count_Boxes(Format_Text(L"ID:%d的驱动器测试失败", id).Text()), 1) << id;
     passed += good;
+  }
+  for (const C_Shown& shown : front->Shown()) {
+    const bool failure = shown.text.find(L"测试失败") != std::wstring::npos;
+    EXPECT_EQ(shown.flags, failure ? Box_Stop_Icon : Box_Plain) << To_Utf8(shown.text);
   }
   return passed;
 }

@@ -40,9 +40,12 @@ TEST_F(Handshake, OneMeasurementForEachLevelZero) {
 
 TEST_F(Handshake, LevelsOfAMissingCardStartNothing) {
   Start({1}, 1);
-  bench::Set_Input(1, 0);
   bench::Set_Io_Card_Missing(true);
-  Sleep(1);
+  bench::Set_Input(1, 0);
+  EXPECT_EQ(do_test(1, ORSANTA_TASK_MEASURE), 1);
+  Sleep(3000);
+  EXPECT_GT(bench::True_Force(1), 10.0);
+  EXPECT_FALSE(No_Result(1));
   EXPECT_EQ(GetIO(1), -1);
   bench::Set_Input(1, 1);
   bench::Set_Io_Card_Missing(false);
@@ -61,6 +64,9 @@ TEST_F(Handshake, LevelsOfAMissingCardStartNothing) {
   EXPECT_TRUE(No_Result(1));
   Correct_Reference(1);
   EXPECT_NEAR(Measure(1, 2.0), 2.0, 0.001);  // the host does both by itself
+  EXPECT_EQ(do_test(1, ORSANTA_TASK_MEASURE), 1);
+  Sleep(3000);
+  EXPECT_GT(bench::True_Force(1), 10.0);  // nobody lifts the probe
 }
 
 // The loop lowers the output of the station's place, the tasks move the output of its CAN id: with ids from 5 on they
@@ -91,6 +97,15 @@ TEST_F(Handshake, StopLowersAllOutputsAndWaitsForTheTasks) {
   EXPECT_EQ(Output(7), 0);
   EXPECT_EQ(bench::True_Force(1), 0.0);  // both were carried out
   EXPECT_NEAR(bench::True_Position(1), 0.0, 0.5);
+
+  // While a task waits the loop adds none: the probe goes back once, after the second measurement.
+  Start({1}, 1);
+  bench::Journal_Clear();
+  for (int i = 0; i < 2; ++i) EXPECT_EQ(do_test(1, ORSANTA_TASK_MEASURE), 1);
+  Sleep(6000);
+  const auto journal = bench::Journal();
+  EXPECT_EQ(std::count_if(journal.begin(), journal.end(), [](auto& call) { return call.arguments == "1, 1"; }), 1);
+  Stop();
 
   // The table is empty now: the next start goes by the stored settings, here those of a first start that was cancelled.
   Init(0);

@@ -11,6 +11,10 @@ using Settings = System;
 
 TEST_F(Settings, TheFirstStartAsksAndLaterStartsGoByTheAnswer) {
   C_Pty host(2);
+  bench::Settings room;
+  room.temperature_boards = {20};
+  bench::Reset(room);
+  std::ofstream("音圈电机6参数") << "orsanta store 1\nC_VoiceMotor Val_TempSensorCanID 0 = double 20\nend\n";
   for (const int bit : {5, 6}) bench::Set_Input(bit, 1);
   front->Next_Dialog(
       C_Script().Select(L"起始测微仪id", 4).Select(L"电机数量", 1).Select(L"串口号", 2).Select(L"IO控制", 1).Confirm());
@@ -25,6 +29,7 @@ TEST_F(Settings, TheFirstStartAsksAndLaterStartsGoByTheAnswer) {
   // The drives map on instruction threads 2 and 4.
   EXPECT_NE(bench::Journal_Text().find(" 2 SET_INPUT_DATA_MAP(5, "), std::string::npos);
   EXPECT_NE(bench::Journal_Text().find(" 4 SET_INPUT_DATA_MAP(6, "), std::string::npos);
+  EXPECT_NE(bench::Journal_Text().find(" 4 SET_AXIS_MAP(20, 0, 2)"), std::string::npos);  // by the place, not the id
   Init(0);  // the host's word stands above the settings
   EXPECT_EQ(GetIO(5), 3);
   const auto shown = front->Shown();
