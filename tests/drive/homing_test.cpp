@@ -11,7 +11,7 @@ TEST_F(C_Room, The_Check_Of_A_Drive_Runs_Over_Its_Stroke_Or_Ends_With_The_Words_
   double max = 0.0;
   double min = 0.0;
   const auto check = [&] { return motor.Home_And_Check(9, max, min); };
-  const auto position_commands = [] { return Count("OUTPUT_DATA(60, "); };
+  const auto position_commands = [] { return Count("OUTPUT_DATA(1, 60, "); };
   bench::Set_Absent(3, true);
   EXPECT_EQ(check(), 0);
   EXPECT_EQ(m_Front->Boxes().size(), 1U);  // the report of the search alone
@@ -20,8 +20,19 @@ TEST_F(C_Room, The_Check_Of_A_Drive_Runs_Over_Its_Stroke_Or_Ends_With_The_Words_
   EXPECT_EQ(check(), 1);
   EXPECT_LT(min, 0.5);
   EXPECT_NEAR(max, 9.0, 1.0);
-  // Ten steps out and ten back, give or take a rounded sum; twenty of the shuttle; the last one home.
-  EXPECT_NEAR(position_commands(), 42, 1);
+  // Steps of a tenth of the stroke out and back, without the far ends but for a rounded sum; the shuttle; the way home.
+  std::ostringstream expected_places;
+  const auto go = [&](double mm) { expected_places << std::lround(mm * 65536000.0) << ' '; };
+  for (double x = min; x < max; x += (max - min) / 10.0) go(x);
+  for (double x = max; x > min; x -= (max - min) / 10.0) go(x);
+  for (int pass = 0; pass < 5; ++pass)
+    for (const double x : {max, (max + min) / 2.0, min, (max + min) / 2.0}) go(x);
+  go(min);
+  std::ostringstream places;
+  for (const bench::Journal_Entry& call : bench::Journal())
+    if (call.function == "OUTPUT_DATA" && call.arguments.rfind("60, ", 0) == 0)
+      places << std::lround(std::stod(call.arguments.substr(4))) << ' ';
+  EXPECT_EQ(places.str(), expected_places.str());
   EXPECT_NEAR(bench::True_Position(3), min, 0.1);
   EXPECT_TRUE(m_Front->Boxes().empty());
 

@@ -31,22 +31,23 @@ class C_Interpolation_Test : public C_Room {
 };
 
 TEST_F(C_Interpolation_Test, Connects_And_Maps_In_Order_And_Runs_Sixteen_Windows) {
-  auto motor = Make_Motor();
+  std::unique_ptr<C_Interpolation_Voice_Motor> motor;
   EXPECT_EQ(
-      Calls(),
-      "InitDevice_PC_Local_Controler(1, 0); ConnectControlServer(\"\", 0); ReBuildSystem(); "
-      "OpenCloseErrorMsgAutoAssert(0); ConnectControlServer(\"\", 0); OpenCloseErrorMsgAutoAssert(0); "
-      "SetBackJmpInsSize(100); " +
+      Calls_Of([&] { motor = Make_Motor(); }),
+      "InitDevice_PC_Local_Controler(1, 0); +100 ConnectControlServer(\"\", 0); ReBuildSystem(); "
+      "OpenCloseErrorMsgAutoAssert(0); +100 ConnectControlServer(\"\", 0); OpenCloseErrorMsgAutoAssert(0); " +
+          Search_Calls(Id, "+50 ") + "+100 SetBackJmpInsSize(5, 100); " +
           Map_Calls(
-              "20",
+              "5, 20",
               "i 201 6 5321 256 i 199 6 5319 256 i 202 4 5322 256 i 203 4 5323 256 i 200 6 5320 256 "
               "w 30 8 580 w 31 8 581 w 32 8 582 w 33 8 583 w 40 8 500 w 41 8 501 w 42 8 502 w 43 8 503 w 44 8 504 "
               "w 1 6 5125 w 16 8 5136 w 17 8 5137 w 19 8 5139 w 25 8 5145 w 26 8 5146 w 20 8 5140 i 18 8 5138 4096 "
               "i 15 8 5135 256 i 29 8 5149 256 i 50 8 5170 256 i 27 4 5147 256 i 28 4 5148 256 i 21 8 5141 4096 "
               "i 22 8 5142 4096 i 23 8 5143 4096 i 24 8 5144 4096 o 4 8 5124 o 12 8 5132 o 16 4 5136 wait "
               "o 8 5 5128 o 17 5 5137 o 15 4 5135 o 18 8 5138") +
-          "SET_AXIS_MAP(20, 0, 2); SET_AXIS_SCALE(2, 65536000); SET_MAX_VEL(2, 1000); SET_MAX_ACC(2, 10000); "
-          "SET_MAX_JERK(2, 1e+06); SET_IOIN_MAP(20, 1, 2, 0, 30); SET_IOIN_MAP(20, 1, 6, 0, 31); ");
+          "SET_AXIS_MAP(5, 20, 0, 2); SET_AXIS_SCALE(5, 2, 65536000); SET_MAX_VEL(5, 2, 1000); SET_MAX_ACC(5, 2, "
+          "10000); SET_MAX_JERK(5, 2, 1e+06); SET_IOIN_MAP(5, 20, 1, 2, 0, 30); SET_IOIN_MAP(5, 20, 1, 6, 0, 31); "
+          "GetThreadInsBufferRemainCount(5); ");
 
   Sleep(9000);
   CMyArray<double> samples;
@@ -65,9 +66,7 @@ TEST_F(C_Interpolation_Test, Connects_And_Maps_In_Order_And_Runs_Sixteen_Windows
   EXPECT_NEAR(Reads_In(200), 16 * 100, 20);
   motor.reset();
   EXPECT_EQ(Reads_In(200), 0) << "a window thread was left behind";
-  bench::Journal_Clear();
-  second.reset();
-  EXPECT_EQ(Calls(), "ReBuildSystem(); ");
+  EXPECT_EQ(Calls_Of([&] { second.reset(); }), "ReBuildSystem(); ");
   EXPECT_EQ(Make_Motor()->Be_Mapped(), 1);
 }
 
@@ -109,26 +108,92 @@ class C_Axis_Test : public C_Interpolation_Test {
 };
 
 TEST_F(C_Axis_Test, Commands_Become_Instructions) {
-  bench::Journal_Clear();
-  m_Motor->Go_Relative(0.25);
-  EXPECT_EQ(m_Motor->Go_Wait(0.75), 1);
-  EXPECT_NEAR(bench::True_Position(Id), 0.75, 0.05);
-  m_Motor->Emergency_Stop(5);
-  EXPECT_EQ(bench::Journal().back().thread, 0);
-  m_Motor->Set_Port15(100);
-  m_Motor->Set_Port15(5000);
-  for (const double scale : {2000.0, -1000.0}) {  // the first turns the axis round and swaps the clamps
-    m_Motor->SetScale(scale);
-    m_Motor->Set_Current_Pos(2.0);
-    m_Motor->Set_Current_Neg(-3.0);
-  }
-  EXPECT_EQ(Calls(),
-            "USE_LOCAL_REG(); GET_OUTPUT_POS(2, 500); ADD_R_C(500, 500, 0.25); SGO_R(2, 500); SGO(2, 0.75); "
-            "TILLSTOP(2); TILLSTOP(2); WaitForAllInsFinish(); TILL_AXIS_PAUSE(2); CLEAR_THREAD_INS(5); "
-            "TILL_THREAD_INS_FINISH(5); STOP_S(2); AXIS_RESUME(2); WaitForAllInsFinish(); OUTPUT_DATA(5135, 250); "
-            "OUTPUT_DATA(5135, 2000); SET_AXIS_SCALE(2, -131072000); OUTPUT_DATA(5132, -2); OUTPUT_DATA(5124, 3); "
-            "WaitForAllInsFinish(); SET_AXIS_SCALE(2, 65536000); OUTPUT_DATA(5124, 2); OUTPUT_DATA(5132, -3); "
-            "WaitForAllInsFinish(); ");
+  EXPECT_EQ(
+      Calls_Of([&] {
+        m_Motor->Go_Relative(0.25);
+        EXPECT_EQ(m_Motor->Go_Wait(0.75), 1);
+        EXPECT_NEAR(bench::True_Position(Id), 0.75, 0.05);
+        EXPECT_EQ(m_Motor->Rapid_Go(0.5), 1);
+        m_Motor->Emergency_Stop(5);
+        m_Motor->Set_Enable(1);
+        m_Motor->Set_Port8(7);
+        for (const int value : {100, 250, 1000, 2000, 5000}) m_Motor->Set_Port15(value);
+        m_Motor->Set_Port16(9);
+        m_Motor->Set_Port18(1.5);
+        EXPECT_EQ(m_Motor->Set_Output_Io(1, 1), 0);
+        for (const double scale : {2000.0, -1000.0}) {  // the first turns the axis round and swaps the clamps
+          m_Motor->SetScale(scale);
+          m_Motor->Set_Current_Pos(2.0);
+          m_Motor->Set_Current_Neg(-3.0);
+        }
+        m_Motor->Reset_Current_Limit();
+        EXPECT_EQ(m_Motor->Till_Time(3.7), 1);
+        EXPECT_EQ(m_Motor->GetInsBuffLen(), 4095);
+        m_Motor->Set_Thread_Num(6);
+        EXPECT_EQ(m_Motor->CheckStop(), 1);
+      }),
+      "USE_LOCAL_REG(5); GET_OUTPUT_POS(5, 2, 500); ADD_R_C(5, 500, 500, 0.25); SGO_R(5, 2, 500); SGO(5, 2, 0.75); "
+      "TILLSTOP(5, 2) x 2; WaitForAllInsFinish(5); +29 RAPID_GO(5, 2, 0.5); TILLTIME(5, 1); TILL_AXIS_PAUSE(0, 2); "
+      "CLEAR_THREAD_INS(0, 5); TILL_THREAD_INS_FINISH(0, 5); STOP_S(0, 2); AXIS_RESUME(0, 2); "
+      "WaitForAllInsFinish(0); OUTPUT_DATA(5, 5137, 1); OUTPUT_DATA(5, 5128, 7); OUTPUT_DATA(5, 5135, 250) x 2; "
+      "OUTPUT_DATA(5, 5135, 1000); OUTPUT_DATA(5, 5135, 2000) x 2; OUTPUT_DATA(5, 5136, 9); "
+      "OUTPUT_DATA(5, 5138, 1.5); SET_AXIS_SCALE(5, 2, -131072000); OUTPUT_DATA(5, 5132, -2); "
+      "OUTPUT_DATA(5, 5124, 3); WaitForAllInsFinish(5); SET_AXIS_SCALE(5, 2, 65536000); OUTPUT_DATA(5, 5124, 2); "
+      "OUTPUT_DATA(5, 5132, -3); WaitForAllInsFinish(5); OUTPUT_DATA(5, 5124, 50); OUTPUT_DATA(5, 5132, -50); "
+      "TILLTIME(5, 3); GetThreadInsBufferRemainCount(5); GetThreadInsBufferRemainCount(6); BeAxisRun(2); ");
+}
+
+TEST_F(C_Axis_Test, Status_Reads_Their_Channels) {
+  m_Motor->Go_Wait(1.0);
+  Sleep(9000);
+  double load = 0.0, used = 0.0, error = 0.0, commanded = 77.0, current = 77.0, fresh = 77.0;
+  int counter = 77, number = 77;
+  uint16_t ver = 0;
+  uint32_t bcd_date = 0;
+  CMyArray<double> samples;
+  EXPECT_EQ(Calls_Of([&] {
+              EXPECT_EQ(m_Motor->Get_Load(load) + m_Motor->Get_Used(used) + m_Motor->Get_Error_Value(error), 3);
+              EXPECT_EQ(m_Motor->Get_encoder_Error_counter(0, counter), 1);
+              EXPECT_EQ(m_Motor->Get_encoder_Error_counter(1, counter), 1);
+              EXPECT_EQ(m_Motor->Get_Version(ver, bcd_date), 1);
+              EXPECT_EQ(m_Motor->Get_Output_Pos(commanded), Id + 1);
+              EXPECT_EQ(m_Motor->Get_Sensor() + m_Motor->Get_Sensor2(), 0);
+              EXPECT_EQ(m_Motor->Get_Error(nullptr, nullptr, nullptr, nullptr, &number), 0);
+              EXPECT_EQ(m_Motor->Read_Latest(5147, fresh), 1);
+              EXPECT_EQ(m_Motor->Read_Latest(5138, fresh), 1);  // full: what it holds may be old
+              bench::Set_Silent(Id, true);
+              EXPECT_EQ(m_Motor->Get_Fifo(24, samples), 1);
+              EXPECT_EQ(m_Motor->Get_Fifo(24, samples), 0);  // a read that works, if empty, is the last
+              EXPECT_EQ(m_Motor->Read_Latest(5138, fresh), 0);
+              ReBuildSystem();
+              EXPECT_EQ(m_Motor->Get_Fifo(24, samples), 0);
+            }),
+            "GetInputChannelData(5135, 4096); GetInputChannelData(5149, 4096); GetInputChannelData(5170, 4096); "
+            "GetInputChannelData(5322, 4096); GetInputChannelData(5323, 4096); GetInputChannelData(5320, 4096); "
+            "GetCurOutputPos(21); GetCurIoInput(30); GetCurIoInput(31); GetError(0); GetInputChannelData(5147, 4096); "
+            "GetInputChannelData(5138, 4096) x 3 +1; GetInputChannelData(5144, 65536) x 2; "
+            "GetInputChannelData(5138, 4096) x 201 +1; +1 ReBuildSystem(); GetInputChannelData(5144, 65536) x 3 +1; ");
+  EXPECT_EQ(m_Motor->Get_Window16_Newest(current), 1);
+  EXPECT_NEAR(current, 0.0, 0.01);
+  EXPECT_NEAR(load, 0.0, 0.1);
+  EXPECT_NEAR(used * 3600.0, 0.5, 0.1);
+  EXPECT_NEAR(error, 0.01, 0.01);
+  EXPECT_EQ(commanded, 0.0);
+  EXPECT_EQ(counter, 0);
+  EXPECT_EQ(ver, 0x0203);
+  EXPECT_EQ(bcd_date, 0x20240518U);
+}
+
+// The home sensor may be a bit of the IO card, and its IO numbers may be given.
+TEST_F(C_Interpolation_Test, A_Sensor_On_The_Card_Is_Mapped_And_Read) {
+  C_Interpolation_Voice_Motor motor(Id, 2, 30, 5, 1, 15, 40, 3);
+  EXPECT_EQ(Count("SET_IOIN_MAP(5, 15, 4, 3, 0, 30)") + Count("SET_IOIN_MAP(5, 20, 1, 6, 0, 40)"), 2);
+  EXPECT_EQ(Count("SET_IOIN_MAP"), 2);
+  bench::Set_Input(3, 1);
+  EXPECT_EQ(motor.Get_Sensor(), 1);
+  EXPECT_EQ(motor.Get_Sensor2(), 0);
+  bench::Set_Home_Sensor(Id, 6, -1.0, true);
+  EXPECT_EQ(motor.Get_Sensor2(), 1);
 }
 
 TEST_F(C_Axis_Test, What_Is_No_Number_Stays_Here) {
@@ -178,28 +243,62 @@ TEST_F(C_Axis_Test, Positions_Faults_And_Temperatures) {
   EXPECT_EQ(code, 6U);  // the last word of either port, while none waits
 }
 
-TEST_F(C_Axis_Test, Homing_Ends_On_The_Edge_From_Off_And_From_On_The_Sensor) {
-  EXPECT_EQ(m_Motor->Home_Again(), 0);    // there was none
-  for (int pass = 0; pass < 2; ++pass) {  // the first from off the sensor, the second from on it
-    bench::Journal_Clear();
-    EXPECT_EQ(m_Motor->Go_Home(1, 0.0), 1);
-    Expect_Stands_At(Edge_Mm);
-    EXPECT_EQ(Count("TILLIO(30)"), 2);
-    EXPECT_EQ(Count("TILLIO_NEG(30)"), 1 + pass);
-    m_Motor->Go_Wait(-1.0);  // well onto the sensor
-    EXPECT_EQ(m_Motor->Get_Sensor(), 1);
+// What a homing asks of the server. first: what leaves the sensor; looks: at the buffer; travel: the time to the
+// offset.
+std::string Home_Calls(const std::string& io, const char* away, const char* onto, const char* first, int looks,
+                       const char* offset, const char* travel) {
+  std::ostringstream calls;
+  calls << "OUTPUT_DATA(5, 5137, 1); SET_MAX_VEL(5, 2, 20); SET_MAX_ACC(5, 2, 5000); SET_MAX_JERK(5, 2, 5e+05); "
+           "TILLSTOP(5, 2); USE_LOCAL_REG(5); SET_AXIS_ZEROS(5, 2, 0); OUTPUT_DATA(5, 5124, 50); "
+           "OUTPUT_DATA(5, 5132, -50); TILLSTOP(5, 2); TILLTIME(5, 100); WaitForAllInsFinish(5); +100 GetCurIoInput("
+        << io << "); " << first;
+  for (const char* const speed : {"2", "0.2", "0.02"}) {
+    const bool off = std::string(speed) == "0.2";
+    calls << "SGO(5, 2, " << (off ? away : onto) << "); TILLIO" << (off ? "_NEG" : "") << "(5, " << io
+          << "); STOP_S(5, 2); SET_MAX_VEL(5, 2, " << speed << "); ";
   }
+  calls << "TILLSTOP(5, 2); SET_AXIS_ZEROS(5, 2, 0); SET_MAX_VEL(5, 2, 0.02); SET_MAX_ACC(5, 2, 5000); "
+           "SET_MAX_JERK(5, 2, 5e+05); GetThreadInsBufferRemainCount(5) x "
+        << looks << " +100; TILLSTOP(5, 2); WaitForAllInsFinish(5); SET_MAX_VEL(5, 2, 20); SGO(5, 2, " << offset
+        << "); TILLSTOP(5, 2); SET_AXIS_ZEROS(5, 2, 0); TILLSTOP(5, 2); WaitForAllInsFinish(5); " << travel
+        << "TILLTIME(5, 200); WaitForAllInsFinish(5); ";
+  return calls.str();
+}
+
+TEST_F(C_Axis_Test, Searches_Ask_In_Order_From_Off_And_From_On_The_Sensor) {
+  EXPECT_EQ(m_Motor->Home_Again(), 0);  // there was none
+  EXPECT_EQ(Calls_Of([&] { m_Motor->Go_Home(1, 1.5); }), Home_Calls("30", "15", "-15", "", 5, "1.5", "+88 "));
+  m_Motor->Go_Wait(-3.0);  // well onto the sensor
+  EXPECT_EQ(Calls_Of([&] { EXPECT_EQ(m_Motor->Go_Home(1, 0.0), 1); }),
+            Home_Calls("30", "15", "-15", "SGO(5, 2, 15); TILLIO_NEG(5, 30); STOP_S(5, 2); ", 4, "0", ""));
+
+  // With an approach under a current of 8 A, on the second sensor; and the same again.
+  const std::string approach =
+      "OUTPUT_DATA(5, 5137, 1); SET_MAX_VEL(5, 2, 20); SET_MAX_ACC(5, 2, 5000); SET_MAX_JERK(5, 2, 1e+06); "
+      "TILLSTOP(5, 2); USE_LOCAL_REG(5); SET_AXIS_ZEROS(5, 2, 0); OUTPUT_DATA(5, 5132, -8); WaitForAllInsFinish(5); "
+      "OUTPUT_DATA(5, 5124, 8); WaitForAllInsFinish(5); SGO(5, 2, 1); TILLSTOP(5, 2); SGO(5, 2, -1); TILLSTOP(5, 2); "
+      "SGO(5, 2, 0); TILLSTOP(5, 2); OUTPUT_DATA(5, 5124, 50); OUTPUT_DATA(5, 5132, -50); WaitForAllInsFinish(5); "
+      "+227 ";
+  EXPECT_EQ(Calls_Of([&] { m_Motor->Go_Home_Approach(0, 0.0, 8.0, 1.0, -1.0); }),
+            approach + Home_Calls("31", "-15", "15", "", 6, "0", ""));
+  EXPECT_EQ(Calls_Of([&] { m_Motor->Home_Again(); }),
+            approach + Home_Calls("31", "-15", "15", "SGO(5, 2, -15); TILLIO_NEG(5, 31); STOP_S(5, 2); ", 2, "0", ""));
+}
+
+TEST_F(C_Axis_Test, Homing_Ends_On_The_Edge_And_Offers_The_Same_Again) {
   EXPECT_EQ(m_Motor->Go_Home(1, 1.5), 1);
   Expect_Stands_At(Edge_Mm + 1.5);
-
-  // With an approach under a current of 8 A, on the second sensor.
-  bench::Journal_Clear();
+  EXPECT_EQ(m_Motor->Home_Again(), 1);
+  Expect_Stands_At(Edge_Mm + 1.5);
   EXPECT_EQ(m_Motor->Go_Home_Approach(0, 0.0, 8.0, 1.0, -1.0), 1);
   Expect_Stands_At(Second_Edge_Mm);
   EXPECT_EQ(m_Motor->Home_Again(), 1);
-  EXPECT_EQ(Count("OUTPUT_DATA(5124, 8)"), 2);
   Expect_Stands_At(Second_Edge_Mm);
+  m_Motor->Set_Home_Speed(30.0);
+  m_Motor->Set_Home_Stroke(12.0);
   EXPECT_EQ(m_Motor->Go_Home(1, 0.0), 1);  // back on the first
+  EXPECT_EQ(Count("SET_MAX_VEL(5, 2, 30)"), 2);
+  EXPECT_EQ(Count("SGO(5, 2, 12)"), 1);
   Expect_Stands_At(Edge_Mm);
   EXPECT_TRUE(m_Front->Boxes().empty());
 }
@@ -221,11 +320,26 @@ TEST_F(C_Axis_Test, A_Sensor_That_Never_Switches_Is_Told) {
 }
 
 TEST_F(C_Axis_Test, The_Check_Finds_The_Stops_And_Names_Its_Failure) {
+  const auto go = [](const std::string& mm) {
+    return std::string("SGO(5, 2, ").append(mm).append("); TILLSTOP(5, 2) x 2; WaitForAllInsFinish(5); ");
+  };
   double max = 0.0;
   double min = 0.0;
-  EXPECT_EQ(m_Motor->Home_And_Check(9, max, min), 1);
+  const std::string stroke =
+      "OUTPUT_DATA(5, 5124, 1); OUTPUT_DATA(5, 5132, -1); WaitForAllInsFinish(5); "
+      "SET_MAX_VEL(5, 2, 10); " +
+      go("15") + "+1507 " + go("-15") + "+3007 " + go("0");
+  EXPECT_EQ(Calls_Of([&] { EXPECT_EQ(m_Motor->Measure_Stroke(max, min), 1); }), stroke);
   EXPECT_NEAR(max, 10.0, 0.05);
   EXPECT_NEAR(min, -10.0, 0.05);
+  // One step out and one back, the version, and five times end, middle, end, middle.
+  const std::string middle = "-0.0004999999999997229";
+  std::string check = "WaitForAllInsFinish(5); BeAxisRun(2); " + stroke + "+1507 " + go("-10.001") + "+1007 " +
+                      go("10") + "+2007 GetInputChannelData(5320, 4096); ";
+  for (int pass = 0; pass < 5; ++pass)
+    check += go("10") + (pass == 0 ? "" : "+1007 ") + go(middle) + "+1007 " + go("-10.001") + "+1007 " + go(middle) +
+             (pass < 4 ? "+1007 " : "");
+  EXPECT_EQ(Calls_Of([&] { EXPECT_EQ(m_Motor->Home_And_Check(9, max, min), 1); }), check);
   m_Motor->Sgo(5.0);
   EXPECT_EQ(m_Motor->Home_And_Check(9, max, min), 0);  // still moving
   m_Motor->Till_Stop(1);

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <set>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -24,20 +25,58 @@ class C_Room : public testing::Test {
     settings.instruction_ms = Server_Pace_Ms();
     bench::Reset(settings);
   }
-  // The journal's calls in order, as "function(arguments); ", without the polls of the search and of the buffer.
+  // The calls of the motion library since the journal was cleared, as they stand in C, "; " behind each. "+5 " stands
+  // before one that came 5 ms after the call before it, " x 41 +1" behind one that came 41 times, 1 ms apart. Reads are
+  // told while the journal keeps them, without those of the window threads.
   static std::string Calls() {
-    std::string calls;
+    std::ostringstream calls;
+    std::string group;
+    double before = -1.0, each = 0.0;
+    int times = 0;
+    const auto end_group = [&] {
+      if (times > 1) calls << " x " << times;
+      if (times > 1 && each > 0.0) calls << " +" << each;
+      if (times > 0) calls << "; ";
+    };
     for (const bench::Journal_Entry& call : bench::Journal()) {
-      if (call.function == "CheckDeviceExist" || call.function == "GetThreadInsBufferRemainCount") continue;
-      calls += call.function + "(" + call.arguments + "); ";
+      if (Is_Of_A_Window(call)) continue;
+      const std::string text = Text_Of(call);
+      const double gap = before < 0.0 ? 0.0 : std::round(call.time_ms - before);
+      before = call.time_ms;
+      if (text == group && (times == 1 || gap == each)) {
+        each = gap;
+        ++times;
+        continue;
+      }
+      end_group();
+      if (gap > 0.0) calls << '+' << gap << ' ';
+      calls << text;
+      group = text;
+      times = 1;
     }
-    return calls;
+    end_group();
+    return calls.str();
+  }
+  // The same for one operation alone, reads included.
+  template <class C_Operation>
+  static std::string Calls_Of(C_Operation operation) {
+    bench::Journal_Clear();
+    bench::Journal_Keep_Reads(true);
+    operation();
+    bench::Journal_Keep_Reads(false);
+    return Calls();
+  }
+  // The search of the bus, and the look for the one device.
+  static std::string Search_Calls(int can_id, const char* pause = "") {
+    std::ostringstream calls;
+    for (int id = 1; id <= 63; ++id) calls << "CheckDeviceExist(" << id << "); ";
+    calls << pause << "CheckDeviceExist(" << can_id << "); ";
+    return calls.str();
   }
   // How many calls begin with the text.
   static int Count(const std::string& text) {
     int count = 0;
-    for (const bench::Journal_Entry& call : bench::Journal())
-      count += (call.function + "(" + call.arguments + ")").rfind(text, 0) == 0 ? 1 : 0;
+    for (const bench::Journal_Entry& call : bench::Journal()) count += Text_Of(call).rfind(text, 0) == 0 ? 1 : 0;
     return count;
   }
   // The ways out of a drive with CAN id 20 or 3 refuse what is no number: each tells the operator and sends nothing.
@@ -58,26 +97,42 @@ class C_Room : public testing::Test {
     bench::Journal_Keep_Reads(false);
     return Count("GetInputChannelData(");
   }
-  // The calls that a table of maps stands for: "i PORT FORMAT CHANNEL DEPTH" an input, "w PORT FORMAT CHANNEL" a
-  // window, "o PORT FORMAT CHANNEL" an output, "wait" a wait for the server.
-  static std::string Map_Calls(const std::string& can_id, const std::string& table) {
+  // The calls that a table of maps stands for, device as "thread, can id": "i PORT FORMAT CHANNEL DEPTH" an input, "w
+  // PORT FORMAT CHANNEL" a window, "o PORT FORMAT CHANNEL" an output, "wait" a wait for the server.
+  static std::string Map_Calls(const std::string& device, const std::string& table) {
+    const std::string thread = device.substr(0, device.find(','));
     std::istringstream in(table);
-    std::string calls, kind, port, format, channel, depth = "4096";
+    std::string calls, kind, port, format, channel, depth;
     while (in >> kind) {
       if (kind != "wait") in >> port >> format >> channel;
-      const std::string map = "PUT_DATA_MAP(" + can_id + ", " + port + ", " + format + ", " + channel + "); ";
-      if (kind == "o") calls += "SET_OUT" + map;
+      depth = "4096";
       if (kind == "i") in >> depth;
-      if (kind == "i" || kind == "w") calls += "SET_IN" + map + "RESET_INPUT_DATA_FIFO(" + channel + ", ";
-      if (kind == "i") calls += depth + "); ";
-      if (kind == "w") calls += "4096); ";
-      if (kind == "w" || kind == "wait") calls += "WaitForAllInsFinish(); ";
+      const std::string map = "PUT_DATA_MAP(" + device + ", " + port + ", " + format + ", " + channel + "); ";
+      if (kind == "o") calls += "SET_OUT" + map;
+      if (kind == "i" || kind == "w")
+        calls += "SET_IN" + map + "RESET_INPUT_DATA_FIFO(" + thread + ", " + channel + ", " + depth + "); ";
+      if (kind == "w" || kind == "wait") calls += "WaitForAllInsFinish(" + thread + "); ";
     }
     return calls;
   }
 
   C_Simulated_Clock m_Clock{1};
   C_Scripted_Front_Holder m_Front;
+
+ private:
+  static std::string Text_Of(const bench::Journal_Entry& call) {
+    std::ostringstream text;
+    text << call.function << '(';
+    if (call.thread >= 0) text << call.thread << (call.arguments.empty() ? "" : ", ");
+    text << call.arguments << ')';
+    return text.str();
+  }
+  // Read by a window of one of the drives here: 3 with its position, 20 with its sixteen.
+  static bool Is_Of_A_Window(const bench::Journal_Entry& call) {
+    static const std::set<int> channels{65,  500,  501,  502,  503,  504,  580,  581, 582,
+                                        583, 5125, 5136, 5137, 5139, 5140, 5145, 5146};
+    return call.function == "GetInputChannelData" && channels.contains(std::stoi(call.arguments));
+  }
 };
 
 }  // namespace orsanta
