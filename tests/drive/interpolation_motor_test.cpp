@@ -176,7 +176,7 @@ TEST_F(C_Axis_Test, Status_Reads_Their_Channels) {
   EXPECT_EQ(m_Motor->Get_Window16_Newest(current), 1);
   EXPECT_NEAR(current, 0.0, 0.01);
   EXPECT_NEAR(load, 0.0, 0.1);
-  EXPECT_NEAR(used * 3600.0, 0.5, 0.1);
+  EXPECT_NEAR(used * 3600.0, 0.86, 0.05);  // seconds since power-up, the newest that the FIFO took
   EXPECT_NEAR(error, 0.01, 0.01);
   EXPECT_EQ(commanded, 0.0);
   EXPECT_EQ(counter, 0);
@@ -332,14 +332,15 @@ TEST_F(C_Axis_Test, The_Check_Finds_The_Stops_And_Names_Its_Failure) {
   EXPECT_EQ(Calls_Of([&] { EXPECT_EQ(m_Motor->Measure_Stroke(max, min), 1); }), stroke);
   EXPECT_NEAR(max, 10.0, 0.05);
   EXPECT_NEAR(min, -10.0, 0.05);
-  // One step out and one back, the version, and five times end, middle, end, middle.
+  // One step out, one back, and five times end, middle, end, middle.
   const std::string middle = "-0.0004999999999997229";
-  std::string check = "WaitForAllInsFinish(5); BeAxisRun(2); " + stroke + "+1507 " + go("-10.001") + "+1007 " +
-                      go("10") + "+2007 GetInputChannelData(5320, 4096); ";
+  std::string check = "WaitForAllInsFinish(5); " + stroke + "+1507 " + go("-10.001") + "+1007 " + go("10") + "+2007 ";
   for (int pass = 0; pass < 5; ++pass)
     check += go("10") + (pass == 0 ? "" : "+1007 ") + go(middle) + "+1007 " + go("-10.001") + "+1007 " + go(middle) +
              (pass < 4 ? "+1007 " : "");
-  EXPECT_EQ(Calls_Of([&] { EXPECT_EQ(m_Motor->Home_And_Check(9, max, min), 1); }), check);
+  bench::Journal_Clear();
+  EXPECT_EQ(m_Motor->Home_And_Check(9, max, min), 1);
+  EXPECT_EQ(Calls(), check);
   m_Motor->Sgo(5.0);
   EXPECT_EQ(m_Motor->Home_And_Check(9, max, min), 0);  // still moving
   m_Motor->Till_Stop(1);

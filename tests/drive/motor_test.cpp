@@ -85,11 +85,10 @@ TEST_F(C_Motor_Test, Tells_What_Keeps_A_Drive_From_Its_Map) {
   C_Kestrune_Motor_test second(4, Server_Thread, 1);
   TILLTIME(Server_Thread, 20);
   int mapped = 0;
-  {
-    C_Thread other;
-    other.Start("mapper", [&] { mapped += second.Map_Once(); });
-    mapped += absent.Map_Once();
-  }
+  C_Thread mapper;
+  mapper.Start("mapper", [&] { mapped += second.Map_Once(); });
+  mapped += absent.Map_Once();
+  mapper.Join();
   EXPECT_EQ(mapped, 2);
   EXPECT_EQ(Count("SET_OUTPUT_DATA_MAP"), 10);
 }
