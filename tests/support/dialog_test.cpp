@@ -7,6 +7,7 @@
 #include <functional>
 #include <limits>
 #include <map>
+#include <sstream>
 
 #include "common/scripted_front.h"
 #include "support/dialog_entry.h"
@@ -140,6 +141,8 @@ TEST(Dialog, Shows_And_Reads_Numbers_In_One_Way_Everywhere) {
   double value = 3.0;
   EXPECT_TRUE(Read_Typed(L"　－１．５ ", value));
   EXPECT_EQ(value, -1.5);
+  EXPECT_TRUE(Read_Typed(L"\t−２e1\t", value));
+  EXPECT_EQ(value, -20.0);
   for (const wchar_t* bad : {L"", L" ", L"inf", L"1e999", L"1 2", L"0x10", L"+-1", L"++1", L"1.5g", L"千"})
     EXPECT_FALSE(Read_Typed(bad, value)) << To_Utf8(bad);
 }
@@ -150,12 +153,57 @@ struct C_Panel : CParameterInOutDlg {
     SetCaptionName(L"面板");
     AddDataDynamicDisp(L"状态", 0, 10.0F, 2, &callbacks, 100, 50, 1, 1.5F);
     AddButton(L"高级", 0, 10.0F, 1, 1, &callbacks, 1, 1.0F);
-    AddButton(L"测量", 0, 10.0F, 1, 2, &callbacks, 1, 1.0F);
+    AddButton(L"测量", 0, 10.0F, 1, 2, &callbacks, 1, 0.75F);
     AddBlank(1, 10.0F, 1, 1, 0, nullptr);
     AddButton(L"测量", 1, 10.0F, 1, 3, &callbacks, 1, 1.0F);
     AddButton(L"无", 1, 10.0F, 1, 0, &callbacks, 1, 1.0F);
   }
 };
+
+// One line for each control of the model.
+std::string Model_Text(const C_Dialog_Model& model) {
+  std::ostringstream text;
+  text << To_Utf8(model.title) << (model.confirms ? " confirms" : "") << "\n";
+  for (const C_Control_Model& c : model.controls) {
+    text << static_cast<int>(c.kind) << " " << To_Utf8(c.caption) << " " << c.column << " " << c.width << "x" << c.rows
+         << "*" << c.text_scale << " '" << To_Utf8(c.text) << "'";
+    if (c.has_range) text << " " << c.min << ".." << c.max << "/" << c.digits;
+    if (!c.items.empty() || c.selected != 0) text << " [" << c.items.size() << "]" << c.selected;
+    text << "\n";
+  }
+  return text.str();
+}
+
+TEST(Dialog, Tells_The_Front_All_About_Its_Controls) {
+  C_Simulated_Clock clock(1);
+  C_Scripted_Front_Holder front;
+  C_Every_Edit().Run();
+  C_Callbacks callbacks;
+  C_Panel panel(callbacks);
+  std::wstring text = L"请放标准块";
+  panel.AddDataDisp(L"提示", 2, 12.0F, text, 1, 3, 0, nullptr);
+  Show(panel, 0);
+  EXPECT_EQ(Model_Text(front->Shown()[0].dialog),
+            " confirms\n"
+            "3 新密码 0 10x1*1 '新密码'\n"
+            "4 整数 0 10x1*1 '7'\n"
+            "6 勾选 0 10x1*1 ''\n"
+            "6 勾选2 0 10x1*1 '' [0]1\n"
+            "5 数值 0 10x1*1 '0.333' 0..10/3\n"
+            "5 数值2 0 10x1*1 '2.500' -1..1000/3\n"
+            "4 范围 0 10x1*1 '5' 4..10/0\n"
+            "4 范围2 0 10x1*1 '6' 4..10/0\n"
+            "7 串口号 0 10x1*1 '' [2]0\n");
+  EXPECT_EQ(Model_Text(front->Shown()[2].dialog),
+            "面板\n"
+            "1 状态 0 10x2*1.5 ''\n"
+            "0 高级 0 10x1*1 ''\n"
+            "0 测量 0 10x1*0.75 ''\n"
+            "8  1 10x1*1 ''\n"
+            "0 测量 1 10x1*1 ''\n"
+            "0 无 1 10x1*1 ''\n"
+            "2 提示 2 12x3*1 '请放标准块'\n");
+}
 
 TEST(Dialog, Serves_Displays_By_Their_Period_And_Presses_In_Between) {
   C_Simulated_Clock clock(1);
@@ -168,7 +216,7 @@ TEST(Dialog, Serves_Displays_By_Their_Period_And_Presses_In_Between) {
     std::wstring text;
     EXPECT_EQ(panel.GetCtrlWindowText(3, text), 1);
     EXPECT_EQ(text, L"停止");
-    EXPECT_EQ(panel.SetCtrlWindowText(77, L"x"), 0);
+    for (const int none : {77, 0}) EXPECT_EQ(panel.SetCtrlWindowText(none, L"x"), 0);
     Sleep(1000);  // ten periods go by, and are not made up for
   };
   front->Next_Dialog(C_Script()

@@ -42,7 +42,8 @@ TEST_F(Console, Answers_Everything_By_Itself_In_Single_Lines) {
   EXPECT_EQ(dialog.DoParameterDlg(1, 0, 1.0F, 1, nullptr, nullptr, 1), 0);
   EXPECT_EQ(value, 3);
 
-  EXPECT_EQ(CKestrunePlot().BeImageWindowCreate(), 0);
+  const CMyArray<double> none;
+  EXPECT_EQ(CKestrunePlot().Plot(L"温度", none, none, 0, 500, 400, CKestruneGraph::Line_Solid, L""), 0);
   EXPECT_EQ(testing::internal::GetCapturedStderr(),
             "请进行基准校正 第二行\n保存 [2J?\n没有显示器,对话框已取消: 点数\n");
 }
@@ -68,28 +69,48 @@ TEST_F(Console, Goes_On_Where_Nobody_Reads_It) {
   EXPECT_EQ(fcntl(pipe_ends[1], F_GETFL) & O_NONBLOCK, 0) << "the stream is shared with others";
 }
 
-TEST(Front, Charts_Keep_Their_Own_Windows_Until_Their_End) {
+std::string Chart_Text(const C_Chart_Model& chart) {
+  std::string text = To_Utf8(chart.title + L"|" + chart.note) + "|" + std::to_string(chart.width) + "x" +
+                     std::to_string(chart.height) + (chart.axes_follow ? " follows" : "") +
+                     (chart.joined ? " joined" : "");
+  for (size_t i = 0; i < std::max(chart.x.size(), chart.y.size()); ++i)
+    text +=
+        " " + std::to_string(static_cast<int>(chart.x.at(i))) + "," + std::to_string(static_cast<int>(chart.y.at(i)));
+  return text;
+}
+
+TEST(Front, Charts_Show_What_Is_Plotted_In_Windows_Of_Their_Own_Until_Their_End) {
   C_Simulated_Clock clock(4);
   C_Scripted_Front_Holder front;
-  CMyArray<double> x;
-  CMyArray<double> y;
+  CMyArray<double> x, y;
   for (const double value : {1.0, 2.0, 3.0}) {
     x.Add(value);
     y.Add(value * value);
   }
   y.Add(16.0);  // a point without a partner is left out
   CKestrunePlot other;
+  other.SetDynamicAdjustRange(0);
   {
     CKestrunePlot chart;
-    EXPECT_EQ(chart.Plot(L"温度", x, y, 0, 500, 400, CKestruneGraph::Line_Solid, L"备注"), 1);
+    EXPECT_EQ(chart.Plot(L"温度", x, y, 0, 510, 410, CKestruneGraph::Line_Solid, L"备注"), 1);
     EXPECT_EQ(other.BeImageWindowCreate(), 0);
-    other.Plot(L"厚度", x, x, 0, 500, 400, CKestruneGraph::Line_None, L"");
+    other.Plot(L"厚度", y, x, 0, 500, 400, CKestruneGraph::Line_None, L"");
   }
   EXPECT_EQ(other.BeImageWindowCreate(), 1);
-  EXPECT_THAT(front->Shown()[0].chart.y, ::testing::ElementsAre(1.0, 4.0, 9.0));
+  EXPECT_EQ(Chart_Text(front->Shown()[0].chart), "温度|备注|510x410 follows joined 1,1 2,4 3,9");
+  EXPECT_EQ(Chart_Text(front->Shown()[1].chart), "厚度||500x400 1,1 4,2 9,3");
   int open = 0;
   for (unsigned number = 0; number < 100; ++number) open += front->Is_Chart_Open(number) ? 1 : 0;
   EXPECT_EQ(open, 1) << "a chart outlives its object";
+}
+
+TEST(Front, A_Box_Holds_Its_Thread_Until_It_Is_Answered_And_Hands_The_Answer_On) {
+  C_Simulated_Clock clock(4);
+  C_Scripted_Front_Holder front;
+  front->On_Box(L"是否重试", Answer_Yes, 700);
+  EXPECT_EQ(Message_Box(L"是否重试", Box_Yes_No | Box_System_Modal), Answer_Yes);
+  EXPECT_EQ(Now_Ms(), 700.0);
+  EXPECT_EQ(front->Shown()[0].flags, Box_Yes_No | Box_System_Modal);
 }
 
 // Runs in a process of its own, started below.

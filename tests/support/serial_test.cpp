@@ -87,7 +87,9 @@ TEST_F(Serial, ALooseAdapterHasOneBoxAtATime) {
     line.Pull_Out();
     EXPECT_EQ(port.GetComData(bytes_in, 1, count), 0);
     line.Plug_In();
-    Sleep(static_cast<int>(CComSerial::Reopen_Period_Ms));
+    Sleep(499);
+    ASSERT_EQ(port.GetComData(bytes_in, 1, count), 0);
+    Sleep(1);
     ASSERT_EQ(port.GetComData(bytes_in, 1, count), 1);
     EXPECT_EQ(front->Count_Boxes(L"串口1已断开"), 1);
   }

@@ -69,7 +69,9 @@ TEST(Trace, WritesWholeLinesToTheStreamAndDatedRecordsToTheLog) {
 
 TEST(Files, AreWrittenWholeOrNotAtAll) {
   const C_Temp_Folder folder;
-  for (const char* text : {"old", "new"}) ASSERT_EQ(Write_Whole_File("全局电机参数", text, 0600), "");
+  EXPECT_EQ(CMyFileCopy::FileExist(L"全局电机参数"), 0);
+  for (const char* text : {"old", "new"}) ASSERT_EQ(Write_Whole_File("全局电机参数", text, 0604), "");
+  EXPECT_EQ(std::filesystem::status("全局电机参数").permissions(), std::filesystem::perms(0604));
   EXPECT_EQ(File_Text("全局电机参数"), "new");
   EXPECT_EQ(CMyFileCopy::FileExist(L"全局电机参数"), 1);
   EXPECT_EQ(CMyFileCopy::FileExist(L"."), 0) << "a folder is no file";
@@ -119,6 +121,7 @@ TEST(VectorFiles, KeepEveryBitAndAreReplacedWhole) {
   exporter.SetBaseSaveFileDir_SubDir(L"历史数据", 1);
   ASSERT_EQ(exporter.Save_Double_Vector(values, 1, L"x_data.dat"), 1);
   ASSERT_EQ(exporter.Save_Double_Vector(values, 6, L"x_data.dat"), 1);
+  EXPECT_EQ(std::filesystem::status("历史数据/x_data.dat").permissions(), std::filesystem::perms(0644));
   const std::string text = File_Text("历史数据/x_data.dat");
   const std::string head = "# x_data.dat\n# name: x_data\n# type: matrix\n# rows: 6\n# columns: 1\n";
   ASSERT_EQ(text.substr(0, head.size()), head);

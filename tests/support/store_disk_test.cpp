@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <sys/mman.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -115,12 +116,13 @@ TEST_F(Store_Disk, Keeps_The_Old_Store_Whatever_Step_Fails) {
 }
 
 TEST_F(Store_Disk, Writes_Nothing_That_Is_Too_Long_To_Be_Read) {
+  Write("orsanta store 1\n#" + std::string(Largest_Store - 22, 'x') + "\nend\n");
+  ASSERT_EQ(fs::file_size(File), Largest_Store);
   C_Thing thing;
-  thing.word.assign(Largest_Store, L'x');
-  EXPECT_EQ(thing.Save(), 0);
+  EXPECT_EQ(thing.Load(), 1);
+  EXPECT_EQ(thing.Save(), 0) << "the comment and the members are too much";
   EXPECT_THAT(Only_Box(), HasSubstr("文件过大,超过64 MiB"));
-  EXPECT_FALSE(fs::exists(File));
-  Write("");
+  EXPECT_EQ(fs::file_size(File), Largest_Store);
   fs::resize_file(File, Largest_Store + 1);
   EXPECT_EQ(thing.Load(), 0);
   EXPECT_THAT(Only_Box(), HasSubstr("文件过大,超过64 MiB"));
@@ -145,6 +147,10 @@ TEST_F(Store_Disk, Says_What_Stands_In_The_Way_On_A_Real_Disk) {
   fs::create_directory(File);
   Expect_Refused("文件夹");
   EXPECT_TRUE(fs::is_directory(File));
+  fs::remove(File);
+  ASSERT_EQ(mkfifo(File, 0600), 0);
+  EXPECT_EQ(C_Thing().Save(), 0);
+  EXPECT_THAT(Only_Box(), HasSubstr("不是普通文件"));
   fs::remove(File);
   ASSERT_EQ(C_Thing().Save(), 1);
   const std::string fresh = std::string(File) + ".new";
@@ -174,6 +180,7 @@ TEST_F(Store_Disk, Says_What_Stands_In_The_Way_On_A_Real_Disk) {
     EXPECT_EQ(C_Thing().Load(), 1);
     EXPECT_EQ(Now_Ms(), 0.0);
     Expect_Refused("另一个程序");
+    EXPECT_EQ(Now_Ms(), 5000.0);
   }
   C_Disk().Unlock_Folder(held);
 }

@@ -148,10 +148,17 @@ TEST_F(Store, Stays_In_Its_Place_With_A_Copy_Of_Each_State_That_Was_Not_Taken_Wh
   EXPECT_EQ(File_Text("音圈电机3参数.bad"), mistyped);
   EXPECT_EQ(File_Text("音圈电机3参数.1.bad"), cut_off);
 
+  EXPECT_EQ(std::filesystem::status("音圈电机3参数.bad").permissions(), std::filesystem::perms(0600));
+
+  std::string lines;
+  for (int i = 2; i < 13; ++i) lines += "C_Thing count 0 = int x\n";
+  Write(first_line + lines + "end\n");
+  C_Thing().Load();
+  EXPECT_THAT(Only_Box(), HasSubstr("\n第11行 不是有效的数值\n…… 共11处\n有误"));
   Write("broken while the system runs");
   EXPECT_EQ(C_Thing().Save(), 1);
-  EXPECT_THAT(Only_Box(), AllOf(HasSubstr("第1行"), HasSubstr("音圈电机3参数.2.bad")));
-  EXPECT_EQ(File_Text("音圈电机3参数.2.bad"), "broken while the system runs");
+  EXPECT_THAT(Only_Box(), AllOf(HasSubstr("第1行"), HasSubstr("音圈电机3参数.3.bad")));
+  EXPECT_EQ(File_Text("音圈电机3参数.3.bad"), "broken while the system runs");
   EXPECT_THAT(File_Text(File), HasSubstr("force 0 = double 200\n"));
 }
 
