@@ -7,6 +7,7 @@ namespace orsanta {
 
 namespace {
 
+using ::testing::Each;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
@@ -44,7 +45,7 @@ TEST_F(Advanced_Dialog, EditsReachTheirMembers) {
       {L"稳定时间", L"输入稳定时间", L"160", station.Val_ErrorWindowLen, 80.0},  // shown as a time of 2 ms a sample
       {L"原点偏移", L"原点偏移(mm)", L"0.5", station.Val_BeginePoint_offset, 0.5},
       {L"测量误差补偿", L"测量误差补偿", L"-0.0125", station.Val_Error_offset, -0.0125},
-      {L"传感器比例系数", L"传感器比例系数", L"1000", station.Val_SensorScale, 1000.0},
+      {L"传感器比例系数", L"传感器比例系数", L"2000", station.Val_SensorScale, 1000.0},  // then as below
       {L"设置温度传感器", L"ntc温度传感器CANID", L"20", station.Val_TempSensorCanID, 20.0},
       {L"弹簧K值补偿（仅用于2D标定）", L"弹簧K值补偿（g/mm）", L"64.5", station.Val_Spring_K, 0.0},  // refused
   };
@@ -58,12 +59,24 @@ TEST_F(Advanced_Dialog, EditsReachTheirMembers) {
   script.Press(L"测试距离").Run([&] { EXPECT_EQ(station.test_distance, 10.0F) << "a cancel leaves it"; });
   Answer(L"电机反转", C_Script().Select(L"电机反转", 1).Confirm());
   Answer(L"电机反转", C_Script());
-  script.Press(L"测试距离").Press(L"电机方向").Press(L"电机方向");
+  // The drive takes the scale that was confirmed, and not one that another hand set before a cancel.
+  Answer(L"传感器比例系数", C_Script().Run([&] { station.Val_SensorScale = 1000.0; }));
+  script.Press(L"测试距离").Press(L"电机方向").Press(L"电机方向").Press(L"传感器比例系数");
   Work(script);
   for (const auto& edit : edits) EXPECT_EQ(edit.member, edit.value) << edit.caption;
   EXPECT_EQ(station.test_distance, 12.5F);
   EXPECT_EQ(station.Val_Run_Negative, 1) << "set, and kept by the cancel";
   EXPECT_EQ(front->Refusals().size(), 1U);
+  EXPECT_THAT(
+      Edits(),
+      ElementsAre(L"设定推力(g): 0.000, -200 to 200", L"输入误差阀值(um): 5.000, -1 to 1000",
+                  L"输入稳定时间: 100.000, 1 to 1000", L"原点偏移(mm): 0.000, 0 to 10",
+                  L"测量误差补偿: 0.0000000000000000, -1 to 1", L"传感器比例系数: 1000.0000000000000000, 1 to 1e+09",
+                  L"ntc温度传感器CANID: 0.0000000000000000, 0 to 64",
+                  L"弹簧K值补偿（g/mm）: 0.0000000000000000, 0 to 64", L"测试距离: 10.0000000000000000, 1 to 30",
+                  L"测试距离: 10.0000000000000000, 1 to 30", L"传感器比例系数: 2000.0000000000000000, 1 to 1e+09"));
+  station.m_pMotor->Go_Pos(1.0);
+  EXPECT_NEAR(bench::True_Position(1), 2.0, 0.1);
   EXPECT_THAT(File("音圈电机1参数"), HasSubstr("Val_Error_offset 0 = double -0.0125"));
 }
 
@@ -75,8 +88,10 @@ TEST_F(Advanced_Dialog, StandsOnceAndLeavesThePanelAlive) {
     Sleep(100);
     EXPECT_EQ(base->GetDelayProcessFifoCount(1), 1) << "a command of the panel under the open dialog";
     EXPECT_TRUE(Wait_Idle(1));
+    std::filesystem::remove("pw_file.dat");
     EXPECT_TRUE(front->Press(Panel, L"高级功能", 1));
     Sleep(100);
+    EXPECT_FALSE(std::filesystem::exists("pw_file.dat")) << "a press that does nothing saves nothing";
   });
   // The serial link changes at once, and the debug data of a measurement are written.
   const auto old_link = Station(0).Debug_Com();
@@ -90,6 +105,11 @@ TEST_F(Advanced_Dialog, StandsOnceAndLeavesThePanelAlive) {
   EXPECT_EQ(Station(0).Debug_Com()->ValBaud, 9600);
   EXPECT_THAT(File("电机1串口参数"), HasSubstr("ValBaud 0 = int 9600"));
   EXPECT_FALSE(std::filesystem::is_empty("历史数据"));
+  Type_Password();
+  for (const int index : {0, 1, 0}) Answer(Title(index), C_Script());
+  Run_Panel(C_Script().Press(L"高级功能", 0).Press(L"高级功能", 1).Press(L"高级功能", 0));
+  EXPECT_EQ(Count_Dialogs(Title(0)), 3);
+  EXPECT_EQ(Count_Dialogs(Title(1)), 1);
 }
 
 TEST_F(Advanced_Dialog, ChartsFollowTheMeasurementsAndShareTheirKind) {
@@ -112,6 +132,14 @@ TEST_F(Advanced_Dialog, ChartsFollowTheMeasurementsAndShareTheirKind) {
     Measure(0, 2.0);
     Sleep(600);
     EXPECT_EQ(Charts().back().chart.x.back(), 12.0);
+    EXPECT_TRUE(Charts().back().chart.axes_follow);
+    for (const double celsius : {31.0, 31.5}) Station(0).TempArray.Append(celsius);
+    front->Clear_Record();
+  });
+  script.Press(L"测量温度曲线").Wait(600).Run([&] {
+    EXPECT_EQ(Charts().front().name, L"电机：1测量温度");
+    EXPECT_EQ(Charts().back().name, L"Orsanta：1测量温度（°C）");
+    for (const C_Shown& shown : Charts()) EXPECT_THAT(shown.chart.y, ElementsAre(31.0, 31.5));
   });
   Work(script);
   // Another station's chart of another kind turns the open ones to that kind.
@@ -120,6 +148,8 @@ TEST_F(Advanced_Dialog, ChartsFollowTheMeasurementsAndShareTheirKind) {
   second.Press(L"测量时间曲线").Run([&] {
     Sleep(1200);
     EXPECT_EQ(Charts().front().name, L"电机：2测量结果");
+    EXPECT_EQ(Charts().front().chart.y[0], Station(1).TestTimeArray.Copy()[0]);
+    EXPECT_EQ(Charts().back().chart.y, Charts().front().chart.y);
     EXPECT_EQ(Charts().back().name, L"Orsanta：2测量时间（ms）");
     const size_t drawn = Charts().size();
     Sleep(2000);
@@ -132,18 +162,22 @@ TEST_F(Advanced_Dialog, ChartsFollowTheMeasurementsAndShareTheirKind) {
   });
   Work(second, 1);
   // The data that are cleared are those of the station charted last, not of the dialog's.
+  Station(1).TempArray.Append(31.0);
   Work(C_Script().Press(L"清除曲线数据"), 0);
+  EXPECT_EQ(Station(1).TempArray.GetSize(), 0);
   EXPECT_EQ(Station(1).ThicknessArray.GetSize(), 0);
   EXPECT_EQ(Station(1).TestTimeArray.GetSize(), 0);
   EXPECT_GT(Station(1).SlowTestData.GetSize(), 0);
   EXPECT_EQ(Station(0).ThicknessArray.GetSize(), 13);
 }
 
+// The sizes are entered the wrong way round and one is wrong: 4 mm of true difference over 5, without its sign.
 TEST_F(Advanced_Dialog, LinearityComparesTwoBlocks) {
   Start(1);
-  for (const double mm : {2.0, 6.0}) {
+  Station(0).Val_Force_Set[0] = 70.0;
+  for (const auto& [entered, mm] : {std::pair(2.0, 6.0), std::pair(7.0, 2.0)}) {
     C_Script block;
-    block.Fill(L"请输入量块尺寸", std::to_wstring(mm)).Run([this, mm] {
+    block.Fill(L"请输入量块尺寸", std::to_wstring(entered)).Run([this, mm = mm] {
       EXPECT_TRUE(Wait_Idle(0)) << "the block goes on when the probe is up";
       bench::Place_Part(1, mm);
     });
@@ -156,7 +190,9 @@ TEST_F(Advanced_Dialog, LinearityComparesTwoBlocks) {
   ASSERT_EQ(front->Boxes().size(), 2U);
   const std::wstring text = front->Boxes().back();
   ASSERT_EQ(text.rfind(L"线性比例结果", 0), 0U);
-  EXPECT_NEAR(std::stod(text.substr(6)), 1.0, 0.001);
+  EXPECT_NEAR(std::stod(text.substr(6)), 0.8, 0.001);
+  EXPECT_EQ(Station(0).Test_Force[0], 70.0);
+  EXPECT_THAT(Edits(), Each(L"请输入量块尺寸: 0.0000000000000000, 0 to 64"));
   EXPECT_EQ(base->LoopPaused, 0);
 }
 

@@ -16,12 +16,14 @@ TEST_F(Gates, KeepSettingsFromWhoHasNoPasswordAndLeaveMeasuringFree) {
   Start(1);
   Type_Password(L"Mocha");                    // case counts
   Answer(L"输入密码", C_Script().Confirm());  // the caption itself, untyped; the third gate is cancelled
-  Run_Panel(Presses({L"设定推力", L"自动测量设置", L"基准块尺寸", L"测量", L"测量回位"}));
+  Answer(L"设定推力2(g)", C_Script().Confirm());
+  Run_Panel(
+      Presses({L"设定推力", L"自动测量设置", L"基准块尺寸", L"测量", L"测量回位", L"双力位移测试", L"首次慢速测量"}));
   EXPECT_EQ(front->Count_Boxes(L"需要操作员密码"), 3);
   EXPECT_EQ(front->Count_Boxes(L"用户密码错误"), 3);
   EXPECT_EQ(Count_Dialogs(L"设定推力(g)"), 0);
   EXPECT_TRUE(Wait_Idle(0));
-  EXPECT_EQ(Station(0).ThicknessArray.GetSize(), 1) << "measured without a password";
+  EXPECT_EQ(Station(0).ThicknessArray.GetSize(), 4) << "measured without a password, two forces as well";
 }
 
 // The lock counts a tenth of a second at each refresh of each display.
@@ -50,6 +52,8 @@ TEST_F(Gates, AskTwiceBeforeTheAdvancedFunctionsAndLaterOnlyForTheOperator) {
   script.Press(L"高级功能").Run([&] {
     EXPECT_THAT(front->Boxes(), ElementsAre(L"密码错误"));
     EXPECT_EQ(base->AdvancedUser, 0);
+    const std::vector<C_Control_Model> gate = front->Shown()[1].dialog.controls;
+    EXPECT_EQ(gate[0].text + L", " + gate[3].text + L", " + gate[4].text, L"输入密码, 新密码, 60");
     EXPECT_FALSE(std::filesystem::exists("pw_file.dat")) << "a refused press saves nothing";
   });
   Run_Panel(script.Press(L"高级功能"));

@@ -6,9 +6,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <filesystem>
 #include <fstream>
 #include <initializer_list>
+#include <map>
 #include <memory>
 #include <sstream>
 #include <string>
@@ -78,6 +80,32 @@ class Operator : public ::testing::Test {
   }
   // What the display of a station shows.
   std::wstring Display(int index) { return front->Text_Of(Panel, L"微米仪" + std::to_wstring(index + 1) + L"状态"); }
+  // The number edits that came up, in order, as "caption: text, least to greatest".
+  std::vector<std::wstring> Edits() {
+    std::vector<std::wstring> edits;
+    for (const C_Shown& shown : front->Shown()) {
+      for (const C_Control_Model& control : shown.dialog.controls) {
+        if (control.has_range)
+          edits.push_back(control.caption +
+                          Format_Text(L": %s, %g to %g", control.text.c_str(), control.min, control.max).Text());
+      }
+    }
+    return edits;
+  }
+  // What went out to the drive of a station since the last call, as "speed 20, up 1.5, to 4.2, ".
+  static std::string Sent(int station) {
+    static const std::map<int, std::string> words{{0, "to"}, {2, "up"}, {3, "speed"}, {8, "acc"}, {9, "low"}};
+    std::ostringstream sent;
+    for (const bench::Journal_Entry& call : bench::Journal()) {
+      if (call.function != "OUTPUT_DATA") continue;
+      const int channel = std::stoi(call.arguments) - station * 20;
+      const double value = std::stod(call.arguments.substr(call.arguments.find(' ')));
+      const double shown = channel == 0 ? std::round(value / 6553600.0) / 10.0 : std::round(value * 1000.0) / 1000.0;
+      if (words.count(channel) != 0) sent << words.at(channel) << ' ' << shown + 0.0 << ", ";
+    }
+    bench::Journal_Clear();
+    return sent.str();
+  }
   int Count_Dialogs(const std::wstring& name) {
     int count = 0;
     for (const C_Shown& shown : front->Shown()) count += shown.kind == C_Shown::Kind::Dialog && shown.name == name;
