@@ -13,15 +13,17 @@ namespace {
 TEST(C_Device_Text, Reads_Identity_Words_And_Fault_Bits) {
   const C_Device_Text text;
   const std::wstring known = text.Device_Type_Name(11).Text();
-  EXPECT_NE(known, L"未定义设备");
+  for (const int type : {0, 11}) EXPECT_NE(text.Device_Type_Name(type).Text(), std::wstring(L"未定义设备"));
   EXPECT_EQ(text.Device_Info_Text((11 << 16) | (200 << 8) | 7).Text(),
             L"设备类型：" + known + L" \r\n软件版本：7\r\n硬件版本：200\r\n");
   EXPECT_EQ(text.Device_Info_Text(12 << 16).Text(), L"设备类型：未定义设备 \r\n软件版本：0\r\n硬件版本：0\r\n");
   EXPECT_EQ(text.Device_Info_Text(-1).Text(), L"设备类型：未定义设备 \r\n软件版本：255\r\n硬件版本：255\r\n");
 
   EXPECT_EQ(text.Fault_Text(0).Text(), L"");
-  EXPECT_EQ(text.Fault_Text(3).Text(), L"1：电机超电流\r\n2：回零超时\r\n");
-  EXPECT_EQ(text.Fault_Text(0x400).Text(), L"11：刹车电阻失效或超电压\r\n");
+  EXPECT_EQ(text.Fault_Text(0x7FF).Text(),
+            L"1：电机超电流\r\n2：回零超时\r\n3：IIR过热保护\r\n4：电机漏电流过大(超最大电流)\r\n5：485通信线路异常\r\n"
+            L"6：驱动器背板超温\r\n7：驱动器电压低\r\n8：CPU超温\r\n9：驱动器超误差\r\n10：断使能\r\n"
+            L"11：刹车电阻失效或超电压\r\n");
   EXPECT_EQ(text.Fault_Text(0x800).Text(), L"未定义错误");
   EXPECT_EQ(text.Fault_Text(0x80000004).Text(), L"3：IIR过热保护\r\n");
 }

@@ -43,7 +43,7 @@ TEST_F(C_Room, The_Check_Of_A_Drive_Runs_Over_Its_Stroke_Or_Ends_With_The_Words_
   Texts expected{L"ID:9的驱动器无法测量行程"};
   // The drive goes silent at a position command: on the way out, on the way back, and in the shuttle.
   const std::pair<int, const wchar_t*> cases[] = {
-      {3, L"正向运动无法到位"}, {15, L"反向运动无法到位"}, {24, L"无法回中"}};
+      {3, L"正向运动无法到位"}, {15, L"反向运动无法到位"}, {24, L"无法回中"}, {27, L"反向运动无法到位"}};
   for (const auto& [silent_at, words] : cases) {
     bench::Journal_Clear();
     C_Thread silencer;
@@ -68,8 +68,10 @@ TEST_F(C_Room, The_Check_Of_A_Drive_Runs_Over_Its_Stroke_Or_Ends_With_The_Words_
 TEST_F(C_Room, The_Check_Reads_Old_Ends_Where_A_Drive_Sends_Them_All_The_Time) {
   bench::Settings settings;
   settings.cyclic_stroke = true;
+  settings.counts_per_mm = 2000.0;
   Reset(settings);
   C_Kestrune_Motor_test motor(3, 1, 1);
+  motor.SetScale(2000.0);
   motor.Map_Once();
   Sleep(1000);
   double max = 77.0;

@@ -18,7 +18,7 @@ class C_Io_Card_Test : public C_Room {
 };
 
 TEST_F(C_Io_Card_Test, Maps_Eight_Channels_Once_And_Reads_And_Writes_Them) {
-  m_Card.Set_Io_Mode(1);
+  m_Card.Set_Io_Mode(2);  // any value but 0 stands for a card
   std::ostringstream expected;
   expected << "CheckDeviceExist(15); ";
   for (int bit = 0; bit < 8; ++bit)
@@ -55,6 +55,12 @@ TEST_F(C_Io_Card_Test, Without_A_Card_Pulses_Stand_In_For_Inputs) {
   std::vector<int> reads(3072);
   for (int& read : reads) read = m_Card.Get_Io(4);
   for (size_t i = 0; i < 2048; ++i) ASSERT_NE(reads[i], reads[i + 1024]) << "turns over every 1024 reads";
+  m_Card.Set_Sim_Rate(12);
+  EXPECT_EQ(m_Card.Get_Io(4), 0);  // the top bit of the counter
+  m_Card.Set_Io_Mode(1);           // ends the simulation; and a card that comes later is not mapped any more
+  EXPECT_EQ(m_Card.Get_Io(4), -1);
+  m_Card.Map_Io(2, 15);
+  EXPECT_EQ(Count("SET_IO"), 0);
 }
 
 }  // namespace
