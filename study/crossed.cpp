@@ -9,7 +9,7 @@ namespace study {
 
 namespace {
 
-// Numbers names in the order in which they first come up.
+// Numbers names, in the order in which they first come up.
 class C_Names {
  public:
   size_t Number(const std::string& name) {
@@ -18,6 +18,17 @@ class C_Names {
     return place->second;
   }
   const std::vector<std::string>& All() const { return m_Names; }
+  // Names that are all whole numbers come in their order from now on: measured in random order, they would be hard to
+  // find in a chart.
+  void Sort_Numbers() {
+    const auto whole = [](const std::string& name) {
+      return name.size() < 10 && name.find_first_not_of("0123456789") == std::string::npos;
+    };
+    if (!std::all_of(m_Names.begin(), m_Names.end(), whole)) return;
+    std::stable_sort(m_Names.begin(), m_Names.end(),
+                     [](const std::string& a, const std::string& b) { return std::stoi(a) < std::stoi(b); });
+    for (size_t i = 0; i < m_Names.size(); ++i) m_Numbers[m_Names[i]] = i;
+  }
 
  private:
   std::unordered_map<std::string, size_t> m_Numbers;
@@ -41,6 +52,7 @@ C_Crossed Cross(const std::vector<C_Reading>& readings) {
     appraisers.Number(reading.appraiser);
     trials.Number(reading.trial);
   }
+  for (C_Names* names : {&parts, &appraisers, &trials}) names->Sort_Numbers();
   const size_t trial_count = trials.All().size(), appraiser_count = appraisers.All().size();
   const size_t cell_count = parts.All().size() * appraiser_count * trial_count;
   // Of more cells than readings one is missing among the first ones, however many there would be.

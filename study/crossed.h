@@ -30,8 +30,9 @@ struct C_Crossed {
   }
 };
 
-// Puts readings into their cells, with parts, appraisers and trials in the order in which they first come up. Throws
-// C_Refused, with the cell named, where a value is missing or there twice.
+// Puts readings into their cells. Parts, appraisers and trials come in the order in which they first come up, those
+// with numbers for names in the order of the numbers. Throws C_Refused, with the cell named, where a value is missing
+// or there twice.
 C_Crossed Cross(const std::vector<C_Reading>& readings);
 
 }  // namespace study

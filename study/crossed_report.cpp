@@ -243,11 +243,11 @@ void Add_Charts(const C_Crossed& data, const C_Anova& anova, const std::optional
   report.Add_Chart(Run_Chart(data));
   if (!range) return;
   C_Chart ranges = By_Appraiser(data, range->cell_ranges_mm, 1000.0, {"极差图", "Range chart"}, Same("µm"));
-  ranges.Add_Limit({"平均极差", "mean range"}, range->mean_range_mm * 1000.0, 2);
+  ranges.Add_Limit({"平均极差", "mean range"}, range->mean_range_mm * 1000.0, 6);
   ranges.Add_Limit({"上限 UCL", "upper limit UCL"}, range->range_limit_mm * 1000.0);
   report.Add_Chart(std::move(ranges));
   C_Chart means = By_Appraiser(data, range->cell_means_mm, 1.0, {"均值图", "Mean chart"}, Same("mm"));
-  means.Add_Limit({"总平均", "grand mean"}, range->grand_mean_mm, 2);
+  means.Add_Limit({"总平均", "grand mean"}, range->grand_mean_mm, 6);
   means.Add_Limit({"限 UCL、LCL", "limits UCL, LCL"}, range->mean_high_mm);
   means.Add_Limit({}, range->mean_low_mm);
   report.Add_Chart(std::move(means));

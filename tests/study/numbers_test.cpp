@@ -310,6 +310,8 @@ TEST(Csv, ReadsWhatSpreadsheetsWrite) {
   EXPECT_EQ(readings[0].part, "a;\"b");
   EXPECT_EQ(readings[1].value_mm, 2.5);
   EXPECT_EQ(readings[1].line, 4);
+  EXPECT_THAT(Cross(Read_Crossed("part,appraiser,trial,value\n10,B,1,1\n9,B,1,1\n9,A,1,1\n10,A,1,1\n")).parts,
+              ElementsAre("9", "10"));
   const auto references = Read_References("reference\tvalue\n1\t1,5\n2\t2.5\n1,0\t1.25");
   ASSERT_EQ(references.size(), 2U);
   EXPECT_THAT(references[0].values_mm, ElementsAre(1.5, 1.25));
