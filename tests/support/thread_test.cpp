@@ -177,6 +177,8 @@ TEST(TaskLanes, RunSideBySideEachInOrderUntilTheyAreStopped) {
   EXPECT_THAT(lanes.Trace(), testing::Contains("1 did 40").Times(1));
   EXPECT_EQ(lanes.Trace().back(), "1 ends");
   EXPECT_EQ(lanes.AddNewDelayProcess(1, 40, 0, nullptr), 0);
+  lanes.ReleaseSubClass_CQueueTask_MutiTask_Thread();
+  EXPECT_EQ(lanes.GetDelayProcessFifoCount(1), 0) << "dropped once";
 }
 
 TEST(TaskLanes, ARefusalLeavesTheQueueUnchangedAndEndsByItself) {
