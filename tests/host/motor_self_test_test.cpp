@@ -26,7 +26,7 @@ TEST(Thread_Numbers, HandsOutTheLowestFreeNumber) {
 
 // In real time: what two threads hold at once differs, and in the end all is there again.
 TEST(Thread_Numbers, ManyThreadsShareOnePool) {
-  constexpr int Rounds = 300000;
+  constexpr int Rounds = 1500000;
   CMyArray<int> pool;
   std::atomic<int> holders[Thread_Number_Max + 1] = {};
   std::atomic<int> shared{0};

@@ -71,7 +71,7 @@ TEST_F(Failures, AStationOnAnIdThatIsTakenIsToldAndRests) {
     std::wstring told;
   };
   const std::wstring on_card = L"电机2的CANID 15是IO卡的地址，电机2停用，请改为不同的CANID后重新启动";
-  for (const C_Case& item : {C_Case{1, 0, L"电机2的CANID 1与电机1相同，电机2停用，请改为不同的CANID后重新启动"},
+  for (const C_Case& item : {C_Case{1, 1, L"电机2的CANID 1与电机1相同，电机2停用，请改为不同的CANID后重新启动"},
                              C_Case{15, 0, on_card}, C_Case{15, 1, on_card}}) {
     std::vector<std::wstring> told = front->Boxes();
     for (int bit = 0; bit < 8; ++bit) bench::Set_Input(bit, 1);
@@ -81,6 +81,8 @@ TEST_F(Failures, AStationOnAnIdThatIsTakenIsToldAndRests) {
     bench::Set_Input(1, 0);  // also the input of a second station on id 1
     if (item.io_mode == 1) {
       EXPECT_NEAR(Next_Result(1), 2.0, 0.001);
+      Sleep(3000);
+      EXPECT_TRUE(No_Result(2));
     }
     Set_Force(2, 77.0);
     EXPECT_EQ(do_test(2, ORSANTA_TASK_MEASURE), 0);

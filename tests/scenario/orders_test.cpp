@@ -124,7 +124,7 @@ TEST_F(Orders, EachTaskAndFunctionSendsExactlyThis) {
 // The process dies without a stop: what counts is what stands in the store by then.
 TEST_F(Orders, ASystemThatDiedComesBackAsItWas) {
   Start({3});
-  bench::Place_Part(3, Block_Mm);
+  bench::Place_Part(3, 4.0);  // stands for the block of 5 mm
   Set_Ans_Offset(1, Block_Mm);
   Check_User_Zero(1);
   Save_Parameter2file(1);
@@ -144,7 +144,7 @@ TEST_F(Orders, ASystemThatDiedComesBackAsItWas) {
   Get_Ans_Offset(1, &offset);
   EXPECT_EQ(offset, Block_Mm);
   EXPECT_EQ(Sent([] { do_test(1, ORSANTA_TASK_MEASURE); }), Land("11", "2.4", ""));
-  EXPECT_NEAR(Next_Result(1), 2.25, 0.001);
+  EXPECT_NEAR(Next_Result(1), 3.25, 0.001);
   EXPECT_EQ(Sent([] { do_test(1, ORSANTA_TASK_FORCE_DIFFERENCE); }),
             Land("11", "2.4", "7.00") + Land("11", "1.6", "7.00"));
 }
