@@ -10,6 +10,7 @@
 #include <sstream>
 
 #include "common/scripted_front.h"
+#include "support/console_front.h"
 #include "support/dialog_entry.h"
 
 namespace orsanta {
@@ -122,6 +123,12 @@ TEST(Dialog, Refuses_Bad_Entries_And_Then_Changes_Nothing) {
     EXPECT_THAT(front->Refusals(), ElementsAre(testing::HasSubstr(reason)));
   }
 
+  for (const int nowhere : {-1, 2}) {
+    front->Next_Dialog(C_Script().Select(L"串口号", nowhere).Confirm());
+    EXPECT_EQ(edits.Run(), 0);
+    EXPECT_EQ(front->Refusals().back(), L"串口号: 请选择一项");
+  }
+
   // Several are told at once, a value that was out of range before among them; the dialog stays open until all are
   // mended.
   front->Clear_Record();
@@ -203,6 +210,29 @@ TEST(Dialog, Tells_The_Front_All_About_Its_Controls) {
             "0 测量 1 10x1*1 ''\n"
             "0 无 1 10x1*1 ''\n"
             "2 提示 2 12x3*1 '请放标准块'\n");
+}
+
+// A front that sends what no control can send, and then closes the dialog.
+class C_Unruly_Front : public C_Console_Front {
+ public:
+  int Open_Dialog(const C_Dialog_Model& model, C_Dialog_Sink& sink) override {
+    using C_Kind = C_Dialog_Event::Kind;
+    for (const int control : {-1, 0, 99}) sink.On_Dialog_Event({C_Kind::Press, control, {}});
+    sink.On_Dialog_Event(
+        {C_Kind::Confirm, -1, std::vector<C_Control_Entry>(model.confirms ? 1 : model.controls.size())});
+    sink.On_Dialog_Event({C_Kind::Cancel, -1, {}});
+    return 1;
+  }
+};
+
+TEST(Dialog, Takes_No_Event_That_Fits_No_Control) {
+  auto before = Replace_Front(std::make_unique<C_Unruly_Front>());
+  C_Callbacks callbacks;
+  C_Panel panel(callbacks);
+  EXPECT_EQ(Show(panel, 0), 0);
+  EXPECT_TRUE(callbacks.presses.empty());
+  EXPECT_EQ(C_Every_Edit().Run(), 0);
+  Replace_Front(std::move(before));
 }
 
 TEST(Dialog, Serves_Displays_By_Their_Period_And_Presses_In_Between) {

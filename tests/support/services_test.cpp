@@ -143,7 +143,7 @@ TEST(VectorFiles, LoadInOctaveAndNumpyUnderAnyName) {
   ASSERT_EQ(exporter.Save_Double_Vector(values, 0, L"7/空"), 1);
   const std::string file = "ThicknessArray1 12月15日16时5分9秒.txt";
   EXPECT_THAT(File_Text(file), testing::EndsWith("# columns: 1\n1.5\nInf\n-Inf\nNaN\n"));
-  EXPECT_TRUE(std::filesystem::exists("7_空.txt"));
+  EXPECT_THAT(File_Text("7_空.txt"), testing::HasSubstr("# name: _7__\n"));
   const std::string octave = "octave-cli --norc --quiet --eval \"a = struct2cell(load('" + file +
                              "')); b = struct2cell(load('7_空.txt')); "
                              "exit(!(isequaln(a{1}, [1.5; Inf; -Inf; NaN]) && isempty(b{1})))\"";

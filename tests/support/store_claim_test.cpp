@@ -25,7 +25,8 @@ TEST_F(Store_Claim, Refuses_Saves_Until_The_Owner_Has_Ended) {
   ASSERT_EQ(C_Thing().Save(), 1);
   const std::string before = File_Text(File);
   C_Other_Process other([] { (new C_Thing)->Own(); });
-  C_Thing thing;
+  auto first = std::make_optional<C_Thing>();
+  C_Thing& thing = *first;
   const auto told = AllOf(
       HasSubstr((folder.Path() / File).string() + " 正由进程 " + std::to_string(other.Id()) + " (test_support)使用"),
       HasSubstr("不保存"));
@@ -41,7 +42,7 @@ TEST_F(Store_Claim, Refuses_Saves_Until_The_Owner_Has_Ended) {
   C_Store_Claim neighbour;
   EXPECT_EQ(neighbour.Take("音圈电机4参数"), 0);
   other.Kill();
-  EXPECT_EQ(thing.Save(), 1);
+  for (int i = 0; i < 2; ++i) EXPECT_EQ(thing.Save(), 1);
   EXPECT_THAT(File_Text(File), HasSubstr("count 0 = int 7\n"));
 
   // Within a process the store belongs to all, until the last of them is gone.
@@ -53,7 +54,11 @@ TEST_F(Store_Claim, Refuses_Saves_Until_The_Owner_Has_Ended) {
   EXPECT_EQ(owner_told_to_another(), 1);
   second.reset();
   EXPECT_EQ(owner_told_to_another(), 1);
+  // A child that ends what it has inherited gives nothing back.
+  EXPECT_EQ(Exit_Status_Of([&] { return (first.reset(), C_Store_Claim().Take(File) == getppid() ? 1 : 0); }), 1);
   EXPECT_TRUE(front->Shown().empty());
+  first.reset();
+  EXPECT_FALSE(std::filesystem::exists(Lock));
 }
 
 // The file goes with every claim: one that another process has just opened must not count then.
@@ -66,11 +71,12 @@ TEST_F(Store_Claim, Has_One_Owner_Among_Many_That_Come_And_Go) {
   auto& shared = *new (memory) C_Shared{};
   {
     const auto come_and_go = [&] {
-      for (int i = 0; i < 3000; ++i) {
+      for (int i = 0; i < 1500; ++i) {
         C_Store_Claim claim;
         if (claim.Take(File) != 0) continue;
         shared.taken += 1;
         if (shared.owners.fetch_add(1) != 0) shared.doubled += 1;
+        usleep(20);
         shared.owners -= 1;
       }
     };

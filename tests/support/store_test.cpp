@@ -85,9 +85,10 @@ TEST_F(Store, Leaves_What_Is_Absent_And_Keeps_What_Is_Unknown) {
       "\xEF\xBB\xBForsanta store 1\r\n"
       "# Müller 2024\r\n\r\n"
       "  C_Thing\tforce 0  =  double 150.5 \r\n"
-      "\"C_Other Class\" \"a b\" 7 = raw 00ff\r\n"
+      "\"C_Other Class\" \"a b\" 7 = raw 00FF\r\n"
+      "\"end\" \"#\" 0 = int 1\r\n"
       "C_Thing Val_Pos_Friction[1].MyArrayP 0 = array CMyArray<double> 0\r\n"
-      "end");
+      "  end");
   EXPECT_EQ(thing.Load(), 1);
   EXPECT_EQ(thing.force, 150.5);
   EXPECT_EQ(thing.count, 1);
@@ -96,7 +97,8 @@ TEST_F(Store, Leaves_What_Is_Absent_And_Keeps_What_Is_Unknown) {
 
   EXPECT_EQ(thing.Save(), 1);
   EXPECT_THAT(File_Text(File),
-              AllOf(HasSubstr("# Müller 2024\n"), HasSubstr("\"C_Other Class\" \"a b\" 7 = raw 00ff\nend\n")));
+              AllOf(HasSubstr("# Müller 2024\n"),
+                    HasSubstr("\"C_Other Class\" \"a b\" 7 = raw 00ff\n\"end\" \"#\" 0 = int 1\nend\n")));
   EXPECT_TRUE(front->Shown().empty());
 }
 
@@ -155,10 +157,14 @@ TEST_F(Store, Stays_In_Its_Place_With_A_Copy_Of_Each_State_That_Was_Not_Taken_Wh
   Write(first_line + lines + "end\n");
   C_Thing().Load();
   EXPECT_THAT(Only_Box(), HasSubstr("\n第11行 不是有效的数值\n…… 共11处\n有误"));
-  Write("broken while the system runs");
-  EXPECT_EQ(C_Thing().Save(), 1);
-  EXPECT_THAT(Only_Box(), AllOf(HasSubstr("第1行"), HasSubstr("音圈电机3参数.3.bad")));
-  EXPECT_EQ(File_Text("音圈电机3参数.3.bad"), "broken while the system runs");
+  int copies = 2;
+  for (const std::string& broken : {first_line + "while the system runs\nend\n", std::string("broken")}) {
+    Write(broken);
+    EXPECT_EQ(C_Thing().Save(), 1);
+    const std::string copy = "音圈电机3参数." + std::to_string(++copies) + ".bad";
+    EXPECT_THAT(Only_Box(), AllOf(HasSubstr("行 "), HasSubstr(copy)));
+    EXPECT_EQ(File_Text(copy), broken);
+  }
   EXPECT_THAT(File_Text(File), HasSubstr("force 0 = double 200\n"));
 }
 
