@@ -9,6 +9,7 @@ namespace {
 
 using ::testing::Each;
 using ::testing::ElementsAre;
+using ::testing::Field;
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
 
@@ -54,18 +55,20 @@ TEST_F(Advanced_Dialog, EditsReachTheirMembers) {
     Answer_Edit(edit.caption, edit.entry);
     script.Press(edit.button);
   }
+  station.Set_TestDistance(9.0);
   Answer(L"测试距离", C_Script());
   Answer_Edit(L"测试距离", L"12.5");
-  script.Press(L"测试距离").Run([&] { EXPECT_EQ(station.test_distance, 10.0F) << "a cancel leaves it"; });
+  script.Press(L"测试距离").Run([&] { EXPECT_EQ(station.test_distance, 9.0F) << "a cancel leaves it"; });
   Answer(L"电机反转", C_Script().Select(L"电机反转", 1).Confirm());
   Answer(L"电机反转", C_Script());
   // The drive takes the scale that was confirmed, and not one that another hand set before a cancel.
   Answer(L"传感器比例系数", C_Script().Run([&] { station.Val_SensorScale = 1000.0; }));
-  script.Press(L"测试距离").Press(L"电机方向").Press(L"电机方向").Press(L"传感器比例系数");
+  script.Press(L"测试距离").Press(L"电机方向").Run([&] { EXPECT_EQ(station.Val_Run_Negative, 1); });
+  script.Press(L"电机方向").Press(L"传感器比例系数");
   Work(script);
   for (const auto& edit : edits) EXPECT_EQ(edit.member, edit.value) << edit.caption;
   EXPECT_EQ(station.test_distance, 12.5F);
-  EXPECT_EQ(station.Val_Run_Negative, 1) << "set, and kept by the cancel";
+  EXPECT_EQ(station.Val_Run_Negative, 1) << "kept by the cancel";
   EXPECT_EQ(front->Refusals().size(), 1U);
   EXPECT_THAT(
       Edits(),
@@ -73,8 +76,8 @@ TEST_F(Advanced_Dialog, EditsReachTheirMembers) {
                   L"输入稳定时间: 100.000, 1 to 1000", L"原点偏移(mm): 0.000, 0 to 10",
                   L"测量误差补偿: 0.0000000000000000, -1 to 1", L"传感器比例系数: 1000.0000000000000000, 1 to 1e+09",
                   L"ntc温度传感器CANID: 0.0000000000000000, 0 to 64",
-                  L"弹簧K值补偿（g/mm）: 0.0000000000000000, 0 to 64", L"测试距离: 10.0000000000000000, 1 to 30",
-                  L"测试距离: 10.0000000000000000, 1 to 30", L"传感器比例系数: 2000.0000000000000000, 1 to 1e+09"));
+                  L"弹簧K值补偿（g/mm）: 0.0000000000000000, 0 to 64", L"测试距离: 9.0000000000000000, 1 to 30",
+                  L"测试距离: 9.0000000000000000, 1 to 30", L"传感器比例系数: 2000.0000000000000000, 1 to 1e+09"));
   station.m_pMotor->Go_Pos(1.0);
   EXPECT_NEAR(bench::True_Position(1), 2.0, 0.1);
   EXPECT_THAT(File("音圈电机1参数"), HasSubstr("Val_Error_offset 0 = double -0.0125"));
@@ -100,6 +103,11 @@ TEST_F(Advanced_Dialog, StandsOnceAndLeavesThePanelAlive) {
   Work(script.Press(L"调试串口").Press(L"导出调试数据"));
   EXPECT_EQ(Count_Dialogs(Title(0)), 1);
   EXPECT_EQ(Count_Dialogs(Title(1)), 0);
+  for (const C_Shown& shown : front->Shown()) {
+    if (shown.name == Title(0)) {
+      EXPECT_THAT(shown.dialog.controls, Each(Field(&C_Control_Model::width, 20.0F)));
+    }
+  }
   EXPECT_EQ(Station(1).ThicknessArray.GetSize(), 1);
   EXPECT_NE(Station(0).Debug_Com(), old_link);
   EXPECT_EQ(Station(0).Debug_Com()->ValBaud, 9600);

@@ -70,7 +70,6 @@ TEST_F(Operator_Panel, MeasuresPartsAgainstACorrectedReference) {
   Answer(L"设定推力1(g)", C_Script().Fill(L"设定推力1(g)", L"60").Fill(L"设定推力2(g)", L"90").Confirm());
   C_Script script = Presses({L"设定推力", L"基准块尺寸", L"基准面标定"});
   script.Run([&] {
-    EXPECT_EQ(Station(0).Val_Force_Set[0], 100.0);
     EXPECT_EQ(Station(0).Val_BaseDistance, Station(0).Cur_BaseDistance);
     EXPECT_NEAR(Station(0).Val_BaseDistance, 4.0, Near_Mm);
     EXPECT_EQ(Sent(1), "speed 20, up 1, to 10, speed 20, to 0, up 40, low -40, ");
@@ -81,7 +80,6 @@ TEST_F(Operator_Panel, MeasuresPartsAgainstACorrectedReference) {
     Settle();
     EXPECT_THAT(Display(0), HasSubstr(L"  mm\r\n0")) << "under the part: the probe has not gone back";
     EXPECT_NEAR(std::stod(Display(0)), 3.2, Near_Mm);
-    EXPECT_GT(bench::True_Force(1), 50.0) << "the probe is held down";
   });
   script.Press(L"测量(手动模式)").Run([&] {
     Settle();
@@ -92,7 +90,6 @@ TEST_F(Operator_Panel, MeasuresPartsAgainstACorrectedReference) {
     EXPECT_EQ(front->Text_Of(Panel, L"测量"), L"测量");
     Settle();
     EXPECT_THAT(Display(0), HasSubstr(L"  mm\r\n1"));
-    EXPECT_EQ(bench::True_Force(1), 0.0);
     EXPECT_EQ(Sent(1), "speed 25, to 0, up 40, low -40, ");
     bench::Place_Part(1, 2.5);
     Station(0).Val_Force_Set[0] = 80.0;
@@ -101,7 +98,6 @@ TEST_F(Operator_Panel, MeasuresPartsAgainstACorrectedReference) {
     EXPECT_EQ(base->LoopPaused, 0);
     Settle();
     EXPECT_NEAR(Station(0).Test_Ans, 2.5, Near_Mm);
-    EXPECT_EQ(Station(0).Get_Force_Back_Finish(), 1);
     EXPECT_EQ(Sent(1), "speed 3, up 0.8, to 5.8, speed 3, up 0.8, to 10, speed 25, to 0, up 40, low -40, ");
   });
   script.Press(L"双力位移测试").Run([&] {
@@ -163,7 +159,7 @@ TEST_F(Operator_Panel, MeasuresAutomaticallyUntilItIsCancelled) {
   script.Wait(20000).Run([&] { measured = Station(0).ThicknessArray.GetSize(); }).Press(L"自动测量设置");
   script.Wait(5000).Run([&] { then = Station(0).ThicknessArray.GetSize(); }).Wait(5000);
   Run_Panel(script);
-  EXPECT_GE(measured, 2);
+  EXPECT_NEAR(measured, 25, 3) << "at the greatest rate; at the least there are 4";
   EXPECT_EQ(Station(0).ThicknessArray.GetSize(), then);
   EXPECT_EQ(Station(1).ThicknessArray.GetSize(), 0);
   for (const C_Shown& shown : front->Shown())
