@@ -73,9 +73,10 @@ TEST_F(Init_Dialog, Takes_The_Choices_And_Gives_Them_Back_At_Later_Starts) {
   C_InitDlg later;
   EXPECT_THAT(Settings_Of(later), ElementsAre(14, 6, 14400, 0, 1, 5));
 
-  // From the panel: a cancel leaves the object and the store as they are.
+  // From the panel: an untouched confirmation keeps them all, and a cancel leaves the object and the store as they are.
+  front->On_Dialog(L"电机数量", C_Script().Confirm());
   front->On_Dialog(L"电机数量", C_Script().Select(L"电机数量", 0).Select(L"IO控制", 0).Cancel());
-  later.Settings_Dialog();
+  for (int i = 0; i < 2; ++i) later.Settings_Dialog();
   EXPECT_THAT(Settings_Of(later), ElementsAre(14, 6, 14400, 0, 1, 5));
   EXPECT_THAT(Stored_Text(), HasSubstr("C_InitDlg Num 0 = int 14\n"));
 }
