@@ -160,6 +160,30 @@ TEST_F(Axis, Follows_Moves_Jumps_And_New_Targets_On_The_Way) {
   }
 }
 
+// On the way at 20 mm/s, 4 mm from the start.
+TEST_F(Axis, Sends_At_Each_Port_What_It_Stands_For) {
+  bench::Set_Temperature(20, 41.3);
+  bench::Set_Fault_Bits(20, 5);
+  const double ports[][3] = {// port, value, give or take
+                             {15, 0.008, 0.005}, {16, 0.003, 0.004}, {17, 20, 0.1},
+                             {18, 0, 0.002},     {19, 20, 1e-6},     {20, 4, 0.05},
+                             {21, 0, 1e-6},      {22, 100, 1e-6},    {23, 0, 1e-9},
+                             {24, 0, 1e-9},      {25, 4, 0.05},      {26, 1, 0},
+                             {27, 1370, 0},      {28, 49, 0},        {29, 5.8e-5, 2e-6},
+                             {30, 4, 0.05},      {31, 20, 0.1},      {32, 0.003, 0.004},
+                             {33, 0, 0.002},     {40, 1370, 0},      {41, 49, 0},
+                             {42, 0.008, 0.005}, {43, 1, 0},         {44, 4, 0.05},
+                             {50, 1e-4, 5e-5},   {199, 5, 0},        {200, 35339076370947, 0},
+                             {201, 5, 0},        {202, 0, 0},        {203, 0, 0}};
+  SGO(4, 2, 8.0);
+  Sleep(205);
+  for (const auto& [port, value, slack] : ports)
+    Map_Input(4, 20, static_cast<int>(port), 8, 300 + static_cast<int>(port), 4);
+  Sleep(3);
+  for (const auto& [port, value, slack] : ports)
+    EXPECT_NEAR(Take(300 + static_cast<int>(port)).back(), value, slack) << "port " << port;
+}
+
 TEST_F(Axis, Scale_And_Zeros_Rename_Places_Without_Moving) {
   Go_And_Hold(2.0);
   SET_AXIS_SCALE(4, 2, -2.0 * Raw_Per_Mm);

@@ -59,8 +59,8 @@ TEST(Landing, Comes_At_The_Commanded_Speed_Bounces_And_Rings_Out) {
     before = now;
   }
   EXPECT_NEAR(fastest, 20.0, 0.5);
-  EXPECT_NEAR(highest_bounce, 0.025, 0.023);
-  EXPECT_NEAR(last_motion - touched, 55.0, 45.0);
+  EXPECT_NEAR(highest_bounce, 0.0133, 0.0005);
+  EXPECT_NEAR(last_motion - touched, 35.0, 2.0);
 }
 
 TEST(Motion, Keeps_Speed_And_Acceleration_And_Is_Slower_Under_A_Low_Clamp) {

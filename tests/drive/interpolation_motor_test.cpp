@@ -184,6 +184,18 @@ TEST_F(C_Axis_Test, Status_Reads_Their_Channels) {
   EXPECT_EQ(bcd_date, 0x20240518U);
 }
 
+// The last eleven maps are waited for in 1000 looks, 1 ms apart.
+TEST_F(C_Interpolation_Test, A_Server_Too_Slow_For_The_Axis_Map_Is_Told) {
+  for (const double pace_ms : {90.0, 92.0}) {
+    bench::Settings settings;
+    settings.temperature_boards = {Id};
+    settings.instruction_ms = pace_ms;
+    bench::Reset(settings);
+    EXPECT_EQ(Make_Motor()->Be_Mapped(), pace_ms < 91.0 ? 1 : 0);
+  }
+  EXPECT_EQ(m_Front->Boxes(), (Texts{L"map轴超时"}));
+}
+
 // The home sensor may be a bit of the IO card, and its IO numbers may be given.
 TEST_F(C_Interpolation_Test, A_Sensor_On_The_Card_Is_Mapped_And_Read) {
   C_Interpolation_Voice_Motor motor(Id, 2, 30, 5, 1, 15, 40, 3);
