@@ -10,7 +10,9 @@
 
 #include "numeric/basis_fit.h"
 #include "numeric/force_surface.h"
+#include "numeric/least_squares.h"
 #include "numeric/polyfit.h"
+#include "numeric/runtime_check.h"
 
 namespace orsanta {
 namespace {
@@ -65,6 +67,24 @@ TEST(Fits, AgreeWithLapack) {
   EXPECT_GE(cases, 30);
 }
 
+// A matrix of 1 and `second` on the diagonal: the second column counts from the tolerance on, which goes by the larger
+// dimension.
+TEST(Left_Division, LeavesOutWhatIsBelowTheTolerance) {
+  struct {
+    int rows, columns;
+    double second;
+    bool counts;
+  } const cases[] = {{3, 2, 6.67e-15, true}, {3, 2, 6.65e-15, false}, {2, 7, 1.56e-14, true}, {2, 7, 1.55e-14, false}};
+  for (const auto& item : cases) {
+    C_Matrix matrix(item.rows, item.columns);
+    matrix(0, 0) = 1.0;
+    matrix(1, 1) = item.second;
+    std::vector<double> right(static_cast<size_t>(item.rows));
+    right[1] = item.second;
+    EXPECT_EQ(Left_Divide(matrix, right)[1], item.counts ? 1.0 : 0.0) << item.rows << " " << item.second;
+  }
+}
+
 TEST(Polynomial, TooFewPlacesGiveNoFiniteCoefficients) {
   CMyPolyfit polynomial;
   CMyArray<double> p;
@@ -105,6 +125,8 @@ TEST(Force_Surface, TurnsForceIntoCurrentAndBack) {
   // Forces 4 and 0 at one place: the model says 2, which is 2 too little for one and 2 too much for the other.
   double q[5];
   EXPECT_NEAR(Fit_Force_Surface(std::vector{1.0, 1.0}, std::vector{0.0, 0.0}, std::vector{4.0, 0.0}, q), 2.0, 1e-14);
+  EXPECT_EQ(Fit_Force_Surface({}, {}, {}, q), 0.0);
+  for (const double coefficient : q) EXPECT_EQ(coefficient, 0.0);
 }
 
 TEST(Basis_Fit, SaturatedStepsCountAsOneAndOddSamplesAreFitted) {
@@ -115,6 +137,11 @@ TEST(Basis_Fit, SaturatedStepsCountAsOneAndOddSamplesAreFitted) {
   EXPECT_EQ(y[0], 3.0);
   EXPECT_EQ(y[1], 0.0);
   EXPECT_NEAR(y[2], 10 / (1 + std::exp(-2.0)) + 10 + 30 / (1 + std::exp(2.0)), 1e-13);
+
+  // A step is full beyond 37 widths and nothing beyond as many on the other side.
+  const FitData step{Array({0}), Array({10}), 1.0};
+  for (const auto& [x, height] : {std::pair{37.1, 1.0}, {36.9, 10.0}, {-36.9, 10 * std::exp(-36.9)}, {-37.1, 0.0}})
+    EXPECT_DOUBLE_EQ(OneDemVal(step, x), height);
 
   EXPECT_EQ(basis.Fit(Array({1, 2}), Array({1}), 2, fit), 0);
   EXPECT_EQ(basis.Fit(Array({1, 2}), Array({1, 2}), 0, fit), 0);
@@ -127,6 +154,13 @@ TEST(Basis_Fit, SaturatedStepsCountAsOneAndOddSamplesAreFitted) {
   EXPECT_EQ(fit.BasisList[2], 0.0);
   basis.Fit(Array({-1.7e308, 0.5e308}), Array({1, 2}), 3, fit);
   EXPECT_NEAR(fit.BasisList[1], -6e307, 1e294);
+  basis.Fit(Array({-0.5e308, 1.7e308}), Array({1, 2}), 3, fit);
+  EXPECT_NEAR(fit.BasisList[1], 6e307, 1e294);
+  basis.Fit(Array({-0.3, 0.3}), Array({1, 2}), 4, fit);
+  EXPECT_EQ(fit.BasisList[1], -fit.BasisList[2]) << "symmetric ends have symmetric centres, to the bit";
+
+  const mExpFit copy = basis;
+  EXPECT_EQ(mExpFit::Live_Instances(), 2);
 }
 
 TEST(Basis_Fit_Death, RunTimeChecksPrintAndAbort) {
@@ -137,6 +171,8 @@ TEST(Basis_Fit_Death, RunTimeChecksPrintAndAbort) {
   EXPECT_DEATH(OneDemFit(Array({1}), Array({1}), 1.5, fit), "type 'int'.  Found 1.5 instead.\n");
   EXPECT_DEATH(OneDemFit(Array({1}), Array({1}), -1, fit), "Value -1 is not greater than or equal to zero.\n");
   EXPECT_DEATH(OneDemFit(Array({1, 2}), Array({1}), 1, fit), "Matrix dimensions must agree.\n");
+  EXPECT_DEATH(Fail_Index_Check("Routine", 7, 3, 2, nullptr),
+               "valid range \\[1-2\\]\\.\nError in Routine \\(line 7\\)\n");
   fit.p = Array({1});
   EXPECT_DEATH(OneDemVal(fit, 1.0), "Index value 1 exceeds valid range \\[1-0\\] of array BasisList.\n");
 }

@@ -16,6 +16,18 @@ class Calibration : public C_Station_Test {
     station->Last_Land_Pos = 4.0;
     return station->Landing_Current(100.0) != station->Force_To_Current(100.0);
   }
+  // What the newest dialog offers: each caption with its text, range and decimals.
+  std::string Offered() {
+    std::ostringstream offered;
+    const std::vector<C_Shown> shown = front->Shown();
+    const auto last = std::find_if(shown.rbegin(), shown.rend(),
+                                   [](const C_Shown& item) { return item.kind == C_Shown::Kind::Dialog; });
+    for (const C_Control_Model& control : last->dialog.controls) {
+      offered << To_Utf8(control.caption) << "=" << To_Utf8(control.text) << " ";
+      if (control.has_range) offered << control.min << ".." << control.max << "/" << control.digits << " ";
+    }
+    return offered.str();
+  }
 };
 
 TEST_F(Calibration, Few_Heights_Fit_The_Polynomial_And_Drop_The_Surface) {
@@ -80,6 +92,9 @@ TEST_F(Calibration, Model_Entered_By_Hand_Is_Linear) {
   station->Val_Static_GForce = -17.5;
   front->On_Dialog(First_Dialog, C_Script().Fill(L"标定最大距离", L"12.5").Select(L"直接设置标定参数", 1).Confirm());
   EXPECT_EQ(station->Calibrate_Force(), 0);  // cancelled at the hand entry
+  EXPECT_EQ(Offered(),
+            "推力常数(N/A)=0.0000100000000000 -3..5/16 弹簧Kp(N/mm)=0.0200000000000000 -3..5/16 "
+            "零位补偿(N)=-0.1750000000000000 -3..5/16 ");
   EXPECT_TRUE(Has_Surface());
   EXPECT_EQ(station->test_distance, 12.5F);  // of the first dialog
 
@@ -95,12 +110,16 @@ TEST_F(Calibration, Model_Entered_By_Hand_Is_Linear) {
 TEST_F(Calibration, Cancel_Leaves_The_Model_And_The_Probe_Up) {
   Give_Surface();
   EXPECT_EQ(station->Calibrate_Force(), 0);  // at the first dialog
+  EXPECT_EQ(Offered(),
+            "电机=推力矫正 请输入测试最大电流(A)=1.000 -5..10/3 请输入测试最小电流(A)=0.0000 -5..10/4 "
+            "测试采集的电流点数=5 4..10/0 测试采集的位置点数=5.0 1..10/1 标定最大距离=10.0 1..50/1 直接设置标定参数= ");
   EXPECT_THAT(front->Boxes(), testing::IsEmpty());
   const C_Script settings = C_Calibration_Operator().Settings();
   for (const int confirmed : {0, 3}) {
     front->On_Dialog(First_Dialog, settings);
     for (int i = 0; i < confirmed; ++i) front->On_Dialog(Force_Dialog, C_Script().Fill(Force_Dialog, L"50").Confirm());
     EXPECT_EQ(station->Calibrate_Force(), 0);
+    EXPECT_EQ(Offered(), "请输入当前推力(g)=0.000 0..10000/3 ");
     EXPECT_LT(bench::True_Position(Id), 1.0);
     EXPECT_EQ(station->m_CalCurrent.GetSize() + station->m_CalForce.GetSize() + station->m_CalPos.GetSize(), 0);
   }

@@ -69,9 +69,11 @@ TEST_F(Force_Model, Sample_Correction_Forgets_The_Oldest_And_The_Key_Window_Goes
 
   double start_margin = 0.0, key_dis = 0.0;
   for (int i = 0; i < 3; ++i) station->Val_Pos_Set[i] = 5.0 - i;
-  station->Set_Key_Window(99.0, 99.0);  // takes back what is there, whatever it is given
-  station->Get_Key_Window(start_margin, key_dis);
+  EXPECT_EQ(station->Set_Key_Window(99.0, 99.0), 1);  // takes back what is there, whatever it is given
+  EXPECT_EQ(station->Get_Key_Window(start_margin, key_dis), 1);
   EXPECT_THAT((std::vector{start_margin, key_dis, station->Val_Pos_Set[0].Get()}), ElementsAre(2.0, 8.0, 5.0));
+  EXPECT_THAT(Values(station->Friction_Forces(Array({2.0, -90.0}), {Array({2.0}), Array({6.0}), 1.0})),
+              ElementsAre(3.0, 0.0));
 }
 
 }  // namespace

@@ -20,31 +20,33 @@ class Parameters : public C_Station_Test {};
 
 TEST_F(Parameters, Every_Key_Stands_In_Order_And_Comes_Back_From_The_Store) {
   Give_Surface();
+  station->Val_Pos_Friction[0].p = Array({0.3});
   station->Val_Pos_Friction[1].p = Array({0.1, -0.2});
   const double force = station->Surface_Force(2.0, 3.0);
   station.reset();  // saves
 
-  // Give each number of the store a value of its own.
+  // The keys with the values that a fresh station has; then each number gets one of its own.
   std::istringstream in(Store_Text());
   std::string edited, keys;
   int n = 0;
   for (std::string line; std::getline(in, line); edited += line + "\n") {
     if (line.rfind("C_VoiceMotor ", 0) != 0) continue;  // an array's element
-    keys += line.substr(13, line.find(' ', 13) - 12);
+    keys += line.substr(13, line.find(' ', 13) - 13) + "=" + line.substr(line.rfind(' ') + 1) + " ";
     const auto holds = [&](const char* word) { return line.find(word) != std::string::npos; };
     if (holds("Run_Negative") || holds("TempSensor") || holds("= array")) continue;
     line.replace(line.rfind(' ') + 1, std::string::npos, std::to_string(++n) + (holds("= int") ? "" : ".125"));
   }
   std::ofstream(Store) << edited;
   EXPECT_EQ(keys,
-            "Val_Force_OffSet Val_Force_Set[0] Val_Force_Set[1] Val_Acc_Set[0] Val_Acc_Set[1] Val_Pos_Set[0] "
-            "Val_Pos_Set[1] Val_Pos_Set[2] Val_HoldTime_Set[0] Val_HoldTime_Set[1] Val_Speed_Set[0] Val_Speed_Set[1] "
-            "Val_Speed_Set[2] Val_UpSpeed_Set test_distance Val_BeginePoint_offset Val_Static_GForce Val_Force_K "
-            "Val_Force_KK m_P Val_BaseDistance Val_Block_Size Val_Error_offset Val_ErrorThreshold Val_ErrorWindowLen "
-            "Val_Run_Negative Val_Jerk_Set Val_mark_pos Val_Spring_K Val_SensorScale Val_Correction_MaxI "
-            "Val_Correction_MinI Val_Sendback_Frq Val_FC_test_num Val_Pos_Friction[0].MyArrayBasisList "
-            "Val_Pos_Friction[0].MyArrayP Val_Pos_Friction[0].xscale Val_Pos_Friction[1].MyArrayBasisList "
-            "Val_Pos_Friction[1].MyArrayP Val_Pos_Friction[1].xscale Val_Head_mg Val_TempSensorCanID ");
+            "Val_Force_OffSet=0 Val_Force_Set[0]=200 Val_Force_Set[1]=200 Val_Acc_Set[0]=5000 Val_Acc_Set[1]=5000 "
+            "Val_Pos_Set[0]=0 Val_Pos_Set[1]=0 Val_Pos_Set[2]=0 Val_HoldTime_Set[0]=0 Val_HoldTime_Set[1]=0 "
+            "Val_Speed_Set[0]=20 Val_Speed_Set[1]=20 Val_Speed_Set[2]=20 Val_UpSpeed_Set=20 test_distance=10 "
+            "Val_BeginePoint_offset=0 Val_Static_GForce=0 Val_Force_K=0.001 Val_Force_KK=1 m_P=6 Val_BaseDistance=0 "
+            "Val_Block_Size=0 Val_Error_offset=0 Val_ErrorThreshold=5 Val_ErrorWindowLen=50 Val_Run_Negative=0 "
+            "Val_Jerk_Set=1e+07 Val_mark_pos=0 Val_Spring_K=0 Val_SensorScale=1000 Val_Correction_MaxI=1 "
+            "Val_Correction_MinI=0 Val_Sendback_Frq=500 Val_FC_test_num=5 Val_Pos_Friction[0].MyArrayBasisList=0 "
+            "Val_Pos_Friction[0].MyArrayP=1 Val_Pos_Friction[0].xscale=0 Val_Pos_Friction[1].MyArrayBasisList=0 "
+            "Val_Pos_Friction[1].MyArrayP=2 Val_Pos_Friction[1].xscale=0 Val_Head_mg=0 Val_TempSensorCanID=0 ");
 
   Make_Station();
   EXPECT_EQ(station->Test_Force[1], 3.125);
@@ -66,6 +68,12 @@ TEST_F(Parameters, Faults_Are_Reported_At_Start) {
   EXPECT_EQ(front->Shown()[3].flags, Box_System_Modal);
   EXPECT_EQ(station->Take_Force_Back_Finish(), 1);  // a station starts as one that is back
   EXPECT_EQ(station->Get_Force_Back_Finish(), 0);
+  station->Set_Test_Finish();
+  for (const int taken : {1, 0}) {
+    EXPECT_EQ(station->Get_Test_Finish(), taken);
+    EXPECT_EQ(station->Take_Test_Finish(), taken);
+    EXPECT_EQ(station->Take_Test_Finish_Panel(), taken);
+  }
 }
 
 TEST_F(Parameters, Small_Dialogs_Edit_Their_Parameter) {

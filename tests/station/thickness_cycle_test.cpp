@@ -39,13 +39,6 @@ TEST_F(Thickness_Cycle, Measures_To_The_Micrometre_Against_The_Block) {
   EXPECT_EQ(station->ThicknessArray.Copy()[2], station->Last_Land_Pos);
   EXPECT_NEAR(station->m_CurForce, 200.0, 2.0);
 
-  // The next cycle first stops where this part was.
-  bench::Journal_Clear();
-  Measure();
-  ASSERT_EQ(Written(0).size(), 2U);
-  EXPECT_NEAR(Written(0)[0] / 65536000.0, 3.0, 0.001);
-  EXPECT_NEAR(Written(0)[1] / 65536000.0, 10.0, 1e-6);
-
   EXPECT_EQ(station->TempArray.GetSize(), 0);  // no board
   station->Val_TempSensorCanID = Board + 0.7;
   bench::Set_Temperature(Board, 31.5);
@@ -126,15 +119,7 @@ TEST_F(Thickness_Cycle, Failures_Show_In_Band_And_Leave_The_Lock_Free) {
   EXPECT_EQ(station->Ans_Valid, 0);
   EXPECT_EQ(station->Last_Land_Pos, 0.0);
   EXPECT_EQ(station->ThicknessArray.Copy()[1], 0.0);
-  EXPECT_GT(station->m_TestTime, 2500.0);  // 10 mm at 20 mm/s, and 2 s
-  EXPECT_LT(station->m_TestTime, 4000.0);
-
-  // Without a last position the next cycle has one leg; a quiet part then measures well again.
-  bench::Set_Restless(Id, 0.0);
-  station->Force_Back(20.0F);
-  bench::Journal_Clear();
-  EXPECT_NEAR(Measure(), 2.0, 0.001);
-  EXPECT_EQ(Written(0).size(), 1U);
+  EXPECT_EQ(station->m_MaxTestTime, station->m_TestTime);
 }
 
 }  // namespace

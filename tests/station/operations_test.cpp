@@ -1,0 +1,254 @@
+// Each operation of a station as one text: what it sends to the drive and reads from it, what it shows, and the
+// milliseconds that pass before each.
+//
+//   go 3.00   position command, mm       upper, lower 1.5   clamps, A      speed, acc   mm/s, mm/s^2
+//   .         wait for the server        [text]             a box          +5           milliseconds before the next,
+//   from 30 on to 20 ms run~200   reads of the run flag for some 200 ms; amps, fault: of the current, the fault word
+#include <cmath>
+
+#include "calibration_operator.h"
+#include "station_room.h"
+
+namespace orsanta {
+namespace {
+
+class Operations : public C_Station_Test {
+ protected:
+  Operations() {
+    Use_Linear_Model();
+    station->Val_Block_Size = 3.0;
+    bench::Place_Part(Id, 3.0);
+    Sleep(10);
+  }
+
+  template <class Operation>
+  std::string Transcript(Operation operation) {
+    front->Clear_Record();
+    bench::Journal_Clear();
+    bench::Journal_Keep_Reads(true);
+    const double begin = Now_Ms();
+    operation();
+    bench::Journal_Keep_Reads(false);
+    std::vector<std::pair<double, std::string>> events;
+    for (const bench::Journal_Entry& call : bench::Journal()) {
+      const std::string token = Token(call);
+      if (!token.empty()) events.emplace_back(call.time_ms, token);
+    }
+    for (const C_Shown& shown : front->Shown()) {
+      if (shown.kind == C_Shown::Kind::Box)
+        events.emplace_back(shown.at_ms, To_Utf8(Format_Text(L"[%s]", shown.text.c_str()).Text()));
+    }
+    std::stable_sort(events.begin(), events.end(), [](auto& a, auto& b) { return a.first < b.first; });
+
+    std::ostringstream text;
+    double before = begin;
+    const auto pass = [&](double time) {
+      const double gap = time - before;
+      if (gap > 0.0) text << "+" << (gap < 30.0 ? std::lround(gap) : 20 * std::lround(gap / 20.0)) << " ";
+    };
+    for (size_t i = 0; i < events.size();) {
+      const auto& [first, token] = events[i];
+      pass(first);
+      for (; i < events.size() && events[i].second == token; ++i) before = events[i].first;
+      text << token;
+      const double span = before - first, step = span < 100.0 ? 10.0 : 100.0;
+      if (span > 0.0) text << "~" << std::lround(span / step) * std::lround(step);
+      text << " ";
+    }
+    pass(Now_Ms());
+    return text.str();
+  }
+
+ private:
+  static std::string Token(const bench::Journal_Entry& call) {
+    if (call.function == "WaitForAllInsFinish") return ".";
+    const int k = std::atoi(call.arguments.c_str()) - 20 * Id;
+    if (call.function == "GetInputChannelData") return k == 6 ? "run" : k == 9 ? "amps" : k == 1 ? "fault" : "";
+    if (call.function != "OUTPUT_DATA") return "";
+    const double value = std::stod(call.arguments.substr(call.arguments.rfind(' ')));
+    char number[32];
+    std::snprintf(number, sizeof number, k == 0 ? "%.2f" : "%g", k == 0 ? value / 65536000.0 : value);
+    const char* const names[] = {"go", "home", "upper", "speed", "?", "?", "?", "?", "acc", "lower"};
+    return std::string(names[k]).append(" ").append(number);
+  }
+};
+
+TEST_F(Operations, Land_And_Lift) {
+  C_VoiceMotor& s = *station;
+  const auto land = [&] { EXPECT_EQ(s.Land_To(20.0F, 1.5F, 10.0F), 1); };
+  const auto lift = [&] { EXPECT_EQ(s.Force_Back(30.0F), 1); };
+  const int count = C_VoiceMotor::Force_Back_Count();
+  EXPECT_EQ(Transcript(land), "speed 20 . upper 1.5 . run~10 . go 10.00 run~500 +1 . +5 ");
+  EXPECT_NEAR(bench::True_Force(Id), -4.0 + 150.0 - 9.0 + 10.8 - 13.5, 1.0);  // the truth at 1.5 A and 6 mm
+  EXPECT_EQ(Transcript(lift), "run speed 30 . go 0.00 +40 upper 40 lower -40 . run~200 ");
+  EXPECT_NEAR(bench::True_Position(Id), 0.0, 0.1);  // it waited for the end of the move
+  EXPECT_EQ(s.Set_RunNegative(0), 1);               // the other operation, the same value on the same channel
+  s.Val_BeginePoint_offset = 2.0;
+  EXPECT_EQ(Transcript(land), "speed 20 . upper 1.5 . run~10 . go 10.00 run~500 +1 . +5 ");
+  EXPECT_EQ(Transcript(lift), "run speed 30 . go 2.00 +40 upper 40 lower -40 . run~100 ");
+  s.m_pMotor->m_Be_Invert = 1;
+  EXPECT_EQ(Transcript(land), "speed 20 . lower -1.5 . run~10 . go 10.00 run~400 +1 . +5 ");
+  s.m_pMotor->m_Be_Invert = 0;
+  s.Val_BeginePoint_offset = 5.5;  // less than a millimetre from the part: arrived at once
+  EXPECT_EQ(Transcript(lift), "run speed 30 . go 5.50 upper 40 lower -40 . run~30 ");
+  EXPECT_EQ(C_VoiceMotor::Force_Back_Count(), count + 3);
+
+  // A probe that does not come free: three tries, held where it is, opened, sent to 0; a place that cannot be is 0.
+  for (const double scale : {1000.0, 50.0}) {
+    s.Val_BeginePoint_offset = 0.5;
+    s.m_pMotor->SetScale(1000.0);
+    s.Land_To(20.0F, 1.5F, 10.0F);
+    bench::Set_Stuck(Id, true);
+    s.m_pMotor->SetScale(scale);
+    EXPECT_EQ(Transcript(lift),
+              scale == 50.0 ? "run speed 30 . go 0.03 +5000 run~0 speed 30 . go 0.03 +5000 run~0 speed 30 . go 0.03 "
+                              "run [canid:1 force_back_timeout 最小电流过小 ] +10 run~200 . go 0.00 run~200 +1 . "
+                              "upper 40 lower -40 . run~10 . go 0.00 run~200 +1 . upper 40 lower -40 . run "
+                            : "run speed 30 . go 0.50 +5000 run~0 speed 30 . go 0.50 +5000 run~0 speed 30 . go 0.50 "
+                              "run [canid:1 force_back_timeout 最小电流过小 ] +10 run~200 . go 6.00 run~0 +1 . "
+                              "upper 40 lower -40 . run~10 . go 0.00 run~200 +1 . upper 40 lower -40 . run~0 ");
+    bench::Set_Stuck(Id, false);
+    Sleep(1000);
+  }
+}
+
+TEST_F(Operations, Measure_And_Take_References) {
+  C_VoiceMotor& s = *station;
+  const auto measure = [&] { EXPECT_NEAR(s.Detection_thickness(10.0F, 1.0F), 3.0, 0.002); };
+  s.Set_Cur_BaseDistance(-123.4F);  // whatever it was
+  EXPECT_EQ(s.Cur_BaseDistance, -123.4F);
+  EXPECT_EQ(Transcript([&] { s.Correct_Base(20.0F, 2.0F); }),
+            "speed 20 . upper 2 . run~10 . go 10.00 run~500 +1 . +40 amps~0 "
+            "run speed 20 . go 0.00 +60 upper 40 lower -40 . run~300 ");
+  EXPECT_NEAR(s.Cur_BaseDistance, s.m_Observed, 1e-12);
+  EXPECT_EQ(Transcript(measure),
+            "speed 10 . upper 1 . run~10 . go 6.00 run~600 +1 . +5 speed 10 . upper 1 . run~0 . go 10.00 run~400 +1 . "
+            "+40 amps~0 ");
+  EXPECT_NEAR(s.m_CurForce, 96.0, 1.0);
+  s.Force_Back(30.0F);
+  s.m_pMotor->m_Be_Invert = 1;
+  s.Last_Land_Pos = -s.Last_Land_Pos;
+  EXPECT_EQ(Transcript(measure),
+            "speed 10 . lower -1 . run~10 . go 6.00 run~600 +1 . +5 speed 10 . lower -1 . run~0 . go 10.00 run~400 "
+            "+1 . +40 amps~0 ");
+  s.Force_Back(30.0F);
+
+  s.m_pMotor->m_Be_Invert = 0;
+  s.Last_Land_Pos = 0.0;
+  s.Val_Acc_Set[0] = 4000.0;
+  s.Val_Speed_Set[1] = 15.0;
+  s.Val_Spring_K = 2.0;
+  s.Val_mark_pos = -2.0;
+  bench::Place_Part(Id, 4.5);
+  EXPECT_EQ(Transcript([&] { EXPECT_NEAR(s.Store_Position(), -1.5, 0.002); }),
+            "acc 4000 . speed 15 . upper 2.28 . run~10 . go 10.00 run~700 +1 . +40 amps~0 "
+            "run speed 10 . go 0.00 +100 upper 40 lower -40 . run~400 ");
+  EXPECT_NEAR(s.Val_Pos_Set[0], -1.5, 0.002);
+  EXPECT_EQ(s.Val_Pos_Set[2], s.Val_Pos_Set[0]);
+  s.m_pMotor->m_Be_Invert = 1;
+  s.Store_Position();
+  EXPECT_NEAR(s.Val_Pos_Set[2], 1.5, 0.002);
+}
+
+TEST_F(Operations, Settle) {
+  // A part that swings by 0.02 mm: the band decides, and only what stands at the end of a delivery counts.
+  bench::Set_Restless(Id, 0.01);
+  struct {
+    double band_um, window;
+    int valid, least, most;  // samples that were delivered
+  } const cases[] = {{15.0, 50.0, 0, 20000, 30000}, {21.0, 50.0, 1, 50, 80}, {25.0, 50.0, 1, 50, 80},
+                     {8.0, 4.0, 1, 4, 8},           {25.0, 1.0, 1, 1, 1},    {25.0, 0.5, 1, 1, 1}};
+  for (const auto& item : cases) {
+    station->Val_ErrorThreshold = item.band_um;
+    station->Val_ErrorWindowLen = item.window;
+    station->Last_Land_Pos = 0.0;
+    station->SlowTestData.Clear();
+    const double begin = Now_Ms();
+    station->Detection_thickness(20.0F, 1.0F);
+    EXPECT_THAT(station->SlowTestData.GetSize(), testing::AllOf(testing::Ge(item.least), testing::Le(item.most)));
+    if (item.valid == 0) {
+      EXPECT_NEAR(Now_Ms() - begin, 3040.0, 20.0);  // the way, and the limit: 500 ms of travel and 2 s
+    }
+    EXPECT_EQ(station->Ans_Valid, item.valid);
+    station->Force_Back(30.0F);
+  }
+}
+
+// A sequence waits for the one that runs, on whatever thread.
+TEST_F(Operations, Take_Turns) {
+  const std::function<void()> sequences[] = {
+      [&] { station->Land_To(20.0F, 1.0F, 10.0F); }, [&] { station->Force_Back(20.0F); },
+      [&] { station->Detection_thickness(20.0F, 1.0F); }, [&] { station->Correct_Base(20.0F, 1.0F); }};
+  for (const auto& sequence : sequences) {
+    C_Thread other;
+    {
+      const C_Section_Holder hold(station->m_TestLock);
+      other.Start("other", sequence);
+      EXPECT_EQ(Transcript([] { Sleep(2000); }), "+2000 ");
+    }
+    other.Join();
+    EXPECT_FALSE(Written(0).empty());
+  }
+  // Nor does another get in between the landing and the lift of a correction.
+  C_Thread other;
+  other.Start("other", [&] { station->Correct_Base(20.0F, 1.0F); });
+  Sleep(50);
+  { const C_Section_Holder hold(station->m_TestLock); }
+  EXPECT_LT(bench::True_Position(Id), 0.1);
+  other.Join();
+}
+
+// A drive that sends nothing: each wait has its limit, and each read of the run flag takes its 41 ms. The last wait
+// goes on until the drive speaks.
+TEST_F(Operations, Wait_For_A_Silent_Drive) {
+  Fall_Silent();
+  station->Val_BeginePoint_offset = 5.0;  // not where a position that cannot be read seems to be
+  const double begin = Now_Ms();
+  EXPECT_EQ(station->Detection_thickness(20.0F, 1.0F), -99.0);
+  EXPECT_EQ(Now_Ms() - begin, 10453.0);
+  C_Thread helper;
+  helper.Start("helper", [&] {
+    EXPECT_TRUE(front->Wait_For_Box(L"最小电流过小", 120000.0));
+    Sleep(2000);
+    bench::Set_Silent(Id, false);
+  });
+  bench::Journal_Clear();
+  station->Force_Back(20.0F);
+  helper.Join();
+  EXPECT_EQ(Written(0).back() + Written(0)[3], 0.0);  // where it seems to be, which is 0 without a position
+  std::ostringstream told;
+  for (const C_Shown& shown : front->Shown()) {
+    const bool each_read = shown.text.find(L"CANID:1") == 0;
+    if (!each_read) told << shown.at_ms - begin << " " << To_Utf8(shown.text) << " ";
+  }
+  EXPECT_EQ(told.str(),
+            "10251 等待电流设定超时 10333 TillStop无法获取数据 36004 canid:1 force_back_timeout Get_InterRunFlag "
+            "66556 canid:1 force_back_timeout Get_InterRunFlag 97108 canid:1 force_back_timeout Get_InterRunFlag "
+            "97108 canid:1 force_back_timeout 最小电流过小  97190 TillStop无法获取数据 97272 TillStop无法获取数据 ");
+  EXPECT_EQ(front->Count_Boxes(L"CANID:1读取位置超时,请检查驱动器电源"), 10002);
+  EXPECT_GT(front->Count_Boxes(L"CANID:1  Get_InterRunFlag无法读取数据通道"), 1500);
+}
+
+TEST_F(Operations, Calibrate_And_Start) {
+  C_Calibration_Operator person;
+  station->Val_Speed_Set[1] = 15.0;
+  station->Val_UpSpeed_Set = 25.0;
+  person.Prepare(*front);
+  std::ostringstream expected;
+  for (const char* landing : {"0.4 . run [请调整测量头高度] +10 run~0", "0.6 . run~10", "0.8 . run~10", "1 . run~10"}) {
+    expected << "speed 15 . upper " << landing
+             << " . go 10.00 run~700 +1 . +100 run speed 25 . go 0.00 +40 upper 40 lower -40 . run~200 ";
+  }
+  expected << "speed 25 . go 0.00 upper 40 lower -40 . run~0 [2D推力拟合误差0.035 g] ";
+  EXPECT_EQ(Transcript([&] { station->Calibrate_Force(); }), expected.str());
+
+  station->Val_Acc_Set[0] = 4000.0;
+  station->Val_Force_Set[0] = 150.0;
+  EXPECT_EQ(Transcript([&] { Make_Station(); }), "+200 . acc 4000 . fault~20 +5 ");
+  EXPECT_EQ(station->Test_Force[0], 150.0);
+  bench::Set_Silent(Id, true);
+  EXPECT_EQ(Transcript([&] { Make_Station(); }), "+200 . acc 4000 . fault~1000 +5 ");
+}
+
+}  // namespace
+}  // namespace orsanta
