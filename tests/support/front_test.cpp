@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <sstream>
 
 #include "common/pty.h"
 #include "common/scripted_front.h"
@@ -70,13 +71,12 @@ TEST_F(Console, Goes_On_Where_Nobody_Reads_It) {
 }
 
 std::string Chart_Text(const C_Chart_Model& chart) {
-  std::string text = To_Utf8(chart.title + L"|" + chart.note) + "|" + std::to_string(chart.width) + "x" +
-                     std::to_string(chart.height) + (chart.axes_follow ? " follows" : "") +
-                     (chart.joined ? " joined" : "");
+  std::ostringstream text;
+  text << To_Utf8(chart.title) << "|" << To_Utf8(chart.note) << "|" << chart.width << "x" << chart.height
+       << (chart.axes_follow ? " follows" : "") << (chart.joined ? " joined" : "");
   for (size_t i = 0; i < std::max(chart.x.size(), chart.y.size()); ++i)
-    text +=
-        " " + std::to_string(static_cast<int>(chart.x.at(i))) + "," + std::to_string(static_cast<int>(chart.y.at(i)));
-  return text;
+    text << " " << chart.x.at(i) << "," << chart.y.at(i);
+  return text.str();
 }
 
 TEST(Front, Charts_Show_What_Is_Plotted_In_Windows_Of_Their_Own_Until_Their_End) {
