@@ -192,6 +192,7 @@ TEST_F(Axis, Scale_And_Zeros_Rename_Places_Without_Moving) {
   EXPECT_EQ(Commanded(), -1.0);
   EXPECT_NEAR(bench::True_Position(20), 2.0, 0.002);
   SET_AXIS_ZEROS(4, 2, 10.0);
+  EXPECT_EQ(Commanded(), 10.0);
   Go_And_Wait(11.0);
   Sleep(50);
   EXPECT_NEAR(bench::True_Position(20), 0.0, 0.002) << "one unit is two millimetres, turned round";
