@@ -103,8 +103,8 @@ TEST(Polynomial, TooFewPlacesGiveNoFiniteCoefficients) {
   polynomial.My_PolyFit(Array({1, 2, 1, 2}), Array({1, 2, 3, 5}), 2, p);
   EXPECT_FALSE(std::isfinite(p[0] + p[1] + p[2]));
   double y = 0.0;
-  polynomial.My_PolyVal(Array({1, 0, 0}), 3.0, y);
-  EXPECT_EQ(y, 9.0) << "the highest power stands first";
+  EXPECT_EQ(polynomial.My_PolyVal(Array({1, 0, 5}), 3.0, y), 1);
+  EXPECT_EQ(y, 14.0) << "the highest power stands first";
 }
 
 TEST(Force_Surface, TurnsForceIntoCurrentAndBack) {

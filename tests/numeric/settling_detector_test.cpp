@@ -38,6 +38,9 @@ TEST_F(Settling_Detector, SettlesWhenTheWindowHoldsStillBelowTheThreshold) {
   EXPECT_EQ(m_State.Mean, 3.25);
   EXPECT_FALSE(Step(3.5));
   EXPECT_EQ(m_State.Mean, 0.0);
+  DetectorInit(m_State);
+  EXPECT_EQ(m_State.Input + m_State.WindowLen + m_State.Threshold, 0.0);
+  EXPECT_EQ(m_State.RingPos, 1.0);
   Start(2, 0.25);
   Step(1.0);
   EXPECT_FALSE(Step(1.25)) << "a range equal to the threshold";
