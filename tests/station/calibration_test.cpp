@@ -109,6 +109,10 @@ TEST_F(Calibration, Model_Entered_By_Hand_Is_Linear) {
 
 TEST_F(Calibration, Cancel_Leaves_The_Model_And_The_Probe_Up) {
   Give_Surface();
+  front->On_Dialog(First_Dialog,
+                   C_Script().Fill(L"测试采集的位置点数", L"5").Confirm());  // all stations' until the next
+  EXPECT_EQ(station->Calibrate_Force(), 0);
+  front->Clear_Record();
   EXPECT_EQ(station->Calibrate_Force(), 0);  // at the first dialog
   EXPECT_EQ(Offered(),
             "电机=推力矫正 请输入测试最大电流(A)=1.000 -5..10/3 请输入测试最小电流(A)=0.0000 -5..10/4 "
