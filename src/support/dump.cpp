@@ -179,7 +179,7 @@ void Fold(const char* report, char (&line)[Line_Room]) {
 }
 
 void Say_The_End(const C_Dump& dump) {
-  char report[Line_Room], limit[Line_Room] = "", line[3 * Line_Room];
+  char report[Line_Room], limit[Line_Room] = "", line[3 * Line_Room + 64];  // the three and the words between them
   Fold(CVCDumpMessage::m_cErrorMsg().c_str(), report);
   if (dump.error != 0) {
     std::snprintf(limit, sizeof(limit), " %s: %s", dump.size == 0 ? "cannot be written" : "is cut short",

@@ -156,6 +156,8 @@ TEST_F(C_AssertionDeathTest, ADumpThatDoesNotGoInWholeGoesToTheOtherFolderOrIsTo
   };
   const std::string elsewhere = "dump: " + other.Path().string() + "/test_support_[0-9_]*[.]dmp\n$";
   EXPECT_EXIT(on_a_full_disk(), Ends_By_A_Failed_Check, elsewhere);
+  std::filesystem::create_directories(folder.Path());  // it is gone where the system gave no disk
+  std::filesystem::current_path(folder.Path());
   EXPECT_THAT(Take_Dump(other.Path()), HasSubstr("libc.so"));
   EXPECT_EXIT(in_place_of_a_link(), Ends_By_A_Failed_Check, elsewhere);
   EXPECT_THAT(Take_Dump(other.Path()), HasSubstr("libc.so"));
@@ -212,10 +214,11 @@ TEST(C_Stack, NamesFunctionDistanceAndModule) {
   const auto inside = [](auto function, int distance) { return reinterpret_cast<const char*>(function) + distance; };
   C_Stack here;
   here.Capture();
-  EXPECT_THAT(text_of(here.address[0]), HasSubstr("_NamesFunctionDistanceAndModule_Test::TestBody() + 0x"));
+  EXPECT_THAT(text_of(here.address[0]) + text_of(here.address[1]),  // a sanitizer's frame may stand before it
+              HasSubstr("_NamesFunctionDistanceAndModule_Test::TestBody() + 0x"));
   EXPECT_THAT(text_of(inside(&Fail_In_The_Middle, 1)),
               testing::EndsWith("Fail_In_The_Middle(orsanta::CMyArray<int> const&) + 0x1 in test_support"));
-  EXPECT_THAT(text_of(inside(dlsym(RTLD_DEFAULT, "qsort"), 5)), testing::EndsWith(" qsort + 0x5 in libc.so.6"));
+  EXPECT_THAT(text_of(inside(dlsym(RTLD_DEFAULT, "insque"), 5)), testing::EndsWith(" insque + 0x5 in libc.so.6"));
   EXPECT_EQ(text_of(reinterpret_cast<const void*>(16)), "0x10 in no module");
 }
 
