@@ -10,6 +10,10 @@ if(ORSANTA_SANITIZE)
   add_compile_options(-fsanitize=${ORSANTA_SANITIZE} -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${ORSANTA_SANITIZE})
 endif()
+if(ORSANTA_COVERAGE)
+  add_compile_options(--coverage -fprofile-update=atomic)  # counts stay right with many threads
+  add_link_options(--coverage)
+endif()
 
 # The measuring results are promised to the bit: no contraction into fused multiply-add.
 add_compile_options(-ffp-contract=off)
