@@ -303,7 +303,7 @@ TEST(Callers, Many_Threads_At_Once_Do_Not_Hold_Each_Other) {
 }
 
 // A sanitizer sees what a reader meets that goes on while the process takes its static objects down.
-TEST(Callers_Death, A_Process_May_End_Under_Its_Readers) {
+TEST(Callers_DeathTest, A_Process_May_End_Under_Its_Readers) {
   const auto leave_under_a_reader = [] {
     Connect();
     const C_Test_Drive drive(1);

@@ -32,7 +32,7 @@ std::vector<std::pair<double, double>> Extents(const QPolygonF& line, int width)
   return extents;
 }
 
-TEST(ChartLine, ThinningChangesNoPixelColumn) {
+TEST(Chart_Line, Thinning_Changes_No_Pixel_Column) {
   std::mt19937 random(3);
   std::normal_distribution<double> noise(0.0, 1.0);
   std::vector<double> x, y;
@@ -58,7 +58,7 @@ TEST(ChartLine, ThinningChangesNoPixelColumn) {
   EXPECT_TRUE(Make_Line({}, {}, close_up, y_axis).isEmpty());
 }
 
-TEST(ChartAxis, TicksAreRoundAndZoomKeepsItsCenter) {
+TEST(Chart_Axis, Ticks_Are_Round_And_Zoom_Keeps_Its_Center) {
   std::vector<QString> labels;
   for (const C_Chart_Tick& tick : Make_Ticks(Axis(2.34412, 2.34562, 300, 0), 6, false)) labels.push_back(tick.label);
   EXPECT_EQ(labels, (std::vector<QString>{"2.3445", "2.3450", "2.3455"}));

@@ -130,7 +130,7 @@ class Windows : public ::testing::Test {
   C_Kept_Events events;
 };
 
-TEST_F(Windows, ButtonsAnswerMouseAndKeysAndShowTheirPress) {
+TEST_F(Windows, Buttons_Answer_Mouse_And_Keys_And_Show_Their_Press) {
   for (const auto& [thread, levels] : Thread_Levels()) EXPECT_THAT(levels, Each(StartsWith("nice"))) << thread;
   const int dialog = Open(Panel_Model(2));
   On_Qt([] {
@@ -160,7 +160,7 @@ TEST_F(Windows, ButtonsAnswerMouseAndKeysAndShowTheirPress) {
   EXPECT_TRUE(Is_Silent());
 }
 
-TEST_F(Windows, FourStationsFitTheScreenAndFourteenScroll) {
+TEST_F(Windows, Four_Stations_Fit_The_Screen_And_Fourteen_Scroll) {
   for (const int stations : {4, 14}) {
     const int dialog = Open(Panel_Model(stations));
     On_Qt([&] {
@@ -183,7 +183,7 @@ TEST_F(Windows, FourStationsFitTheScreenAndFourteenScroll) {
   }
 }
 
-TEST_F(Windows, AFormGivesItsEntriesAndRefusesAndGoesOn) {
+TEST_F(Windows, A_Form_Gives_Its_Entries_And_Refuses_And_Goes_On) {
   const int panel = Open(Panel_Model(1));
   const int dialog = Open(Form_Model());
   const auto edit = [] { return Find_Window("推力")->findChild<QLineEdit*>(); };
@@ -222,7 +222,7 @@ TEST_F(Windows, AFormGivesItsEntriesAndRefusesAndGoesOn) {
 }
 
 // Boxes of three threads stand open over a modal dialog and are answered in an order of the person's own.
-TEST_F(Windows, BoxesOfAnyThreadStandTogether) {
+TEST_F(Windows, Boxes_Of_Any_Thread_Stand_Together) {
   const int panel = Open(Panel_Model(1));
   const int dialog = Open(Form_Model());
   std::atomic<int> answers[3] = {0, 0, 0};
@@ -268,7 +268,7 @@ C_Chart_Model Chart(const wchar_t* title, int count) {
   return model;
 }
 
-TEST_F(Windows, AChartFollowsZoomsAndSaves) {
+TEST_F(Windows, A_Chart_Follows_Zooms_And_Saves) {
   const C_Temp_Folder folder;
   constexpr unsigned Number = 71;
   EXPECT_FALSE(Front().Is_Chart_Open(Number));
@@ -328,7 +328,7 @@ TEST_F(Windows, AChartFollowsZoomsAndSaves) {
   EXPECT_TRUE(Wait_On_Qt([] { return Find_Window("曲线四") == nullptr; }));
 }
 
-TEST(Display, ThePanelCommandSaysInOneLineThatThereIsNone) {
+TEST(Display, The_Panel_Command_Says_In_One_Line_That_There_Is_None) {
   const std::string program = std::filesystem::read_symlink("/proc/self/exe").parent_path() / "orsanta";
   FILE* output =
       popen(("env -u DISPLAY -u WAYLAND_DISPLAY -u QT_QPA_PLATFORM " + program + " panel 2>&1").c_str(), "r");
@@ -355,7 +355,7 @@ void Lose_Display() {
   _exit(Message_Box(L"没有窗口") == Answer_Ok ? 0 : 4);
 }
 
-TEST(Display, ALostDisplayCancelsWhatIsOpen) {
+TEST(Display, A_Lost_Display_Cancels_What_Is_Open) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   EXPECT_EXIT(Lose_Display(), ::testing::ExitedWithCode(0), "the system goes on without windows.*");
 }
@@ -368,7 +368,7 @@ std::string Output_Of(const std::string& command) {
   return output;
 }
 
-TEST(Display, AReportIsShownOnceItsProcessHasEndedAndKeepsNothingOfIt) {
+TEST(Display, A_Report_Is_Shown_Once_Its_Process_Has_Ended_And_Keeps_Nothing_Of_It) {
   if (!C_Virtual_Display::Start()) GTEST_SKIP() << "no Xvfb";
   GTEST_FLAG_SET(death_test_style, "fast");
   const C_Temp_Folder folder;

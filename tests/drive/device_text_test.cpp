@@ -10,7 +10,7 @@
 namespace orsanta {
 namespace {
 
-TEST(C_Device_Text, Reads_Identity_Words_And_Fault_Bits) {
+TEST(Device_Text, Reads_Identity_Words_And_Fault_Bits) {
   const C_Device_Text text;
   const std::wstring known = text.Device_Type_Name(11).Text();
   for (const int type : {0, 11}) EXPECT_NE(text.Device_Type_Name(type).Text(), std::wstring(L"未定义设备"));

@@ -11,7 +11,7 @@ namespace orsanta {
 namespace {
 
 // Random pushes, reads, clears and changes of length against a plain queue.
-TEST(C_FIFO2Window, Slides_Like_A_Queue) {
+TEST(Fifo_Window, Slides_Like_A_Queue) {
   std::mt19937 choice(5);
   C_FIFO2Window window;
   size_t length = C_FIFO2Window::Default_Window_Len;
@@ -43,7 +43,7 @@ TEST(C_FIFO2Window, Slides_Like_A_Queue) {
 
 // Readers, a clearer and the window thread at once, on the real clock: what a reader gets is always one run of the
 // stream, with evenly spaced indices.
-TEST(C_FIFO2Window, Readers_On_Many_Threads_See_Whole_Windows) {
+TEST(Fifo_Window, Readers_On_Many_Threads_See_Whole_Windows) {
   bench::Settings settings;
   settings.sample_ms = 0.1;
   bench::Reset(settings);

@@ -5,7 +5,7 @@ namespace orsanta {
 namespace {
 
 // The check of a drive that homes by itself: over its whole stroke when it is sound, then with a failure at each step.
-TEST_F(C_Room, The_Check_Of_A_Drive_Runs_Over_Its_Stroke_Or_Ends_With_The_Words_Of_The_First_Failure) {
+TEST_F(Room, The_Check_Of_A_Drive_Runs_Over_Its_Stroke_Or_Ends_With_The_Words_Of_The_First_Failure) {
   Reset();
   C_Kestrune_Motor_test motor(3, 1, 1);
   double max = 0.0;
@@ -65,7 +65,7 @@ TEST_F(C_Room, The_Check_Of_A_Drive_Runs_Over_Its_Stroke_Or_Ends_With_The_Words_
 
 // A drive that sends the ends of its stroke all the time: the check reads what was there before the measurement, passes
 // without a step over the stroke the first time, and runs over the stroke of the measurement before ever after.
-TEST_F(C_Room, The_Check_Reads_Old_Ends_Where_A_Drive_Sends_Them_All_The_Time) {
+TEST_F(Room, The_Check_Reads_Old_Ends_Where_A_Drive_Sends_Them_All_The_Time) {
   bench::Settings settings;
   settings.cyclic_stroke = true;
   settings.counts_per_mm = 2000.0;

@@ -15,9 +15,9 @@ constexpr double Count_Mm = 0.001;  // one encoder count at the start scale
 constexpr double Edge_Mm = -4.0;
 constexpr double Second_Edge_Mm = 3.25;
 
-class C_Interpolation_Test : public C_Room {
+class Interpolation_Motor : public Room {
  protected:
-  C_Interpolation_Test() {
+  Interpolation_Motor() {
     bench::Settings settings;
     settings.temperature_boards = {Id};
     Reset(settings);
@@ -30,7 +30,7 @@ class C_Interpolation_Test : public C_Room {
   }
 };
 
-TEST_F(C_Interpolation_Test, Connects_And_Maps_In_Order_And_Runs_Sixteen_Windows) {
+TEST_F(Interpolation_Motor, Connects_And_Maps_In_Order_And_Runs_Sixteen_Windows) {
   std::unique_ptr<C_Interpolation_Voice_Motor> motor;
   EXPECT_EQ(
       Calls_Of([&] { motor = Make_Motor(); }),
@@ -70,7 +70,7 @@ TEST_F(C_Interpolation_Test, Connects_And_Maps_In_Order_And_Runs_Sixteen_Windows
   EXPECT_EQ(Make_Motor()->Be_Mapped(), 1);
 }
 
-TEST_F(C_Interpolation_Test, The_Operator_Decides_About_A_Missing_Device_And_Server) {
+TEST_F(Interpolation_Motor, The_Operator_Decides_About_A_Missing_Device_And_Server) {
   const std::wstring no_server = L"连接服务端失败，请重启服务端，或重启电脑";
   const std::wstring no_drive = L"无法找到ID：20的驱动器,是否重试";
   bench::Set_Absent(Id, true);
@@ -95,7 +95,7 @@ TEST_F(C_Interpolation_Test, The_Operator_Decides_About_A_Missing_Device_And_Ser
   EXPECT_EQ(motor->Map_Once(), 1);
 }
 
-class C_Axis_Test : public C_Interpolation_Test {
+class Interpolation_Axis : public Interpolation_Motor {
  protected:
   void Expect_Stands_At(double true_mm) {
     Sleep(300);
@@ -107,7 +107,7 @@ class C_Axis_Test : public C_Interpolation_Test {
   const std::unique_ptr<C_Interpolation_Voice_Motor> m_Motor = Make_Motor();
 };
 
-TEST_F(C_Axis_Test, Commands_Become_Instructions) {
+TEST_F(Interpolation_Axis, Commands_Become_Instructions) {
   EXPECT_EQ(
       Calls_Of([&] {
         m_Motor->Go_Relative(0.25);
@@ -143,7 +143,7 @@ TEST_F(C_Axis_Test, Commands_Become_Instructions) {
       "TILLTIME(5, 3); GetThreadInsBufferRemainCount(5); GetThreadInsBufferRemainCount(6); BeAxisRun(2); ");
 }
 
-TEST_F(C_Axis_Test, Status_Reads_Their_Channels) {
+TEST_F(Interpolation_Axis, Status_Reads_Their_Channels) {
   m_Motor->Go_Wait(1.0);
   Sleep(9000);
   double load = 0.0, used = 0.0, error = 0.0, commanded = 77.0, current = 77.0, fresh = 77.0;
@@ -185,7 +185,7 @@ TEST_F(C_Axis_Test, Status_Reads_Their_Channels) {
 }
 
 // The last eleven maps are waited for in 1000 looks, 1 ms apart.
-TEST_F(C_Interpolation_Test, A_Server_Too_Slow_For_The_Axis_Map_Is_Told) {
+TEST_F(Interpolation_Motor, A_Server_Too_Slow_For_The_Axis_Map_Is_Told) {
   for (const double pace_ms : {90.0, 92.0}) {
     bench::Settings settings;
     settings.temperature_boards = {Id};
@@ -197,7 +197,7 @@ TEST_F(C_Interpolation_Test, A_Server_Too_Slow_For_The_Axis_Map_Is_Told) {
 }
 
 // The home sensor may be a bit of the IO card, and its IO numbers may be given.
-TEST_F(C_Interpolation_Test, A_Sensor_On_The_Card_Is_Mapped_And_Read) {
+TEST_F(Interpolation_Motor, A_Sensor_On_The_Card_Is_Mapped_And_Read) {
   C_Interpolation_Voice_Motor motor(Id, 2, 30, 5, 1, 15, 40, 3);
   EXPECT_EQ(Count("SET_IOIN_MAP(5, 15, 4, 3, 0, 30)") + Count("SET_IOIN_MAP(5, 20, 1, 6, 0, 40)"), 2);
   EXPECT_EQ(Count("SET_IOIN_MAP"), 2);
@@ -208,14 +208,14 @@ TEST_F(C_Interpolation_Test, A_Sensor_On_The_Card_Is_Mapped_And_Read) {
   EXPECT_EQ(motor.Get_Sensor2(), 1);
 }
 
-TEST_F(C_Axis_Test, What_Is_No_Number_Stays_Here) {
+TEST_F(Interpolation_Axis, What_Is_No_Number_Stays_Here) {
   using M = C_Interpolation_Voice_Motor;
   Expect_Refusals<M>(*m_Motor, {&M::Send_Go, &M::Go_Wait, &M::Sgo, &M::Go_Relative, &M::Rapid_Go, &M::Set_Max_Vel,
                                 &M::Set_Max_Acc, &M::Set_Max_Jerk, &M::Set_Current_Pos, &M::Set_Current_Neg,
                                 &M::Set_Port18, &M::SetScale, &M::Zero_Correct, &M::Till_Time});
 }
 
-TEST_F(C_Axis_Test, Positions_Faults_And_Temperatures) {
+TEST_F(Interpolation_Axis, Positions_Faults_And_Temperatures) {
   m_Motor->Sgo(3.0);
   EXPECT_EQ(m_Motor->CheckStop(), 0);
   m_Motor->Till_Stop(1);
@@ -277,7 +277,7 @@ std::string Home_Calls(const std::string& io, const char* away, const char* onto
   return calls.str();
 }
 
-TEST_F(C_Axis_Test, Searches_Ask_In_Order_From_Off_And_From_On_The_Sensor) {
+TEST_F(Interpolation_Axis, Searches_Ask_In_Order_From_Off_And_From_On_The_Sensor) {
   EXPECT_EQ(m_Motor->Home_Again(), 0);  // there was none
   EXPECT_EQ(Calls_Of([&] { m_Motor->Go_Home(1, 1.5); }), Home_Calls("30", "15", "-15", "", 5, "1.5", "+88 "));
   m_Motor->Go_Wait(-3.0);  // well onto the sensor
@@ -297,7 +297,7 @@ TEST_F(C_Axis_Test, Searches_Ask_In_Order_From_Off_And_From_On_The_Sensor) {
             approach + Home_Calls("31", "-15", "15", "SGO(5, 2, -15); TILLIO_NEG(5, 31); STOP_S(5, 2); ", 2, "0", ""));
 }
 
-TEST_F(C_Axis_Test, Homing_Ends_On_The_Edge_And_Offers_The_Same_Again) {
+TEST_F(Interpolation_Axis, Homing_Ends_On_The_Edge_And_Offers_The_Same_Again) {
   EXPECT_EQ(m_Motor->Go_Home(1, 1.5), 1);
   Expect_Stands_At(Edge_Mm + 1.5);
   EXPECT_EQ(m_Motor->Home_Again(), 1);
@@ -315,7 +315,7 @@ TEST_F(C_Axis_Test, Homing_Ends_On_The_Edge_And_Offers_The_Same_Again) {
   EXPECT_TRUE(m_Front->Boxes().empty());
 }
 
-TEST_F(C_Axis_Test, A_Sensor_That_Never_Switches_Is_Told) {
+TEST_F(Interpolation_Axis, A_Sensor_That_Never_Switches_Is_Told) {
   bench::Set_Home_Sensor(Id, 2, -50.0, false);
   // While the box stands somebody queues more: the watch goes on and tells it again. What the second box leaves is done
   // within a pass, and the watch ends.
@@ -331,7 +331,7 @@ TEST_F(C_Axis_Test, A_Sensor_That_Never_Switches_Is_Told) {
   EXPECT_EQ(Count("ClearInsBuffer"), 2);
 }
 
-TEST_F(C_Axis_Test, The_Check_Finds_The_Stops_And_Names_Its_Failure) {
+TEST_F(Interpolation_Axis, The_Check_Finds_The_Stops_And_Names_Its_Failure) {
   const auto go = [](const std::string& mm) {
     return std::string("SGO(5, 2, ").append(mm).append("); TILLSTOP(5, 2) x 2; WaitForAllInsFinish(5); ");
   };

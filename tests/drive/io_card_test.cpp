@@ -6,9 +6,9 @@
 namespace orsanta {
 namespace {
 
-class C_Io_Card_Test : public C_Room {
+class Io_Card : public Room {
  protected:
-  C_Io_Card_Test() {
+  Io_Card() {
     Reset();
     InitDevice_PC_Local_Controler(1, 0);
     ConnectControlServer(L"", 0, nullptr);
@@ -17,7 +17,7 @@ class C_Io_Card_Test : public C_Room {
   C_Io_Card m_Card;
 };
 
-TEST_F(C_Io_Card_Test, Maps_Eight_Channels_Once_And_Reads_And_Writes_Them) {
+TEST_F(Io_Card, Maps_Eight_Channels_Once_And_Reads_And_Writes_Them) {
   m_Card.Set_Io_Mode(2);  // any value but 0 stands for a card
   std::ostringstream expected;
   expected << "CheckDeviceExist(15); ";
@@ -41,7 +41,7 @@ TEST_F(C_Io_Card_Test, Maps_Eight_Channels_Once_And_Reads_And_Writes_Them) {
   EXPECT_TRUE(m_Front->Boxes().empty());
 }
 
-TEST_F(C_Io_Card_Test, Without_A_Card_Pulses_Stand_In_For_Inputs) {
+TEST_F(Io_Card, Without_A_Card_Pulses_Stand_In_For_Inputs) {
   m_Card.Set_Io_Mode(0);
   m_Card.Map_Io(2, 15);
   m_Card.Set_Io(1, 1);

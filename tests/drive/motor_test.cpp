@@ -14,9 +14,9 @@ constexpr int Id = 3;
 constexpr int Server_Thread = 2;
 constexpr double Raw_Per_Mm = 65536000.0;
 
-class C_Motor_Test : public C_Room {
+class Motor : public Room {
  protected:
-  C_Motor_Test() {
+  Motor() {
     bench::Settings settings;
     settings.first_drive_id = Id;
     settings.drives = 3;
@@ -26,7 +26,7 @@ class C_Motor_Test : public C_Room {
   }
 };
 
-TEST_F(C_Motor_Test, Connects_Twice_And_Maps_In_Order) {
+TEST_F(Motor, Connects_Twice_And_Maps_In_Order) {
   auto motor = std::make_unique<C_Kestrune_Motor_test>(Id, Server_Thread, 1);
   EXPECT_EQ(Calls(),
             "InitDevice_PC_Local_Controler(1, 0); ConnectControlServer(\"\", 0); +100 ReBuildSystem(); "
@@ -56,7 +56,7 @@ TEST_F(C_Motor_Test, Connects_Twice_And_Maps_In_Order) {
   EXPECT_EQ(Count("ConnectControlServer"), 2);
 }
 
-TEST_F(C_Motor_Test, Tells_What_Keeps_A_Drive_From_Its_Map) {
+TEST_F(Motor, Tells_What_Keeps_A_Drive_From_Its_Map) {
   const C_Temp_Folder folder;
   bench::Set_Refused_Connects(202);
   EXPECT_DEATH([]() noexcept { C_Kestrune_Motor_test(4, Server_Thread, 1); }(), "refused the connection");
@@ -93,7 +93,7 @@ TEST_F(C_Motor_Test, Tells_What_Keeps_A_Drive_From_Its_Map) {
   EXPECT_EQ(Count("SET_OUTPUT_DATA_MAP"), 10);
 }
 
-class C_Mapped_Motor_Test : public C_Motor_Test {
+class Mapped_Motor : public Motor {
  protected:
   void SetUp() override {
     ASSERT_EQ(m_Motor.Map_Once(), 1);
@@ -103,7 +103,7 @@ class C_Mapped_Motor_Test : public C_Motor_Test {
   C_Kestrune_Motor_test m_Motor{Id, Server_Thread, 1};
 };
 
-TEST_F(C_Mapped_Motor_Test, Commands_Reach_Their_Channels_In_Their_Units) {
+TEST_F(Mapped_Motor, Commands_Reach_Their_Channels_In_Their_Units) {
   EXPECT_EQ(
       Calls_Of([&] {
         m_Motor.SetScale(2000.0);
@@ -149,14 +149,14 @@ TEST_F(C_Mapped_Motor_Test, Commands_Reach_Their_Channels_In_Their_Units) {
   }
 }
 
-TEST_F(C_Mapped_Motor_Test, What_Is_No_Number_Stays_Here) {
+TEST_F(Mapped_Motor, What_Is_No_Number_Stays_Here) {
   using M = C_Kestrune_Motor_test;
   Expect_Refusals<M>(m_Motor, {&M::Send_Pos, &M::Go_Pos, &M::Set_Current_Pos, &M::Set_Current_Neg, &M::Set_Speed,
                                &M::Set_Acc, &M::Till_Time});
   EXPECT_EQ(m_Front->Boxes()[0], L"ID:3 目标位置不是有效数字(nan)，没有发送，请检查推力标定和工位参数");
 }
 
-TEST_F(C_Mapped_Motor_Test, Moves_And_Reads_In_Order) {
+TEST_F(Mapped_Motor, Moves_And_Reads_In_Order) {
   using M = C_Kestrune_Motor_test;
   double value = 0.0;
   CMyArray<double> samples;
@@ -204,7 +204,7 @@ TEST_F(C_Mapped_Motor_Test, Moves_And_Reads_In_Order) {
             "OUTPUT_DATA(2, 61, 0); +1 GetInputChannelData(60, 256) x 10000 +1; ");
 }
 
-TEST_F(C_Mapped_Motor_Test, Go_Pos_Arrives_And_The_Window_Tells_Where) {
+TEST_F(Mapped_Motor, Go_Pos_Arrives_And_The_Window_Tells_Where) {
   m_Motor.Set_Speed(20.0);
   EXPECT_EQ(m_Motor.Go_Pos(4.0), 1);
   EXPECT_NEAR(bench::True_Position(Id), 4.0, 0.06);
@@ -240,7 +240,7 @@ TEST_F(C_Mapped_Motor_Test, Go_Pos_Arrives_And_The_Window_Tells_Where) {
 
 // A command that the server runs within a millisecond is on its way when the drive is first asked whether it has
 // arrived, whatever the phase of the samples. A slower server's is not: the move reports an arrival before it begins.
-TEST_F(C_Room, Go_Pos_Waits_For_The_Motion_Of_A_Server_That_Runs_A_Command_Within_A_Millisecond) {
+TEST_F(Room, Go_Pos_Waits_For_The_Motion_Of_A_Server_That_Runs_A_Command_Within_A_Millisecond) {
   for (const double pace_ms : {0.0, 1.0, 3.0}) {
     bench::Settings settings;
     settings.instruction_ms = pace_ms;
@@ -261,7 +261,7 @@ TEST_F(C_Room, Go_Pos_Waits_For_The_Motion_Of_A_Server_That_Runs_A_Command_Withi
   }
 }
 
-TEST_F(C_Mapped_Motor_Test, A_Silent_Drive_Is_Told_And_Ends_The_Waits) {
+TEST_F(Mapped_Motor, A_Silent_Drive_Is_Told_And_Ends_The_Waits) {
   bench::Set_Fault_Bits(Id, 5);
   Sleep(10);
   uint16_t ver = 0;

@@ -18,7 +18,7 @@ namespace orsanta {
 
 using Texts = std::vector<std::wstring>;
 
-class C_Room : public testing::Test {
+class Room : public testing::Test {
  protected:
   // A room with the pace of this run.
   static void Reset(bench::Settings settings = {}) {

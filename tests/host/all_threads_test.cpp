@@ -21,7 +21,7 @@
 namespace orsanta {
 namespace {
 
-TEST(All_Threads, WorkOnTheSameStations) {
+TEST(All_Threads, Work_On_The_Same_Stations) {
   constexpr int Stations = 3;
   constexpr int Span_Ms = 2500;
   const C_Temp_Folder folder;

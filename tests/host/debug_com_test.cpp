@@ -21,7 +21,7 @@ class Debug_Com : public ::testing::Test {
   C_Scripted_Front_Holder front;
 };
 
-TEST_F(Debug_Com, ClosedLinkDoesNothingAndAPortThatFailsIsTold) {
+TEST_F(Debug_Com, Closed_Link_Does_Nothing_And_A_Port_That_Fails_Is_Told) {
   C_VoiceDebugCom closed(3);
   EXPECT_EQ(closed.Is_Open(), 0);
   EXPECT_EQ(closed.Read_Trigger(), 0);
@@ -42,7 +42,7 @@ TEST_F(Debug_Com, ClosedLinkDoesNothingAndAPortThatFailsIsTold) {
   EXPECT_EQ(line.Rate(), 4800);
 }
 
-TEST_F(Debug_Com, LinesAreExact) {
+TEST_F(Debug_Com, Lines_Are_Exact) {
   C_Pty line(2);
   Store_Link(4, 2, 57600);
   C_VoiceDebugCom link(4);
@@ -54,7 +54,7 @@ TEST_F(Debug_Com, LinesAreExact) {
   EXPECT_EQ(line.Take_At_Least(expected.size()), expected);
 }
 
-TEST_F(Debug_Com, OnlyTheLastByteOfAReadTriggers) {
+TEST_F(Debug_Com, Only_The_Last_Byte_Of_A_Read_Triggers) {
   C_Pty line(2);
   Store_Link(4, 2, 115200);
   C_VoiceDebugCom link(4);
@@ -74,7 +74,7 @@ TEST_F(Debug_Com, OnlyTheLastByteOfAReadTriggers) {
   }
 }
 
-TEST_F(Debug_Com, TheDialogOffersAllPortsAndRatesAndStoresTheChoice) {
+TEST_F(Debug_Com, The_Dialog_Offers_All_Ports_And_Rates_And_Stores_The_Choice) {
   Store_Link(5, 0, 4800);  // a rate that is not offered shows as the first
   C_VoiceDebugCom link(5);
   front->Next_Dialog(C_Script().Confirm());

@@ -55,7 +55,7 @@ class Supervisor : public ::testing::Test {
   std::unique_ptr<C_VoiceMotorBase> base;
 };
 
-TEST_F(Supervisor, ResultLinesAreExact) {
+TEST_F(Supervisor, Result_Lines_Are_Exact) {
   bench::Settings settings;
   settings.first_drive_id = 0x1A;
   bench::Reset(settings);
@@ -85,7 +85,7 @@ TEST_F(Supervisor, ResultLinesAreExact) {
   }
 }
 
-TEST_F(Supervisor, AnswersTheStatusQueryAndNothingElse) {
+TEST_F(Supervisor, Answers_The_Status_Query_And_Nothing_Else) {
   bench::Set_Absent(11, true);
   C_Pty host(Host_Port);
   Start({10, 11, 12}, Host_Port);
@@ -118,7 +118,7 @@ TEST_F(Supervisor, AnswersTheStatusQueryAndNothingElse) {
 }
 
 // Whoever reports waits for the lock, and does what comes after the report only then.
-TEST_F(Supervisor, IoLockHoldsBackEveryReport) {
+TEST_F(Supervisor, Io_Lock_Holds_Back_Every_Report) {
   C_Pty host(Host_Port);
   bench::Set_Input(1, 1);
   Start({1}, Host_Port, 1);
@@ -150,10 +150,10 @@ TEST_F(Supervisor, IoLockHoldsBackEveryReport) {
   EXPECT_EQ(Collect(host, 13), "ID:1 State:1\n");
 }
 
-using SupervisorDeathTest = Supervisor;
+using Supervisor_DeathTest = Supervisor;
 
 // Disabled among the others, since it would end any of them that starts a system meanwhile; ctest runs it alone.
-TEST_F(SupervisorDeathTest, DISABLED_ASecondProcessOfTheNameEndsAtOnce) {
+TEST_F(Supervisor_DeathTest, DISABLED_A_Second_Process_Of_The_Name_Ends_At_Once) {
   const auto run_namesake = [] {
     const pid_t process = fork();
     if (process == 0) _exit(execl("/bin/sleep", "Orsanta.exe", "60", nullptr));
@@ -170,7 +170,7 @@ TEST_F(SupervisorDeathTest, DISABLED_ASecondProcessOfTheNameEndsAtOnce) {
   while (wait(nullptr) > 0) continue;
 }
 
-TEST_F(Supervisor, GoesOnWithoutAHostPortThatDoesNotOpen) {
+TEST_F(Supervisor, Goes_On_Without_A_Host_Port_That_Does_Not_Open) {
   std::filesystem::create_symlink("/dev/orsanta_no_such_device", "COM9");
   Start({1}, 9);
   EXPECT_EQ(front->Boxes(), std::vector<std::wstring>{L"无法打开串口9"});
@@ -182,7 +182,7 @@ TEST_F(Supervisor, GoesOnWithoutAHostPortThatDoesNotOpen) {
 }
 
 // One T is one measurement and one lift-off, with the result on both lines; a T with a byte behind it is lost.
-TEST_F(Supervisor, ATriggerByteRunsTheWholeHandshake) {
+TEST_F(Supervisor, A_Trigger_Byte_Runs_The_Whole_Handshake) {
   C_Pty host(Host_Port);
   C_Pty link(2);
   Store_Link(1, 2);
@@ -210,7 +210,7 @@ TEST_F(Supervisor, ATriggerByteRunsTheWholeHandshake) {
 }
 
 // The IO input stands at the measuring level all the time, and counts only once the link is closed for good.
-TEST_F(Supervisor, ALinkThatIsReplacedStartsNothing) {
+TEST_F(Supervisor, A_Link_That_Is_Replaced_Starts_Nothing) {
   C_Pty link(2);
   Store_Link(1, 2);
   Start({1}, 0, 1);

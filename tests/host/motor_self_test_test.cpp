@@ -15,7 +15,7 @@
 namespace orsanta {
 namespace {
 
-TEST(Thread_Numbers, HandsOutTheLowestFreeNumber) {
+TEST(Thread_Numbers, Hands_Out_The_Lowest_Free_Number) {
   CMyArray<int> pool;
   for (int n = 1; n <= Thread_Number_Max; ++n) EXPECT_EQ(Take_Thread_Number(pool), n);
   EXPECT_EQ(Take_Thread_Number(pool), 0);
@@ -25,7 +25,7 @@ TEST(Thread_Numbers, HandsOutTheLowestFreeNumber) {
 }
 
 // In real time: what two threads hold at once differs, and in the end all is there again.
-TEST(Thread_Numbers, ManyThreadsShareOnePool) {
+TEST(Thread_Numbers, Many_Threads_Share_One_Pool) {
   constexpr int Rounds = 100000;
   constexpr int Taken = 20;  // for good, so that the search for a free one is long
   CMyArray<int> pool;
@@ -71,7 +71,7 @@ int Run_Self_Test() {
 }
 
 // The ten share one drive: while the first lets it home, the others find it not ready.
-TEST(Self_Test, OneWorkerGetsThroughOnAGoodDriveAndNoneWithoutADrive) {
+TEST(Self_Test, One_Worker_Gets_Through_On_A_Good_Drive_And_None_Without_A_Drive) {
   const C_Simulated_Clock clock(1);
   bench::Reset();
   EXPECT_EQ(Run_Self_Test(), 1);

@@ -39,7 +39,7 @@ CMyArray<double> Fit(const std::string& kind, Rows& rows) {
 
 // Against what reference/make_reference.py works out. A coefficient of 0, or one that is not finite, must be so in
 // both.
-TEST(Fits, AgreeWithLapack) {
+TEST(Fits, Agree_With_Lapack) {
   std::ifstream file(REFERENCE_FILE);
   std::string key, kind, name;
   Rows rows;
@@ -69,7 +69,7 @@ TEST(Fits, AgreeWithLapack) {
 
 // A matrix of 1 and `second` on the diagonal: the second column counts from the tolerance on, which goes by the larger
 // dimension.
-TEST(Left_Division, LeavesOutWhatIsBelowTheTolerance) {
+TEST(Left_Division, Leaves_Out_What_Is_Below_The_Tolerance) {
   struct {
     int rows, columns;
     double second;
@@ -85,7 +85,7 @@ TEST(Left_Division, LeavesOutWhatIsBelowTheTolerance) {
   }
 }
 
-TEST(Polynomial, TooFewPlacesGiveNoFiniteCoefficients) {
+TEST(Polynomial, Too_Few_Places_Give_No_Finite_Coefficients) {
   CMyPolyfit polynomial;
   CMyArray<double> p;
   // Rounding would leave something beside the zero on the diagonal in most of these.
@@ -107,7 +107,7 @@ TEST(Polynomial, TooFewPlacesGiveNoFiniteCoefficients) {
   EXPECT_EQ(y, 14.0) << "the highest power stands first";
 }
 
-TEST(Force_Surface, TurnsForceIntoCurrentAndBack) {
+TEST(Force_Surface, Turns_Force_Into_Current_And_Back) {
   C_My3DPolyfit surface;
   const CMyArray<double> model = Array({2, 3, 0.5, 0.25, 0.125, -77});
   CMyArray<double> force, current, p;
@@ -129,7 +129,7 @@ TEST(Force_Surface, TurnsForceIntoCurrentAndBack) {
   for (const double coefficient : q) EXPECT_EQ(coefficient, 0.0);
 }
 
-TEST(Basis_Fit, SaturatedStepsCountAsOneAndOddSamplesAreFitted) {
+TEST(Basis_Fit, Saturated_Steps_Count_As_One_And_Odd_Samples_Are_Fitted) {
   mExpFit basis;
   FitData fit{Array({1, 2, 3}), Array({10, 20, 30}), 0.5};
   CMyArray<double> y;
@@ -163,7 +163,7 @@ TEST(Basis_Fit, SaturatedStepsCountAsOneAndOddSamplesAreFitted) {
   EXPECT_EQ(mExpFit::Live_Instances(), 2);
 }
 
-TEST(Basis_Fit_Death, RunTimeChecksPrintAndAbort) {
+TEST(Basis_Fit_DeathTest, Run_Time_Checks_Print_And_Abort) {
   FitData fit;
   EXPECT_EXIT(mExpFit().Fit({}, {}, 1, fit), testing::KilledBySignal(SIGABRT),
               "^If the working dimension of MAX or MIN is variable in length, it must not have zero length at "

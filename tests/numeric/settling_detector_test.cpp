@@ -30,7 +30,7 @@ class Settling_Detector : public testing::Test {
   DetectorState m_State;
 };
 
-TEST_F(Settling_Detector, SettlesWhenTheWindowHoldsStillBelowTheThreshold) {
+TEST_F(Settling_Detector, Settles_When_The_Window_Holds_Still_Below_The_Threshold) {
   Start(5, 0.001);
   Step(99999.0);
   for (int i = 0; i < 4; ++i) EXPECT_FALSE(Step(3.25)) << i;
@@ -52,7 +52,7 @@ TEST_F(Settling_Detector, SettlesWhenTheWindowHoldsStillBelowTheThreshold) {
 }
 
 // Values that come close to each other, so that windows settle often, with not-a-number, infinity and signed zeros.
-TEST_F(Settling_Detector, EqualsTheLiteralPassToTheBit) {
+TEST_F(Settling_Detector, Equals_The_Literal_Pass_To_The_Bit) {
   for (const unsigned seed : {1u, 2u, 3u, 4u, 5u, 6u}) {
     std::mt19937 random(seed);
     const auto below = [&](int n) { return static_cast<int>(random() % static_cast<unsigned>(n)); };

@@ -11,7 +11,7 @@ namespace {
 using Accuracy = System;
 
 // Every station measures its parts on a host thread of its own.
-TEST_F(Accuracy, FourStationsOfFiftyParts) {
+TEST_F(Accuracy, Four_Stations_Of_Fifty_Parts) {
   constexpr int Parts = 50;
   Start({1, 2, 3, 4});
   C_Thread hosts[4];

@@ -17,9 +17,9 @@ using testing::HasSubstr;
 using testing::Not;
 
 using Failures = System;
-using FailuresDeathTest = System;
+using Failures_DeathTest = System;
 
-TEST_F(Failures, AnAbsentDriveIsToldAndItsStationStays) {
+TEST_F(Failures, An_Absent_Drive_Is_Told_And_Its_Station_Stays) {
   bench::Set_Absent(2, true);
   Start({1, 2});
   EXPECT_EQ(front->Count_Boxes(L"CanID：2的设备没有连接"), 1);
@@ -42,7 +42,7 @@ TEST_F(Failures, AnAbsentDriveIsToldAndItsStationStays) {
   EXPECT_NEAR(Measure(2, 2.5), 2.5, 0.001);
 }
 
-TEST_F(Failures, ASilentDriveAndARestlessPartGiveAResultAndComeBack) {
+TEST_F(Failures, A_Silent_Drive_And_A_Restless_Part_Give_A_Result_And_Come_Back) {
   Start({1});
   Correct_Reference(1);
   bench::Place_Part(1, 2.0);
@@ -64,7 +64,7 @@ TEST_F(Failures, ASilentDriveAndARestlessPartGiveAResultAndComeBack) {
 }
 
 // The station rests, and neither the measuring nor the store nor the stop of the others suffers.
-TEST_F(Failures, AStationOnAnIdThatIsTakenIsToldAndRests) {
+TEST_F(Failures, A_Station_On_An_Id_That_Is_Taken_Is_Told_And_Rests) {
   struct C_Case {
     int can_id;
     int io_mode;
@@ -101,7 +101,7 @@ TEST_F(Failures, AStationOnAnIdThatIsTakenIsToldAndRests) {
   }
 }
 
-TEST_F(Failures, WithoutACardItsIdIsFreeForADrive) {
+TEST_F(Failures, Without_A_Card_Its_Id_Is_Free_For_A_Drive) {
   bench::Settings settings;
   settings.io_card = false;
   settings.first_drive_id = 15;
@@ -112,7 +112,7 @@ TEST_F(Failures, WithoutACardItsIdIsFreeForADrive) {
   EXPECT_TRUE(front->Boxes().empty());
 }
 
-TEST_F(Failures, ASecondStartIsToldAndTheSystemGoesOn) {
+TEST_F(Failures, A_Second_Start_Is_Told_And_The_System_Goes_On) {
   Start({1});
   Correct_Reference(1);
   ORSA_resource_alloc(nullptr, 0);
@@ -130,7 +130,7 @@ TEST_F(Failures, ASecondStartIsToldAndTheSystemGoesOn) {
   EXPECT_NEAR(Measure(1, 2.0), 2.0, 0.001);
 }
 
-TEST_F(Failures, ArgumentsThatMakeNoSenseAreToldAndChangeNothing) {
+TEST_F(Failures, Arguments_That_Make_No_Sense_Are_Told_And_Change_Nothing) {
   Start({1}, 1);
   Set_Force(1, 50.0);
   Set_Force2(1, 60.0);
@@ -165,7 +165,7 @@ TEST_F(Failures, ArgumentsThatMakeNoSenseAreToldAndChangeNothing) {
   EXPECT_EQ(Text_Of("音圈电机1参数"), store);
 }
 
-TEST_F(Failures, AStationNumberAboveTheCountNamesTheExport) {
+TEST_F(Failures, A_Station_Number_Above_The_Count_Names_The_Export) {
   Start({1, 2});
   double a = -5.0, b = -6.0;
   EXPECT_EQ(do_test(3, 1), 0);
@@ -197,7 +197,7 @@ void Expect_End_Where_It_Stood(const std::vector<std::string>& dump_says) {
   EXPECT_FALSE(std::filesystem::exists("音圈电机2参数"));
 }
 
-TEST_F(FailuresDeathTest, AStartThatFailsEndsTheProcessWhereItStands) {
+TEST_F(Failures_DeathTest, A_Start_That_Fails_Ends_The_Process_Where_It_Stands) {
   bench::Set_Refused_Connects(202);
   EXPECT_EXIT(Start({2, 3}), Ends_By_A_Failed_Check,
               AllOf(HasSubstr("the motion server refused the connection"), Not(HasSubstr("pure virtual"))));
@@ -211,7 +211,7 @@ TEST_F(FailuresDeathTest, AStartThatFailsEndsTheProcessWhereItStands) {
   Expect_End_Where_It_Stood({"应为 array CMyArray<double>", "C_VoiceMotorBase::C_VoiceMotorBase("});
 }
 
-TEST_F(FailuresDeathTest, ACheckThatFailsOnALaneEndsTheProcessUnderMeasurementsElsewhere) {
+TEST_F(Failures_DeathTest, A_Check_That_Fails_On_A_Lane_Ends_The_Process_Under_Measurements_Elsewhere) {
   std::ofstream store("音圈电机3参数");  // with a force surface that lacks two of its coefficients
   store << "orsanta store 1\nC_VoiceMotor m_P 0 = array CMyArray<double> 4\n";
   for (const char index : {'0', '1', '2', '3'}) store << "C_VoiceMotor/CMyArray m_P " << index << " = double 1\n";
@@ -225,7 +225,7 @@ TEST_F(FailuresDeathTest, ACheckThatFailsOnALaneEndsTheProcessUnderMeasurementsE
   Expect_End_Where_It_Stood({" (lane 1):\n", "C_My3DPolyfit::my3dinvval(", "C_Muti_Task_app::OnProcessTask("});
 }
 
-TEST_F(FailuresDeathTest, CallsOutsideTheContractEndTheProcessWithTheirName) {
+TEST_F(Failures_DeathTest, Calls_Outside_The_Contract_End_The_Process_With_Their_Name) {
   const auto twice = [this] {
     Start({2});
     Stop();
@@ -237,7 +237,7 @@ TEST_F(FailuresDeathTest, CallsOutsideTheContractEndTheProcessWithTheirName) {
   }
 }
 
-TEST_F(Failures, ThePanelHoldsOffTheStop) {
+TEST_F(Failures, The_Panel_Holds_Off_The_Stop) {
   Start({1});
   front->Next_Dialog(C_Script().Wait(5000).Cancel());
   C_Thread operator_thread;

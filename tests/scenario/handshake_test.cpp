@@ -12,7 +12,7 @@ class Handshake : public System {
   static int Output(int bit) { return bench::Get_Output(bit); }
 };
 
-TEST_F(Handshake, OneMeasurementForEachLevelZero) {
+TEST_F(Handshake, One_Measurement_For_Each_Level_Zero) {
   Start({1, 2}, 1);
   EXPECT_EQ(Output(1), 1);
   EXPECT_EQ(Output(2), 1);
@@ -38,7 +38,7 @@ TEST_F(Handshake, OneMeasurementForEachLevelZero) {
   EXPECT_TRUE(front->Boxes().empty());
 }
 
-TEST_F(Handshake, LevelsOfAMissingCardStartNothing) {
+TEST_F(Handshake, Levels_Of_A_Missing_Card_Start_Nothing) {
   Start({1}, 1);
   bench::Set_Io_Card_Missing(true);
   bench::Set_Input(1, 0);
@@ -71,7 +71,7 @@ TEST_F(Handshake, LevelsOfAMissingCardStartNothing) {
 
 // The loop lowers the output of the station's place, the tasks move the output of its CAN id: with ids from 5 on they
 // are two outputs.
-TEST_F(Handshake, AFaultLowersTheOutputOfThePlace) {
+TEST_F(Handshake, A_Fault_Lowers_The_Output_Of_The_Place) {
   Start({5, 6}, 1);
   EXPECT_EQ(Output(1), 1);
   EXPECT_EQ(Output(5), 1);
@@ -87,7 +87,7 @@ TEST_F(Handshake, AFaultLowersTheOutputOfThePlace) {
   EXPECT_EQ(Output(5), 0);
 }
 
-TEST_F(Handshake, StopLowersAllOutputsAndWaitsForTheTasks) {
+TEST_F(Handshake, Stop_Lowers_All_Outputs_And_Waits_For_The_Tasks) {
   Start({1, 2}, 1);
   SetIO(7, 1);
   EXPECT_EQ(do_test(1, ORSANTA_TASK_MEASURE), 1);

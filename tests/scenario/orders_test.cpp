@@ -72,7 +72,7 @@ std::string Lift_At(const std::string& speed) {
 
 // On channel 63 goes a speed, on 62 and 69 the upper and the lower limit of the current. The input of the station asks
 // for the probe to go back, so that the loop lifts it after each task.
-TEST_F(Orders, EachTaskAndFunctionSendsExactlyThis) {
+TEST_F(Orders, Each_Task_And_Function_Sends_Exactly_This) {
   const std::string lift = Lift_At("14") + "io3=1 ";
   EXPECT_EQ(Sent([this] { Start({3}, 1); }), "wait wait 68=5000 wait wait io1=1 " + lift);
   struct C_Case {
@@ -122,7 +122,7 @@ TEST_F(Orders, EachTaskAndFunctionSendsExactlyThis) {
 }
 
 // The process dies without a stop: what counts is what stands in the store by then.
-TEST_F(Orders, ASystemThatDiedComesBackAsItWas) {
+TEST_F(Orders, A_System_That_Died_Comes_Back_As_It_Was) {
   Start({3});
   bench::Place_Part(3, 4.0);  // stands for the block of 5 mm
   Set_Ans_Offset(1, Block_Mm);

@@ -51,7 +51,7 @@ std::string Record_Of(uint64_t seed) {
   return status == 0 ? record.str() : "the run failed";
 }
 
-TEST(Replay, OneSeedGivesOneRunToTheByte) {
+TEST(Replay, One_Seed_Gives_One_Run_To_The_Byte) {
   const std::string first = Record_Of(7);
   EXPECT_GT(first.size(), 100000U);
   EXPECT_TRUE(Record_Of(7) == first);  // not EXPECT_EQ: nobody reads a difference of megabytes

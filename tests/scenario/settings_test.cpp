@@ -9,7 +9,7 @@ namespace {
 
 using Settings = System;
 
-TEST_F(Settings, TheFirstStartAsksAndLaterStartsGoByTheAnswer) {
+TEST_F(Settings, The_First_Start_Asks_And_Later_Starts_Go_By_The_Answer) {
   C_Pty host(2);
   bench::Settings room;
   room.temperature_boards = {20};
@@ -36,7 +36,7 @@ TEST_F(Settings, TheFirstStartAsksAndLaterStartsGoByTheAnswer) {
   EXPECT_EQ(std::count_if(shown.begin(), shown.end(), [](auto& one) { return one.kind == C_Shown::Kind::Dialog; }), 1);
 }
 
-TEST_F(Settings, TwoProgramsInOneFolderDoNotOverwriteEachOther) {
+TEST_F(Settings, Two_Programs_In_One_Folder_Do_Not_Overwrite_Each_Other) {
   C_Other_Process other([] { (new C_Store_Claim)->Take("音圈电机1参数"); });
   const std::wstring told = L"音圈电机1参数 正由进程 " + std::to_wstring(other.Id());
   Start({1, 2});

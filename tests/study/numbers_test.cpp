@@ -113,7 +113,7 @@ std::vector<double> Numbers(const C_Linearity& a) {
           first.bias.mean, first.bias_test.t,       first.bias_test.p, first.bias_test.low,  first.bias_test.high};
 }
 
-TEST(Studies, AgreeWithASecondComputationOnRandomDesigns) {
+TEST(Studies, Agree_With_A_Second_Computation_On_Random_Designs) {
   std::ifstream file(REFERENCE_FILE);
   int compared = 0;
   for (std::string line; std::getline(file, line); ++compared) {
@@ -153,7 +153,7 @@ C_Crossed Handbook_Data() {
 }
 
 // The examples of the AIAG handbook, 4th edition.
-TEST(Studies, GiveThePublishedResults) {
+TEST(Studies, Give_The_Published_Results) {
   const C_Anova anova = Work_Out_Anova(Handbook_Data());
   EXPECT_NEAR(anova.parts.sum_of_squares, 88.3619, 5e-5);
   EXPECT_NEAR(anova.appraisers.sum_of_squares, 3.1673, 5e-5);
@@ -201,7 +201,7 @@ std::vector<double> Twenty_Five() {  // 3.0002 mm on the mean, standard deviatio
   return values;
 }
 
-TEST(Studies, JudgeAGaugeAgainstATolerance) {
+TEST(Studies, Judge_A_Gauge_Against_A_Tolerance) {
   const C_Type1 type1 = Work_Out_Type1(Twenty_Five(), {3.0, 0.02, 0.0001, 0.95});
   EXPECT_NEAR(type1.bias_mm, 0.0002, 1e-12);
   EXPECT_NEAR(type1.values.deviation, 0.0001, 1e-12);
@@ -262,7 +262,7 @@ C_Crossed Filled(int parts, int appraisers, int trials, double (*value)(int, int
   return data;
 }
 
-TEST(Studies, SayWhatCannotBeWorkedOut) {
+TEST(Studies, Say_What_Cannot_Be_Worked_Out) {
   const auto anova = [](const C_Crossed& data) { return Work_Out_Anova(data); };
   const auto thirds = [](int, int, int) { return 1.0 / 3.0; };
   EXPECT_THAT(Refusal([&] { anova(Filled(5, 3, 2, thirds)); }), HasSubstr("all 30 values are identical"));
@@ -281,7 +281,7 @@ TEST(Studies, SayWhatCannotBeWorkedOut) {
   EXPECT_THAT(Refusal([] { Work_Out_Force({{1, 0, 5}}); }), HasSubstr("above 0 g"));
 }
 
-TEST(Studies, TakeWhatLittleThereIs) {
+TEST(Studies, Take_What_Little_There_Is) {
   // Identical trials: thirds, whose mean is not exact, must not pass for repeatability.
   const C_Anova exact = Work_Out_Anova(Filled(4, 2, 3, [](int i, int j, int) { return i * 0.1 + j / 3.0; }));
   EXPECT_EQ(exact.components.EV, 0.0);
@@ -301,7 +301,7 @@ TEST(Studies, TakeWhatLittleThereIs) {
   EXPECT_FALSE(Work_Out_Average_Range(Empty(26, 2, 2)).has_value());
 }
 
-TEST(Csv, ReadsWhatSpreadsheetsWrite) {
+TEST(Csv, Reads_What_Spreadsheets_Write) {
   const std::vector<C_Reading> readings = Read_Crossed(
       "\xEF\xBB\xBF"
       "Value;note;Part;APPRAISER;trial\r\n3,002;;\"a;\"\"b\";A;1\r\n\r\n+2.5e0;x;2;B;1\r\n");
@@ -321,7 +321,7 @@ TEST(Csv, ReadsWhatSpreadsheetsWrite) {
             "a,\"b\"");
 }
 
-TEST(Csv, TellsEveryBadLine) {
+TEST(Csv, Tells_Every_Bad_Line) {
   const auto crossed = [](const std::string& text) { return Refusal([&] { Cross(Read_Crossed(text)); }); };
   const std::string head = "part,appraiser,trial,value\n";
   EXPECT_EQ(crossed(head + "1,A,1,3\n1,A,2,3,002\n,A,1,nan\n1,A,3,1e999\n"),

@@ -34,7 +34,7 @@ struct C_Counted {
   static inline int live = 0;
 };
 
-TEST(Array, GrowsByDoublingAndFillsOnlyThePlacesBeyondTheOldBlock) {
+TEST(Array, Grows_By_Doubling_And_Fills_Only_The_Places_Beyond_The_Old_Block) {
   CMyArray<int> array;
   std::vector<int> sizes;
   for (int i = 0; i < 5; ++i) {
@@ -55,7 +55,7 @@ TEST(Array, GrowsByDoublingAndFillsOnlyThePlacesBeyondTheOldBlock) {
   EXPECT_EQ(array.GetData(), nullptr);
 }
 
-TEST(Array, RemovesRangesAndListsAndCutsSubArraysInPlaceToo) {
+TEST(Array, Removes_Ranges_And_Lists_And_Cuts_Sub_Arrays_In_Place_Too) {
   CMyArray<int> range = Numbers(6);
   range.RemoveData(1, 2);
   range.DelStartData();
@@ -76,7 +76,7 @@ TEST(Array, RemovesRangesAndListsAndCutsSubArraysInPlaceToo) {
   EXPECT_THAT(Content(array), ElementsAre(3, 4, 5));
 }
 
-TEST(Array, ElementsOfClassesAreCopiedDeepAndAllDestroyed) {
+TEST(Array, Elements_Of_Classes_Are_Copied_Deep_And_All_Destroyed) {
   {
     CMyArray<C_Counted> array;
     array.SetArraySize(3);
@@ -92,7 +92,7 @@ TEST(Array, ElementsOfClassesAreCopiedDeepAndAllDestroyed) {
   EXPECT_EQ(C_Counted::live, 0);
 }
 
-TEST(Array, EachBrokenCheckReportsItsOwnLine) {
+TEST(Array, Each_Broken_Check_Reports_Its_Own_Line) {
   const C_Temp_Folder folder;
   CMyArray<int> array = Numbers(3), empty, out;
   std::set<int> lines;
@@ -112,7 +112,7 @@ TEST(Array, EachBrokenCheckReportsItsOwnLine) {
 }
 
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)  // their allocators end the process instead
-TEST(Array, ReportsAnAllocationThatFails) {
+TEST(Array, Reports_An_Allocation_That_Fails) {
   const C_Temp_Folder folder;
   struct C_Megabyte {
     char bytes[1 << 20];

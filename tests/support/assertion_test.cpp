@@ -69,7 +69,7 @@ void Fail_Elsewhere_Too() {
   usleep(200000);  // all of them have failed
 }
 
-class C_AssertionDeathTest : public testing::Test {
+class Assertion_DeathTest : public testing::Test {
  protected:
   void SetUp() override {
     GTEST_FLAG_SET(death_test_style, "fast");  // the child keeps the working directory
@@ -81,7 +81,7 @@ class C_AssertionDeathTest : public testing::Test {
   const C_Temp_Folder folder;
 };
 
-TEST_F(C_AssertionDeathTest, AFailureLeavesOneWholeDumpAndNoFrame) {
+TEST_F(Assertion_DeathTest, A_Failure_Leaves_One_Whole_Dump_And_No_Frame) {
   const auto fail_on_a_thread = [] {
     C_Thread thread;
     thread.Start("failing", &Fail);
@@ -108,7 +108,7 @@ TEST_F(C_AssertionDeathTest, AFailureLeavesOneWholeDumpAndNoFrame) {
   EXPECT_FALSE(std::filesystem::exists("at exit"));
 }
 
-TEST_F(C_AssertionDeathTest, TheFirstFailureStandsAndASecondOfTheSameThreadEnds) {
+TEST_F(Assertion_DeathTest, The_First_Failure_Stands_And_A_Second_Of_The_Same_Thread_Ends) {
   EXPECT_EXIT(End_With(&Fail_Elsewhere_Too), Ends_By_A_Failed_Check, "C_On_The_WayE: the first failure");
   EXPECT_THAT(Take_Dump(), AllOf(HasSubstr("C_On_The_WayE: the first failure\n"), HasSubstr("\nmodules:\n"),
                                  HasSubstr("End_With"), Not(HasSubstr("GetAt"))));
@@ -117,7 +117,7 @@ TEST_F(C_AssertionDeathTest, TheFirstFailureStandsAndASecondOfTheSameThreadEnds)
     EXPECT_EXIT(End_With(failure), Ends_By_A_Failed_Check, "");
 }
 
-TEST_F(C_AssertionDeathTest, WhatHangsOnTheWayIsCutOff) {
+TEST_F(Assertion_DeathTest, What_Hangs_On_The_Way_Is_Cut_Off) {
   // Each finds the limit set, and makes it shorter.
   const auto expect_a_limit = [] {
     for (unsigned left = 0; left == 0; left = alarm(1)) usleep(1000);
@@ -136,7 +136,7 @@ TEST_F(C_AssertionDeathTest, WhatHangsOnTheWayIsCutOff) {
   EXPECT_EXIT(End_With(hang_in_the_text), Ends_By_A_Failed_Check, "");
 }
 
-TEST_F(C_AssertionDeathTest, ADumpThatDoesNotGoInWholeGoesToTheOtherFolderOrIsToldToBeCut) {
+TEST_F(Assertion_DeathTest, A_Dump_That_Does_Not_Go_In_Whole_Goes_To_The_Other_Folder_Or_Is_Told_To_Be_Cut) {
   const auto in_a_lost_folder = [&] {
     std::filesystem::remove_all(folder.Path());
     Fail();
@@ -189,7 +189,7 @@ TEST_F(C_AssertionDeathTest, ADumpThatDoesNotGoInWholeGoesToTheOtherFolderOrIsTo
   EXPECT_EXIT(in_a_lost_folder(), Ends_By_A_Failed_Check, elsewhere);
 }
 
-TEST_F(C_AssertionDeathTest, AnErrorStreamThatNobodyReadsHoldsNothingUp) {
+TEST_F(Assertion_DeathTest, An_Error_Stream_That_Nobody_Reads_Holds_Nothing_Up) {
   const auto fail_at_a_full_pipe = [] {
     int ends[2];
     if (pipe2(ends, O_NONBLOCK) != 0) _exit(1);
@@ -205,7 +205,7 @@ TEST_F(C_AssertionDeathTest, AnErrorStreamThatNobodyReadsHoldsNothingUp) {
   EXPECT_THAT(Take_Dump(), HasSubstr("libc.so"));
 }
 
-TEST(C_Stack, NamesFunctionDistanceAndModule) {
+TEST(Stack, Names_Function_Distance_And_Module) {
   const auto text_of = [](const void* address) {
     char line[400];
     Frame_Text(address, line, sizeof(line));
@@ -222,7 +222,7 @@ TEST(C_Stack, NamesFunctionDistanceAndModule) {
   EXPECT_EQ(text_of(reinterpret_cast<const void*>(16)), "0x10 in no module");
 }
 
-TEST(C_Assertion, TheTextOfTheProgramAndOfTheFailureOpenTheReport) {
+TEST(Assertion, The_Text_Of_The_Program_And_Of_The_Failure_Open_The_Report) {
   const C_Temp_Folder folder;
   cMyAssertAppendDispInfo() = "for all reports";
   EXPECT_NE(0, Failed_Check_Line([] { MY_ASSERT_REPORT("what failed"); }));

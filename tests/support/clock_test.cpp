@@ -37,14 +37,14 @@ std::string Trace_Of(uint64_t seed) {
   return trace;
 }
 
-TEST(SimulatedClock, ASeedReplaysARunExactly) {
+TEST(Simulated_Clock, A_Seed_Replays_A_Run_Exactly) {
   const std::string first = Trace_Of(7);
   EXPECT_THAT(first, testing::AllOf(testing::HasSubstr("gave up"), testing::HasSubstr("was told")));
   EXPECT_EQ(first, Trace_Of(7));
   EXPECT_NE(first, Trace_Of(8));
 }
 
-TEST(SimulatedClock, SleepsAndWaitsEndAtTheirTimesAndADayOfThemInMoments) {
+TEST(Simulated_Clock, Sleeps_And_Waits_End_At_Their_Times_And_A_Day_Of_Them_In_Moments) {
   const C_Simulated_Clock clock(1);
   std::vector<double> ends;
   C_Thread threads[4];
@@ -93,7 +93,7 @@ void Wait_Without_End() {
   thread.Join();
 }
 
-TEST(SimulatedClockDeathTest, TellsWhatItCannotServe) {
+TEST(Simulated_Clock_DeathTest, Tells_What_It_Cannot_Serve) {
   EXPECT_DEATH(Wait_Without_End(),
                "at 0.000 ms every thread waits and none has a wake-up time:\n"
                "  installing thread waits in C_Thread::Join\n  the waiter waits in a place that nobody");
@@ -108,7 +108,7 @@ TEST(SimulatedClockDeathTest, TellsWhatItCannotServe) {
   EXPECT_DEATH(std::thread([] { Sleep(1); }).join(), "was not made through support/thread");
 }
 
-TEST(SystemClock, SleepsAtLeastAndIsNotifiedAtOnce) {
+TEST(System_Clock, Sleeps_At_Least_And_Is_Notified_At_Once) {
   const double start_ms = Now_Ms();
   Sleep(20);
   EXPECT_GE(Now_Ms() - start_ms, 20.0);

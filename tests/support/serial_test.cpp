@@ -34,7 +34,7 @@ class Serial : public ::testing::Test {
   char bytes_in[256];
 };
 
-TEST_F(Serial, PortNumbersFollowTheLinksAndAPortHasOneUser) {
+TEST_F(Serial, Port_Numbers_Follow_The_Links_And_A_Port_Has_One_User) {
   std::ofstream("COM2") << "no device";
   std::filesystem::create_symlink("/dev/orsanta_no_such_device", "COM3");
   for (const int absent : {-1, 0, 2, 3}) EXPECT_EQ(port.OpenCom(absent), 0);
@@ -47,7 +47,7 @@ TEST_F(Serial, PortNumbersFollowTheLinksAndAPortHasOneUser) {
   EXPECT_EQ(other.OpenCom(1), 1);
 }
 
-TEST_F(Serial, PassesEveryByteAtEachRateAndNeverWaits) {
+TEST_F(Serial, Passes_Every_Byte_At_Each_Rate_And_Never_Waits) {
   ASSERT_EQ(port.OpenCom(1), 1);
   Expect_Line_Is_Raw_At(115200);
   for (const int rate : {9600, 14400, 19200, 28800, 38400, 57600, 4800, 230400, 115200}) {
@@ -81,7 +81,7 @@ TEST_F(Serial, PassesEveryByteAtEachRateAndNeverWaits) {
   EXPECT_LT(count, 1000000);
 }
 
-TEST_F(Serial, FindsAnAdapterAgainThatComesAndGoesAndTellsOfItInOneBoxAtATime) {
+TEST_F(Serial, Finds_An_Adapter_Again_That_Comes_And_Goes_And_Tells_Of_It_In_One_Box_At_A_Time) {
   front->On_Box(L"串口1已断开", Answer_Ok, 100000);  // the operator is away
   ASSERT_EQ(port.OpenCom(1), 1);
   ASSERT_EQ(port.SetPropW(19200, 8, 1, 0), 1);

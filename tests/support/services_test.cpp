@@ -27,7 +27,7 @@
 namespace orsanta {
 namespace {
 
-TEST(WideString, FormatsInEveryLocale) {
+TEST(Wide_String, Formats_In_Every_Locale) {
   for (const char* locale : {"C.UTF-8", "C"}) {
     std::setlocale(LC_ALL, locale);
     CMyStringW text;
@@ -41,7 +41,7 @@ TEST(WideString, FormatsInEveryLocale) {
   EXPECT_EQ(Format_Text(L"<%s>", longer.c_str()).Text(), L"<" + longer + L">");
 }
 
-TEST(WideString, ConvertsUtf8BothWaysAndMarksWhatIsNone) {
+TEST(Wide_String, Converts_Utf8_Both_Ways_And_Marks_What_Is_None) {
   const std::wstring all = L"aé厚\U0001F600";
   EXPECT_EQ(To_Utf8(all), "a\xC3\xA9\xE5\x8E\x9A\xF0\x9F\x98\x80");
   EXPECT_EQ(From_Utf8(To_Utf8(all)), all);
@@ -52,7 +52,7 @@ TEST(WideString, ConvertsUtf8BothWaysAndMarksWhatIsNone) {
   EXPECT_EQ(To_Utf8({static_cast<wchar_t>(0xD800)}), "\xEF\xBF\xBD");
 }
 
-TEST(Trace, WritesWholeLinesToTheStreamAndDatedRecordsToTheLog) {
+TEST(Trace, Writes_Whole_Lines_To_The_Stream_And_Dated_Records_To_The_Log) {
   const C_Temp_Folder folder;
   const C_Simulated_Clock clock(1);
   Sleep(3723004);
@@ -67,7 +67,7 @@ TEST(Trace, WritesWholeLinesToTheStreamAndDatedRecordsToTheLog) {
   TraceLog2File("int F()", 9, L"nobody reads it");
 }
 
-TEST(Files, AreWrittenWholeOrNotAtAll) {
+TEST(Files, Are_Written_Whole_Or_Not_At_All) {
   const C_Temp_Folder folder;
   EXPECT_EQ(CMyFileCopy::FileExist(L"全局电机参数"), 0);
   for (const char* text : {"old", "new"}) ASSERT_EQ(Write_Whole_File("全局电机参数", text, 0604), "");
@@ -81,7 +81,7 @@ TEST(Files, AreWrittenWholeOrNotAtAll) {
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator("."), std::filesystem::directory_iterator()), 2);
 }
 
-TEST(Processes, PathsAreCutAtTheirLastSeparatorAndDot) {
+TEST(Processes, Paths_Are_Cut_At_Their_Last_Separator_And_Dot) {
   const std::wstring paths[][5] = {
       {L"/opt/ors.d/orsanta.bin.exe", L"", L"/opt/ors.d/", L"orsanta.bin", L".exe"},
       {L"D:\\设备\\Orsanta.exe", L"D:", L"\\设备\\", L"Orsanta", L".exe"},
@@ -96,7 +96,7 @@ TEST(Processes, PathsAreCutAtTheirLastSeparatorAndDot) {
   }
 }
 
-TEST(Processes, AreFoundByTheirExecutableAndByTheNameTheyWereStartedAs) {
+TEST(Processes, Are_Found_By_Their_Executable_And_By_The_Name_They_Were_Started_As) {
   CMyArray<int> ids;
   const pid_t child = fork();
   if (child == 0) {
@@ -114,7 +114,7 @@ TEST(Processes, AreFoundByTheirExecutableAndByTheNameTheyWereStartedAs) {
   EXPECT_EQ(CProcessAndThreadSnapShot::GetProcessIDFromProcessName(L"Orsanta_of_a_test.exe", ids, 0), 0);
 }
 
-TEST(VectorFiles, KeepEveryBitAndAreReplacedWhole) {
+TEST(Vector_Files, Keep_Every_Bit_And_Are_Replaced_Whole) {
   const C_Temp_Folder folder;
   const double values[] = {0.1, -1.0 / 3.0, 5e-324, std::numeric_limits<double>::max(), -0.0, 1e22};
   CMatLab_Matrix_Data exporter;
@@ -134,7 +134,7 @@ TEST(VectorFiles, KeepEveryBitAndAreReplacedWhole) {
   EXPECT_STREQ(at, "\n");
 }
 
-TEST(VectorFiles, LoadInOctaveAndNumpyUnderAnyName) {
+TEST(Vector_Files, Load_In_Octave_And_Numpy_Under_Any_Name) {
   const C_Temp_Folder folder;
   const double values[] = {1.5, std::numeric_limits<double>::infinity(), -std::numeric_limits<double>::infinity(),
                            std::nan("")};
@@ -157,7 +157,7 @@ TEST(VectorFiles, LoadInOctaveAndNumpyUnderAnyName) {
   if (!has_octave && !has_numpy) GTEST_SKIP() << "neither Octave nor NumPy is installed: the files were not loaded";
 }
 
-TEST(VectorFiles, AFailureIsShownOnceWithFileAndReason) {
+TEST(Vector_Files, A_Failure_Is_Shown_Once_With_File_And_Reason) {
   const C_Temp_Folder folder;
   ASSERT_EQ(Write_Whole_File("历史数据", "a file where the folder should be", 0600), "");
   CMatLab_Matrix_Data exporter;

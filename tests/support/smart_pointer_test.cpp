@@ -18,7 +18,7 @@ struct C_Alive {
 
 using C_Pointer = CSmartPointer<C_Alive, 0>;
 
-TEST(SmartPointer, TheLastCopyFreesObjectsAndArrays) {
+TEST(Smart_Pointer, The_Last_Copy_Frees_Objects_And_Arrays) {
   const int records_before = smart_pointer_table::Live_Records();
   {
     C_Pointer last;
@@ -47,7 +47,7 @@ TEST(SmartPointer, TheLastCopyFreesObjectsAndArrays) {
   EXPECT_TRUE(smart_pointer_table::Release(second.heap_id, &object));
 }
 
-TEST(SmartPointer, ThreadsCopyAndReleaseTheSameObject) {
+TEST(Smart_Pointer, Threads_Copy_And_Release_The_Same_Object) {
   constexpr int Threads = 4, Least_Turns = 20000;
   const int records_before = smart_pointer_table::Live_Records();
   {

@@ -38,7 +38,7 @@ class C_Loop : public CBaseBindThread {
   const int m_Pass_Ms;
 };
 
-TEST(BindThread, BeginsOncePassesAgainAndAgainAndEndsAfterAWholePass) {
+TEST(Bind_Thread, Begins_Once_Passes_Again_And_Again_And_Ends_After_A_Whole_Pass) {
   const C_Simulated_Clock clock(1);
   std::string begin = "begin ";
   C_Loop loop(10);
@@ -56,7 +56,7 @@ TEST(BindThread, BeginsOncePassesAgainAndAgainAndEndsAfterAWholePass) {
 }
 
 // Each thread has the level that it asks for, twice as once, whatever its starter had.
-TEST(ThreadLevels, ArePlacesThatNobodyInherits) {
+TEST(Thread_Levels, Are_Places_That_Nobody_Inherits) {
   if (geteuid() != 0) GTEST_SKIP() << "only root may raise a priority everywhere";
   const auto level_of_started = [](int level) {
     std::string found;
@@ -88,7 +88,7 @@ TEST(ThreadLevels, ArePlacesThatNobodyInherits) {
       Priority_Time_Critical);
 }
 
-TEST(CriticalSection, IsTakenAgainByItsHolderAndGivenBackByNobodyElse) {
+TEST(Critical_Section, Is_Taken_Again_By_Its_Holder_And_Given_Back_By_Nobody_Else) {
   CMyCriticalSection section;
   {
     const C_Simulated_Clock clock(1);
@@ -153,7 +153,7 @@ class C_Lanes : public CQueueTask_MutiTask_Thread {
   std::vector<std::string> m_Trace;
 };
 
-TEST(TaskLanes, RunSideBySideEachInOrderUntilTheyAreStopped) {
+TEST(Task_Lanes, Run_Side_By_Side_Each_In_Order_Until_They_Are_Stopped) {
   const C_Simulated_Clock clock(5);
   C_Lanes lanes;
   lanes.Init(3, 0, 300000);
@@ -181,7 +181,7 @@ TEST(TaskLanes, RunSideBySideEachInOrderUntilTheyAreStopped) {
   EXPECT_EQ(lanes.GetDelayProcessFifoCount(1), 0) << "dropped once";
 }
 
-TEST(TaskLanes, ARefusalLeavesTheQueueUnchangedAndEndsByItself) {
+TEST(Task_Lanes, A_Refusal_Leaves_The_Queue_Unchanged_And_Ends_By_Itself) {
   const C_Simulated_Clock clock(5);
   C_Lanes lanes;
   lanes.Init(1, 0, 300000);
@@ -197,7 +197,7 @@ TEST(TaskLanes, ARefusalLeavesTheQueueUnchangedAndEndsByItself) {
   EXPECT_EQ(lanes.Trace().back(), "0 did 1");
 }
 
-TEST(StopDeathTest, AThreadOrLaneThatDoesNotEndIsReportedByItsName) {
+TEST(Stop_DeathTest, A_Thread_Or_Lane_That_Does_Not_End_Is_Reported_By_Its_Name) {
   const C_Temp_Folder folder;
   const auto stop_a_hanging = [](bool lane) {
     const C_Simulated_Clock clock(1);

@@ -33,7 +33,7 @@ class Advanced_Dialog : public Operator {
   }
 };
 
-TEST_F(Advanced_Dialog, EditsReachTheirMembers) {
+TEST_F(Advanced_Dialog, Edits_Reach_Their_Members) {
   Start(1);
   C_VoiceMotor& station = Station(0);
   const struct {
@@ -83,7 +83,7 @@ TEST_F(Advanced_Dialog, EditsReachTheirMembers) {
   EXPECT_THAT(File("音圈电机1参数"), HasSubstr("Val_Error_offset 0 = double -0.0125"));
 }
 
-TEST_F(Advanced_Dialog, StandsOnceAndLeavesThePanelAlive) {
+TEST_F(Advanced_Dialog, Stands_Once_And_Leaves_The_Panel_Alive) {
   Start(2);
   C_Script script;
   script.Run([&] {
@@ -120,7 +120,7 @@ TEST_F(Advanced_Dialog, StandsOnceAndLeavesThePanelAlive) {
   EXPECT_EQ(Count_Dialogs(Title(1)), 1);
 }
 
-TEST_F(Advanced_Dialog, ChartsFollowTheMeasurementsAndShareTheirKind) {
+TEST_F(Advanced_Dialog, Charts_Follow_The_Measurements_And_Share_Their_Kind) {
   Start(2);
   base->PlotPointNum = 10.0;
   for (int i = 0; i < 12; ++i) Measure(0, 3.0 + 0.01 * i);
@@ -180,7 +180,7 @@ TEST_F(Advanced_Dialog, ChartsFollowTheMeasurementsAndShareTheirKind) {
 }
 
 // The sizes are entered the wrong way round and one is wrong: 4 mm of true difference over 5, without its sign.
-TEST_F(Advanced_Dialog, LinearityComparesTwoBlocks) {
+TEST_F(Advanced_Dialog, Linearity_Compares_Two_Blocks) {
   Start(1);
   Station(0).Val_Force_Set[0] = 70.0;
   for (const auto& [entered, mm] : {std::pair(2.0, 6.0), std::pair(7.0, 2.0)}) {
@@ -205,7 +205,7 @@ TEST_F(Advanced_Dialog, LinearityComparesTwoBlocks) {
 }
 
 // The operator reads a force gauge under the probe at each current, at three heights of the head.
-TEST_F(Advanced_Dialog, CalibratesTheForceWithAGauge) {
+TEST_F(Advanced_Dialog, Calibrates_The_Force_With_A_Gauge) {
   Start(1);
   C_Calibration_Operator person{.max_current = 2.0, .min_current = 0.5, .heights = {0.0, -0.6, -1.2}};
   Work(C_Script().Run([&] { person.Prepare(*front); }).Press(L"推力矫正"));

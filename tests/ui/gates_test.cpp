@@ -12,7 +12,7 @@ using Gates = Operator;
 constexpr wchar_t Service_Gate[] = L"更改密码";  // its tick box, which the operator gate has not
 constexpr wchar_t Advanced[] = L"电机1 高级功能";
 
-TEST_F(Gates, KeepSettingsFromWhoHasNoPasswordAndLeaveMeasuringFree) {
+TEST_F(Gates, Keep_Settings_From_Who_Has_No_Password_And_Leave_Measuring_Free) {
   Start(1);
   Type_Password(L"Mocha");                    // case counts
   Answer(L"输入密码", C_Script().Confirm());  // the caption itself, untyped; the third gate is cancelled
@@ -27,7 +27,7 @@ TEST_F(Gates, KeepSettingsFromWhoHasNoPasswordAndLeaveMeasuringFree) {
 }
 
 // The lock counts a tenth of a second at each refresh of each display.
-TEST_F(Gates, LockAfterATimeThatAllDisplaysShare) {
+TEST_F(Gates, Lock_After_A_Time_That_All_Displays_Share) {
   for (const int stations : {1, 3}) {
     base.reset();
     Start(stations);
@@ -42,7 +42,7 @@ TEST_F(Gates, LockAfterATimeThatAllDisplaysShare) {
   }
 }
 
-TEST_F(Gates, AskTwiceBeforeTheAdvancedFunctionsAndLaterOnlyForTheOperator) {
+TEST_F(Gates, Ask_Twice_Before_The_Advanced_Functions_And_Later_Only_For_The_Operator) {
   Start(1);
   Answer(Service_Gate, C_Script().Fill(L"输入密码", L"x").Fill(L"自动上锁时间", L"5").Select(L"更改密码", 1).Confirm());
   Answer(Service_Gate, C_Script().Fill(L"输入密码", L"mocha").Fill(L"自动上锁时间", L"0").Confirm());
@@ -73,7 +73,7 @@ TEST_F(Gates, AskTwiceBeforeTheAdvancedFunctionsAndLaterOnlyForTheOperator) {
   EXPECT_EQ(Count_Dialogs(Advanced), 1);
 }
 
-TEST_F(Gates, AChangedPasswordHoldsAndTheStartSettingsCanBeOpened) {
+TEST_F(Gates, A_Changed_Password_Holds_And_The_Start_Settings_Can_Be_Opened) {
   Start(1);
   C_Script change;
   change.Fill(L"输入密码", L"mocha").Select(L"更改密码", 1).Fill(L"新密码", L"摩卡2");

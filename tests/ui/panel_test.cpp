@@ -21,7 +21,7 @@ std::vector<std::wstring> Captions(const C_Dialog_Model& model, int column) {
   return captions;
 }
 
-TEST_F(Operator_Panel, StandsInColumnsAndAnAbsentStationStaysBlank) {
+TEST_F(Operator_Panel, Stands_In_Columns_And_An_Absent_Station_Stays_Blank) {
   Start(0);
   base->show();
   EXPECT_THAT(front->Shown(), IsEmpty()) << "without stations there is no panel";
@@ -54,7 +54,7 @@ TEST_F(Operator_Panel, StandsInColumnsAndAnAbsentStationStaysBlank) {
 }
 
 // A day's work at one station: force, block, reference, then parts by hand, slowly and with two forces.
-TEST_F(Operator_Panel, MeasuresPartsAgainstACorrectedReference) {
+TEST_F(Operator_Panel, Measures_Parts_Against_A_Corrected_Reference) {
   Start(1);
   Station(0).Val_Force_KK = 0.0;  // 100 g to the ampere
   Station(0).Val_Force_K = 100.0;
@@ -114,7 +114,7 @@ TEST_F(Operator_Panel, MeasuresPartsAgainstACorrectedReference) {
 }
 
 // What is out of range stays out, a cancel changes nothing, and only a finished command of a station is saved.
-TEST_F(Operator_Panel, EditsTakeWhatIsInRangeAndStationCommandsAreSaved) {
+TEST_F(Operator_Panel, Edits_Take_What_Is_In_Range_And_Station_Commands_Are_Saved) {
   Start(1);
   const auto saved = [] { return std::filesystem::exists("pw_file.dat"); };
   Type_Password();
@@ -149,7 +149,7 @@ TEST_F(Operator_Panel, EditsTakeWhatIsInRangeAndStationCommandsAreSaved) {
 }
 
 // Simulated inputs start measurements; opening the dialog again shows nothing ticked, and a cancel clears the mask.
-TEST_F(Operator_Panel, MeasuresAutomaticallyUntilItIsCancelled) {
+TEST_F(Operator_Panel, Measures_Automatically_Until_It_Is_Cancelled) {
   Start(2);
   Type_Password();
   Answer(L"自动测量电机1", C_Script().Select(L"自动测量电机1", 1).Confirm());
@@ -168,7 +168,7 @@ TEST_F(Operator_Panel, MeasuresAutomaticallyUntilItIsCancelled) {
 
 // The panel's thread waits for a lane, and the lane waits for the operator to answer its box. The failed cycle empties
 // the line of the display.
-TEST_F(Operator_Panel, ACommandThatWaitsGoesOnWhenTheBoxOfItsLaneIsAnswered) {
+TEST_F(Operator_Panel, A_Command_That_Waits_Goes_On_When_The_Box_Of_Its_Lane_Is_Answered) {
   Start(1);
   front->On_Box(L"", Answer_Ok, 3000);
   double started_ms = 0.0;

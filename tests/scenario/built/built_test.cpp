@@ -36,7 +36,7 @@ C_Outcome Orsanta(const std::string& arguments) {
   return Shell(std::string(BUILT_PROGRAM) + " " + arguments + " 2>&1");
 }
 
-TEST(Built_Library, ShowsTheFunctionsOfItsHeaderAndNothingElse) {
+TEST(Built_Library, Shows_The_Functions_Of_Its_Header_And_Nothing_Else) {
   std::set<std::string> declared;
   std::ifstream header(SOURCE_FOLDER "/include/orsanta/orsanta.h");
   for (std::string line; std::getline(header, line);) {
@@ -75,7 +75,7 @@ std::vector<C_Csv_Part> Read_Parts(const std::string& path) {
   return parts;
 }
 
-TEST(Program, MeasuresAtTheForceThatItNamesAndTestsItself) {
+TEST(Program, Measures_At_The_Force_That_It_Names_And_Tests_Itself) {
   const C_Temp_Folder folder;
   const C_Outcome ran = Orsanta("measure --stations 2 --parts=2 --force 50 --csv parts.csv");
   EXPECT_EQ(ran.status, 0) << ran.output;
@@ -94,7 +94,7 @@ TEST(Program, MeasuresAtTheForceThatItNamesAndTestsItself) {
   EXPECT_THAT(tested.output, HasSubstr("PASS"));
 }
 
-TEST(Program, AnInterruptedRunTellsWhichPartsWereNotTried) {
+TEST(Program, An_Interrupted_Run_Tells_Which_Parts_Were_Not_Tried) {
   constexpr int Parts = 1000;
   const C_Temp_Folder folder;
   const C_Outcome ran =
@@ -113,7 +113,7 @@ TEST(Program, AnInterruptedRunTellsWhichPartsWereNotTried) {
   EXPECT_THAT(ran.output, HasSubstr(told));
 }
 
-TEST(Program, AWrongArgumentGetsOneLineThatSaysWhatIsAllowed) {
+TEST(Program, A_Wrong_Argument_Gets_One_Line_That_Says_What_Is_Allowed) {
   struct C_Case {
     const char* arguments;
     const char* told;

@@ -78,7 +78,7 @@ C_Report Crossed_Report() {
   return report;
 }
 
-TEST(Report, ShowsACrossedStudyOnA4) {
+TEST(Report, Shows_A_Crossed_Study_On_A4) {
   const orsanta::C_Temp_Folder folder;
   EXPECT_EQ(Seen(Crossed_Report(), C_Language::English),
             "Components of the variation: {\"bar\":9}\n"
@@ -91,7 +91,7 @@ TEST(Report, ShowsACrossedStudyOnA4) {
   EXPECT_THAT(orsanta::File_Text("page.pdf"), HasSubstr("/MediaBox [0 0 59"));  // 595 x 842 points are A4
 }
 
-TEST(Report, ShowsTheOtherStudiesInChinese) {
+TEST(Report, Shows_The_Other_Studies_In_Chinese) {
   const orsanta::C_Temp_Folder folder;
   std::vector<double> values;
   for (int i = 0; i < 30; ++i) values.push_back(3.0001 + i * 11 % 7 * 1e-4);

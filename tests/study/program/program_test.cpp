@@ -27,7 +27,7 @@ constexpr char Crossed[] =
     "part;appraiser;trial;value\r\n1;A;1;3,0010\r\n1;A;2;3,0012\r\n1;B;1;3,0011\r\n1;B;2;3,0013\r\n"
     "2;A;1;3,0110\r\n2;A;2;3,0112\r\n2;B;1;3,0111\r\n2;B;2;3,0113\r\n";
 
-TEST(Study_Program, WorksOutFilesAndLosesNone) {
+TEST(Study_Program, Works_Out_Files_And_Loses_None) {
   const orsanta::C_Temp_Folder folder;
   Put("grr.csv", Crossed);
   const C_Outcome ran = Study("grr --data grr.csv --tolerance 20 --out out --language en");
@@ -67,7 +67,7 @@ TEST(Study_Program, WorksOutFilesAndLosesNone) {
   EXPECT_EQ(Result("force")["verdict"], "conditional");
 }
 
-TEST(Study_Program, SaysWhatIsWrongAndWhatToDo) {
+TEST(Study_Program, Says_What_Is_Wrong_And_What_To_Do) {
   const orsanta::C_Temp_Folder folder;
   Put("bad.csv", "part,appraiser,trial,value\n1,A,1,x\n1,A\n");
   Put("short.csv", "value\n1\n2\n");
@@ -98,7 +98,7 @@ TEST(Study_Program, SaysWhatIsWrongAndWhatToDo) {
   }
 }
 
-TEST(Study_Program, MeasuresOnTheBench) {
+TEST(Study_Program, Measures_On_The_Bench) {
   const orsanta::C_Temp_Folder folder;
   const C_Outcome ran = Study(
       "grr --parts 3 --appraisers 2 --trials 2 --tolerance 20 --placement-error 0.5 --appraiser-error 20 --out grr "
@@ -119,7 +119,7 @@ TEST(Study_Program, MeasuresOnTheBench) {
 
 // The machine is the bench without its control functions: nothing lies on its anvil, which stands for a part of the
 // size of the reference block.
-TEST(Study_Program, AsksAPersonOnAMachineAndTakesAStudyUpAgain) {
+TEST(Study_Program, Asks_A_Person_On_A_Machine_And_Takes_A_Study_Up_Again) {
   const orsanta::C_Temp_Folder folder;
   const std::string program = "LD_LIBRARY_PATH=" MACHINE_FOLDER " " BUILT_PROGRAM " ";
   for (const char* command : {"measure", "panel"}) {
