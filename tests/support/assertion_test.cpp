@@ -215,7 +215,7 @@ TEST(Stack, Names_Function_Distance_And_Module) {
   C_Stack here;
   here.Capture();
   EXPECT_THAT(text_of(here.address[0]) + text_of(here.address[1]),  // a sanitizer's frame may stand before it
-              HasSubstr("_NamesFunctionDistanceAndModule_Test::TestBody() + 0x"));
+              HasSubstr("Stack_Names_Function_Distance_And_Module_Test::TestBody() + 0x"));
   EXPECT_THAT(text_of(inside(&Fail_In_The_Middle, 1)),
               testing::EndsWith("Fail_In_The_Middle(orsanta::CMyArray<int> const&) + 0x1 in test_support"));
   EXPECT_THAT(text_of(inside(dlsym(RTLD_DEFAULT, "insque"), 5)), testing::EndsWith(" insque + 0x5 in libc.so.6"));
