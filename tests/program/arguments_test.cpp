@@ -1,25 +1,66 @@
-// orsanta study as a person at the terminal meets it: values from files, from the bench, and on a machine.
+// The built program as a person at the terminal meets it: what it takes, what it refuses, and studies of values in
+// files.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <fstream>
 #include <nlohmann/json.hpp>
 
+#include "common/command.h"
 #include "common/temp_folder.h"
-#include "study/program/shell.h"
 
-namespace study {
+namespace orsanta {
 namespace {
 
-using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
+
+C_Outcome Orsanta(const std::string& arguments) {
+  return Shell(BUILT_PROGRAM " " + arguments + " 2>&1");
+}
+
+C_Outcome Study(const std::string& arguments) {
+  return Orsanta("study " + arguments);
+}
+
+TEST(Program, A_Wrong_Argument_Gets_One_Line_That_Says_What_Is_Allowed) {
+  struct C_Case {
+    const char* arguments;
+    const char* told;
+  };
+  for (const C_Case& item :
+       {C_Case{"", "measure"}, C_Case{"weigh", "measure"}, C_Case{"measure --stations 15", "1 to 14"},
+        C_Case{"measure --stations 0", "1 to 14"}, C_Case{"measure --stations two", "1 to 14"},
+        C_Case{"measure --parts=1.5", "whole number"}, C_Case{"measure --force nan", "1 to 1000"},
+        C_Case{"measure --force", "--force"}, C_Case{"measure --speed 3", "--stations"},
+        C_Case{"measure --csv /no/such/folder/x.csv", "/no/such/folder/x.csv"}}) {
+    const C_Outcome ran = Orsanta(item.arguments);
+    EXPECT_EQ(ran.status, 2) << item.arguments;
+    EXPECT_THAT(ran.output, HasSubstr(item.told)) << item.arguments;
+    EXPECT_EQ(std::count(ran.output.begin(), ran.output.end(), '\n'), 1) << ran.output;
+  }
+  // On a machine nothing places parts.
+  for (const char* command : {"measure", "panel"}) {
+    const C_Outcome ran =
+        Shell("LD_LIBRARY_PATH=" MACHINE_FOLDER " " BUILT_PROGRAM " " + std::string(command) + " 2>&1");
+    EXPECT_EQ(ran.status, 1);
+    EXPECT_THAT(ran.output, StartsWith("orsanta: " + std::string(command) + " needs the bench"));
+    EXPECT_EQ(std::count(ran.output.begin(), ran.output.end(), '\n'), 1) << ran.output;
+  }
+  for (const char* arguments : {"--help", "measure --help", "selftest --help"}) {
+    const C_Outcome ran = Orsanta(arguments);
+    EXPECT_EQ(ran.status, 0);
+    EXPECT_THAT(ran.output, HasSubstr("Example: orsanta")) << arguments;
+  }
+}
 
 void Put(const std::string& name, const std::string& text) {
   std::ofstream(name, std::ios::binary) << text;
 }
 
 nlohmann::json Result(const std::string& folder) {
-  return nlohmann::json::parse(orsanta::File_Text(folder + "/result.json"));
+  return nlohmann::json::parse(File_Text(folder + "/result.json"));
 }
 
 // Two parts, two appraisers, two trials, as a German spreadsheet writes them.
@@ -28,7 +69,7 @@ constexpr char Crossed[] =
     "2;A;1;3,0110\r\n2;A;2;3,0112\r\n2;B;1;3,0111\r\n2;B;2;3,0113\r\n";
 
 TEST(Study_Program, Works_Out_Files_And_Loses_None) {
-  const orsanta::C_Temp_Folder folder;
+  const C_Temp_Folder folder;
   Put("grr.csv", Crossed);
   const C_Outcome ran = Study("grr --data grr.csv --tolerance 20 --out out --language en");
   EXPECT_EQ(ran.status, 0);
@@ -43,7 +84,7 @@ TEST(Study_Program, Works_Out_Files_And_Loses_None) {
   }
   EXPECT_NEAR(grr["anova"]["PV"].get<double>(), 0.01 / std::sqrt(2.0), 1e-6);
   EXPECT_GT(grr["anova"]["interaction_p"].get<double>(), 0.25);
-  EXPECT_EQ(orsanta::File_Text("out/data.csv"), Crossed);
+  EXPECT_EQ(File_Text("out/data.csv"), Crossed);
 
   // The same values with another tolerance; other values do not go over them.
   EXPECT_EQ(Study("grr --data out/data.csv --tolerance 1 --out out").status, 0);
@@ -68,7 +109,7 @@ TEST(Study_Program, Works_Out_Files_And_Loses_None) {
 }
 
 TEST(Study_Program, Says_What_Is_Wrong_And_What_To_Do) {
-  const orsanta::C_Temp_Folder folder;
+  const C_Temp_Folder folder;
   Put("bad.csv", "part,appraiser,trial,value\n1,A,1,x\n1,A\n");
   Put("short.csv", "value\n1\n2\n");
   Put("grr.csv", std::string(Crossed).substr(0, 120));
@@ -98,58 +139,5 @@ TEST(Study_Program, Says_What_Is_Wrong_And_What_To_Do) {
   }
 }
 
-TEST(Study_Program, Measures_On_The_Bench) {
-  const orsanta::C_Temp_Folder folder;
-  const C_Outcome ran = Study(
-      "grr --parts 3 --appraisers 2 --trials 2 --tolerance 20 --placement-error 0.5 --appraiser-error 20 --out grr "
-      "--language en");
-  EXPECT_EQ(ran.status, 0) << ran.output;
-  const nlohmann::json grr = Result("grr");
-  EXPECT_EQ(grr["header"]["Placement error (standard deviation)"], "0.5 µm");
-  EXPECT_EQ(grr["header"]["Landing speed"], "20 mm/s");
-  EXPECT_THAT(grr["header"]["Software"].get<std::string>(), HasSubstr("liborsanta.so ("));
-  EXPECT_NEAR(grr["anova"]["PV"].get<double>(), 0.010, 0.001);
-  EXPECT_GT(grr["anova"]["AV"].get<double>(), 0.002);
-  EXPECT_LT(grr["anova"]["EV"].get<double>(), 0.002);
-
-  const C_Outcome force = Study("force --heights 1,7 --forces 60,400 --out force");
-  EXPECT_EQ(force.status, 0) << force.output;
-  EXPECT_LT(Result("force")["force"]["greatest_error_percent"].get<double>(), 1.0);
-}
-
-// The machine is the bench without its control functions: nothing lies on its anvil, which stands for a part of the
-// size of the reference block.
-TEST(Study_Program, Asks_A_Person_On_A_Machine_And_Takes_A_Study_Up_Again) {
-  const orsanta::C_Temp_Folder folder;
-  const std::string program = "LD_LIBRARY_PATH=" MACHINE_FOLDER " " BUILT_PROGRAM " ";
-  for (const char* command : {"measure", "panel"}) {
-    const C_Outcome told = Shell(program + command + " 2>&1");
-    EXPECT_EQ(told.status, 1);
-    EXPECT_THAT(told.output, StartsWith("orsanta: " + std::string(command) + " needs the bench"));
-    EXPECT_EQ(std::count(told.output.begin(), told.output.end(), '\n'), 1) << told.output;
-  }
-
-  // The block, three parts, and the end.
-  const C_Outcome begun = Shell("printf '\\n\\n\\n\\nq\\n' | " + program +
-                                "study type1 --reference 5 --tolerance 20 --block 5 --out out --language en 2>&1");
-  EXPECT_EQ(begun.status, 1) << begun.output;
-  EXPECT_THAT(begun.output, HasSubstr("[4/25] repeat 4: reference of 5 mm. Place it"));
-  EXPECT_THAT(begun.output, HasSubstr("3 of 25 values are kept"));
-  EXPECT_THAT(begun.output, HasSubstr("orsanta study type1 --out \"out\" --resume"));
-  const std::string kept = orsanta::File_Text("out/data.csv");
-  EXPECT_EQ(std::count(kept.begin(), kept.end(), '\n'), 4);
-
-  EXPECT_THAT(Study("type1 --out out --reference 5 --tolerance 20").output, HasSubstr("holds measured values already"));
-  EXPECT_THAT(Study("type1 --out out --resume").output, HasSubstr("was begun on a machine"));
-  Put("out/data.csv", kept + "5,4,4.99");  // the power went while this line was written
-  const C_Outcome ended = Shell("yes '' | " + program + "study type1 --out out --resume 2>&1");
-  EXPECT_EQ(ended.status, 0) << ended.output;
-  EXPECT_THAT(orsanta::File_Text("out/data.csv"), StartsWith(kept + "5,4,5.00"));
-  const nlohmann::json result = Result("out");
-  EXPECT_EQ(result["type1"]["count"], 25);
-  EXPECT_NEAR(result["type1"]["bias_mm"].get<double>(), 0.0, 0.0005);
-  EXPECT_EQ(result["setup"]["tolerance_um"], 20.0);
-}
-
 }  // namespace
-}  // namespace study
+}  // namespace orsanta

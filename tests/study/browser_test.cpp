@@ -4,8 +4,8 @@
 
 #include <cmath>
 
+#include "common/command.h"
 #include "common/temp_folder.h"
-#include "study/program/shell.h"
 #include "study/reports.h"
 
 namespace study {
@@ -42,7 +42,7 @@ document.getElementById('seen').textContent = seen.join('\n');
 </script></body>)";
 
 std::string Chromium(const std::string& what) {
-  return Shell(
+  return orsanta::Shell(
              "chromium --headless --no-sandbox --disable-gpu --disable-quic --no-first-run "
              "--disable-background-networking "
              "--disable-component-update --disable-sync --user-data-dir=profile --window-size=794,1123 " +
