@@ -1,6 +1,7 @@
 // Children of the test's process. No other thread of the test may run when one is made.
 #pragma once
 
+#include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -21,11 +22,11 @@ int Exit_Status_Of(Function function) {
 // A child that runs a function and then stands still until it is killed.
 class C_Other_Process {
  public:
-  // Returns when the function has ended.
+  // Returns when the function has ended or has put another program in its place.
   template <class Function>
   explicit C_Other_Process(Function function) {
     int ends[2];
-    if (pipe(ends) != 0) std::abort();
+    if (pipe2(ends, O_CLOEXEC) != 0) std::abort();
     m_Id = fork();
     if (m_Id == 0) {
       function();

@@ -2,12 +2,13 @@
 
 #include <gmock/gmock.h>
 
+#include <array>
+#include <functional>
+#include <memory>
 #include <set>
-#include <string>
 #include <vector>
 
 #include "common/failed_check.h"
-#include "common/temp_folder.h"
 
 namespace orsanta {
 namespace {
@@ -23,16 +24,6 @@ CMyArray<int> Numbers(int count) {
 std::vector<int> Content(const CMyArray<int>& array) {
   return {array.begin(), array.end()};
 }
-
-// An element that tells how many of its kind live.
-struct C_Counted {
-  C_Counted() { ++live; }
-  C_Counted(const C_Counted& other) : text(other.text) { ++live; }
-  C_Counted& operator=(const C_Counted&) = default;
-  ~C_Counted() { --live; }
-  std::string text;
-  static inline int live = 0;
-};
 
 TEST(Array, Grows_By_Doubling_And_Fills_Only_The_Places_Beyond_The_Old_Block) {
   CMyArray<int> array;
@@ -50,17 +41,22 @@ TEST(Array, Grows_By_Doubling_And_Fills_Only_The_Places_Beyond_The_Old_Block) {
   array.SetArraySize(0);
   array.SetArraySize(3, 9);
   EXPECT_THAT(Content(array), ElementsAre(7, 7, 7));
+  array.ReallocateMem(16);
+  EXPECT_EQ(*(array + 2), 7) << "the block was large enough";
+  array.ReallocateMem(17);
+  EXPECT_EQ(array.GetAllocatedSize(), 17);
   array.Clear();
-  EXPECT_EQ(array.GetAllocatedSize(), 0);
+  EXPECT_EQ(array.GetSize() + array.GetAllocatedSize(), 0);
   EXPECT_EQ(array.GetData(), nullptr);
 }
 
 TEST(Array, Removes_Ranges_And_Lists_And_Cuts_Sub_Arrays_In_Place_Too) {
-  CMyArray<int> range = Numbers(6);
+  CMyArray<int> range = Numbers(7);
   range.RemoveData(1, 2);
   range.DelStartData();
   range.DelEndData();
-  EXPECT_THAT(Content(range), ElementsAre(3, 4));
+  EXPECT_THAT(Content(range), ElementsAre(3, 4, 5));
+  EXPECT_EQ(range.GetEndData(), 5);
   // Every set of places of an array of six, against a plain filter.
   for (unsigned set = 0; set < 64; ++set) {
     CMyArray<int> array = Numbers(6);
@@ -77,33 +73,49 @@ TEST(Array, Removes_Ranges_And_Lists_And_Cuts_Sub_Arrays_In_Place_Too) {
 }
 
 TEST(Array, Elements_Of_Classes_Are_Copied_Deep_And_All_Destroyed) {
+  const auto held = std::make_shared<int>();
   {
-    CMyArray<C_Counted> array;
-    array.SetArraySize(3);
-    for (int i = 0; i < 3; ++i) array[i].text = std::to_string(i);
-    CMyArray<C_Counted> copy(array);
-    copy[0].text = "other";
-    EXPECT_EQ(array[0].text, "0");
+    CMyArray<std::shared_ptr<int>> array;
+    for (int i = 0; i < 3; ++i) array.Add(held);
+    CMyArray<std::shared_ptr<int>> copy(array);
+    copy[0].reset();
+    EXPECT_NE(array[0], nullptr);
     array = copy;
-    EXPECT_EQ(array[0].text, "other");
+    EXPECT_EQ(array[0], nullptr);
     array.DelStartData();
-    EXPECT_EQ(array[0].text, "1");
+    EXPECT_EQ(array[0], held);
+    array.ReallocateMem(100);
+    copy.Clear();
+    EXPECT_EQ(held.use_count(), 1);
+    array[99] = held;
   }
-  EXPECT_EQ(C_Counted::live, 0);
+  EXPECT_EQ(held.use_count(), 1);
 }
 
 TEST(Array, Each_Broken_Check_Reports_Its_Own_Line) {
   const C_Temp_Folder folder;
   CMyArray<int> array = Numbers(3), empty, out;
-  std::set<int> lines;
-  const auto breaks = [&lines](auto action) { return lines.insert(Failed_Check_Line(action)).second; };
-  EXPECT_TRUE(breaks([&] { array.GetAt(3); }) && breaks([&] { array.GetAt(-1); }));
-  EXPECT_TRUE(breaks([&] { empty.GetEndData(); }) && breaks([&] { empty.DelEndData(); }));
-  EXPECT_TRUE(breaks([&] { array.SetArraySize(-1); }) && breaks([&] { array.SetArraySize(-1, 0); }));
-  EXPECT_TRUE(breaks([&] { array.RemoveData(-1, 1); }) && breaks([&] { array.RemoveData(2, -1); }));
-  EXPECT_TRUE(breaks([&] { array.RemoveData(2, 2); }));
-  EXPECT_TRUE(breaks([&] { array.GetSubArray(4, 0, out); }) && breaks([&] { array.GetSubArray(2, 2, out); }));
-  EXPECT_EQ(lines.count(0), 0U) << "an action that no check stopped";
+  const CMyArray<int>& constant = array;
+  const std::function<void()> broken[] = {
+      [&] { array.GetAt(3); },
+      [&] { array.GetAt(-1); },
+      [&] { constant.GetAt(3); },
+      [&] { constant.GetAt(-1); },
+      [&] { empty.GetEndData(); },
+      [&] { empty.DelEndData(); },
+      [&] { empty.DelStartData(); },
+      [&] { array.SetArraySize(-1); },
+      [&] { array.SetArraySize(-1, 0); },
+      [&] { array.RemoveData(-1, 1); },
+      [&] { array.RemoveData(2, -1); },
+      [&] { array.RemoveData(2, 2); },
+      [&] { array.GetSubArray(-1, 1, out); },
+      [&] { array.GetSubArray(4, -1, out); },
+      [&] { array.GetSubArray(3, -1, out); },
+      [&] { array.GetSubArray(2, 2, out); },
+  };
+  std::set<int> lines{0};  // of no check
+  for (const auto& action : broken) EXPECT_TRUE(lines.insert(Failed_Check_Line(action)).second) << *lines.rbegin();
   // Places that repeat, fall, or lie outside, and sums that do not fit the 32 bits of a count.
   for (const std::vector<int>& places : {std::vector{1, 1}, {2, 0}, {0, 3}, {-2, 0}, {3}, {0, 1, 2, 3}})
     EXPECT_GT(Failed_Check_Line([&] { array.RemoveData(places.data(), static_cast<int>(places.size())); }), 0);
@@ -114,14 +126,11 @@ TEST(Array, Each_Broken_Check_Reports_Its_Own_Line) {
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)  // their allocators end the process instead
 TEST(Array, Reports_An_Allocation_That_Fails) {
   const C_Temp_Folder folder;
-  struct C_Megabyte {
-    char bytes[1 << 20];
-  };
-  CMyArray<C_Megabyte> array;
+  CMyArray<std::array<char, 1 << 20>> array;
+  EXPECT_GT(Failed_Check_Line([&] { array.ReallocateMem(2147483647); }), 0);
   EXPECT_GT(Failed_Check_Line([&] { array.ExpandMem(2147483647); }), 0);
   EXPECT_TRUE(CVCDumpMessage::m_cErrorMsg().starts_with(
       "CMyArray<T>::ExpandMem错误: T* pNewData = new T[nNewSize]; nNewSize = 2147483647\n"));
-  EXPECT_GT(Failed_Check_Line([&] { array.ReallocateMem(2147483647); }), 0);
 }
 #endif
 
