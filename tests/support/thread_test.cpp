@@ -55,7 +55,7 @@ TEST(Bind_Thread, Begins_Once_Passes_Again_And_Again_And_Ends_After_A_Whole_Pass
   EXPECT_EQ(loop.m_Trace, "begin C_Loop()()()begin a name of its o()");
 }
 
-// Each thread has the level that it asks for, twice as once, whatever its starter had.
+// Whatever its starter had.
 TEST(Thread_Levels, Are_Places_That_Nobody_Inherits) {
   if (geteuid() != 0) GTEST_SKIP() << "only root may raise a priority everywhere";
   const auto level_of_started = [](int level) {
@@ -68,24 +68,19 @@ TEST(Thread_Levels, Are_Places_That_Nobody_Inherits) {
   };
   for (int init = 1; init <= 2; ++init) {
     SetPriorityClass(Process_Class_High);
-    EXPECT_EQ(level_of_started(Priority_Normal), "nice -10");
     SetThreadPriority(Priority_Above_Normal);
     EXPECT_EQ(Thread_Level(), "nice -15");
+    Become_Real_Time();
     EXPECT_EQ(level_of_started(Priority_Normal), "nice -10");
     EXPECT_EQ(level_of_started(Priority_Time_Critical), "real-time 10");
     EXPECT_EQ(level_of_started(Priority_Sample_Reader), "real-time 11");
+    SetThreadPriority(Priority_Time_Critical);
+    std::string of_another;
+    std::thread([&of_another] { of_another = Thread_Level(); }).join();  // as a library starts one
+    EXPECT_EQ(of_another, "nice 0");
+    SetThreadPriority(Priority_Normal);
+    EXPECT_EQ(Thread_Level(), "nice -10");
   }
-  C_Thread critical;
-  critical.Start(
-      "critical",
-      [&level_of_started] {
-        std::string of_another;
-        std::thread([&of_another] { of_another = Thread_Level(); }).join();  // as a library starts one
-        EXPECT_EQ(of_another, "nice 0");
-        Become_Real_Time();  // without the system's own care for what it starts
-        EXPECT_EQ(level_of_started(Priority_Normal), "nice -10");
-      },
-      Priority_Time_Critical);
 }
 
 TEST(Critical_Section, Is_Taken_Again_By_Its_Holder_And_Given_Back_By_Nobody_Else) {
