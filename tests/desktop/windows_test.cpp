@@ -21,6 +21,7 @@
 #include <iterator>
 #include <thread>
 
+#include "common/command.h"
 #include "common/failed_check.h"
 #include "common/temp_folder.h"
 #include "common/thread_levels.h"
@@ -330,14 +331,10 @@ TEST_F(Windows, A_Chart_Follows_Zooms_And_Saves) {
 
 TEST(Display, The_Panel_Command_Says_In_One_Line_That_There_Is_None) {
   const std::string program = std::filesystem::read_symlink("/proc/self/exe").parent_path() / "orsanta";
-  FILE* output =
-      popen(("env -u DISPLAY -u WAYLAND_DISPLAY -u QT_QPA_PLATFORM " + program + " panel 2>&1").c_str(), "r");
-  ASSERT_NE(output, nullptr);
-  char line[400] = "";
-  EXPECT_NE(fgets(line, sizeof line, output), nullptr);
-  EXPECT_STREQ(line, "orsanta: the panel needs a display: no display: neither DISPLAY nor WAYLAND_DISPLAY is set\n");
-  EXPECT_EQ(fgets(line, sizeof line, output), nullptr);
-  EXPECT_EQ(WEXITSTATUS(pclose(output)), 1);
+  const C_Outcome told = Shell("unset QT_QPA_PLATFORM; " + program + " panel 2>&1");
+  EXPECT_EQ(told.output,
+            "orsanta: the panel needs a display: no display: neither DISPLAY nor WAYLAND_DISPLAY is set\n");
+  EXPECT_EQ(told.status, 1);
 }
 
 // The display goes away under an open dialog and an open box: both count as cancelled, and the process lives.
@@ -360,14 +357,6 @@ TEST(Display, A_Lost_Display_Cancels_What_Is_Open) {
   EXPECT_EXIT(Lose_Display(), ::testing::ExitedWithCode(0), "the system goes on without windows.*");
 }
 
-std::string Output_Of(const std::string& command) {
-  std::string output;
-  FILE* pipe = popen(command.c_str(), "r");
-  for (int letter; (letter = fgetc(pipe)) != EOF;) output.push_back(static_cast<char>(letter));
-  pclose(pipe);
-  return output;
-}
-
 TEST(Display, A_Report_Is_Shown_Once_Its_Process_Has_Ended_And_Keeps_Nothing_Of_It) {
   if (!C_Virtual_Display::Start()) GTEST_SKIP() << "no Xvfb";
   GTEST_FLAG_SET(death_test_style, "fast");
@@ -377,16 +366,18 @@ TEST(Display, A_Report_Is_Shown_Once_Its_Process_Has_Ended_And_Keeps_Nothing_Of_
     MY_ASSERT_REPORT("what failed at " + std::to_string(flock(lock_file, LOCK_EX)));
   };
   EXPECT_EXIT(fail(), Ends_By_A_Failed_Check, "dump: test_desktop_");
-  const std::string dump = Output_Of("printf %s *.dmp");
+  const std::string dump = Shell("printf %s *.dmp").output;
   EXPECT_EQ(flock(open(".", O_RDONLY | O_CLOEXEC), LOCK_EX | LOCK_NB), 0);
 
-  const std::string find = "timeout 20 xdotool search --sync --onlyvisible --name '^Orsanta 已停止$' ";
-  const std::string process = "/proc/" + std::to_string(std::stoi(Output_Of(find + "getwindowpid")));
+  const std::string display = "export DISPLAY=" + std::string(std::getenv("DISPLAY")) + "; ";
+  const std::string report = "--onlyvisible --name '^Orsanta 已停止$' ";
+  const std::string window = Shell(display + "timeout 20 xdotool search --sync " + report + "getwindowpid").output;
+  const std::string process = "/proc/" + std::to_string(std::stoi(window));
   const std::string command = File_Text(process + "/cmdline");
   EXPECT_EQ(command.substr(0, 32), std::string("orsanta_report\0what failed at 0\n", 32));
   EXPECT_EQ(command.substr(command.size() - dump.size() - 1), dump + '\0');
   for (int i = 0; i < 100 && std::filesystem::exists(process); ++i) {  // a window takes keys some time after it shows
-    Output_Of("xdotool search --onlyvisible --name '^Orsanta 已停止$' windowfocus key Return 2>&1");
+    Shell(display + "xdotool search " + report + "windowfocus key Return 2>&1");
     usleep(100000);
   }
   EXPECT_FALSE(std::filesystem::exists(process));

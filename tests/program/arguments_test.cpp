@@ -13,6 +13,7 @@
 namespace orsanta {
 namespace {
 
+using ::testing::AllOf;
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
 
@@ -22,37 +23,6 @@ C_Outcome Orsanta(const std::string& arguments) {
 
 C_Outcome Study(const std::string& arguments) {
   return Orsanta("study " + arguments);
-}
-
-TEST(Program, A_Wrong_Argument_Gets_One_Line_That_Says_What_Is_Allowed) {
-  struct C_Case {
-    const char* arguments;
-    const char* told;
-  };
-  for (const C_Case& item :
-       {C_Case{"", "measure"}, C_Case{"weigh", "measure"}, C_Case{"measure --stations 15", "1 to 14"},
-        C_Case{"measure --stations 0", "1 to 14"}, C_Case{"measure --stations two", "1 to 14"},
-        C_Case{"measure --parts=1.5", "whole number"}, C_Case{"measure --force nan", "1 to 1000"},
-        C_Case{"measure --force", "--force"}, C_Case{"measure --speed 3", "--stations"},
-        C_Case{"measure --csv /no/such/folder/x.csv", "/no/such/folder/x.csv"}}) {
-    const C_Outcome ran = Orsanta(item.arguments);
-    EXPECT_EQ(ran.status, 2) << item.arguments;
-    EXPECT_THAT(ran.output, HasSubstr(item.told)) << item.arguments;
-    EXPECT_EQ(std::count(ran.output.begin(), ran.output.end(), '\n'), 1) << ran.output;
-  }
-  // On a machine nothing places parts.
-  for (const char* command : {"measure", "panel"}) {
-    const C_Outcome ran =
-        Shell("LD_LIBRARY_PATH=" MACHINE_FOLDER " " BUILT_PROGRAM " " + std::string(command) + " 2>&1");
-    EXPECT_EQ(ran.status, 1);
-    EXPECT_THAT(ran.output, StartsWith("orsanta: " + std::string(command) + " needs the bench"));
-    EXPECT_EQ(std::count(ran.output.begin(), ran.output.end(), '\n'), 1) << ran.output;
-  }
-  for (const char* arguments : {"--help", "measure --help", "selftest --help"}) {
-    const C_Outcome ran = Orsanta(arguments);
-    EXPECT_EQ(ran.status, 0);
-    EXPECT_THAT(ran.output, HasSubstr("Example: orsanta")) << arguments;
-  }
 }
 
 void Put(const std::string& name, const std::string& text) {
@@ -68,7 +38,7 @@ constexpr char Crossed[] =
     "part;appraiser;trial;value\r\n1;A;1;3,0010\r\n1;A;2;3,0012\r\n1;B;1;3,0011\r\n1;B;2;3,0013\r\n"
     "2;A;1;3,0110\r\n2;A;2;3,0112\r\n2;B;1;3,0111\r\n2;B;2;3,0113\r\n";
 
-TEST(Study_Program, Works_Out_Files_And_Loses_None) {
+TEST(Program, Works_Out_Files_And_Loses_None) {
   const C_Temp_Folder folder;
   Put("grr.csv", Crossed);
   const C_Outcome ran = Study("grr --data grr.csv --tolerance 20 --out out --language en");
@@ -108,35 +78,59 @@ TEST(Study_Program, Works_Out_Files_And_Loses_None) {
   EXPECT_EQ(Result("force")["verdict"], "conditional");
 }
 
-TEST(Study_Program, Says_What_Is_Wrong_And_What_To_Do) {
+TEST(Program, Says_In_One_Line_What_Is_Wrong_And_What_Is_Allowed) {
   const C_Temp_Folder folder;
-  Put("bad.csv", "part,appraiser,trial,value\n1,A,1,x\n1,A\n");
+  Put("two_bad.csv", "part,appraiser,trial,value\n1,A,1,x\n1,A\n");
   Put("short.csv", "value\n1\n2\n");
   Put("grr.csv", std::string(Crossed).substr(0, 120));
   struct C_Case {
-    const char* arguments;
+    std::string arguments;
     int status;
     const char* told;
+    int lines = 1;
   };
   for (const C_Case& item :
-       {C_Case{"", 2, "grr"}, C_Case{"grr --data nowhere.csv", 2, "\"nowhere.csv\""},
-        C_Case{"grr --parts 1", 2, "--parts"}, C_Case{"grr --language de", 2, "zh"},
-        C_Case{"type1 --reference 3", 2, "--tolerance"}, C_Case{"type1 --tolerance 20", 2, "--reference"},
-        C_Case{"type1 --tolerance 20 --data short.csv", 1, "no column \"reference\""},
-        C_Case{"type1 --tolerance 20 --reference 1 --data short.csv", 1, "at least 25 repeats, there are 2"},
-        C_Case{"linearity --references 1,2,3", 2, "at least 5"}, C_Case{"linearity --references 1,2,2,3,4", 2, "twice"},
-        C_Case{"grr --data grr.csv", 1, "orsanta: grr.csv: the study is not balanced: part 2, appraiser"},
-        C_Case{"grr --data bad.csv", 1,
-               "orsanta: bad.csv: line 2: the column \"value\" holds \"x\", which is no number\n"
-               "orsanta: bad.csv: line 3: 2 fields, not 4"},
-        C_Case{"grr --out new --resume", 1, "plan.json"},
-        C_Case{"grr --out new --resume --parts 5", 2, "leave out --parts"},
-        C_Case{"grr --out /proc/none --data grr.csv", 1, "/proc/none"}}) {
-    const C_Outcome told = Study(item.arguments);
-    EXPECT_EQ(told.status, item.status) << item.arguments;
-    EXPECT_THAT(told.output, HasSubstr(item.told));
-    EXPECT_THAT(told.output, StartsWith("orsanta: "));
+       {C_Case{"", 2, "measure"},
+        C_Case{"weigh", 2, "measure"},
+        C_Case{"measure --stations 15", 2, "1 to 14"},
+        C_Case{"measure --stations 0", 2, "1 to 14"},
+        C_Case{"measure --stations two", 2, "1 to 14"},
+        C_Case{"measure --parts=1.5", 2, "whole number"},
+        C_Case{"measure --force nan", 2, "1 to 1000"},
+        C_Case{"measure --force", 2, "--force"},
+        C_Case{"measure --speed 3", 2, "--stations"},
+        C_Case{"measure --csv /no/such/folder/x.csv", 2, "/no/such/folder/x.csv"},
+        C_Case{"study", 2, "grr"},
+        C_Case{"study grr --data nowhere.csv", 2, "\"nowhere.csv\""},
+        C_Case{"study grr --parts 1", 2, "--parts"},
+        C_Case{"study grr --language de", 2, "zh"},
+        C_Case{"study type1 --reference 3", 2, "--tolerance"},
+        C_Case{"study type1 --tolerance 20", 2, "--reference"},
+        C_Case{"study type1 --tolerance 20 --data short.csv", 1, "no column \"reference\""},
+        C_Case{"study type1 --tolerance 20 --reference 1 --data short.csv", 1, "at least 25 repeats, there are 2"},
+        C_Case{"study linearity --references 1,2,3", 2, "at least 5"},
+        C_Case{"study linearity --references 1,2,2,3,4", 2, "twice"},
+        C_Case{"study grr --data grr.csv", 1, "orsanta: grr.csv: the study is not balanced: part 2, appraiser"},
+        C_Case{"study grr --data two_bad.csv", 1,
+               "orsanta: two_bad.csv: line 2: the column \"value\" holds \"x\", which is no number\n"
+               "orsanta: two_bad.csv: line 3: 2 fields, not 4",
+               2},
+        C_Case{"study grr --out new --resume", 1, "plan.json"},
+        C_Case{"study grr --out new --resume --parts 5", 2, "leave out --parts"},
+        C_Case{"study grr --out /proc/none --data grr.csv", 1, "/proc/none"}}) {
+    const C_Outcome ran = Orsanta(item.arguments);
+    EXPECT_EQ(ran.status, item.status) << item.arguments;
+    EXPECT_THAT(ran.output, AllOf(StartsWith("orsanta: "), HasSubstr(item.told))) << item.arguments;
+    EXPECT_EQ(std::count(ran.output.begin(), ran.output.end(), '\n'), item.lines) << ran.output;
   }
+  for (const std::string command : {"measure", "panel"}) {  // on a machine nothing places parts
+    const C_Outcome ran = Shell("LD_LIBRARY_PATH=" MACHINE_FOLDER " " BUILT_PROGRAM " " + command + " 2>&1");
+    EXPECT_EQ(ran.status, 1);
+    EXPECT_THAT(ran.output, StartsWith("orsanta: " + command + " needs the bench"));
+    EXPECT_EQ(std::count(ran.output.begin(), ran.output.end(), '\n'), 1) << ran.output;
+  }
+  for (const char* arguments : {"--help", "measure --help", "selftest --help"})
+    EXPECT_THAT(Orsanta(arguments).output, HasSubstr("Example: orsanta")) << arguments;
 }
 
 }  // namespace

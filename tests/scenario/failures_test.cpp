@@ -138,7 +138,7 @@ TEST_F(Failures, Arguments_That_Make_No_Sense_Are_Told_And_Change_Nothing) {
   set_test_distance(1, 8.0);
   Save_Parameter2file(1);
   SetIO(7, 1);
-  const std::string store = Text_Of("音圈电机1参数");
+  const std::string store = File_Text("音圈电机1参数");
   std::vector<std::wstring> told;
   for (const double value : {__builtin_nan(""), __builtin_inf(), -__builtin_inf()}) {
     Set_Force(1, value);
@@ -160,9 +160,9 @@ TEST_F(Failures, Arguments_That_Make_No_Sense_Are_Told_And_Change_Nothing) {
   EXPECT_EQ(front->Boxes(), told);
   EXPECT_EQ(bench::Get_Output(7), 1);
   EXPECT_EQ(GetIO(7), 0);
-  EXPECT_EQ(Text_Of("音圈电机1参数"), store);
+  EXPECT_EQ(File_Text("音圈电机1参数"), store);
   Save_Parameter2file(1);
-  EXPECT_EQ(Text_Of("音圈电机1参数"), store);
+  EXPECT_EQ(File_Text("音圈电机1参数"), store);
 }
 
 TEST_F(Failures, A_Station_Number_Above_The_Count_Names_The_Export) {

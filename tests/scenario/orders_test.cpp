@@ -129,7 +129,7 @@ TEST_F(Orders, A_System_That_Died_Comes_Back_As_It_Was) {
   Check_User_Zero(1);
   Save_Parameter2file(1);
   Set_Force(1, 120.0);
-  EXPECT_NE(Text_Of(Store).find("Val_Force_Set[0] 0 = double 120\n"), std::string::npos);
+  EXPECT_NE(File_Text(Store).find("Val_Force_Set[0] 0 = double 120\n"), std::string::npos);
   Set_Force2(1, 80.0);
   std::filesystem::copy_file(Store, "as it was");
   Set_Force(1, 33.0);

@@ -1,11 +1,5 @@
 // One seed replays a whole run: lanes, loop, windows and drives, to the byte.
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <filesystem>
-#include <fstream>
-#include <sstream>
-
+#include "common/other_process.h"
 #include "scenario/system.h"
 #include "support/thread.h"
 
@@ -38,17 +32,11 @@ class Replayed_Run : public System {
 // In a process of its own, since the loop's place in the round of stations outlives a system.
 std::string Record_Of(uint64_t seed) {
   const C_Temp_Folder folder;
-  const pid_t child = fork();
-  if (child == 0) {
-    const std::string path = std::filesystem::current_path() / "record";
+  const auto run = [seed, path = folder.Path() / "record"] {
     std::ofstream(path) << Replayed_Run(seed).Record();
-    _exit(0);
-  }
-  int status = -1;
-  waitpid(child, &status, 0);
-  std::ostringstream record;
-  record << std::ifstream("record").rdbuf();
-  return status == 0 ? record.str() : "the run failed";
+    return 0;
+  };
+  return Exit_Status_Of(run) == 0 ? File_Text("record") : "the run failed";
 }
 
 TEST(Replay, One_Seed_Gives_One_Run_To_The_Byte) {

@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <fstream>
 #include <functional>
-#include <sstream>
 #include <vector>
 
 #include "bench/bench.h"
@@ -77,11 +76,6 @@ class System : public ::testing::Test {
     const double thickness = Next_Result(station);
     EXPECT_TRUE(Lift(station));
     return thickness;
-  }
-  static std::string Text_Of(const std::string& file) {
-    std::ostringstream text;
-    text << std::ifstream(file).rdbuf();
-    return text.str();
   }
   static void Correct_Reference(int station, double force = 100.0) {
     bench::Place_Part(station, Block_Mm);

@@ -80,7 +80,7 @@ TEST_F(Advanced_Dialog, Edits_Reach_Their_Members) {
                   L"测试距离: 9.0000000000000000, 1 to 30", L"传感器比例系数: 2000.0000000000000000, 1 to 1e+09"));
   station.m_pMotor->Go_Pos(1.0);
   EXPECT_NEAR(bench::True_Position(1), 2.0, 0.1);
-  EXPECT_THAT(File("音圈电机1参数"), HasSubstr("Val_Error_offset 0 = double -0.0125"));
+  EXPECT_THAT(File_Text("音圈电机1参数"), HasSubstr("Val_Error_offset 0 = double -0.0125"));
 }
 
 TEST_F(Advanced_Dialog, Stands_Once_And_Leaves_The_Panel_Alive) {
@@ -111,7 +111,7 @@ TEST_F(Advanced_Dialog, Stands_Once_And_Leaves_The_Panel_Alive) {
   EXPECT_EQ(Station(1).ThicknessArray.GetSize(), 1);
   EXPECT_NE(Station(0).Debug_Com(), old_link);
   EXPECT_EQ(Station(0).Debug_Com()->ValBaud, 9600);
-  EXPECT_THAT(File("电机1串口参数"), HasSubstr("ValBaud 0 = int 9600"));
+  EXPECT_THAT(File_Text("电机1串口参数"), HasSubstr("ValBaud 0 = int 9600"));
   EXPECT_FALSE(std::filesystem::is_empty("历史数据"));
   Type_Password();
   for (const int index : {0, 1, 0}) Answer(Title(index), C_Script());
@@ -210,7 +210,7 @@ TEST_F(Advanced_Dialog, Calibrates_The_Force_With_A_Gauge) {
   C_Calibration_Operator person{.max_current = 2.0, .min_current = 0.5, .heights = {0.0, -0.6, -1.2}};
   Work(C_Script().Run([&] { person.Prepare(*front); }).Press(L"推力矫正"));
   EXPECT_EQ(person.readings.size(), 12U);
-  EXPECT_THAT(File("音圈电机1参数"), HasSubstr("m_P 0 = array CMyArray<double> 6"))
+  EXPECT_THAT(File_Text("音圈电机1参数"), HasSubstr("m_P 0 = array CMyArray<double> 6"))
       << "the surface, saved by the press";
   EXPECT_THAT(front->Boxes().back(), StartsWith(L"3D推力拟合误差0."));
 }

@@ -61,8 +61,8 @@ TEST_F(Gates, Ask_Twice_Before_The_Advanced_Functions_And_Later_Only_For_The_Ope
   // Lock time 0 locks at the first refresh, and the open advanced dialog asks at its next press.
   EXPECT_THAT(front->Boxes(), ElementsAre(L"密码错误", L"需要操作员密码", L"需要操作员密码", L"用户密码错误"));
   EXPECT_EQ(Count_Dialogs(Advanced), 1);
-  EXPECT_THAT(File("pw_file.dat"), HasSubstr("password_str 0 = text \"mocha\""));
-  EXPECT_THAT(File("pw_file.dat"), HasSubstr("auto_lock_password_time_s 0 = int 0"));
+  EXPECT_THAT(File_Text("pw_file.dat"), HasSubstr("password_str 0 = text \"mocha\""));
+  EXPECT_THAT(File_Text("pw_file.dat"), HasSubstr("auto_lock_password_time_s 0 = int 0"));
 
   // A new panel is locked, but the service gate does not come up again.
   front->Clear_Record();
@@ -84,7 +84,7 @@ TEST_F(Gates, A_Changed_Password_Holds_And_The_Start_Settings_Can_Be_Opened) {
   Type_Password();  // the old one fails at the operator gate that follows
   Run_Panel(C_Script().Press(L"高级功能").Run([&] { EXPECT_FALSE(std::filesystem::exists("pw_file.dat")); }));
   EXPECT_THAT(front->Boxes(), ElementsAre(L"设置完成请重启软件", L"需要操作员密码", L"用户密码错误"));
-  EXPECT_THAT(File("全局电机参数"), HasSubstr("Num 0 = int 3"));
+  EXPECT_THAT(File_Text("全局电机参数"), HasSubstr("Num 0 = int 3"));
 
   // What holds in memory alone is gone with its panel; kept by a save it comes back.
   base->AdvancedUser = 0;

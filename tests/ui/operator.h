@@ -117,12 +117,6 @@ class Operator : public ::testing::Test {
       if (shown.kind == C_Shown::Kind::Chart) charts.push_back(shown);
     return charts;
   }
-  static std::string File(const std::string& name) {
-    std::ifstream file(name);
-    std::stringstream text;
-    text << file.rdbuf();
-    return text.str();
-  }
 
   C_Simulated_Clock clock;
   C_Temp_Folder folder;

@@ -109,7 +109,7 @@ TEST_F(Operator_Panel, Measures_Parts_Against_A_Corrected_Reference) {
   });
   Run_Panel(script);
   EXPECT_EQ(base->LoopPaused, 1) << "closing the panel leaves the loop as it was";
-  EXPECT_THAT(File("音圈电机1参数"), HasSubstr("Val_Force_Set[1] 0 = double 90"));
+  EXPECT_THAT(File_Text("音圈电机1参数"), HasSubstr("Val_Force_Set[1] 0 = double 90"));
   EXPECT_THAT(front->Boxes(), ElementsAre(L"需要操作员密码"));
 }
 
