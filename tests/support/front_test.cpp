@@ -70,15 +70,6 @@ TEST_F(Console, Goes_On_Where_Nobody_Reads_It) {
   EXPECT_EQ(fcntl(pipe_ends[1], F_GETFL) & O_NONBLOCK, 0) << "the stream is shared with others";
 }
 
-std::string Chart_Text(const C_Chart_Model& chart) {
-  std::ostringstream text;
-  text << To_Utf8(chart.title) << "|" << To_Utf8(chart.note) << "|" << chart.width << "x" << chart.height
-       << (chart.axes_follow ? " follows" : "") << (chart.joined ? " joined" : "");
-  for (size_t i = 0; i < std::max(chart.x.size(), chart.y.size()); ++i)
-    text << " " << chart.x.at(i) << "," << chart.y.at(i);
-  return text.str();
-}
-
 TEST(Front, Charts_Show_What_Is_Plotted_In_Windows_Of_Their_Own_Until_Their_End) {
   C_Simulated_Clock clock(4);
   C_Scripted_Front_Holder front;
@@ -97,8 +88,15 @@ TEST(Front, Charts_Show_What_Is_Plotted_In_Windows_Of_Their_Own_Until_Their_End)
     other.Plot(L"厚度", y, x, 0, 500, 400, CKestruneGraph::Line_None, L"");
   }
   EXPECT_EQ(other.BeImageWindowCreate(), 1);
-  EXPECT_EQ(Chart_Text(front->Shown()[0].chart), "温度|备注|510x410 follows joined 1,1 2,4 3,9");
-  EXPECT_EQ(Chart_Text(front->Shown()[1].chart), "厚度||500x400 1,1 4,2 9,3");
+  std::ostringstream text;
+  for (const C_Shown& shown : front->Shown()) {
+    const C_Chart_Model& chart = shown.chart;
+    text << To_Utf8(chart.title) << "|" << To_Utf8(chart.note) << "|" << chart.width << "x" << chart.height
+         << (chart.axes_follow ? " follows" : "") << (chart.joined ? " joined" : "");
+    for (size_t i = 0; i < chart.x.size(); ++i) text << " " << chart.x[i] << "," << chart.y.at(i);
+    text << "\n";
+  }
+  EXPECT_EQ(text.str(), "温度|备注|510x410 follows joined 1,1 2,4 3,9\n厚度||500x400 1,1 4,2 9,3\n");
   int open = 0;
   for (unsigned number = 0; number < 100; ++number) open += front->Is_Chart_Open(number) ? 1 : 0;
   EXPECT_EQ(open, 1) << "a chart outlives its object";
