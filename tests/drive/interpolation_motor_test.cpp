@@ -145,34 +145,47 @@ TEST_F(Interpolation_Axis, Commands_Become_Instructions) {
 
 TEST_F(Interpolation_Axis, Status_Reads_Their_Channels) {
   m_Motor->Go_Wait(1.0);
+  bench::Set_Fault_Bits(Id, 6);
+  bench::Set_Temperature(Id, 41.3);
   Sleep(9000);
-  double load = 0.0, used = 0.0, error = 0.0, commanded = 77.0, current = 77.0, fresh = 77.0;
+  double load = 0.0, used = 0.0, error = 0.0, commanded = 77.0, current = 77.0, fresh = 77.0, t = 0.0, board = 0.0;
   int counter = 77, number = 77;
   uint16_t ver = 0;
   uint32_t bcd_date = 0;
+  uint64_t code = 0, last_code = 0;
   CMyArray<double> samples;
-  EXPECT_EQ(Calls_Of([&] {
-              EXPECT_EQ(m_Motor->Get_Load(load) + m_Motor->Get_Used(used) + m_Motor->Get_Error_Value(error), 3);
-              EXPECT_EQ(m_Motor->Get_encoder_Error_counter(0, counter), 1);
-              EXPECT_EQ(m_Motor->Get_encoder_Error_counter(1, counter), 1);
-              EXPECT_EQ(m_Motor->Get_Version(ver, bcd_date), 1);
-              EXPECT_EQ(m_Motor->Get_Output_Pos(commanded), Id + 1);
-              EXPECT_EQ(m_Motor->Get_Sensor() + m_Motor->Get_Sensor2(), 0);
-              EXPECT_EQ(m_Motor->Get_Error(nullptr, nullptr, nullptr, nullptr, &number), 0);
-              EXPECT_EQ(m_Motor->Read_Latest(5147, fresh), 1);
-              EXPECT_EQ(m_Motor->Read_Latest(5138, fresh), 1);  // full: what it holds may be old
-              bench::Set_Silent(Id, true);
-              EXPECT_EQ(m_Motor->Get_Fifo(24, samples), 1);
-              EXPECT_EQ(m_Motor->Get_Fifo(24, samples), 0);  // a read that works, if empty, is the last
-              EXPECT_EQ(m_Motor->Read_Latest(5138, fresh), 0);
-              ReBuildSystem();
-              EXPECT_EQ(m_Motor->Get_Fifo(24, samples), 0);
-            }),
-            "GetInputChannelData(5135, 4096); GetInputChannelData(5149, 4096); GetInputChannelData(5170, 4096); "
-            "GetInputChannelData(5322, 4096); GetInputChannelData(5323, 4096); GetInputChannelData(5320, 4096); "
-            "GetCurOutputPos(21); GetCurIoInput(30); GetCurIoInput(31); GetError(0); GetInputChannelData(5147, 4096); "
-            "GetInputChannelData(5138, 4096) x 3 +1; GetInputChannelData(5144, 65536) x 2; "
-            "GetInputChannelData(5138, 4096) x 201 +1; +1 ReBuildSystem(); GetInputChannelData(5144, 65536) x 3 +1; ");
+  EXPECT_EQ(
+      Calls_Of([&] {
+        EXPECT_EQ(m_Motor->Get_Load(load) + m_Motor->Get_Used(used) + m_Motor->Get_Error_Value(error), 3);
+        EXPECT_EQ(m_Motor->Get_encoder_Error_counter(0, counter), 1);
+        EXPECT_EQ(m_Motor->Get_encoder_Error_counter(1, counter), 1);
+        EXPECT_EQ(m_Motor->Get_Version(ver, bcd_date), 1);
+        EXPECT_EQ(m_Motor->Get_Output_Pos(commanded), Id + 1);
+        EXPECT_EQ(m_Motor->Get_Sensor() + m_Motor->Get_Sensor2(), 0);
+        EXPECT_EQ(m_Motor->Get_Error(nullptr, nullptr, nullptr, nullptr, &number), 0);
+        EXPECT_EQ(m_Motor->Get_Temperature(board, 1), 1);
+        EXPECT_EQ(m_Motor->Read_Latest(5147, fresh), 1);
+        EXPECT_EQ(m_Motor->Read_Latest(5138, fresh), 1);  // full: what it holds may be old
+        bench::Set_Silent(Id, true);
+        EXPECT_EQ(m_Motor->Get_Fifo(24, samples), 1);
+        EXPECT_EQ(m_Motor->Get_Fifo(24, samples), 0);  // a read that works, if empty, is the last
+        EXPECT_EQ(m_Motor->Read_Latest(5138, fresh), 0);
+        EXPECT_EQ(m_Motor->Get_Temperature(t, 0), 1);
+        EXPECT_EQ(m_Motor->Get_Temperature(t, 0), 0);
+        EXPECT_EQ(m_Motor->Get_Error_Code(code), 1);
+        EXPECT_EQ(m_Motor->Get_Error_Code2(last_code), 1);
+        last_code = 9;
+        EXPECT_EQ(m_Motor->Get_Error_Code2(last_code), 0);  // the last word of either port, while none waits
+        ReBuildSystem();
+        EXPECT_EQ(m_Motor->Get_Fifo(24, samples), 0);
+      }),
+      "GetInputChannelData(5135, 4096); GetInputChannelData(5149, 4096); GetInputChannelData(5170, 4096); "
+      "GetInputChannelData(5322, 4096); GetInputChannelData(5323, 4096); GetInputChannelData(5320, 4096); "
+      "GetCurOutputPos(21); GetCurIoInput(30); GetCurIoInput(31); GetError(0); GetInputChannelData(5148, 4096); "
+      "GetInputChannelData(5147, 4096); GetInputChannelData(5138, 4096) x 3 +1; GetInputChannelData(5144, 65536) x 2; "
+      "GetInputChannelData(5138, 4096) x 201 +1; +1 GetInputChannelData(5147, 4096) x 2; "
+      "GetInputChannelData(5321, 4096); GetInputChannelData(5319, 4096) x 2; ReBuildSystem(); "
+      "GetInputChannelData(5144, 65536) x 3 +1; ");
   EXPECT_EQ(m_Motor->Get_Window16_Newest(current), 1);
   EXPECT_NEAR(current, 0.0, 0.01);
   EXPECT_NEAR(load, 0.0, 0.1);
@@ -182,6 +195,10 @@ TEST_F(Interpolation_Axis, Status_Reads_Their_Channels) {
   EXPECT_EQ(counter, 0);
   EXPECT_EQ(ver, 0x0203);
   EXPECT_EQ(bcd_date, 0x20240518U);
+  EXPECT_EQ(code, 6U);
+  EXPECT_EQ(last_code, 6U);
+  EXPECT_NEAR(t, 41.3, 0.05);
+  EXPECT_EQ(board, 49.0);  // as it comes
 }
 
 // The last eleven maps are waited for in 1000 looks, 1 ms apart.
@@ -215,7 +232,7 @@ TEST_F(Interpolation_Axis, What_Is_No_Number_Stays_Here) {
                                 &M::Set_Port18, &M::SetScale, &M::Zero_Correct, &M::Till_Time});
 }
 
-TEST_F(Interpolation_Axis, Positions_Faults_And_Temperatures) {
+TEST_F(Interpolation_Axis, Positions_Are_Whole_Counts_From_The_Zero) {
   m_Motor->Sgo(3.0);
   EXPECT_EQ(m_Motor->CheckStop(), 0);
   m_Motor->Till_Stop(1);
@@ -224,35 +241,12 @@ TEST_F(Interpolation_Axis, Positions_Faults_And_Temperatures) {
   double position = 0.0;
   EXPECT_EQ(m_Motor->Get_Cur_Pos(position), 1);
   EXPECT_NEAR(position, 3.0, 2 * Count_Mm);
-  EXPECT_NEAR(position / Count_Mm, std::round(position / Count_Mm), 1e-6);  // whole counts
+  EXPECT_NEAR(position / Count_Mm, std::round(position / Count_Mm), 1e-6);
   EXPECT_EQ(m_Motor->Zero_Correct(0.5), 1);  // positions count from this place, less the half millimetre
   CMyArray<double> window;
   EXPECT_EQ(m_Motor->Get_Pos_Window(window), 1);
   EXPECT_NEAR(window.GetEndData(), -0.5, 2 * Count_Mm);
   EXPECT_EQ(m_Motor->Get_Time_Index().GetSize(), window.GetSize());
-
-  bench::Set_Fault_Bits(Id, 6);
-  bench::Set_Temperature(Id, 41.3);
-  double t = 0.0;
-  uint64_t code = 0;
-  for (int read = 0; read < 2; ++read) {  // the first takes what waits from before
-    Sleep(10);
-    EXPECT_EQ(m_Motor->Get_Error_Code(code), 1);
-    EXPECT_EQ(m_Motor->Get_Temperature(t, 0), 1);
-  }
-  EXPECT_EQ(code, 6U);
-  EXPECT_NEAR(t, 41.3, 0.05);
-  EXPECT_EQ(m_Motor->Get_Temperature(t, 1), 1);
-  EXPECT_EQ(t, std::round(t));  // as it comes
-  bench::Set_Silent(Id, true);
-  m_Motor->Get_Temperature(t, 0);
-  m_Motor->Get_Error_Code2(code);
-  t = 77.0;
-  code = 9;
-  EXPECT_EQ(m_Motor->Get_Temperature(t, 0), 0);
-  EXPECT_EQ(t, 77.0);
-  EXPECT_EQ(m_Motor->Get_Error_Code2(code), 0);
-  EXPECT_EQ(code, 6U);  // the last word of either port, while none waits
 }
 
 // What a homing asks of the server. first: what leaves the sensor; looks: at the buffer; travel: the time to the
@@ -277,12 +271,17 @@ std::string Home_Calls(const std::string& io, const char* away, const char* onto
   return calls.str();
 }
 
-TEST_F(Interpolation_Axis, Searches_Ask_In_Order_From_Off_And_From_On_The_Sensor) {
+TEST_F(Interpolation_Axis, Homing_Asks_In_Order_And_Ends_On_The_Edge) {
   EXPECT_EQ(m_Motor->Home_Again(), 0);  // there was none
-  EXPECT_EQ(Calls_Of([&] { m_Motor->Go_Home(1, 1.5); }), Home_Calls("30", "15", "-15", "", 5, "1.5", "+88 "));
+  EXPECT_EQ(Calls_Of([&] { EXPECT_EQ(m_Motor->Go_Home(1, 1.5), 1); }),
+            Home_Calls("30", "15", "-15", "", 5, "1.5", "+88 "));
+  Expect_Stands_At(Edge_Mm + 1.5);
+  EXPECT_EQ(m_Motor->Home_Again(), 1);
+  Expect_Stands_At(Edge_Mm + 1.5);
   m_Motor->Go_Wait(-3.0);  // well onto the sensor
   EXPECT_EQ(Calls_Of([&] { EXPECT_EQ(m_Motor->Go_Home(1, 0.0), 1); }),
             Home_Calls("30", "15", "-15", "SGO(5, 2, 15); TILLIO_NEG(5, 30); STOP_S(5, 2); ", 4, "0", ""));
+  Expect_Stands_At(Edge_Mm);
 
   // With an approach under a current of 8 A, on the second sensor; and the same again.
   const std::string approach =
@@ -291,21 +290,11 @@ TEST_F(Interpolation_Axis, Searches_Ask_In_Order_From_Off_And_From_On_The_Sensor
       "OUTPUT_DATA(5, 5124, 8); WaitForAllInsFinish(5); SGO(5, 2, 1); TILLSTOP(5, 2); SGO(5, 2, -1); TILLSTOP(5, 2); "
       "SGO(5, 2, 0); TILLSTOP(5, 2); OUTPUT_DATA(5, 5124, 50); OUTPUT_DATA(5, 5132, -50); WaitForAllInsFinish(5); "
       "+227 ";
-  EXPECT_EQ(Calls_Of([&] { m_Motor->Go_Home_Approach(0, 0.0, 8.0, 1.0, -1.0); }),
+  EXPECT_EQ(Calls_Of([&] { EXPECT_EQ(m_Motor->Go_Home_Approach(0, 0.0, 8.0, 1.0, -1.0), 1); }),
             approach + Home_Calls("31", "-15", "15", "", 6, "0", ""));
+  Expect_Stands_At(Second_Edge_Mm);
   EXPECT_EQ(Calls_Of([&] { m_Motor->Home_Again(); }),
             approach + Home_Calls("31", "-15", "15", "SGO(5, 2, -15); TILLIO_NEG(5, 31); STOP_S(5, 2); ", 2, "0", ""));
-}
-
-TEST_F(Interpolation_Axis, Homing_Ends_On_The_Edge_And_Offers_The_Same_Again) {
-  EXPECT_EQ(m_Motor->Go_Home(1, 1.5), 1);
-  Expect_Stands_At(Edge_Mm + 1.5);
-  EXPECT_EQ(m_Motor->Home_Again(), 1);
-  Expect_Stands_At(Edge_Mm + 1.5);
-  EXPECT_EQ(m_Motor->Go_Home_Approach(0, 0.0, 8.0, 1.0, -1.0), 1);
-  Expect_Stands_At(Second_Edge_Mm);
-  EXPECT_EQ(m_Motor->Home_Again(), 1);
-  Expect_Stands_At(Second_Edge_Mm);
   m_Motor->Set_Home_Speed(30.0);
   m_Motor->Set_Home_Stroke(12.0);
   EXPECT_EQ(m_Motor->Go_Home(1, 0.0), 1);  // back on the first
