@@ -20,11 +20,11 @@ class Io_Card : public Room {
 TEST_F(Io_Card, Maps_Eight_Channels_Once_And_Reads_And_Writes_Them) {
   m_Card.Set_Io_Mode(2);  // any value but 0 stands for a card
   std::ostringstream expected;
-  expected << "CheckDeviceExist(15); ";
+  expected << "Exists(15); ";
   for (int bit = 0; bit < 8; ++bit)
     expected << "SET_IOOUT_MAP(0, 15, 3, " << bit << ", " << bit << "); SET_IOIN_MAP(0, 15, 4, " << bit << ", 0, "
              << bit << "); ";
-  expected << "WaitForAllInsFinish(0); ";
+  expected << "Wait(0); ";
   EXPECT_EQ(Calls_Of([&] { m_Card.Map_Io(2, 15); }), expected.str());
   m_Card.Map_Io(8, 15);
   EXPECT_EQ(Count("SET_IO"), 16);
@@ -47,7 +47,7 @@ TEST_F(Io_Card, Without_A_Card_Pulses_Stand_In_For_Inputs) {
   m_Card.Set_Io(1, 1);
   m_Card.Set_Sim_Mask(4);
   for (const int channel : {0, 1, 2, 3}) EXPECT_EQ(m_Card.Get_Io(channel), 3);  // share no bit with the mask
-  EXPECT_EQ(Calls(), "CheckDeviceExist(15); ");
+  EXPECT_EQ(Calls(), "Exists(15); ");
   m_Card.Set_Sim_Rate(11);
   const int first = m_Card.Get_Io(4);
   EXPECT_EQ(m_Card.Get_Io(5), 1 - first);  // one counter for all channels

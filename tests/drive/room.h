@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <map>
 #include <set>
 #include <sstream>
 #include <string>
@@ -17,6 +18,7 @@
 namespace orsanta {
 
 using Texts = std::vector<std::wstring>;
+using Results = std::vector<int>;  // of operations, in the order of the calls
 
 class Room : public testing::Test {
  protected:
@@ -25,9 +27,9 @@ class Room : public testing::Test {
     settings.instruction_ms = Server_Pace_Ms();
     bench::Reset(settings);
   }
-  // The calls of the motion library since the journal was cleared, as they stand in C, "; " behind each. "+5 " stands
-  // before one that came 5 ms after the call before it, " x 41 +1" behind one that came 41 times, 1 ms apart. Reads are
-  // told while the journal keeps them, without those of the window threads.
+  // The calls of the motion library since the journal was cleared, as they stand in C but for five short names, "; "
+  // behind each. "+5 " stands before one that came 5 ms after the call before it, " x 41 +1" behind one that came 41
+  // times, 1 ms apart. Reads are told while the journal keeps them, without those of the window threads.
   static std::string Calls() {
     std::ostringstream calls;
     std::string group;
@@ -69,8 +71,8 @@ class Room : public testing::Test {
   // The search of the bus, and the look for the one device.
   static std::string Search_Calls(int can_id, const char* pause = "") {
     std::ostringstream calls;
-    for (int id = 1; id <= 63; ++id) calls << "CheckDeviceExist(" << id << "); ";
-    calls << pause << "CheckDeviceExist(" << can_id << "); ";
+    for (int id = 1; id <= 63; ++id) calls << "Exists(" << id << "); ";
+    calls << pause << "Exists(" << can_id << "); ";
     return calls.str();
   }
   // How many calls begin with the text.
@@ -87,7 +89,7 @@ class Room : public testing::Test {
       for (const auto way_out : ways_out) EXPECT_NE((drive.*way_out)(value), 1);
     EXPECT_EQ(m_Front->Count_Boxes(L"不是有效数字("), 3 * static_cast<int>(ways_out.size()));
     const std::string calls = Calls();
-    for (const char* word : {"nan", "inf", "TILLTIME", "OUTPUT_DATA"}) EXPECT_EQ(calls.find(word), std::string::npos);
+    for (const char* word : {"nan", "inf", "TILLTIME", "Out("}) EXPECT_EQ(calls.find(word), std::string::npos);
   }
   // How many reads of channels there are in the next `ms`.
   static int Reads_In(int ms) {
@@ -95,7 +97,7 @@ class Room : public testing::Test {
     bench::Journal_Keep_Reads(true);
     Sleep(ms);
     bench::Journal_Keep_Reads(false);
-    return Count("GetInputChannelData(");
+    return Count("Read(");
   }
   // The calls that a table of maps stands for, device as "thread, can id": "i PORT FORMAT CHANNEL DEPTH" an input, "w
   // PORT FORMAT CHANNEL" a window, "o PORT FORMAT CHANNEL" an output, "wait" a wait for the server.
@@ -111,7 +113,7 @@ class Room : public testing::Test {
       if (kind == "o") calls += "SET_OUT" + map;
       if (kind == "i" || kind == "w")
         calls += "SET_IN" + map + "RESET_INPUT_DATA_FIFO(" + thread + ", " + channel + ", " + depth + "); ";
-      if (kind == "w" || kind == "wait") calls += "WaitForAllInsFinish(" + thread + "); ";
+      if (kind == "w" || kind == "wait") calls += "Wait(" + thread + "); ";
     }
     return calls;
   }
@@ -121,8 +123,14 @@ class Room : public testing::Test {
 
  private:
   static std::string Text_Of(const bench::Journal_Entry& call) {
+    static const std::map<std::string, const char*> short_names{{"CheckDeviceExist", "Exists"},
+                                                                {"GetInputChannelData", "Read"},
+                                                                {"GetThreadInsBufferRemainCount", "Places"},
+                                                                {"OUTPUT_DATA", "Out"},
+                                                                {"WaitForAllInsFinish", "Wait"}};
+    const auto found = short_names.find(call.function);
     std::ostringstream text;
-    text << call.function << '(';
+    text << (found == short_names.end() ? call.function : found->second) << '(';
     if (call.thread >= 0) text << call.thread << (call.arguments.empty() ? "" : ", ");
     text << call.arguments << ')';
     return text.str();
