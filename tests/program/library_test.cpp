@@ -8,7 +8,6 @@
 #include <fstream>
 #include <set>
 #include <sstream>
-#include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
@@ -55,42 +54,24 @@ void Set_Up_Machine() {
   }
 }
 
-class C_Loaded_Library {
- public:
-  C_Loaded_Library() : m_Library(dlopen(LIBRARY_WITH_INSIDES, RTLD_NOW | RTLD_LOCAL)) {
-    if (m_Library == nullptr) throw std::runtime_error(dlerror());
-  }
-  ~C_Loaded_Library() { dlclose(m_Library); }
-  C_Loaded_Library(const C_Loaded_Library&) = delete;
-  C_Loaded_Library& operator=(const C_Loaded_Library&) = delete;
-
-  template <class Function>
-  Function* Find(const char* name) const {
-    return reinterpret_cast<Function*>(dlsym(m_Library, name));
-  }
-  static bool Is_Loaded() {
-    void* const loaded = dlopen(LIBRARY_WITH_INSIDES, RTLD_NOW | RTLD_NOLOAD);
-    if (loaded != nullptr) dlclose(loaded);
-    return loaded != nullptr;
-  }
-
- private:
-  void* const m_Library;
-};
+template <class Function>
+Function* Find(void* library, const char* name) {
+  return reinterpret_cast<Function*>(dlsym(library, name));
+}
 
 // One cycle of each station. Returns the temperatures that they recorded.
-std::vector<double> Work(const C_Loaded_Library& library) {
+std::vector<double> Work(void* library) {
   const VCM_Resource_struct records[] = {{1, 1, 1, 2, 3, 1}, {2, 2, 2, 4, 5, 1}};
-  library.Find<decltype(ORSA_resource_alloc)>("ORSA_resource_alloc")(records, 2);
-  library.Find<decltype(Orsanta_dll_init)>("Orsanta_dll_init")(0);
-  for (const int station : {1, 2}) library.Find<decltype(do_test)>("do_test")(station, ORSANTA_TASK_MEASURE);
-  auto* const recorded = library.Find<int(int, double*, int)>("Recorded_Temperatures");
+  Find<decltype(ORSA_resource_alloc)>(library, "ORSA_resource_alloc")(records, 2);
+  Find<decltype(Orsanta_dll_init)>(library, "Orsanta_dll_init")(0);
+  for (const int station : {1, 2}) Find<decltype(do_test)>(library, "do_test")(station, ORSANTA_TASK_MEASURE);
+  auto* const recorded = Find<int(int, double*, int)>(library, "Recorded_Temperatures");
   std::vector<double> temperatures(2);
   for (const int station : {1, 2}) {
     for (int waits = 0; recorded(station, &temperatures[station - 1U], 1) < 1 && waits < 2000; ++waits)
       std::this_thread::sleep_for(std::chrono::milliseconds(10));
   }
-  library.Find<decltype(Orsanta_dll_uninit)>("Orsanta_dll_uninit")();
+  Find<decltype(Orsanta_dll_uninit)>(library, "Orsanta_dll_uninit")();
   return temperatures;
 }
 
@@ -105,13 +86,13 @@ TEST_F(Real_Time, Every_Load_Of_The_Library_Reads_The_Boards_And_Leaves_No_Threa
   const auto threads_before = Threads();
   for (const double celsius : {31.5, 18.0}) {
     for (const int board : Boards) bench::Set_Temperature(board, celsius + board);
-    {
-      const C_Loaded_Library library;
-      const auto near = [celsius](int board) { return testing::DoubleNear(celsius + board, 0.1); };
-      EXPECT_THAT(Work(library), testing::ElementsAre(near(Boards[0]), near(Boards[1])));
-      EXPECT_EQ(Threads(), threads_before);
-    }
-    EXPECT_FALSE(C_Loaded_Library::Is_Loaded());
+    void* const library = dlopen(LIBRARY_WITH_INSIDES, RTLD_NOW | RTLD_LOCAL);
+    ASSERT_NE(library, nullptr) << dlerror();
+    const auto near = [celsius](int board) { return testing::DoubleNear(celsius + board, 0.1); };
+    EXPECT_THAT(Work(library), testing::ElementsAre(near(Boards[0]), near(Boards[1])));
+    EXPECT_EQ(Threads(), threads_before);
+    dlclose(library);
+    EXPECT_EQ(dlopen(LIBRARY_WITH_INSIDES, RTLD_NOW | RTLD_NOLOAD), nullptr) << "is still loaded";
   }
 }
 
