@@ -96,24 +96,22 @@ TEST(Array, Each_Broken_Check_Reports_Its_Own_Line) {
   const C_Temp_Folder folder;
   CMyArray<int> array = Numbers(3), empty, out;
   const CMyArray<int>& constant = array;
-  const std::function<void()> broken[] = {
-      [&] { array.GetAt(3); },
-      [&] { array.GetAt(-1); },
-      [&] { constant.GetAt(3); },
-      [&] { constant.GetAt(-1); },
-      [&] { empty.GetEndData(); },
-      [&] { empty.DelEndData(); },
-      [&] { empty.DelStartData(); },
-      [&] { array.SetArraySize(-1); },
-      [&] { array.SetArraySize(-1, 0); },
-      [&] { array.RemoveData(-1, 1); },
-      [&] { array.RemoveData(2, -1); },
-      [&] { array.RemoveData(2, 2); },
-      [&] { array.GetSubArray(-1, 1, out); },
-      [&] { array.GetSubArray(4, -1, out); },
-      [&] { array.GetSubArray(3, -1, out); },
-      [&] { array.GetSubArray(2, 2, out); },
-  };
+  const std::function<void()> broken[] = {[&] { array.GetAt(3); },
+                                          [&] { array.GetAt(-1); },
+                                          [&] { constant.GetAt(3); },
+                                          [&] { constant.GetAt(-1); },
+                                          [&] { empty.GetEndData(); },
+                                          [&] { empty.DelEndData(); },
+                                          [&] { empty.DelStartData(); },
+                                          [&] { array.SetArraySize(-1); },
+                                          [&] { array.SetArraySize(-1, 0); },
+                                          [&] { array.RemoveData(-1, 1); },
+                                          [&] { array.RemoveData(2, -1); },
+                                          [&] { array.RemoveData(2, 2); },
+                                          [&] { array.GetSubArray(-1, 1, out); },
+                                          [&] { array.GetSubArray(4, -1, out); },
+                                          [&] { array.GetSubArray(3, -1, out); },
+                                          [&] { array.GetSubArray(2, 2, out); }};
   std::set<int> lines{0};  // of no check
   for (const auto& action : broken) EXPECT_TRUE(lines.insert(Failed_Check_Line(action)).second) << *lines.rbegin();
   // Places that repeat, fall, or lie outside, and sums that do not fit the 32 bits of a count.

@@ -16,26 +16,21 @@
 namespace orsanta {
 namespace {
 
-class C_Loop : public CBaseBindThread {
- public:
-  explicit C_Loop(int pass_ms) : m_Pass_Ms(pass_ms) {}
+struct C_Loop : CBaseBindThread {
+  explicit C_Loop(int its_pass_ms) : pass_ms(its_pass_ms) {}
   ~C_Loop() override { ReleaseSubClass_CBaseBindThread(); }
-
   void OnThreadBegin(void* param) override {
     char name[16] = "";
     pthread_getname_np(pthread_self(), name, sizeof name);
-    m_Trace += *static_cast<std::string*>(param) + name;
+    trace += *static_cast<std::string*>(param) + name;
   }
   void OnThreadLoop(void*) override {
-    m_Trace += "(";
-    Sleep(m_Pass_Ms);
-    m_Trace += ")";
+    trace += "(";
+    Sleep(pass_ms);
+    trace += ")";
   }
-
-  std::string m_Trace;  // touched by the loop while it runs
-
- private:
-  const int m_Pass_Ms;
+  const int pass_ms;
+  std::string trace;  // touched by the loop while it runs
 };
 
 TEST(Bind_Thread, Begins_Once_Passes_Again_And_Again_And_Ends_After_A_Whole_Pass) {
@@ -52,7 +47,7 @@ TEST(Bind_Thread, Begins_Once_Passes_Again_And_Again_And_Ends_After_A_Whole_Pass
   loop.BeginThread(&begin, 15, 2, 300000, L"a name of its own");
   Sleep(1);
   EXPECT_EQ(loop.EndThread(1, 1), 1);
-  EXPECT_EQ(loop.m_Trace, "begin C_Loop()()()begin a name of its o()");
+  EXPECT_EQ(loop.trace, "begin C_Loop()()()begin a name of its o()");
 }
 
 // Whatever its starter had.
