@@ -96,9 +96,7 @@ double OneDemVal(const FitData& fit, double x) {
     const double t = (x - fit.BasisList[j]) / fit.xscale;
     if (t > Saturation) {
       y += 1.0;  // without its weight: that is meant
-    } else if (t < -Saturation) {
-      y += 0.0;
-    } else {
+    } else if (!(t < -Saturation)) {
       const double e = std::exp(t);
       y += fit.p[j] * e / (e + 1.0);
     }
@@ -113,7 +111,6 @@ int mExpFit::Fit(const CMyArray<double>& x, const CMyArray<double>& y, int n, Fi
 }
 
 int mExpFit::Evaluate(const FitData& fit, const CMyArray<double>& x, CMyArray<double>& y) {
-  y.Clear();
   y.SetArraySize(x.GetSize());
   for (int i = 0; i < x.GetSize(); ++i) y[i] = OneDemVal(fit, x[i]);
   return 1;

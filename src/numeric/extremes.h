@@ -4,22 +4,21 @@
 // stands. Without a single number among them the result is not-a-number.
 #pragma once
 
+#include <limits>
 #include <span>
 
 namespace orsanta {
 
-// values: at least one.
 inline double Largest(std::span<const double> values) {
-  double largest = values[0];
+  double largest = std::numeric_limits<double>::quiet_NaN();
   for (const double value : values) {
     if (value > largest || largest != largest) largest = value;
   }
   return largest;
 }
 
-// values: at least one.
 inline double Smallest(std::span<const double> values) {
-  double smallest = values[0];
+  double smallest = std::numeric_limits<double>::quiet_NaN();
   for (const double value : values) {
     if (value < smallest || smallest != smallest) smallest = value;
   }

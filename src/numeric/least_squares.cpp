@@ -65,7 +65,6 @@ void Apply_Reflector(const Vector& reflector, int k, double tau, Vector column) 
   const auto v = reflector.tail(reflector.size() - k - 1);
   auto tail = column.tail(column.size() - k - 1);
   const double w = (column[k] + v.dot(tail)) * tau;
-  if (w == 0.0) return;
   column[k] -= w;
   tail -= w * v;
 }
