@@ -2,12 +2,16 @@
 
 #include <cmath>
 #include <fstream>
+#include <functional>
 #include <limits>
 #include <map>
+#include <numeric>
 #include <sstream>
 #include <string>
 #include <vector>
 
+#include "common/failed_check.h"
+#include "common/temp_folder.h"
 #include "numeric/basis_fit.h"
 #include "numeric/force_surface.h"
 #include "numeric/least_squares.h"
@@ -57,6 +61,7 @@ TEST(Fits, Agree_With_Lapack) {
 
     ++cases;
     const CMyArray<double> p = Fit(kind, rows);
+    EXPECT_EQ(p.GetSize(), rows["p"].GetSize() + (kind == "surface" ? 1 : 0));  // its sixth is always 0
     for (int i = 0; i < rows["p"].GetSize(); ++i) {
       const double expected = rows["p"][i];
       const bool is_close = std::fabs(p[i] - expected) <= rows["tolerance"][i] * std::fabs(expected);
@@ -85,6 +90,23 @@ TEST(Left_Division, Leaves_Out_What_Is_Below_The_Tolerance) {
   }
 }
 
+// A reflection of a column that starts with 0, of one whose rest is 1 long, and of one without a rest.
+TEST(Left_Division, Solves_By_Reflection_And_Leaves_Out_What_It_Cannot_Tell) {
+  const auto solve = [](int rows, const std::vector<double>& by_column, const std::vector<double>& right) {
+    C_Matrix matrix(rows, static_cast<int>(by_column.size()) / rows);
+    std::copy(by_column.begin(), by_column.end(), matrix.Column(0));
+    return Left_Divide(matrix, right);
+  };
+  EXPECT_EQ(solve(3, {0, 1, 0, 0.5, 0, 0}, {3, 4, 0}), (std::vector<double>{4, 6}));
+  EXPECT_EQ(solve(3, {0, 0, 0, 0, 0, 0}, {1, 2, 3}), (std::vector<double>{0, 0}));
+  EXPECT_EQ(Left_Divide(C_Matrix(0, 2), {}), (std::vector<double>{0, 0}));
+  // Two columns that differ in sign alone, when a third and a fourth have cancelled most of both: the first serves.
+  const std::vector<double> p = solve(
+      3, {1, -1, 1, -1, 1, -1, -199.9999, 199.9998, -199.9997, 0.010003, -0.009999000000000001, 0.010003}, {1, 2, 3});
+  EXPECT_NE(p[0], 0.0);
+  EXPECT_EQ(p[1], 0.0);
+}
+
 TEST(Polynomial, Too_Few_Places_Give_No_Finite_Coefficients) {
   CMyPolyfit polynomial;
   CMyArray<double> p;
@@ -111,15 +133,15 @@ TEST(Force_Surface, Turns_Force_Into_Current_And_Back) {
   C_My3DPolyfit surface;
   const CMyArray<double> model = Array({2, 3, 0.5, 0.25, 0.125, -77});
   CMyArray<double> force, current, p;
-  surface.my3dval(Array({0.5, 2}), Array({2, 4}), model, force);
+  EXPECT_EQ(surface.my3dval(Array({0.5, 2}), Array({2, 4}), model, force), 1);
   EXPECT_EQ(force[0], 2 + 1.5 + 1 + 0.25 + 0.25);
-  surface.my3dinvval(force, Array({2, 4}), model, current);
+  EXPECT_EQ(surface.my3dinvval(force, Array({2, 4}), model, current), 1);
   EXPECT_NEAR(current[1], 2.0, 1e-15);
   surface.my3dinvval(Array({100}), Array({2}), Array({2, 0, 0.5, 0, 0, 0}), current);
   EXPECT_EQ(current[0], std::numeric_limits<double>::infinity());
 
   p = Array({7, 7, 7, 7, 7, 7, 7});  // as memory that was in use
-  surface.my3dfit(Array({1, 2, 4, 8, 16}), Array({2, 2, 2, 2, 2}), Array({0, 0, 0, 0, 0}), p);
+  EXPECT_EQ(surface.my3dfit(Array({1, 2, 4, 8, 16}), Array({2, 2, 2, 2, 2}), Array({0, 0, 0, 0, 0}), p), 1);
   EXPECT_EQ(p.GetSize(), 6);
   for (int j = 0; j < 6; ++j) EXPECT_EQ(p[j], 0.0) << "a square set with forces of 0 divides by no pivot";
   // Forces 4 and 0 at one place: the model says 2, which is 2 too little for one and 2 too much for the other.
@@ -129,33 +151,77 @@ TEST(Force_Surface, Turns_Force_Into_Current_And_Back) {
   for (const double coefficient : q) EXPECT_EQ(coefficient, 0.0);
 }
 
+TEST(Fits, Ask_For_Samples_That_Belong_Together) {
+  const C_Temp_Folder folder;  // for the reports
+  CMyPolyfit polynomial;
+  C_My3DPolyfit surface;
+  const CMyArray<double> none, one = Array({1}), two = Array({1, 2}), five = Array({1, 2, 3, 4, 5});
+  CMyArray<double> out;
+  double y = 0.0;
+  const std::function<void()> broken[] = {[&] { polynomial.My_PolyFit(five, two, 1, out); },
+                                          [&] { polynomial.My_PolyFit(two, two, 2, out); },
+                                          [&] { polynomial.My_PolyFit(two, two, 0, out); },
+                                          [&] { polynomial.My_PolyVal(one, 1.0, y); },
+                                          [&] { surface.my3dfit(two, one, two, out); },
+                                          [&] { surface.my3dfit(two, two, one, out); },
+                                          [&] { surface.my3dfit(none, none, none, out); },
+                                          [&] {
+                                            surface.my3dval(two, one, Array({1, 2, 3, 4, 5, 6}), out);
+                                          },
+                                          [&] { surface.my3dval(two, two, five, out); },
+                                          [&] {
+                                            surface.my3dinvval(two, one, Array({1, 2, 3, 4, 5, 6}), out);
+                                          },
+                                          [&] { surface.my3dinvval(two, two, five, out); }};
+  for (const auto& action : broken) EXPECT_NE(Failed_Check_Line(action), 0) << &action - broken;
+}
+
 TEST(Basis_Fit, Saturated_Steps_Count_As_One_And_Odd_Samples_Are_Fitted) {
   mExpFit basis;
   FitData fit{Array({1, 2, 3}), Array({10, 20, 30}), 0.5};
   CMyArray<double> y;
-  basis.Evaluate(fit, Array({100, -100, 2}), y);
+  EXPECT_EQ(basis.Evaluate(fit, Array({100, -100, 2}), y), 1);
+  EXPECT_EQ(y.GetSize(), 3);
   EXPECT_EQ(y[0], 3.0);
   EXPECT_EQ(y[1], 0.0);
   EXPECT_NEAR(y[2], 10 / (1 + std::exp(-2.0)) + 10 + 30 / (1 + std::exp(2.0)), 1e-13);
 
   // A step is full beyond 37 widths and nothing beyond as many on the other side.
   const FitData step{Array({0}), Array({10}), 1.0};
-  for (const auto& [x, height] : {std::pair{37.1, 1.0}, {36.9, 10.0}, {-36.9, 10 * std::exp(-36.9)}, {-37.1, 0.0}})
+  for (const auto& [x, height] : {std::pair{37.1, 1.0}, {37.0, 10.0}, {-37.0, 10 * std::exp(-37.0)}, {-37.1, 0.0}})
     EXPECT_DOUBLE_EQ(OneDemVal(step, x), height);
+
+  // So many steps that the far ones are full or nothing: the first is half and full at the ends, one in the middle
+  // nothing and full.
+  EXPECT_EQ(basis.Fit(Array({0, 100}), Array({1, 1}), 200, fit), 1);
+  EXPECT_NEAR(fit.p[0], 2.0, 1e-6);
+  EXPECT_NEAR(std::accumulate(fit.p.begin(), fit.p.end(), 0.0), 1.0, 1e-6);
+  OneDemFit(Array({1}), Array({1}), 0, fit);
+  EXPECT_EQ(fit.p.GetSize() + fit.BasisList.GetSize(), 0);
+  fit.xscale = 0.5;
 
   EXPECT_EQ(basis.Fit(Array({1, 2}), Array({1}), 2, fit), 0);
   EXPECT_EQ(basis.Fit(Array({1, 2}), Array({1, 2}), 0, fit), 0);
   EXPECT_EQ(fit.xscale, 0.5);
   EXPECT_EQ(basis.Fit(Array({3, 3, 3}), Array({1, 2, 4}), 2, fit), 1);
   EXPECT_TRUE(std::isnan(OneDemVal(fit, 3.0)));
-  // A not-a-number place does not count for the range, and a range beyond the largest number has its middle.
-  basis.Fit(Array({std::nan(""), -3, 1, 3}), Array({1, 2, 3, 4}), 5, fit);
-  EXPECT_EQ(fit.BasisList[0], -3.0);
-  EXPECT_EQ(fit.BasisList[2], 0.0);
-  basis.Fit(Array({-1.7e308, 0.5e308}), Array({1, 2}), 3, fit);
-  EXPECT_NEAR(fit.BasisList[1], -6e307, 1e294);
-  basis.Fit(Array({-0.5e308, 1.7e308}), Array({1, 2}), 3, fit);
-  EXPECT_NEAR(fit.BasisList[1], 6e307, 1e294);
+  // A not-a-number place does not count for the range, the ends are exact, and a range beyond the largest number has a
+  // middle.
+  const double infinity = std::numeric_limits<double>::infinity();
+  const std::vector<std::pair<CMyArray<double>, std::vector<double>>> ranges = {
+      {Array({std::nan(""), -3, 1, 3}), {-3, -1.5, 0, 1.5, 3}},
+      {Array({0.1, 0.3}), {0.1, 1 / 6.0, 7 / 30.0, 0.3}},
+      {Array({-1.7e308, 0.3e308}), {-1.7e308, -0.7e308, 0.3e308}},
+      {Array({-0.5e308, 1.7e308}), {-0.5e308, 0.6e308, 1.7e308}},
+      {Array({-infinity, infinity}), {-infinity, 0, infinity}},
+      {Array({7, 5}), {7}}};
+  for (const auto& [x, centres] : ranges) {
+    basis.Fit(x, x, static_cast<int>(centres.size()), fit);
+    ASSERT_EQ(std::ssize(centres), fit.BasisList.GetSize());
+    for (int k = 0; k < fit.BasisList.GetSize(); ++k)
+      EXPECT_DOUBLE_EQ(fit.BasisList[k], centres[static_cast<size_t>(k)]);
+    EXPECT_EQ(fit.BasisList.GetEndData(), centres.back());
+  }
   basis.Fit(Array({-0.3, 0.3}), Array({1, 2}), 4, fit);
   EXPECT_EQ(fit.BasisList[1], -fit.BasisList[2]) << "symmetric ends have symmetric centres, to the bit";
 
@@ -169,6 +235,7 @@ TEST(Basis_Fit_DeathTest, Run_Time_Checks_Print_And_Abort) {
               "^If the working dimension of MAX or MIN is variable in length, it must not have zero length at "
               "runtime\\.\nError in OneDemFit \\(line [0-9]+\\)\n$");
   EXPECT_DEATH(OneDemFit(Array({1}), Array({1}), 1.5, fit), "type 'int'.  Found 1.5 instead.\n");
+  EXPECT_DEATH(OneDemFit(Array({1}), Array({1}), 2147483648.0, fit), "type 'int'.  Found 2.14748e\\+09 instead.\n");
   EXPECT_DEATH(OneDemFit(Array({1}), Array({1}), -1, fit), "Value -1 is not greater than or equal to zero.\n");
   EXPECT_DEATH(OneDemFit(Array({1, 2}), Array({1}), 1, fit), "Matrix dimensions must agree.\n");
   EXPECT_DEATH(Fail_Index_Check("Routine", 7, 3, 2, nullptr),

@@ -38,7 +38,9 @@ TEST_F(Settling_Detector, Settles_When_The_Window_Holds_Still_Below_The_Threshol
   EXPECT_EQ(m_State.Mean, 3.25);
   EXPECT_FALSE(Step(3.5));
   EXPECT_EQ(m_State.Mean, 0.0);
+  m_State.ErrorStatus = "of memory that was in use";
   DetectorInit(m_State);
+  EXPECT_EQ(DetectorErrorStatus(m_State), nullptr);
   EXPECT_EQ(m_State.Input + m_State.WindowLen + m_State.Threshold, 0.0);
   EXPECT_EQ(m_State.RingPos, 1.0);
   Start(2, 0.25);
