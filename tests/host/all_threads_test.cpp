@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "bench/bench.h"
+#include "common/arrays.h"
 #include "common/pty.h"
 #include "common/resources.h"
 #include "common/temp_folder.h"
@@ -57,6 +58,8 @@ TEST(All_Threads, Work_On_The_Same_Stations) {
     station.Val_Force_Set[0] = station.Test_Force[0] = 150.0 + i % 50;
     station.Val_Block_Size = 5.0;
     if (i % 50 == 0) station.Save();
+    station.Surface_Fit(Array({1, 2, 3, 1, 2, 3}), Array({1, 1, 1, 2, 2, 2}), Array({95, 195, 295, 93, 193, 293}));
+    if (station.SlowTestData.Copy().GetSize() > 100) station.ThicknessArray.Clear();
   });
   repeat(20, [&](int i) {
     host.Send("C");

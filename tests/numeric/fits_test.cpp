@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "common/arrays.h"
 #include "common/failed_check.h"
 #include "common/temp_folder.h"
 #include "numeric/basis_fit.h"
@@ -22,12 +23,6 @@ namespace orsanta {
 namespace {
 
 using Rows = std::map<std::string, CMyArray<double>>;
-
-CMyArray<double> Array(std::initializer_list<double> values) {
-  CMyArray<double> array;
-  for (const double value : values) array.Add(value);
-  return array;
-}
 
 CMyArray<double> Fit(const std::string& kind, Rows& rows) {
   CMyArray<double> p;

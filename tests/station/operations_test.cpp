@@ -164,10 +164,14 @@ TEST_F(Operations, Settle) {
     station->Last_Land_Pos = 0.0;
     station->SlowTestData.Clear();
     const double begin = Now_Ms();
-    station->Detection_thickness(20.0F, 1.0F);
+    const double thickness = station->Detection_thickness(20.0F, 1.0F);
     EXPECT_THAT(station->SlowTestData.GetSize(), testing::AllOf(testing::Ge(item.least), testing::Le(item.most)));
-    if (item.valid == 0) {
-      EXPECT_NEAR(Now_Ms() - begin, 3040.0, 20.0);  // the way, and the limit: 500 ms of travel and 2 s
+    if (item.valid == 0) {  // the way, and the limit: 500 ms of travel and 2 s
+      EXPECT_NEAR(Now_Ms() - begin, 3040.0, 20.0);
+      EXPECT_THAT(front->Boxes(), testing::ElementsAre(L"等待测量值稳定超时"));
+      EXPECT_EQ(thickness, 3.0);  // as of a part at the reference, and so it is recorded
+      EXPECT_EQ(station->Last_Land_Pos, 0.0);
+      EXPECT_EQ(station->ThicknessArray.Copy()[0], 0.0);
     }
     EXPECT_EQ(station->Ans_Valid, item.valid);
     station->Force_Back(30.0F);

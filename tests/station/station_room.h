@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "bench/bench.h"
+#include "common/arrays.h"
 #include "common/scripted_front.h"
 #include "common/server_pace.h"
 #include "common/temp_folder.h"
@@ -23,12 +24,6 @@ namespace orsanta {
 
 constexpr int Id = 1;      // of the station's drive
 constexpr int Board = 40;  // id of the temperature board, which no station reads by default
-
-inline CMyArray<double> Array(std::initializer_list<double> values) {
-  CMyArray<double> array;
-  for (const double value : values) array.Add(value);
-  return array;
-}
 
 class C_Station_Test : public testing::Test {
  protected:
@@ -110,9 +105,5 @@ class C_Station_Test : public testing::Test {
   C_Scripted_Front_Holder front;
   std::unique_ptr<C_VoiceMotor> station;
 };
-
-inline std::vector<double> Values(const CMyArray<double>& array) {
-  return {array.begin(), array.end()};
-}
 
 }  // namespace orsanta
