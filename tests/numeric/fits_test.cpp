@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cmath>
 #include <fstream>
-#include <functional>
 #include <limits>
 #include <map>
 #include <numeric>
@@ -146,29 +146,25 @@ TEST(Force_Surface, Turns_Force_Into_Current_And_Back) {
   for (const double coefficient : q) EXPECT_EQ(coefficient, 0.0);
 }
 
-TEST(Fits, Ask_For_Samples_That_Belong_Together) {
+TEST(Fits, Refuse_Samples_That_Do_Not_Belong_Together) {
   const C_Temp_Folder folder;  // for the reports
-  CMyPolyfit polynomial;
-  C_My3DPolyfit surface;
-  const CMyArray<double> none, one = Array({1}), two = Array({1, 2}), five = Array({1, 2, 3, 4, 5});
+  const auto of = [](int size) {
+    CMyArray<double> array;
+    array.SetArraySize(size);
+    return array;
+  };
   CMyArray<double> out;
   double y = 0.0;
-  const std::function<void()> broken[] = {[&] { polynomial.My_PolyFit(five, two, 1, out); },
-                                          [&] { polynomial.My_PolyFit(two, two, 2, out); },
-                                          [&] { polynomial.My_PolyFit(two, two, 0, out); },
-                                          [&] { polynomial.My_PolyVal(one, 1.0, y); },
-                                          [&] { surface.my3dfit(two, one, two, out); },
-                                          [&] { surface.my3dfit(two, two, one, out); },
-                                          [&] { surface.my3dfit(none, none, none, out); },
-                                          [&] {
-                                            surface.my3dval(two, one, Array({1, 2, 3, 4, 5, 6}), out);
-                                          },
-                                          [&] { surface.my3dval(two, two, five, out); },
-                                          [&] {
-                                            surface.my3dinvval(two, one, Array({1, 2, 3, 4, 5, 6}), out);
-                                          },
-                                          [&] { surface.my3dinvval(two, two, five, out); }};
-  for (const auto& action : broken) EXPECT_NE(Failed_Check_Line(action), 0) << &action - broken;
+  const auto expect_refusal = [](auto action) { EXPECT_NE(Failed_Check_Line(action), 0); };
+  for (const auto& n : {std::array{5, 2, 1}, {2, 2, 2}, {2, 2, 0}})
+    expect_refusal([&] { CMyPolyfit().My_PolyFit(of(n[0]), of(n[1]), n[2], out); });
+  expect_refusal([&] { CMyPolyfit().My_PolyVal(of(1), 1.0, y); });
+  for (const auto& n : {std::array{2, 1, 2}, {2, 2, 1}, {0, 0, 0}})
+    expect_refusal([&] { C_My3DPolyfit().my3dfit(of(n[0]), of(n[1]), of(n[2]), out); });
+  for (const auto& n : {std::array{2, 1, 6}, {2, 2, 5}}) {
+    expect_refusal([&] { C_My3DPolyfit().my3dval(of(n[0]), of(n[1]), of(n[2]), out); });
+    expect_refusal([&] { C_My3DPolyfit().my3dinvval(of(n[0]), of(n[1]), of(n[2]), out); });
+  }
 }
 
 TEST(Basis_Fit, Saturated_Steps_Count_As_One_And_Odd_Samples_Are_Fitted) {
@@ -233,8 +229,7 @@ TEST(Basis_Fit_DeathTest, Run_Time_Checks_Print_And_Abort) {
   EXPECT_DEATH(OneDemFit(Array({1}), Array({1}), 2147483648.0, fit), "type 'int'.  Found 2.14748e\\+09 instead.\n");
   EXPECT_DEATH(OneDemFit(Array({1}), Array({1}), -1, fit), "Value -1 is not greater than or equal to zero.\n");
   EXPECT_DEATH(OneDemFit(Array({1, 2}), Array({1}), 1, fit), "Matrix dimensions must agree.\n");
-  EXPECT_DEATH(Fail_Index_Check("Routine", 7, 3, 2, nullptr),
-               "valid range \\[1-2\\]\\.\nError in Routine \\(line 7\\)\n");
+  EXPECT_DEATH(Fail_Index_Check("Routine", 7, 3, 2, nullptr), "valid range \\[1-2\\]\\.\nError in Routine \\(line 7");
   fit.p = Array({1});
   EXPECT_DEATH(OneDemVal(fit, 1.0), "Index value 1 exceeds valid range \\[1-0\\] of array BasisList.\n");
 }
