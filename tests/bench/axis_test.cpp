@@ -11,7 +11,6 @@ namespace {
 using bench::C_Trajectory;
 using bench::Motion_Limits;
 using bench::Motion_State;
-using bench_test::Connect;
 using bench_test::Map_Input;
 using bench_test::Raw_Per_Mm;
 using bench_test::Take;
@@ -65,30 +64,25 @@ TEST(Trajectory, Takes_The_Time_Of_The_Shape) {
   // too short for the acceleration: four ramps of cbrt(way / 2 j)
   move.Plan_Move(0.0, 0.002, {20.0, 1000.0, 100000.0});
   EXPECT_NEAR(move.Duration(), 4.0 * std::cbrt(0.002 / 200000.0), 1e-9);
-  move.Plan_Move(1.0, 1.0, {});
-  EXPECT_EQ(move.Duration(), 0.0);
+}
+
+bench::Settings Board_20() {
+  bench::Settings settings;
+  settings.temperature_boards = {20};
+  return settings;
 }
 
 // An interpolation device at CAN id 20 as axis 2 on instruction thread 4, user units of millimetres.
-class Axis : public testing::Test {
+class Axis : public bench_test::Room {
  protected:
-  void SetUp() override {
-    bench::Settings settings;
-    settings.temperature_boards = {20};
-    Connect(settings);
+  Axis() : Room(Board_20()) {
     SET_AXIS_MAP(4, 20, 0, 2);
     SET_AXIS_SCALE(4, 2, Raw_Per_Mm);
-    Limits(20.0, 5000.0, 500000.0);
-    Map_Input(4, 20, 1, 6, 105, 4096);
+    SET_MAX_VEL(4, 2, 20.0);
+    SET_MAX_ACC(4, 2, 5000.0);
+    SET_MAX_JERK(4, 2, 500000.0);
     SET_OUTPUT_DATA_MAP(4, 20, 4, 8, 104);
     SET_OUTPUT_DATA_MAP(4, 20, 12, 8, 112);
-    WaitForAllInsFinish(4);
-    ASSERT_EQ(GetError(nullptr, nullptr, nullptr, nullptr, nullptr), 0);
-  }
-  static void Limits(double velocity, double acceleration, double jerk) {
-    SET_MAX_VEL(4, 2, velocity);
-    SET_MAX_ACC(4, 2, acceleration);
-    SET_MAX_JERK(4, 2, jerk);
   }
   static void Go_And_Hold(double position) {
     SGO(4, 2, position);
@@ -115,21 +109,13 @@ class Axis : public testing::Test {
     EXPECT_EQ(mapped, 1);
     return run == 1;
   }
-  static double Encoder() {
-    Take(105);
-    Sleep(3);
-    return Take(105).back() / Raw_Per_Mm;
-  }
-
-  orsanta::C_Simulated_Clock m_Clock{1};
 };
 
 TEST_F(Axis, Follows_Moves_Jumps_And_New_Targets_On_The_Way) {
-  const double start = Now_Ms();
   SGO(4, 2, 8.0);
   EXPECT_TRUE(Runs());
   Till_Stopped();
-  EXPECT_NEAR(Now_Ms() - start, 8.0 / 20.0 * 1000.0 + 4.0 + 10.0, 1.5);
+  EXPECT_NEAR(Now_Ms(), 8.0 / 20.0 * 1000.0 + 4.0 + 10.0, 1.5);
   EXPECT_EQ(Commanded(), 8.0);
   EXPECT_FALSE(Runs());
   EXPECT_NEAR(bench::True_Position(20), 8.0, 0.002);
@@ -156,7 +142,7 @@ TEST_F(Axis, Follows_Moves_Jumps_And_New_Targets_On_The_Way) {
   OUTPUT_DATA(4, 112, -1.0);
   for (const double beyond : {15.0, -15.0}) {
     Go_And_Wait(beyond);
-    EXPECT_NEAR(Encoder(), std::copysign(10.0, beyond), 0.002) << "an end stop";
+    EXPECT_NEAR(bench::True_Position(20), std::copysign(10.0, beyond), 0.002) << "an end stop";
   }
 }
 
@@ -199,13 +185,11 @@ TEST_F(Axis, Scale_And_Zeros_Rename_Places_Without_Moving) {
 
   SGO(4, 2, 10.0);
   SET_AXIS_SCALE(4, 2, 1.0);
-  int number = 0;
-  EXPECT_EQ(GetError(nullptr, nullptr, nullptr, nullptr, &number), 1);
   SET_AXIS_SCALE(4, 2, 0.0);
   SET_MAX_VEL(4, 2, -1.0);
   SET_MAX_ACC(4, 2, std::nan(""));
   SGO(4, 2, 1e30);
-  for (int i = 0; i < 4; ++i) EXPECT_EQ(GetError(nullptr, nullptr, nullptr, nullptr, &number), 1);
+  for (int i = 0; i < 5; ++i) EXPECT_EQ(GetError(nullptr, nullptr, nullptr, nullptr, nullptr), 1);
   Till_Stopped();
   EXPECT_EQ(Commanded(), 10.0);
 }
@@ -215,17 +199,16 @@ TEST_F(Axis, Stops_Pauses_Goes_On_And_Is_Stopped_From_Outside) {
   Sleep(100);
   STOP_S(4, 2);
   Till_Stopped();
-  EXPECT_NEAR(Commanded(), 2.25, 0.75);
+  EXPECT_NEAR(Commanded(), 2.0, 0.1);
 
   Go_And_Hold(8.0);
   Sleep(50);
   TILL_AXIS_PAUSE(5, 2);
   WaitForAllInsFinish(5);
   EXPECT_FALSE(Runs());
-  const double paused = Commanded();
-  EXPECT_LT(paused, 5.0);
+  EXPECT_NEAR(Commanded(), 3.0, 0.1);
   Sleep(500);
-  EXPECT_EQ(Commanded(), paused);
+  EXPECT_NEAR(Commanded(), 3.0, 0.1);
   int finished = 1;
   GetThreadInsBufferRemainCount(4, nullptr, &finished);
   EXPECT_EQ(finished, 0) << "a paused move is not over";
@@ -233,8 +216,7 @@ TEST_F(Axis, Stops_Pauses_Goes_On_And_Is_Stopped_From_Outside) {
   WaitForAllInsFinish(4);
   EXPECT_EQ(Commanded(), 8.0);
 
-  Go_And_Hold(0.0);
-  SGO(4, 2, 8.0);
+  SGO(4, 2, 0.0);
   TILLTIME(4, 100000);
   Sleep(100);
   TILL_AXIS_PAUSE(0, 2);
@@ -243,10 +225,8 @@ TEST_F(Axis, Stops_Pauses_Goes_On_And_Is_Stopped_From_Outside) {
   STOP_S(0, 2);
   AXIS_RESUME(0, 2);
   WaitForAllInsFinish(0);
-  const double stopped = Commanded();
-  EXPECT_NEAR(stopped, 6.0, 2.0);
   Sleep(1000);
-  EXPECT_EQ(Commanded(), stopped);
+  EXPECT_NEAR(Commanded(), 6.0, 0.1);
   Go_And_Wait(1.0);
   EXPECT_EQ(Commanded(), 1.0);
 }
@@ -259,9 +239,6 @@ TEST_F(Axis, Works_Out_Targets_In_Registers_When_The_Instruction_Runs) {
   SGO_R(4, 2, 501);
   TILLSTOP(4, 2);
   GET_OUTPUT_POS(5, 2, 501);  // another thread, the server's register
-  SGO_R(4, 2, 500);
-  TILLSTOP(4, 2);
-  Sleep(1);
   ADD_R_C(4, 500, 501, 0.25);
   SGO_R(4, 2, 500);
   Till_Stopped();

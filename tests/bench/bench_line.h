@@ -29,6 +29,13 @@ inline void Connect(const bench::Settings& settings = {}) {
   ASSERT_NE(ConnectControlServer(L"", 0, nullptr), 0);
 }
 
+// A connected room on the simulated clock.
+class Room : public testing::Test {
+ protected:
+  explicit Room(const bench::Settings& settings = {}) { Connect(settings); }
+  orsanta::C_Simulated_Clock m_Clock{1};
+};
+
 inline void Map_Input(int thread, int can_id, int port, int format, int channel, int depth) {
   SET_INPUT_DATA_MAP(thread, can_id, port, format, channel);
   RESET_INPUT_DATA_FIFO(thread, channel, depth);
@@ -72,16 +79,11 @@ class C_Test_Drive {
     }
     return -1;
   }
-  // Milliseconds until the run flag is 0; a test fails where that takes more than limit_ms.
-  double Till_Idle(double limit_ms = 5000.0) const {
+  // Milliseconds until the run flag is 0.
+  double Till_Idle() const {
     const double start = orsanta::Now_Ms();
-    while (Run_Flag() != 0) {
-      orsanta::Sleep(1);
-      if (orsanta::Now_Ms() - start > limit_ms) {
-        ADD_FAILURE() << "the run flag of drive " << m_Id << " stays on";
-        break;
-      }
-    }
+    while (Run_Flag() != 0 && orsanta::Now_Ms() - start < 5000.0) orsanta::Sleep(1);
+    EXPECT_LT(orsanta::Now_Ms() - start, 5000.0) << "the run flag of drive " << m_Id << " stays on";
     return orsanta::Now_Ms() - start;
   }
   void Go_And_Wait(double mm) const {
@@ -97,16 +99,12 @@ class C_Test_Drive {
   // The mean of `count` position samples from now on, mm.
   double Mean_Position(int count) const {
     Take(Position());
-    std::vector<double> seen;
-    while (seen.size() < static_cast<size_t>(count)) {
-      orsanta::Sleep(2);
-      const std::vector<double> more = Take(Position());
-      if (more.empty()) break;
-      seen.insert(seen.end(), more.begin(), more.end());
-    }
     double sum = 0.0;
-    for (const double raw : seen) sum += raw;
-    return sum / static_cast<double>(seen.size()) / Raw_Per_Mm;
+    for (int i = 0; i < count; ++i) {
+      orsanta::Sleep(2);
+      sum += Take(Position()).back();
+    }
+    return sum / count / Raw_Per_Mm;
   }
 
  private:
