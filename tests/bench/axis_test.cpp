@@ -221,19 +221,4 @@ TEST_F(Axis, Stops_Pauses_Goes_On_And_Is_Stopped_From_Outside) {
   EXPECT_EQ(m_Told.str(), "200/200 300/300 300/300 800/800 600/600 100/100 ");
 }
 
-TEST_F(Axis, Works_Out_Targets_In_Registers_When_The_Instruction_Runs) {
-  USE_LOCAL_REG(4);
-  Go_And_Hold(2.0);
-  GET_OUTPUT_POS(4, 2, 500);
-  ADD_R_C(4, 501, 500, 1.5);
-  SGO_R(4, 2, 501);
-  TILLSTOP(4, 2);
-  GET_OUTPUT_POS(5, 2, 501);  // another thread, the server's register
-  ADD_R_C(4, 500, 501, 0.25);
-  SGO_R(4, 2, 500);
-  Till_Stopped();
-  Tell();
-  EXPECT_EQ(m_Told.str(), "375/375 ");
-}
-
 }  // namespace

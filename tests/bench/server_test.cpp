@@ -203,13 +203,10 @@ TEST_F(Server, Errors_Name_Thread_Position_And_Reason_And_Leave_Everything_As_It
     ClearInsBuffer(n);
     bench::Set_Input(n, 1);
     bench::Place_Part(n, infinity);
-    int res = 1, value = 0;
-    ReadDeviceReg(1, n, &value, 1, &res);
-    EXPECT_EQ(res, 0);
-    WriteDeviceReg(n, 1, &value, 1, &res);
-    EXPECT_EQ(res, 0);
-    EXPECT_EQ(GetCurIoInput(n, &value), 0);
+    int value = 0;
     double sample = 0.0;
+    EXPECT_EQ(ReadDeviceReg(1, n, &value, 1, nullptr) + WriteDeviceReg(n, 1, &value, 1, nullptr), 0);
+    EXPECT_EQ(GetCurIoInput(n, &value), 0);
     GetInputChannelData(25, -5, &value, &sample, nullptr);
   }
   TILL_THREAD_INS_FINISH(1, 1);

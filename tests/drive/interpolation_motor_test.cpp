@@ -42,12 +42,12 @@ TEST_F(Interpolation_Motor, Connects_And_Maps_In_Order_And_Runs_Sixteen_Windows)
           Search_Calls(Id, "+50 ") + "+100 SetBackJmpInsSize(5, 100); " +
           Map_Calls(
               "5, 20",
-              "i 201 6 5321 256 i 199 6 5319 256 i 202 4 5322 256 i 203 4 5323 256 i 200 6 5320 256 w 30 8 580 w 31 8 "
-              "581 w 32 8 582 w 33 8 583 w 40 8 500 w 41 8 501 w 42 8 502 w 43 8 503 w 44 8 504 w 1 6 5125 w 16 8 5136 "
-              "w 17 8 5137 w 19 8 5139 w 25 8 5145 w 26 8 5146 w 20 8 5140 i 18 8 5138 4096 i 15 8 5135 256 i 29 8 "
-              "5149 256 i 50 8 5170 256 i 27 4 5147 256 i 28 4 5148 256 i 21 8 5141 4096 i 22 8 5142 4096 i 23 8 5143 "
-              "4096 i 24 8 5144 4096 o 4 8 5124 o 12 8 5132 o 16 4 5136 wait o 8 5 5128 o 17 5 5137 o 15 4 5135 o 18 8 "
-              "5138") +
+              "i 201 6 5321 256 i 199 6 5319 256 i 202 4 5322 256 i 203 4 5323 256 i 200 6 5320 256 w 30 8 580 "
+              "w 31 8 581 w 32 8 582 w 33 8 583 w 40 8 500 w 41 8 501 w 42 8 502 w 43 8 503 w 44 8 504 w 1 6 5125 "
+              "w 16 8 5136 w 17 8 5137 w 19 8 5139 w 25 8 5145 w 26 8 5146 w 20 8 5140 i 18 8 5138 4096 "
+              "i 15 8 5135 256 i 29 8 5149 256 i 50 8 5170 256 i 27 4 5147 256 i 28 4 5148 256 i 21 8 5141 4096 "
+              "i 22 8 5142 4096 i 23 8 5143 4096 i 24 8 5144 4096 o 4 8 5124 o 12 8 5132 o 16 4 5136 wait o 8 5 5128 "
+              "o 17 5 5137 o 15 4 5135 o 18 8 5138") +
           "SET_AXIS_MAP(5, 20, 0, 2); SET_AXIS_SCALE(5, 2, 65536000); SET_MAX_VEL(5, 2, 1000); SET_MAX_ACC(5, 2, "
           "10000); SET_MAX_JERK(5, 2, 1e+06); SET_IOIN_MAP(5, 20, 1, 2, 0, 30); SET_IOIN_MAP(5, 20, 1, 6, 0, 31); "
           "Places(5); ");
@@ -333,9 +333,10 @@ TEST_F(Interpolation_Axis, The_Check_Finds_The_Stops_And_Names_Its_Failure) {
   EXPECT_EQ(Calls(), check);
   EXPECT_NEAR(max, 10.0, 0.05);
   EXPECT_NEAR(min, -10.0, 0.05);
-  m_Motor->Sgo(5.0);
+  m_Motor->Go_Relative(5.0);
   EXPECT_EQ(m_Motor->CheckStop() + m_Motor->Home_And_Check(9, max, min), 0);  // still moving
   m_Motor->Till_Stop(1);
+  EXPECT_NEAR(bench::True_Position(Id), 5.0, 0.05);
   uint16_t ver = 0;
   uint32_t bcd_date = 0;
   bench::Set_Silent(Id, true);

@@ -36,9 +36,9 @@ TEST_F(Motor, Connects_Twice_And_Maps_In_Order) {
       Calls_Of([&] { EXPECT_EQ(motor->Map_Once(), 1); }),
       Search_Calls(Id) +
           Map_Calls("2, 3",
-                    "i 8 6 60 256 i 201 6 61 256 i 11 6 62 256 i 10 6 63 256 i 200 6 64 256 i 5 1 66 256 w 4 4 65 i 16 "
-                    "8 69 4096 i 17 8 67 4096 i 18 8 68 4096 i 20 8 70 4096 i 15 8 71 256 o 0 6 60 o 1 6 61 o 4 8 62 o "
-                    "12 8 69 o 6 8 63 o 11 8 68 o 7 8 64 o 8 8 65 o 9 0 66 o 10 0 67 wait"));
+                    "i 8 6 60 256 i 201 6 61 256 i 11 6 62 256 i 10 6 63 256 i 200 6 64 256 i 5 1 66 256 w 4 4 65 "
+                    "i 16 8 69 4096 i 17 8 67 4096 i 18 8 68 4096 i 20 8 70 4096 i 15 8 71 256 o 0 6 60 o 1 6 61 "
+                    "o 4 8 62 o 12 8 69 o 6 8 63 o 11 8 68 o 7 8 64 o 8 8 65 o 9 0 66 o 10 0 67 wait"));
 
   // A second object on the id finds it mapped, and its window never starts.
   auto second = std::make_unique<C_Kestrune_Motor_test>(Id, Server_Thread, 1);
