@@ -49,7 +49,7 @@ TEST(Smart_Pointer, The_Last_Copy_Frees_Objects_And_Arrays_And_Their_Records) {
 }
 
 TEST(Smart_Pointer, Threads_Copy_And_Release_The_Same_Object) {
-  constexpr int Threads = 4, Least_Turns = 5000;
+  constexpr int Threads = 4, Least_Turns = 20000;
   const int records_before = smart_pointer_table::Live_Records();
   {
     const C_Pointer shared(1);
