@@ -11,15 +11,6 @@ namespace orsanta {
 
 namespace {
 
-C_Chart_Axis Axis(double low, double high, double first, double last) {
-  C_Chart_Axis axis;
-  axis.low = low;
-  axis.high = high;
-  axis.first = first;
-  axis.last = last;
-  return axis;
-}
-
 // The vertical extent of a line in every pixel column, which is what the eye sees of it.
 std::vector<std::pair<double, double>> Extents(const QPolygonF& line, int width) {
   std::vector<std::pair<double, double>> extents(static_cast<size_t>(width), {1e9, -1e9});
@@ -37,7 +28,7 @@ TEST(Chart_Line, Thinning_Changes_No_Pixel_Column) {
   std::normal_distribution<double> noise(0.0, 1.0);
   std::vector<double> x, y;
   QPolygonF whole;
-  const C_Chart_Axis x_axis = Axis(0.0, 50000.0, 0.0, 500.0), y_axis = Axis(-10.0, 10.0, 400.0, 0.0);
+  const C_Chart_Axis x_axis{0.0, 50000.0, 0.0, 500.0}, y_axis{-10.0, 10.0, 400.0, 0.0};
   for (int i = 0; i < 50000; ++i) {
     x.push_back(i);
     y.push_back(noise(random) + (i == 31234 ? 8.0 : 0.0));  // one outlier, which must not get lost
@@ -50,23 +41,24 @@ TEST(Chart_Line, Thinning_Changes_No_Pixel_Column) {
   EXPECT_EQ(line.back(), whole.back());
 
   // Zoomed in to a few points: all of them, and one beyond each border, so that the line leaves the picture.
-  const C_Chart_Axis close_up = Axis(99.5, 104.5, 0.0, 500.0);
+  const C_Chart_Axis close_up{99.5, 104.5, 0.0, 500.0};
   EXPECT_EQ(Make_Line(x, y, close_up, y_axis).size(), 5 + 2);
 
   const double none = std::numeric_limits<double>::quiet_NaN();
-  EXPECT_EQ(Make_Line({0, 1, 2, 3}, {1, none, 3, none}, Axis(0, 3, 0, 100), y_axis).size(), 2);
+  EXPECT_EQ(Make_Line({0, 1, 2, 3}, {1, none, 3, none}, {0, 3, 0, 100}, y_axis).size(), 2);
   EXPECT_TRUE(Make_Line({}, {}, close_up, y_axis).isEmpty());
 }
 
 TEST(Chart_Axis, Ticks_Are_Round_And_Zoom_Keeps_Its_Center) {
-  std::vector<QString> labels;
-  for (const C_Chart_Tick& tick : Make_Ticks(Axis(2.34412, 2.34562, 300, 0), 6, false)) labels.push_back(tick.label);
-  EXPECT_EQ(labels, (std::vector<QString>{"2.3445", "2.3450", "2.3455"}));
-  labels.clear();
-  for (const C_Chart_Tick& tick : Make_Ticks(Axis(-0.3, 2.2, 0, 300), 8, true)) labels.push_back(tick.label);
-  EXPECT_EQ(labels, (std::vector<QString>{"0", "1", "2"})) << "measurements have whole numbers";
+  const auto labels = [](const C_Chart_Axis& axis, int most, bool whole) {
+    QString text;
+    for (const C_Chart_Tick& tick : Make_Ticks(axis, most, whole)) text += tick.label + " ";
+    return text;
+  };
+  EXPECT_EQ(labels({2.34412, 2.34562, 300, 0}, 6, false), "2.3445 2.3450 2.3455 ");
+  EXPECT_EQ(labels({-0.3, 2.2, 0, 300}, 8, true), "0 1 2 ") << "measurements have whole numbers";
 
-  C_Chart_Axis axis = Axis(0.0, 10.0, 100.0, 200.0);
+  C_Chart_Axis axis{0.0, 10.0, 100.0, 200.0};
   axis.Zoom(130.0, 0.5);
   EXPECT_NEAR(axis.To_Value(130.0), 3.0, 1e-12);
   EXPECT_NEAR(axis.high - axis.low, 5.0, 1e-12);

@@ -35,8 +35,8 @@ TEST_F(Gates, Lock_After_A_Time_That_All_Displays_Share) {
     Type_Password();
     const int time_ms = 60000 / stations;
     C_Script script;
-    script.Press(L"显示结果数量").Wait(time_ms - 1000).Press(L"测量回位", 0);  // any press is activity
-    script.Wait(time_ms - 1000).Press(L"显示结果数量").Wait(time_ms + 500).Press(L"显示结果数量");
+    script.Press(L"显示结果数量").Wait(time_ms - 300).Press(L"测量回位", 0);  // any press is activity
+    script.Wait(time_ms - 300).Press(L"显示结果数量").Wait(time_ms + 300).Press(L"显示结果数量");
     Run_Panel(script);
     EXPECT_THAT(front->Boxes(), ElementsAre(L"需要操作员密码", L"需要操作员密码", L"用户密码错误"));
   }

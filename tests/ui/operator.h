@@ -5,11 +5,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cmath>
 #include <filesystem>
-#include <fstream>
-#include <initializer_list>
 #include <map>
 #include <memory>
 #include <sstream>
@@ -35,7 +32,14 @@ constexpr double Near_Mm = 0.002;  // how well a thickness of the noisy bench is
 class Operator : public ::testing::Test {
  protected:
   Operator() : clock(7) { bench::Reset(); }
-  ~Operator() override { base.reset(); }
+  ~Operator() override {
+    base.reset();
+    // The cells of every dialog that takes entries, whichever a test opened, are alike.
+    for (const C_Shown& shown : front->Shown()) {
+      for (const C_Control_Model& cell : shown.dialog.controls)
+        EXPECT_TRUE(!shown.dialog.confirms || (cell.column == 0 && Size(cell).empty())) << To_Utf8(cell.caption);
+    }
+  }
 
   void Start(int stations, int io_mode = 0) {
     for (int n = 1; n <= stations; ++n) bench::Place_Part(n, Block_Mm);
@@ -57,6 +61,11 @@ class Operator : public ::testing::Test {
     C_Script script;
     for (const wchar_t* button : buttons) script.Press(button);
     return script;
+  }
+  // Of a control, where it is not a button's.
+  static std::wstring Size(const C_Control_Model& control) {
+    const CMyStringW size = Format_Text(L" %gx%d, text %g", control.width, control.rows, control.text_scale);
+    return size == L" 10x1, text 1" ? L"" : size.Text();
   }
   // Runs the panel with the script to its end.
   void Run_Panel(C_Script script) {

@@ -10,17 +10,6 @@ using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using Operator_Panel = Operator;
 
-// With the size, where that is not a button's.
-std::vector<std::wstring> Captions(const C_Dialog_Model& model, int column) {
-  std::vector<std::wstring> captions;
-  for (const C_Control_Model& control : model.controls) {
-    if (control.column != column) continue;
-    const CMyStringW size = Format_Text(L" %gx%d, text %g", control.width, control.rows, control.text_scale);
-    captions.push_back(control.caption + (size == L" 10x1, text 1" ? L"" : size.Text()));
-  }
-  return captions;
-}
-
 TEST_F(Operator_Panel, Stands_In_Columns_And_An_Absent_Station_Stays_Blank) {
   Start(0);
   base->show();
@@ -43,13 +32,16 @@ TEST_F(Operator_Panel, Stands_In_Columns_And_An_Absent_Station_Stays_Blank) {
   ASSERT_GE(shown.size(), 2U);
   EXPECT_EQ(shown[0].text, L"CanID：2的设备没有连接") << "told before the panel shows";
   const C_Dialog_Model& model = shown[1].dialog;
+  std::vector<std::wstring> captions[3];
+  for (const C_Control_Model& control : model.controls)
+    captions[control.column].push_back(control.caption + Size(control));
   EXPECT_FALSE(model.confirms);
-  EXPECT_THAT(Captions(model, 0), ElementsAre(L"设定推力", L"设定速度", L"设定回位速度", L"设定加速度", L"基准面标定",
-                                              L"基准块尺寸", L"首次慢速测量", L"测量", L"测量回位", L"双力位移测试",
-                                              L"微米仪1状态 10x2, text 1.5", L"高级功能"));
-  EXPECT_THAT(Captions(model, 1), ElementsAre(L""));
+  EXPECT_THAT(captions[0], ElementsAre(L"设定推力", L"设定速度", L"设定回位速度", L"设定加速度", L"基准面标定",
+                                       L"基准块尺寸", L"首次慢速测量", L"测量", L"测量回位", L"双力位移测试",
+                                       L"微米仪1状态 10x2, text 1.5", L"高级功能"));
+  EXPECT_THAT(captions[1], ElementsAre(L""));
   EXPECT_EQ(model.controls[12].kind, C_Control_Kind::Blank);
-  EXPECT_THAT(Captions(model, 2), ElementsAre(L"显示结果数量", L"自动测量设置", L"自动测量速度"));
+  EXPECT_THAT(captions[2], ElementsAre(L"显示结果数量", L"自动测量设置", L"自动测量速度"));
   EXPECT_EQ(model.title.size(), std::wstring(L"Orsanta控制系统 Dec 15 2020").size());
 }
 
