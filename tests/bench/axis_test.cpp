@@ -67,16 +67,10 @@ TEST(Trajectory, Takes_The_Time_Of_The_Shape) {
   EXPECT_NEAR(move.Duration(), 4.0 * std::cbrt(0.002 / 200000.0), 1e-9);
 }
 
-bench::Settings Board_20() {
-  bench::Settings settings;
-  settings.temperature_boards = {20};
-  return settings;
-}
-
 // An interpolation device at CAN id 20 as axis 2 on instruction thread 4, user units of millimetres.
 class Axis : public bench_test::Room {
  protected:
-  Axis() : Room(Board_20()) {
+  Axis() : Room(bench_test::With_Board()) {
     SET_AXIS_MAP(4, 20, 0, 2);
     SET_AXIS_SCALE(4, 2, Raw_Per_Mm);
     SET_MAX_VEL(4, 2, 20.0);
@@ -143,6 +137,7 @@ TEST_F(Axis, Follows_Moves_Jumps_And_New_Targets_On_The_Way) {
 // On the way at 20 mm/s, 4 mm from the start.
 TEST_F(Axis, Sends_At_Each_Port_What_It_Stands_For) {
   bench::Set_Temperature(20, 41.3);
+  for (const double no_temperature : {std::nan(""), HUGE_VAL, -300.0}) bench::Set_Temperature(20, no_temperature);
   bench::Set_Fault_Bits(20, 5);
   const double ports[][3] = {// port, value, give or take
                              {15, 0.008, 0.005}, {16, 0.003, 0.004}, {17, 20, 0.1},
@@ -172,10 +167,14 @@ TEST_F(Axis, Scale_And_Zeros_Rename_Places_Without_Moving) {
   Tell();
   SET_AXIS_ZEROS(4, 2, 10.0);
   Tell();
-  Go_And_Wait(11.0);
+  SGO(4, 2, 11.0);
+  Sleep(20);
+  SGO(4, 2, 11.0);
+  SET_AXIS_ZEROS(4, 2, 0.0);  // on the way: the targets move along
+  Till_Stopped();
   Sleep(50);
   Tell();
-  SGO(4, 2, 10.0);
+  SGO(4, 2, 0.0);
   SET_AXIS_SCALE(4, 2, 1.0);
   SET_AXIS_SCALE(4, 2, 0.0);
   SET_MAX_VEL(4, 2, -1.0);
@@ -184,7 +183,7 @@ TEST_F(Axis, Scale_And_Zeros_Rename_Places_Without_Moving) {
   for (int i = 0; i < 5; ++i) EXPECT_EQ(GetError(nullptr, nullptr, nullptr, nullptr, nullptr), 1);
   Till_Stopped();
   Tell();
-  EXPECT_EQ(m_Told.str(), "-100/200 1000/200 1100/0 1000/200 ");
+  EXPECT_EQ(m_Told.str(), "-100/200 1000/200 73/0 0/145 ");
 }
 
 TEST_F(Axis, Stops_Pauses_Goes_On_And_Is_Stopped_From_Outside) {

@@ -29,6 +29,13 @@ inline void Connect(const bench::Settings& settings = {}) {
   ASSERT_NE(ConnectControlServer(L"", 0, nullptr), 0);
 }
 
+// A room with a temperature board at CAN id 20 besides what is always there.
+inline bench::Settings With_Board() {
+  bench::Settings settings;
+  settings.temperature_boards = {20};
+  return settings;
+}
+
 // A connected room on the simulated clock.
 class Room : public testing::Test {
  protected:

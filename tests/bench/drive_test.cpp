@@ -1,6 +1,7 @@
 // The drives: motion under the clamps, landing, homing, samples, faults; and the journal. The run flag is held by the
 // waits of those who use it.
 #include <algorithm>
+#include <set>
 
 #include "bench_line.h"
 
@@ -176,16 +177,20 @@ TEST_F(Drive, Faults_Come_And_Go) {
   bench::Place_Part(1, 4.0);
   EXPECT_LE(bench::True_Position(1), 5.001);
   bench::Set_Head_Height(1, -1.5);
+  bench::Set_Head_Height(1, std::nan(""));
+  bench::Place_Part(1, HUGE_VAL);
   EXPECT_EQ(bench::True_Contact_Position(1), 3.5);
 }
 
 TEST_F(Drive, Calls_Stand_In_The_Journal_And_Reads_When_Asked) {
   bench::Journal_Clear();
   Sleep(5);
+  std::set<uint64_t> sums{bench::Journal_Checksum()};
   OUTPUT_DATA(4, 23, 12.5);
-  const uint64_t sum = bench::Journal_Checksum();
+  sums.insert(bench::Journal_Checksum());
   Take(25, 10);
-  EXPECT_NE(bench::Journal_Checksum(), sum) << "reads count";
+  sums.insert(bench::Journal_Checksum());
+  EXPECT_EQ(sums.size(), 3U);
   bench::Journal_Keep_Reads(true);
   Take(25, 10);
   EXPECT_EQ(bench::Journal_Text(), "5.000 4 OUTPUT_DATA(23, 12.5)\n5.000 -1 GetInputChannelData(25, 10)\n");

@@ -14,13 +14,23 @@ using bench_test::Take;
 using orsanta::Now_Ms;
 using orsanta::Sleep;
 
-struct Error {
-  int found = 0, thread = 0, point = 0, length = 200, number = 0;
-  wchar_t text[200] = L"";
-  Error() { found = GetError(&thread, &point, text, &length, &number); }
-};
+// The errors since the last look, each as "thread/point number:subject ".
+std::string Told() {
+  std::string told;
+  int thread = 0, point = 0, number = 0;
+  wchar_t text[200];
+  for (int length = 200; GetError(&thread, &point, text, &length, &number) == 1; length = 200) {
+    const std::wstring subject = std::wstring(text).substr(std::wstring(text).rfind(L' ') + 1);
+    told += std::to_string(thread) + '/' + std::to_string(point) + ' ' + std::to_string(number) + ':' +
+            std::string(subject.begin(), subject.end()) + ' ';
+  }
+  return told;
+}
 
-class Server : public bench_test::Room {};
+class Server : public bench_test::Room {
+ protected:
+  Server() : Room(bench_test::With_Board()) {}
+};
 
 TEST_F(Server, Fifo_Keeps_Old_Samples_When_Full_And_Loses_Only_What_A_Reset_Finds) {
   Map_Input(1, 1, 4, 4, 25, 8);
@@ -80,7 +90,7 @@ TEST(Fifo, Carries_The_Width_Of_The_Port_And_Goes_Over_To_A_New_Port) {
     Sleep(3);
     EXPECT_NEAR(Take(900).back() * bench_test::Raw_Per_Mm, raw, 1e-3) << value;
   }
-  EXPECT_EQ(Error().found, 1);
+  EXPECT_EQ(Told(), "1/30 6:901 ");
 }
 
 TEST_F(Server, A_Wait_Holds_Its_Own_Thread_Alone) {
@@ -107,7 +117,7 @@ TEST_F(Server, A_Wait_Holds_Its_Own_Thread_Alone) {
   ClearInsBuffer(5);
   EXPECT_EQ(WaitForAllInsFinish(5) + WaitForAllInsFinish(6), 2);
   EXPECT_NEAR(Now_Ms(), 350.0, 1.0);
-  EXPECT_EQ(Error().found, 0);
+  EXPECT_EQ(Told(), "");
 }
 
 TEST(Threads, Take_Their_Pace_For_Each_Instruction_Side_By_Side) {
@@ -152,75 +162,79 @@ TEST(Connection, Refuses_Until_Prepared_And_Drops_Everything_With_A_Rebuild) {
   Sleep(20);
   EXPECT_FALSE(Take(drive.Position()).empty());
   TILLTIME(1, 1000000);
-  ReBuildSystem();
+  EXPECT_EQ(OpenCloseErrorMsgAutoAssert(0) + ReBuildSystem(), 2);
   double value = 0.0;
   int count = 0;
   EXPECT_EQ(GetInputChannelData(drive.Position(), 1, &count, &value, nullptr) + WaitForAllInsFinish(1), 0);
   EXPECT_EQ(ConnectControlServer(L"", 0, nullptr) + WaitForAllInsFinish(1), 2);
   EXPECT_EQ(GetInputChannelData(drive.Position(), 1, &count, &value, nullptr), 0);
-  ReleaseDevice();
+  EXPECT_EQ(CloseMotionControlerServer() + CheckDeviceExist(1, &exists), 1);
+  EXPECT_EQ(ReleaseDevice(), 1);
   EXPECT_EQ(ConnectControlServer(L"", 0, nullptr), 0) << "a released client is prepared anew";
 }
 
-TEST_F(Server, Errors_Name_Thread_Position_And_Reason_And_Leave_Everything_As_It_Was) {
+TEST_F(Server, Tells_Each_Step_Past_A_Limit_And_Leaves_Everything_As_It_Was) {
   const C_Test_Drive drive(1);
-  EXPECT_EQ(Error().found, 0);
   const double infinity = std::numeric_limits<double>::infinity();
   for (const double bad : {std::nan(""), infinity, 1e300, -1e15}) drive.Send(0, bad);
   drive.Speed(0.0);
   drive.Clamp(1e6);
-  for (int i = 0; i < 6; ++i) {
-    const Error error;
-    EXPECT_EQ(error.found + error.thread, 2);
-    EXPECT_EQ(error.point, 20 + i);
-    EXPECT_EQ(std::wstring(error.text).size(), static_cast<size_t>(error.length));
-  }
-  EXPECT_EQ(drive.Run_Flag() + Error().found, 0);
+  EXPECT_EQ(Told(), "1/20 6:20 1/21 6:20 1/22 6:20 1/23 6:20 1/24 6:23 1/25 6:22 ");
+  EXPECT_EQ(drive.Run_Flag(), 0);
 
-  // What reaches past every limit is refused or reported, and nothing breaks.
-  const int far[] = {-1, 1 << 30, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()};
-  for (const int n : far) {
-    EXPECT_EQ(SET_INPUT_DATA_MAP(n, 1, 4, 4, 25), 0);
-    EXPECT_EQ(GetThreadInsBufferRemainCount(n, nullptr, nullptr), 0);
-    SET_INPUT_DATA_MAP(1, n, 4, 4, 25);
-    SET_INPUT_DATA_MAP(1, 1, n, 4, 25);
-    SET_INPUT_DATA_MAP(1, 1, 4, n, 25);
-    SET_INPUT_DATA_MAP(1, 1, 4, 4, n);
-    SET_OUTPUT_DATA_MAP(1, 1, 0, n, n);
-    RESET_INPUT_DATA_FIFO(1, 25, n);
-    OUTPUT_DATA(1, n, 1.0);
-    SET_IOIN_MAP(1, 15, 4, n, 0, 1);
-    SET_IOIN_MAP(1, 15, 4, 1, 0, n);
-    SET_IOOUT_MAP(1, 15, n, 1, n);
-    SET_AXIS_MAP(1, 1, 0, n);
-    SGO(1, n, infinity);
-    TILLSTOP(1, n);
-    TILLIO(1, n);
-    TILL_AXIS_PAUSE(1, n);
-    TILL_THREAD_INS_FINISH(1, n);
-    CLEAR_THREAD_INS(1, n);
-    ADD_R_C(1, n, n, infinity);
-    ClearInsBuffer(n);
-    bench::Set_Input(n, 1);
-    bench::Place_Part(n, infinity);
-    int value = 0;
-    double sample = 0.0;
-    EXPECT_EQ(ReadDeviceReg(1, n, &value, 1, nullptr) + WriteDeviceReg(n, 1, &value, 1, nullptr), 0);
-    EXPECT_EQ(GetCurIoInput(n, &value), 0);
-    GetInputChannelData(25, -5, &value, &sample, nullptr);
+  const int lowest = std::numeric_limits<int>::min();
+  const int highest = std::numeric_limits<int>::max();
+  for (const int n : {lowest, -1, 0, 255, 256, highest}) EXPECT_EQ(TILLTIME(n, 0), n == 0 || n == 255 ? 1 : 0);
+  EXPECT_EQ(Told(), "-2147483648/0 1:-2147483648 -1/0 1:-1 256/0 1:256 2147483647/0 1:2147483647 ");
+  for (const int n : {lowest, -1, 0, 65535, 65536, highest}) {
+    SET_INPUT_DATA_MAP(2, 1, 4, 4, n);
+    SET_OUTPUT_DATA_MAP(2, 1, 0, 6, n);
+    RESET_INPUT_DATA_FIFO(2, 0, n);
   }
-  TILL_THREAD_INS_FINISH(1, 1);
-  GetInputChannelData(25, 5, nullptr, nullptr, nullptr);
-  GetCurOutputPos(nullptr, nullptr);
-  EXPECT_EQ(WaitForAllInsFinish(1), 1);
+  for (const int n : {-1, 0, 65536, 65537}) SetBackJmpInsSize(2, n);
+  EXPECT_EQ(Told(),
+            "2/0 5:-2147483648 2/1 5:-2147483648 2/2 5:0 2/3 5:-1 2/4 5:-1 2/5 5:0 2/8 6:0 2/12 5:65536 2/13 5:65536 "
+            "2/15 5:2147483647 2/16 5:2147483647 2/17 6:2147483647 2/18 6:-1 2/21 6:65537 ");
+  for (const int n : {-1, 0, 8, 9}) {
+    SET_INPUT_DATA_MAP(2, 1, 4, n, 0);
+    SET_OUTPUT_DATA_MAP(2, 1, 0, n, 0);
+    SET_IOIN_MAP(2, 15, 4, n, 0, 0);
+    SET_IOOUT_MAP(2, 15, 3, n, 0);
+  }
+  EXPECT_EQ(Told(), "2/22 6:-1 2/23 6:-1 2/24 4:-1 2/25 4:-1 2/32 4:8 2/33 4:8 2/34 6:9 2/35 6:9 2/36 4:9 2/37 4:9 ");
+  for (const int n : {-1, 0, 1023, 1024}) {
+    SET_IOIN_MAP(2, 15, 4, 0, 0, n);
+    SET_IOOUT_MAP(2, 15, 3, 0, n);
+    ADD_R_C(2, n, n, infinity);
+  }
+  for (const int n : {-1, 0, 63, 64}) SET_AXIS_MAP(2, 20, 0, n);
+  EXPECT_EQ(Told(),
+            "2/38 7:-1 2/39 7:-1 2/40 10:-1 2/40 10:-1 2/47 7:1024 2/48 7:1024 2/49 10:1024 2/49 10:1024 2/50 8:-1 "
+            "2/53 8:64 ");
+  SET_INPUT_DATA_MAP(2, 64, 4, 4, 0);
+  SET_INPUT_DATA_MAP(2, 1, 3, 4, 0);
+  SET_OUTPUT_DATA_MAP(2, 1, 2, 6, 0);
+  SET_AXIS_MAP(2, 1, 0, 0);
+  OUTPUT_DATA(2, 7, 1.0);
+  SET_OUTPUT_IO(2, 7, 1);
+  TILLIO(2, 7);
+  SGO(2, 9, 1.0);
+  TILLSTOP(2, 9);
+  TILL_THREAD_INS_FINISH(2, 2);
+  EXPECT_EQ(Told(), "2/54 3:64 2/55 4:3 2/56 4:2 2/57 4:1 2/58 5:7 2/59 7:7 2/60 7:7 2/61 8:9 2/62 8:9 2/63 11:2 ");
+  EXPECT_EQ(GetInputChannelData(0, 5, nullptr, nullptr, nullptr) + GetCurOutputPos(nullptr, nullptr), 0);
+  bench::Set_Input(highest, 1);
+  bench::Place_Part(highest, infinity);
 
-  ReBuildSystem();
-  ConnectControlServer(L"", 0, nullptr);
   TILLTIME(3, 1000000);
   int queued = 1;
   while (queued < 100000 && TILLTIME(3, 0) == 1) ++queued;
   EXPECT_EQ(queued, 4096);
-  EXPECT_EQ(Error().thread, 3);
+  wchar_t text[17];
+  int length = 17;
+  GetError(nullptr, nullptr, text, &length, nullptr);
+  EXPECT_EQ(std::wstring(text), L"the thread's ins");  // as much as there is room for
+  EXPECT_EQ(length, 16);
 }
 
 // On the system clock: readers and commanders at once, while a wait blocks one thread alone.
