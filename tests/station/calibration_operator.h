@@ -43,9 +43,4 @@ struct C_Calibration_Operator {
   }
 };
 
-// Currents and heights that cover forces to some 450 g on parts to 7 mm.
-inline C_Calibration_Operator Whole_Range() {
-  return {5.0, 0.5, 10, {-8.0, -6.0, -4.0, -2.0, 0.0}};
-}
-
 }  // namespace orsanta

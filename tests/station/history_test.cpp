@@ -1,8 +1,5 @@
 #include "station/history.h"
 
-#include <filesystem>
-#include <set>
-
 #include "station_room.h"
 
 namespace orsanta {
@@ -28,22 +25,19 @@ TEST(History, Keeps_The_Newest_Within_Its_Limit) {
 class Export : public C_Station_Test {};
 
 TEST_F(Export, Writes_Four_Files_Of_One_Time) {
-  station->ThicknessArray.Append(0.1);
-  station->ThicknessArray.Append(1.0 / 3.0);
+  station->ThicknessArray.Append(Array({0.1, 1.0 / 3.0}));
+  station->TempArray.Append(31.5);
+  station->TestTimeArray.Append(900.0);
   station->SlowTestData.Append(Array({7.0, 8.0, 9.0}));
+  Sleep(63000);
   station->Export_History();
   EXPECT_EQ(station->ThicknessArray.GetSize(), 2);
-
-  std::set<std::string> names;
-  for (const auto& file : std::filesystem::directory_iterator("历史数据")) names.insert(file.path().filename());
-  ASSERT_EQ(names.size(), 4U);
-  const std::string time_text = names.begin()->substr(names.begin()->find(' '));
   // The simulated day begins at midnight of the first of January.
-  EXPECT_THAT(time_text, testing::StartsWith(" 1月1日0时0分"));
-  for (const char* array : {"ThicknessArray1", "TempArray1", "TestTimeArray1", "SlowTestData1"}) {
-    EXPECT_EQ(names.count(array + time_text), 1U) << array;
-  }
+  const std::string time_text = " 1月1日0时1分3秒";
   EXPECT_THAT(Load("ThicknessArray1" + time_text), testing::ElementsAre(0.1, 1.0 / 3.0));
+  EXPECT_THAT(Load("TempArray1" + time_text), testing::ElementsAre(31.5));
+  EXPECT_THAT(Load("TestTimeArray1" + time_text), testing::ElementsAre(900.0));
+  EXPECT_THAT(Load("SlowTestData1" + time_text), testing::ElementsAre(7.0, 8.0, 9.0));
 }
 
 }  // namespace

@@ -176,6 +176,11 @@ TEST_F(Operations, Settle) {
     EXPECT_EQ(station->Ans_Valid, item.valid);
     station->Force_Back(30.0F);
   }
+  for (const double window : {0.0, -5.0}) {
+    station->Val_ErrorWindowLen = window;
+    EXPECT_EQ(station->Detection_thickness(20.0F, 1.0F), 0.0);
+    EXPECT_EQ(front->Boxes().back(), L"位置数据空，检测位置失败");
+  }
 }
 
 // A sequence waits for the one that runs, on whatever thread.
@@ -210,6 +215,7 @@ TEST_F(Operations, Wait_For_A_Silent_Drive) {
   const double begin = Now_Ms();
   EXPECT_EQ(station->Detection_thickness(20.0F, 1.0F), -99.0);
   EXPECT_EQ(Now_Ms() - begin, 10453.0);
+  EXPECT_EQ(station->ThicknessArray.GetSize(), 0);
   C_Thread helper;
   helper.Start("helper", [&] {
     EXPECT_TRUE(front->Wait_For_Box(L"最小电流过小", 120000.0));
