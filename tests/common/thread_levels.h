@@ -32,11 +32,11 @@ inline std::map<std::string, std::set<std::string>> Thread_Levels() {
   return levels;
 }
 
-// Whether the system grants real-time classes here; leaves the calling thread in one, as a host's thread may be.
-inline bool Become_Real_Time(int level = 5) {
+// Leaves the calling thread in a real-time class, as a host's thread may be, where the system grants it.
+inline void Become_Real_Time() {
   sched_param parameter{};
-  parameter.sched_priority = level;
-  return pthread_setschedparam(pthread_self(), SCHED_RR, &parameter) == 0;
+  parameter.sched_priority = 5;
+  pthread_setschedparam(pthread_self(), SCHED_RR, &parameter);
 }
 
 }  // namespace orsanta

@@ -33,7 +33,7 @@ TEST_F(Export, Writes_Four_Files_Of_One_Time) {
   station->Export_History();
   EXPECT_EQ(station->ThicknessArray.GetSize(), 2);
   // The simulated day begins at midnight of the first of January.
-  const std::string time_text = " 1月1日0时1分3秒";
+  const std::string time_text = " 1月1日0时1分3秒.txt";
   EXPECT_THAT(Load("ThicknessArray1" + time_text), testing::ElementsAre(0.1, 1.0 / 3.0));
   EXPECT_THAT(Load("TempArray1" + time_text), testing::ElementsAre(31.5));
   EXPECT_THAT(Load("TestTimeArray1" + time_text), testing::ElementsAre(900.0));

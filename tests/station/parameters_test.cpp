@@ -10,12 +10,6 @@ using testing::ElementsAre;
 
 const char* const Store = "音圈电机1参数";
 
-std::string Store_Text() {
-  std::ostringstream text;
-  text << std::ifstream(Store).rdbuf();
-  return text.str();
-}
-
 class Parameters : public C_Station_Test {};
 
 TEST_F(Parameters, Every_Key_Stands_In_Order_And_Comes_Back_From_The_Store) {
@@ -26,7 +20,7 @@ TEST_F(Parameters, Every_Key_Stands_In_Order_And_Comes_Back_From_The_Store) {
   station.reset();  // saves
 
   // The keys with the values that a fresh station has; then each number gets one of its own.
-  std::istringstream in(Store_Text());
+  std::istringstream in(File_Text(Store));
   std::string edited, keys;
   int n = 0;
   for (std::string line; std::getline(in, line); edited += line + "\n") {
@@ -55,7 +49,7 @@ TEST_F(Parameters, Every_Key_Stands_In_Order_And_Comes_Back_From_The_Store) {
   EXPECT_EQ(station->Surface_Force(2.0, 3.0), force);
   EXPECT_THAT(Values(station->Val_Pos_Friction[1].p), ElementsAre(0.1, -0.2));
   station->Save();
-  EXPECT_EQ(Store_Text(), edited);
+  EXPECT_EQ(File_Text(Store), edited);
 }
 
 TEST_F(Parameters, Faults_Are_Reported_At_Start) {
