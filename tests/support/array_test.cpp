@@ -119,6 +119,7 @@ TEST(Array, Each_Broken_Check_Reports_Its_Own_Line) {
     EXPECT_GT(Failed_Check_Line([&] { array.RemoveData(places.data(), static_cast<int>(places.size())); }), 0);
   EXPECT_GT(Failed_Check_Line([&] { array.RemoveData(2147483647, 2147483647); }), 0);
   EXPECT_THAT(Content(array), ElementsAre(0, 1, 2));
+  EXPECT_EQ(constant[0], 0);
 }
 
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)  // their allocators end the process instead

@@ -1,6 +1,7 @@
 #include "support/clock.h"
 
 #include <gmock/gmock.h>
+#include <sched.h>
 
 #include <ctime>
 #include <string>
@@ -11,6 +12,14 @@
 
 namespace orsanta {
 namespace {
+
+TEST(Simulated_Clock, Gives_The_Processors_Back) {
+  cpu_set_t sets[2];
+  sched_getaffinity(0, sizeof sets[0], &sets[0]);
+  C_Simulated_Clock(1);
+  sched_getaffinity(0, sizeof sets[1], &sets[1]);
+  EXPECT_TRUE(CPU_EQUAL(&sets[0], &sets[1]));
+}
 
 TEST(Simulated_Clock, Sleeps_And_Waits_End_At_Their_Times_And_Nobody_Is_Passed_Over) {
   const C_Simulated_Clock clock(1);

@@ -34,7 +34,7 @@ class Console : public ::testing::Test {
 
 TEST_F(Console, Answers_Everything_By_Itself_In_Single_Lines) {
   testing::internal::CaptureStderr();
-  EXPECT_EQ(Message_Box(L"\n请进行基准校正\r\n\n第二行\n", Box_Stop_Icon), Answer_Ok);
+  EXPECT_EQ(Message_Box(L"\n请进行  基准校正\r\n\n第二行\n", Box_Stop_Icon), Answer_Ok);
   EXPECT_EQ(Message_Box(L"保存\x1B[2J?", Box_Yes_No | Box_System_Modal), Answer_No);
 
   int value = 3;
@@ -46,7 +46,7 @@ TEST_F(Console, Answers_Everything_By_Itself_In_Single_Lines) {
   const CMyArray<double> none;
   EXPECT_EQ(CKestrunePlot().Plot(L"温度", none, none, 0, 500, 400, CKestruneGraph::Line_Solid, L""), 0);
   EXPECT_EQ(testing::internal::GetCapturedStderr(),
-            "请进行基准校正 第二行\n保存 [2J?\n没有显示器,对话框已取消: 点数\n");
+            "请进行  基准校正 第二行\n保存 [2J?\n没有显示器,对话框已取消: 点数\n");
 }
 
 // The stream as a careless parent may leave it: closed, a socket or a terminal that nobody reads, or a pipe whose
@@ -63,6 +63,11 @@ TEST_F(Console, Goes_On_Where_Nobody_Reads_It) {
     dup2(stream, STDERR_FILENO);
     for (int i = 0; i < 3000; ++i) ASSERT_EQ(Message_Box(std::wstring(100, L'话')), Answer_Ok);
     if (stream == pipe_ends[1]) close(pipe_ends[0]);
+  }
+  for (const int end : {sockets[0], terminal.Master()}) {
+    char told[6] = "";
+    EXPECT_EQ(read(end, told, 3), 3);
+    EXPECT_STREQ(told, "话");
   }
   close(STDERR_FILENO);
   EXPECT_EQ(Message_Box(L"没有终端"), Answer_Ok);

@@ -38,6 +38,10 @@ TEST_F(Serial, Port_Numbers_Follow_The_Links_And_A_Port_Has_One_User) {
   std::ofstream("COM2") << "no device";
   std::filesystem::create_symlink("/dev/orsanta_no_such_device", "COM3");
   for (const int absent : {-1, 0, 2, 3}) EXPECT_EQ(port.OpenCom(absent), 0);
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(port.OpenCom(1000), 0);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "COM1000 (/dev/ttyS999): does not open: No such file or directory\n");
   EXPECT_EQ(port.SetPropW(9600, 8, 1, 0) + port.GetComData(bytes_in, 1, count) + Write("x"), 0);
   CComSerial other;
   ASSERT_EQ(port.OpenCom(1), 1);

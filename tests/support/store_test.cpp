@@ -43,7 +43,7 @@ TEST_F(Store, Reads_Every_Number_Back_To_The_Same_Bits_In_Every_Locale) {
     EXPECT_EQ(0, std::memcmp(read.first.GetData(), saved.first.GetData(), sizeof(double) * 2008));
     EXPECT_EQ(std::bit_cast<uint32_t>(read.travel), 0x7FC01234U);
     EXPECT_EQ(read.level, saved.level);
-    EXPECT_EQ(read.word, saved.word);
+    EXPECT_EQ(read.word.Text(), saved.word.Text());
   }
   std::setlocale(LC_ALL, "C");
 }
@@ -139,7 +139,7 @@ TEST_F(Store, Stays_In_Its_Place_With_A_Copy_Of_Each_State_That_Was_Not_Taken_Wh
       EXPECT_EQ(thing.Load(), store.count == 1 ? 0 : 1);
       EXPECT_EQ(thing.count, store.count);
       EXPECT_EQ(thing.force, 200.0);
-      EXPECT_EQ(thing.word, L"mocha");
+      EXPECT_EQ(thing.word.Text(), L"mocha");
       EXPECT_THAT(Values(thing.first), ElementsAre(4.0)) << "no array of half its values";
       EXPECT_EQ(Only_Box(), "参数文件 " + (folder.Path() / File).string() + " 有误:" + store.told +
                                 "\n原文件的副本是 " + File + store.copy +

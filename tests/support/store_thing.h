@@ -19,7 +19,7 @@ class C_Thing : public CAutoSaveClassData2 {
   int count = 1;
   float travel = 10.0F;
   double force = 200.0;
-  std::wstring word = L"mocha";
+  CMyStringW word = L"mocha";
   Shared<float> level{2.0F};
   CMyArray<double> first;
   CMyArray<double> second;
