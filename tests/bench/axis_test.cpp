@@ -62,6 +62,8 @@ TEST(Trajectory, Takes_The_Time_Of_The_Shape) {
   // 10 mm at 20 mm/s: 0.5 s, and once more the time of speeding up, v/a + a/j
   move.Plan_Move(0.0, 10.0, {20.0, 1000.0, 100000.0});
   EXPECT_NEAR(move.Duration(), 0.5 + 0.02 + 0.01, 1e-9);
+  move.Plan_Move(1.0, 1.0, {});
+  EXPECT_EQ(move.Duration() + move.End(), 1.0);
   // too short for the acceleration: four ramps of cbrt(way / 2 j)
   move.Plan_Move(0.0, 0.002, {20.0, 1000.0, 100000.0});
   EXPECT_NEAR(move.Duration(), 4.0 * std::cbrt(0.002 / 200000.0), 1e-9);
@@ -78,6 +80,7 @@ class Axis : public bench_test::Room {
     SET_MAX_JERK(4, 2, 500000.0);
     SET_OUTPUT_DATA_MAP(4, 20, 4, 8, 104);
     SET_OUTPUT_DATA_MAP(4, 20, 12, 8, 112);
+    SET_OUTPUT_DATA_MAP(4, 20, 17, 5, 117);
   }
   static void Go_And_Hold(double position) {
     SGO(4, 2, position);
@@ -95,8 +98,7 @@ class Axis : public bench_test::Room {
   void Tell() {
     double positions[15];
     int count = 3, mapped = 0, run = 0;
-    GetCurOutputPos(positions, &count);
-    BeAxisRun(2, &mapped, &run);
+    EXPECT_EQ(GetCurOutputPos(positions, &count) + BeAxisRun(2, &mapped, &run), 2);
     EXPECT_EQ(count + mapped, 4);
     m_Told << std::lround(positions[2] * 100.0) << '/' << std::lround(bench::True_Position(20) * 100.0)
            << (run == 1 ? "> " : " ");
@@ -131,7 +133,10 @@ TEST_F(Axis, Follows_Moves_Jumps_And_New_Targets_On_The_Way) {
     Go_And_Wait(beyond);
     Tell();
   }
-  EXPECT_EQ(m_Told.str(), "0/0> 800/800 611/611> 800/800 -300/800 -300/-300 0/0 1500/1000 -1500/-1000 ");
+  OUTPUT_DATA(4, 117, 0.0);  // without power it stays there
+  Go_And_Wait(0.0);
+  Tell();
+  EXPECT_EQ(m_Told.str(), "0/0> 800/800 611/611> 800/800 -300/800 -300/-300 0/0 1500/1000 -1500/-1000 0/-999 ");
 }
 
 // On the way at 20 mm/s, 4 mm from the start.

@@ -52,13 +52,9 @@ inline void Map_Input(int thread, int can_id, int port, int format, int channel,
 class C_Test_Drive {
  public:
   explicit C_Test_Drive(int can_id) : m_Id(can_id) {
-    Map_Input(m_Id, m_Id, 8, 6, Ready(), 256);
-    Map_Input(m_Id, m_Id, 201, 6, Channel(1), 256);
-    Map_Input(m_Id, m_Id, 11, 6, Channel(2), 256);
-    Map_Input(m_Id, m_Id, 10, 6, Channel(3), 256);
-    Map_Input(m_Id, m_Id, 5, 1, Channel(6), 256);
-    Map_Input(m_Id, m_Id, 4, 4, Position(), 4096);
-    Map_Input(m_Id, m_Id, 16, 8, Channel(9), 4096);
+    const int inputs[][4] = {{8, 6, 0, 256}, {201, 6, 1, 256}, {11, 6, 2, 256}, {10, 6, 3, 256},
+                             {5, 1, 6, 256}, {4, 4, 5, 4096},  {16, 8, 9, 4096}};
+    for (const auto& [port, format, k, depth] : inputs) Map_Input(m_Id, m_Id, port, format, Channel(k), depth);
     const int outputs[][3] = {{0, 6, 0}, {1, 6, 1}, {4, 8, 2}, {6, 8, 3}, {11, 8, 8}, {12, 8, 9}};
     for (const auto& [port, format, k] : outputs) SET_OUTPUT_DATA_MAP(m_Id, m_Id, port, format, Channel(k));
     WaitForAllInsFinish(m_Id);

@@ -135,7 +135,9 @@ TEST(Homing, Measures_The_Stroke_Keeps_Commands_For_Later_And_Tells_When_It_Cann
     EXPECT_NEAR(bench::True_Position(1), 0.0, 0.1);
     EXPECT_NEAR(drive.Till_Idle(), 3.0 / 80.0 * 1000.0 + 16.0, 10.0) << "the speed last commanded";
     EXPECT_NEAR(bench::True_Position(1), 3.0, 0.001);
-    EXPECT_EQ(Take(drive.Channel(2)).size(), cyclic ? 256u : 1u) << "of the time before the homing";
+    const std::vector<double> lower = Take(drive.Channel(2));
+    EXPECT_EQ(lower.size(), cyclic ? 256u : 1u) << "of the time before the homing";
+    EXPECT_NEAR(lower.front() / Raw_Per_Mm, cyclic ? 0.0 : -0.45, 0.01);
     Sleep(100);
     EXPECT_EQ(Take(drive.Channel(2)).size(), cyclic ? 50u : 0u);
     EXPECT_NEAR(Take(drive.Channel(3)).back() / Raw_Per_Mm, 4.95, 0.01);
@@ -171,6 +173,20 @@ TEST_F(Drive, Faults_Come_And_Go) {
   bench::Set_Weak_Lift(1, false);
   Sleep(500);
   EXPECT_NEAR(bench::True_Position(1), 0.0, 0.001);
+
+  // A restless part shakes the probe that lies on it.
+  m_Drive.Land(1.0);
+  bench::Set_Restless(1, 0.05);
+  double least = 9.0, greatest = 0.0;
+  for (int ms = 0; ms < 100; ++ms) {
+    Sleep(1);
+    least = std::min(least, bench::True_Position(1));
+    greatest = std::max(greatest, bench::True_Position(1));
+  }
+  EXPECT_NEAR(least, 6.95, 0.01);
+  EXPECT_NEAR(greatest, 7.05, 0.01);
+  bench::Set_Restless(1, 0.0);
+  m_Drive.Go_And_Wait(0.0);
 
   // A part that is pushed under a lowered probe lifts it, and the head's height moves the anvil.
   m_Drive.Land(1.0);

@@ -65,9 +65,10 @@ TEST(Fifo, Carries_The_Width_Of_The_Port_And_Goes_Over_To_A_New_Port) {
   orsanta::C_Simulated_Clock clock(1);
   bench::Settings settings;
   settings.noise_mm = 0.0;
-  settings.anvil_mm = 50.0;
+  settings.anvil_mm = 100.0;
   settings.force = {{0.0, 100.0, 0.0, 0.0, 0.0}};
   Connect(settings);
+  EXPECT_EQ(bench::True_Contact_Position(1), 60.0) << "the lower stop";
   const C_Test_Drive drive(1);
   drive.Speed(200.0);
   drive.Go_And_Wait(40.0);
@@ -115,6 +116,7 @@ TEST_F(Server, A_Wait_Holds_Its_Own_Thread_Alone) {
   CLEAR_THREAD_INS(7, 5);
   TILLTIME(5, 1000000);
   ClearInsBuffer(5);
+  TILLTIME(5, 20);  // a wait of its own, whatever was cleared before
   EXPECT_EQ(WaitForAllInsFinish(5) + WaitForAllInsFinish(6), 2);
   EXPECT_NEAR(Now_Ms(), 350.0, 1.0);
   EXPECT_EQ(Told(), "");
@@ -186,22 +188,22 @@ TEST_F(Server, Tells_Each_Step_Past_A_Limit_And_Leaves_Everything_As_It_Was) {
   const int highest = std::numeric_limits<int>::max();
   for (const int n : {lowest, -1, 0, 255, 256, highest}) EXPECT_EQ(TILLTIME(n, 0), n == 0 || n == 255 ? 1 : 0);
   EXPECT_EQ(Told(), "-2147483648/0 1:-2147483648 -1/0 1:-1 256/0 1:256 2147483647/0 1:2147483647 ");
-  for (const int n : {lowest, -1, 0, 65535, 65536, highest}) {
+  for (const int n : {lowest, -1, 0, 1, 65535, 65536, highest}) {
     SET_INPUT_DATA_MAP(2, 1, 4, 4, n);
     SET_OUTPUT_DATA_MAP(2, 1, 0, 6, n);
     RESET_INPUT_DATA_FIFO(2, 0, n);
   }
   for (const int n : {-1, 0, 65536, 65537}) SetBackJmpInsSize(2, n);
   EXPECT_EQ(Told(),
-            "2/0 5:-2147483648 2/1 5:-2147483648 2/2 5:0 2/3 5:-1 2/4 5:-1 2/5 5:0 2/8 6:0 2/12 5:65536 2/13 5:65536 "
-            "2/15 5:2147483647 2/16 5:2147483647 2/17 6:2147483647 2/18 6:-1 2/21 6:65537 ");
+            "2/0 5:-2147483648 2/1 5:-2147483648 2/2 5:0 2/3 5:-1 2/4 5:-1 2/5 5:0 2/8 6:0 2/15 5:65536 2/16 5:65536 "
+            "2/18 5:2147483647 2/19 5:2147483647 2/20 6:2147483647 2/21 6:-1 2/24 6:65537 ");
   for (const int n : {-1, 0, 8, 9}) {
     SET_INPUT_DATA_MAP(2, 1, 4, n, 0);
     SET_OUTPUT_DATA_MAP(2, 1, 0, n, 0);
     SET_IOIN_MAP(2, 15, 4, n, 0, 0);
     SET_IOOUT_MAP(2, 15, 3, n, 0);
   }
-  EXPECT_EQ(Told(), "2/22 6:-1 2/23 6:-1 2/24 4:-1 2/25 4:-1 2/32 4:8 2/33 4:8 2/34 6:9 2/35 6:9 2/36 4:9 2/37 4:9 ");
+  EXPECT_EQ(Told(), "2/25 6:-1 2/26 6:-1 2/27 4:-1 2/28 4:-1 2/35 4:8 2/36 4:8 2/37 6:9 2/38 6:9 2/39 4:9 2/40 4:9 ");
   for (const int n : {-1, 0, 1023, 1024}) {
     SET_IOIN_MAP(2, 15, 4, 0, 0, n);
     SET_IOOUT_MAP(2, 15, 3, 0, n);
@@ -209,8 +211,8 @@ TEST_F(Server, Tells_Each_Step_Past_A_Limit_And_Leaves_Everything_As_It_Was) {
   }
   for (const int n : {-1, 0, 63, 64}) SET_AXIS_MAP(2, 20, 0, n);
   EXPECT_EQ(Told(),
-            "2/38 7:-1 2/39 7:-1 2/40 10:-1 2/40 10:-1 2/47 7:1024 2/48 7:1024 2/49 10:1024 2/49 10:1024 2/50 8:-1 "
-            "2/53 8:64 ");
+            "2/41 7:-1 2/42 7:-1 2/43 10:-1 2/43 10:-1 2/50 7:1024 2/51 7:1024 2/52 10:1024 2/52 10:1024 2/53 8:-1 "
+            "2/56 8:64 ");
   SET_INPUT_DATA_MAP(2, 64, 4, 4, 0);
   SET_INPUT_DATA_MAP(2, 1, 3, 4, 0);
   SET_OUTPUT_DATA_MAP(2, 1, 2, 6, 0);
@@ -221,7 +223,7 @@ TEST_F(Server, Tells_Each_Step_Past_A_Limit_And_Leaves_Everything_As_It_Was) {
   SGO(2, 9, 1.0);
   TILLSTOP(2, 9);
   TILL_THREAD_INS_FINISH(2, 2);
-  EXPECT_EQ(Told(), "2/54 3:64 2/55 4:3 2/56 4:2 2/57 4:1 2/58 5:7 2/59 7:7 2/60 7:7 2/61 8:9 2/62 8:9 2/63 11:2 ");
+  EXPECT_EQ(Told(), "2/57 3:64 2/58 4:3 2/59 4:2 2/60 4:1 2/61 5:7 2/62 7:7 2/63 7:7 2/64 8:9 2/65 8:9 2/66 11:2 ");
   EXPECT_EQ(GetInputChannelData(0, 5, nullptr, nullptr, nullptr) + GetCurOutputPos(nullptr, nullptr), 0);
   bench::Set_Input(highest, 1);
   bench::Place_Part(highest, infinity);

@@ -62,8 +62,8 @@ TEST(Fifo_Window, Readers_On_Many_Threads_See_Whole_Windows) {
     while (!end) {
       window.Get_Window(out);
       window.Get_Read_Index(indices);
-      if (out.GetSize() > 300) ++broken;
-      if (out.GetSize() == 300) ++filled;
+      broken += out.GetSize() > 300 ? 1 : 0;
+      filled += out.GetSize() == 300 ? 1 : 0;
       for (int i = 2; i < indices.GetSize(); ++i)
         broken += indices[i] - indices[i - 1] == indices[1] - indices[0] ? 0 : 1;
     }
