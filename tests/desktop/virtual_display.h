@@ -7,7 +7,9 @@
 #include <unistd.h>
 
 #include <cstdlib>
+#include <filesystem>
 #include <string>
+#include <system_error>
 
 namespace orsanta {
 
@@ -35,6 +37,9 @@ class C_Virtual_Display {
     setenv("DISPLAY", (":" + number).c_str(), 1);
     unsetenv("WAYLAND_DISPLAY");
     unsetenv("QT_QPA_PLATFORM");
+    // Where the desktop gives no folder for running programs, the windows' library makes one and leaves it.
+    if (theFolder.empty()) theFolder = (std::filesystem::temp_directory_path() / "orsanta_XXXXXX").string();
+    if (mkdtemp(theFolder.data()) != nullptr) setenv("XDG_RUNTIME_DIR", theFolder.c_str(), 1);
     std::atexit(Stop);  // after the front's own end, which is registered later
     return true;
   }
@@ -43,10 +48,13 @@ class C_Virtual_Display {
     kill(thePid, SIGKILL);
     waitpid(thePid, nullptr, 0);
     thePid = 0;
+    std::error_code ignored;
+    std::filesystem::remove_all(theFolder, ignored);
   }
 
  private:
   static inline pid_t thePid = 0;
+  static inline std::string theFolder;
 };
 
 }  // namespace orsanta
