@@ -96,10 +96,14 @@ TEST(Left_Division, Solves_By_Reflection_And_Leaves_Out_What_It_Cannot_Tell) {
   EXPECT_EQ(solve(3, {0, 0, 0, 0, 0, 0}, {1, 2, 3}), (std::vector<double>{0, 0}));
   EXPECT_EQ(Left_Divide(C_Matrix(0, 2), {}), (std::vector<double>{0, 0}));
   // Two columns that differ in sign alone, when a third and a fourth have cancelled most of both: the first serves.
-  const std::vector<double> p = solve(
-      3, {1, -1, 1, -1, 1, -1, -199.9999, 199.9998, -199.9997, 0.010003, -0.009999000000000001, 0.010003}, {1, 2, 3});
-  EXPECT_NE(p[0], 0.0);
-  EXPECT_EQ(p[1], 0.0);
+  for (const double scale : {1.0, 0x1p30}) {
+    std::vector<double> columns = {
+        1, -1, 1, -1, 1, -1, -199.9999, 199.9998, -199.9997, 0.010003, -0.009999000000000001, 0.010003};
+    for (double& value : columns) value *= scale;
+    const std::vector<double> p = solve(3, columns, {1, 2, 3});
+    EXPECT_NE(p[0], 0.0);
+    EXPECT_EQ(p[1], 0.0);
+  }
 }
 
 TEST(Polynomial, Too_Few_Places_Give_No_Finite_Coefficients) {
@@ -122,6 +126,8 @@ TEST(Polynomial, Too_Few_Places_Give_No_Finite_Coefficients) {
   double y = 0.0;
   EXPECT_EQ(polynomial.My_PolyVal(Array({1, 0, 5}), 3.0, y), 1);
   EXPECT_EQ(y, 14.0) << "the highest power stands first";
+  polynomial.My_PolyVal(Array({2, 1}), 3.0, y);
+  EXPECT_EQ(y, 7.0);
 }
 
 TEST(Force_Surface, Turns_Force_Into_Current_And_Back) {
@@ -205,7 +211,8 @@ TEST(Basis_Fit, Saturated_Steps_Count_As_One_And_Odd_Samples_Are_Fitted) {
       {Array({-1.7e308, 0.3e308}), {-1.7e308, -0.7e308, 0.3e308}},
       {Array({-0.5e308, 1.7e308}), {-0.5e308, 0.6e308, 1.7e308}},
       {Array({-infinity, infinity}), {-infinity, 0, infinity}},
-      {Array({7, 5}), {7}}};
+      {Array({7, 5}), {7}},
+      {Array({7, 5}), {5, 7}}};
   for (const auto& [x, centres] : ranges) {
     basis.Fit(x, x, static_cast<int>(centres.size()), fit);
     ASSERT_EQ(std::ssize(centres), fit.BasisList.GetSize());

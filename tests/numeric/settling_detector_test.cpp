@@ -36,12 +36,15 @@ TEST_F(Settling_Detector, Settles_When_The_Window_Holds_Still_Below_The_Threshol
   for (int i = 0; i < 4; ++i) EXPECT_FALSE(Step(3.25)) << i;
   EXPECT_TRUE(Step(3.25));
   EXPECT_EQ(m_State.Mean, 3.25);
+  EXPECT_EQ(m_State.TailCopy[4], 3.25);
   EXPECT_FALSE(Step(3.5));
   EXPECT_EQ(m_State.Mean, 0.0);
   m_State.ErrorStatus = "of memory that was in use";
+  m_State.Mean = m_State.Settled = true;
   DetectorInit(m_State);
+  EXPECT_FALSE(m_State.Settled);
   EXPECT_EQ(DetectorErrorStatus(m_State), nullptr);
-  EXPECT_EQ(m_State.Input + m_State.WindowLen + m_State.Threshold, 0.0);
+  EXPECT_EQ(m_State.Input + m_State.WindowLen + m_State.Threshold + m_State.Mean, 0.0);
   EXPECT_EQ(m_State.RingPos, 1.0);
   Start(2, 0.25);
   Step(1.0);
