@@ -82,6 +82,7 @@ TEST(Array, Elements_Of_Classes_Are_Copied_Deep_And_All_Destroyed) {
     EXPECT_NE(array[0], nullptr);
     array = copy;
     EXPECT_EQ(array[0], nullptr);
+    EXPECT_EQ(array.GetAllocatedSize(), 3);
     array.DelStartData();
     EXPECT_EQ(array[0], held);
     array.ReallocateMem(100);
