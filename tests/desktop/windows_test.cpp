@@ -371,8 +371,13 @@ TEST(Display, A_Report_Is_Shown_Once_Its_Process_Has_Ended_And_Keeps_Nothing_Of_
 
   const std::string display = "export DISPLAY=" + std::string(std::getenv("DISPLAY")) + "; ";
   const std::string report = "--onlyvisible --name '^Orsanta 已停止$' ";
-  const std::string window = Shell(display + "timeout 20 xdotool search --sync " + report + "getwindowpid").output;
-  const std::string process = "/proc/" + std::to_string(std::stoi(window));
+  std::string pid;
+  for (int i = 0; i < 200 && pid.empty(); ++i) {  // a window bears its process some time after it shows
+    pid = Shell(display + "xdotool search " + report + "getwindowpid").output;
+    usleep(100000);
+  }
+  ASSERT_NE(pid, "");
+  const std::string process = "/proc/" + std::to_string(std::stoi(pid));
   const std::string command = File_Text(process + "/cmdline");
   EXPECT_EQ(command.substr(0, 32), std::string("orsanta_report\0what failed at 0\n", 32));
   EXPECT_EQ(command.substr(command.size() - dump.size() - 1), dump + '\0');
