@@ -312,6 +312,7 @@ TEST_F(Interpolation_Axis, A_Sensor_That_Never_Switches_Is_Told) {
   EXPECT_NEAR(boxes[0].at_ms - before, 2800.0, 200.0);  // 15 mm at 20 mm/s may take 2500 ms
   EXPECT_NEAR(boxes[1].at_ms - boxes[0].at_ms, 100.0, 1.0);
   EXPECT_EQ(Count("ClearInsBuffer"), 2);
+  EXPECT_EQ(Count("SGO(5, 2, 0)"), 3);  // back after each box, and to the offset at the end
 }
 
 TEST_F(Interpolation_Axis, The_Check_Finds_The_Stops_And_Names_Its_Failure) {

@@ -115,10 +115,10 @@ TEST_F(Mapped_Motor, Commands_Reach_Their_Channels_In_Their_Units) {
         m_Motor.Set_Speed(3.5);
         m_Motor.Set_Acc(400.0);
         m_Motor.Set_Jerk(5.0);
-        for (const int invert : {0, 1}) {
-          m_Motor.m_Be_Invert = invert;
+        for (int pass = 0; pass < 2; ++pass) {
           m_Motor.Set_Current_Pos(11.0);
           m_Motor.Set_Current_Neg(11.0);
+          m_Motor.m_Be_Invert = 1;
         }
         m_Motor.Set_Current_Pos(-11.5);
         m_Motor.Set_Current_Neg(11.5);
