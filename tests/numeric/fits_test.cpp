@@ -96,14 +96,35 @@ TEST(Left_Division, Solves_By_Reflection_And_Leaves_Out_What_It_Cannot_Tell) {
   EXPECT_EQ(solve(3, {0, 0, 0, 0, 0, 0}, {1, 2, 3}), (std::vector<double>{0, 0}));
   EXPECT_EQ(Left_Divide(C_Matrix(0, 2), {}), (std::vector<double>{0, 0}));
   // Two columns that differ in sign alone, when a third and a fourth have cancelled most of both: the first serves.
-  for (const double scale : {1.0, 0x1p30}) {
-    std::vector<double> columns = {
-        1, -1, 1, -1, 1, -1, -199.9999, 199.9998, -199.9997, 0.010003, -0.009999000000000001, 0.010003};
-    for (double& value : columns) value *= scale;
-    const std::vector<double> p = solve(3, columns, {1, 2, 3});
-    EXPECT_NE(p[0], 0.0);
-    EXPECT_EQ(p[1], 0.0);
-  }
+  const std::vector<double> p = solve(
+      3, {1, -1, 1, -1, 1, -1, -199.9999, 199.9998, -199.9997, 0.010003, -0.009999000000000001, 0.010003}, {1, 2, 3});
+  EXPECT_NE(p[0], 0.0);
+  EXPECT_EQ(p[1], 0.0);
+  // Norms that cancel in two steps, each too small to be formed anew by itself.
+  const std::vector<double> q = solve(4,
+                                      {-300,
+                                       0,
+                                       -200,
+                                       100,
+                                       -300,
+                                       300,
+                                       -300,
+                                       0,
+                                       -300.29699999999997,
+                                       300.00100000000003,
+                                       -300.19699999999995,
+                                       0.10300000000000001,
+                                       -300.30002,
+                                       300.00001,
+                                       -300.19997,
+                                       0.10003,
+                                       -299.69997,
+                                       299.99999,
+                                       -299.79997000000003,
+                                       -0.09998000000000001},
+                                      {1, 2, 3, 4});
+  EXPECT_EQ(q[1], 0.0);
+  EXPECT_NE(q[4], 0.0);
 }
 
 TEST(Polynomial, Too_Few_Places_Give_No_Finite_Coefficients) {

@@ -37,6 +37,7 @@ TEST_F(Force_Model, Surface_Takes_Over_Once_A_Landing_Is_Known) {
   Give_Surface();
   EXPECT_NEAR(station->Surface_Force(2.0, 4.0), 16.0, 1e-10);
   EXPECT_NEAR(station->Landing_Current(16.0), 2.0, 1e-12);
+  EXPECT_NEAR(station->Surface_Currents(Array({5.0, 16.0}), Array({0.0, 4.0}))[1], 2.0, 1e-12);
   bench::Journal_Clear();
   station->Set_Landing_Current(16.0, 4.0);
   EXPECT_NEAR(Written(2).at(0), 2.0, 1e-12);
