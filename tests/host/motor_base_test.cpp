@@ -179,6 +179,12 @@ TEST_F(Supervisor, Goes_On_Without_A_Host_Port_That_Does_Not_Open) {
   Start({1}, 9);
   EXPECT_EQ(front->Boxes(), std::vector<std::wstring>{L"无法打开串口9"});
   EXPECT_EQ(base->HostSerialOpen, 0);
+
+  const C_Pty line(2);
+  base.reset();
+  base = std::make_unique<C_VoiceMotorBase>(Resource_Table({1}), 2, 0, 0, 0);
+  EXPECT_EQ(front->Boxes().back(), L"无法打开串口2：波特率0无法设定");
+  EXPECT_EQ(CComSerial().OpenCom(2), 1) << "the port was given back";
 }
 
 // One T is one measurement and one lift-off, with the result on both lines; a T with a byte behind it is lost.
