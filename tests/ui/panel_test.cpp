@@ -60,6 +60,7 @@ TEST_F(Operator_Panel, Measures_Parts_Against_A_Corrected_Reference) {
   Answer_Edit(L"输入基准块尺寸(mm)", L"5");
   Answer(L"微米仪1基准面矫正", C_Script().Confirm());
   Answer(L"设定推力1(g)", C_Script().Fill(L"设定推力1(g)", L"60").Fill(L"设定推力2(g)", L"90").Confirm());
+  double began_ms = 0.0;
   C_Script script = Presses({L"设定推力", L"基准块尺寸", L"基准面标定"});
   script.Run([&] {
     EXPECT_EQ(Station(0).Val_BaseDistance, Station(0).Cur_BaseDistance);
@@ -85,8 +86,10 @@ TEST_F(Operator_Panel, Measures_Parts_Against_A_Corrected_Reference) {
     EXPECT_EQ(Sent(1), "speed 25, to 0, up 40, low -40, ");
     bench::Place_Part(1, 2.5);
     Station(0).Val_Force_Set[0] = 80.0;
+    began_ms = Now_Ms();
   });
   script.Press(L"首次慢速测量").Run([&] {  // the press comes back with the return under way
+    EXPECT_LT(Now_Ms() - began_ms, 4000.0) << "as soon as the measurement has ended";
     EXPECT_EQ(base->LoopPaused, 0);
     Settle();
     EXPECT_NEAR(Station(0).Test_Ans, 2.5, Near_Mm);
