@@ -64,6 +64,7 @@ TEST_F(Console, Goes_On_Where_Nobody_Reads_It) {
     for (int i = 0; i < 3000; ++i) ASSERT_EQ(Message_Box(std::wstring(100, L'话')), Answer_Ok);
     if (stream == pipe_ends[1]) close(pipe_ends[0]);
   }
+  fcntl(sockets[0], F_SETFL, O_NONBLOCK);
   for (const int end : {sockets[0], terminal.Master()}) {
     char told[6] = "";
     EXPECT_EQ(read(end, told, 3), 3);
