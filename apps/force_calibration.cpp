@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "bench_loaded.h"
 #include "orsanta/orsanta.h"
+#include "simulator_loaded.h"
 #include "station_work.h"
 
 namespace app {
@@ -46,13 +46,13 @@ std::string Polynomial(double linear, double constant) {
 std::vector<C_Reading> Take_Readings(int station, const std::function<bool()>& cancelled) {
   std::vector<C_Reading> readings;
   for (const double height : Heights_Mm) {
-    bench::Place_Part(station, height);
+    simulator::Place_Part(station, height);
     for (const double current : Currents_A) {
       double thickness = 0.0;
       Set_Force(station, current);
       if (cancelled() || !Measure(station, thickness)) return {};
       // Without a reference block and with a reference at 0 a thickness is the position, its sign turned.
-      readings.push_back({current, -thickness, bench::Force_Gauge(station)});
+      readings.push_back({current, -thickness, simulator::Force_Gauge(station)});
     }
     if (!Lift(station)) return {};
   }

@@ -73,7 +73,7 @@ CLI::Validator Number(double min, double max) {
 namespace {
 
 int Run(int argc, char** argv) {
-  CLI::App program("orsanta: a constant-force thickness gauge, here on the bench, its simulated installation.",
+  CLI::App program("orsanta: a constant-force thickness gauge, here on the simulator, its simulated installation.",
                    "orsanta");
   program.require_subcommand(1);
   program.failure_message([](const CLI::App*, const CLI::Error&) { return std::string(); });

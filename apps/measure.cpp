@@ -1,4 +1,4 @@
-// orsanta measure: measures parts of known thickness on the bench and tells how well the gauge did.
+// orsanta measure: measures parts of known thickness on the simulator and tells how well the gauge did.
 #include <unistd.h>
 
 #include <algorithm>
@@ -13,11 +13,11 @@
 #include <random>
 #include <vector>
 
-#include "bench_loaded.h"
-#include "bench_room.h"
 #include "commands.h"
 #include "force_calibration.h"
 #include "orsanta/orsanta.h"
+#include "simulator_loaded.h"
+#include "simulator_room.h"
 #include "station_work.h"
 #include "working_folder.h"
 
@@ -58,7 +58,7 @@ struct C_Run {
 };
 
 void Correct_Reference(const C_Run& run, int station) {
-  bench::Place_Part(station, Block_Mm);
+  simulator::Place_Part(station, Block_Mm);
   Set_Force(station, run.force);
   Set_Ans_Offset(station, Block_Mm);
   Check_User_Zero(station);
@@ -68,12 +68,12 @@ void Correct_Reference(const C_Run& run, int station) {
 // here are not, so that the first landing finds the height and the second one measures.
 void Measure_Part(int station, C_Part& part) {
   part.tried = true;
-  bench::Place_Part(station, part.true_mm);
+  simulator::Place_Part(station, part.true_mm);
   if (!Measure(station, part.measured_mm) || !Lift(station)) return;
   const auto start = Clock::now();
   part.measured = Measure(station, part.measured_mm);
   part.cycle_ms = std::chrono::duration<double, std::milli>(Clock::now() - start).count();
-  part.true_force = bench::True_Force(station);
+  part.true_force = simulator::True_Force(station);
   if (!Lift(station)) part.measured = false;
 }
 
@@ -256,7 +256,8 @@ void Add_Measure(CLI::App& program, int& exit_status) {
   auto run = std::make_shared<C_Run>();
   CLI::App* command = program.add_subcommand(
       "measure",
-      "Calibrates the force, then measures parts of known thickness on the bench, on all stations at once, and prints\n"
+      "Calibrates the force, then measures parts of known thickness on the simulator, on all stations at once, and "
+      "prints\n"
       "the errors of thickness and force. Each part is landed on twice: the force is set for the height of the "
       "landing\n"
       "before, so that the first landing finds the height and the second one measures.\n"
@@ -269,10 +270,10 @@ void Add_Measure(CLI::App& program, int& exit_status) {
       ->capture_default_str();
   command->add_option("--force", run->force, "set force in grams")->check(Number(1.0, 1000.0))->capture_default_str();
   command->add_option("--csv", run->csv, "file for one line with each part");
-  command->add_option("--seed", run->seed, "seed of the parts and of the bench's noise")
+  command->add_option("--seed", run->seed, "seed of the parts and of the simulator's noise")
       ->check(Whole_Number(0, 1000000000))
       ->capture_default_str();
-  command->callback([run, &exit_status] { exit_status = Need_Bench("measure") ? Run_Measure(*run) : Failed; });
+  command->callback([run, &exit_status] { exit_status = Need_Simulator("measure") ? Run_Measure(*run) : Failed; });
 }
 
 }  // namespace app

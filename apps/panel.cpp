@@ -1,5 +1,5 @@
-// orsanta panel: the operator's panel on the bench, with the bench strip beside it, in which parts are placed and IO
-// inputs pressed. The strip is the program orsanta_strip, which needs Qt; this program needs none.
+// orsanta panel: the operator's panel on the simulator, with the simulator strip beside it, in which parts are placed
+// and IO inputs pressed. The strip is the program orsanta_strip, which needs Qt; this program needs none.
 #include <fcntl.h>
 #include <signal.h>
 #include <sys/wait.h>
@@ -15,10 +15,10 @@
 #include <string>
 #include <thread>
 
-#include "bench_loaded.h"
-#include "bench_room.h"
 #include "commands.h"
 #include "orsanta/orsanta.h"
+#include "simulator_loaded.h"
+#include "simulator_room.h"
 
 namespace app {
 namespace {
@@ -123,10 +123,10 @@ void Obey(const std::string& line) {
   int station = 0;
   double value = 0.0;
   if (!(words >> word >> station)) return;
-  if (word == "remove") return bench::Remove_Part(station);
+  if (word == "remove") return simulator::Remove_Part(station);
   if (!(words >> value)) return;
-  if (word == "part") bench::Place_Part(station, value);
-  if (word == "input" && station < Io_Channels) bench::Set_Input(station, static_cast<int>(value));
+  if (word == "part") simulator::Place_Part(station, value);
+  if (word == "input" && station < Io_Channels) simulator::Set_Input(station, static_cast<int>(value));
 }
 
 void Follow_Strip(const C_Strip& strip) {
@@ -143,19 +143,19 @@ void Tell_States(const C_Strip& strip, int stations, const std::atomic<bool>& cl
   while (!closing) {
     for (int n = 1; n <= stations; ++n) {
       char line[80];
-      std::snprintf(line, sizeof line, "state %d %.4f %.2f %d", n, bench::True_Position(n), bench::True_Force(n),
-                    n < Io_Channels ? bench::Get_Output(n) : 0);
+      std::snprintf(line, sizeof line, "state %d %.4f %.2f %d", n, simulator::True_Position(n),
+                    simulator::True_Force(n), n < Io_Channels ? simulator::Get_Output(n) : 0);
       if (!strip.Tell(line)) return;
     }
     std::this_thread::sleep_for(std::chrono::milliseconds(State_Ms));
   }
 }
 
-void Set_Up_Bench(const C_Panel& panel) {
+void Set_Up_Simulator(const C_Panel& panel) {
   Set_Up_Room(panel.stations, panel.seed);
   for (int n = 1; n <= panel.stations; ++n) {
-    bench::Place_Part(n, Block_Mm);
-    if (n < Io_Channels) bench::Set_Input(n, 1);  // nobody asks for a measurement
+    simulator::Place_Part(n, Block_Mm);
+    if (n < Io_Channels) simulator::Set_Input(n, 1);  // nobody asks for a measurement
   }
 }
 
@@ -169,7 +169,7 @@ void Answer_First_Start(int stations) {
 
 void Show_Panel(const C_Panel& panel) {
   Answer_First_Start(panel.stations);
-  Set_Up_Bench(panel);
+  Set_Up_Simulator(panel);
   Orsanta_dll_init(1);
   {
     C_Strip strip(std::to_string(panel.stations));
@@ -222,16 +222,16 @@ void Add_Panel(CLI::App& program, int& exit_status) {
   auto panel = std::make_shared<C_Panel>();
   CLI::App* command = program.add_subcommand(
       "panel",
-      "Opens the operator's panel on the bench, and a strip in which parts are placed and IO inputs pressed.\n"
+      "Opens the operator's panel on the simulator, and a strip in which parts are placed and IO inputs pressed.\n"
       "The password is mocha. Needs a display. Example: orsanta panel --stations 4");
   command->add_option("--stations", panel->stations, "how many stations")
       ->check(Whole_Number(1, Max_Stations))
       ->capture_default_str();
-  command->add_option("--seed", panel->seed, "seed of the bench's noise")
+  command->add_option("--seed", panel->seed, "seed of the simulator's noise")
       ->check(Whole_Number(0, 1000000000))
       ->capture_default_str();
   command->add_option("--folder", panel->folder, "folder that keeps the settings; without it they go with the panel");
-  command->callback([panel, &exit_status] { exit_status = Need_Bench("panel") ? Run_Panel(*panel) : Failed; });
+  command->callback([panel, &exit_status] { exit_status = Need_Simulator("panel") ? Run_Panel(*panel) : Failed; });
 }
 
 }  // namespace app

@@ -5,9 +5,9 @@
 
 #include "commands.h"
 #include "host/motor_self_test.h"
-#include "support/clock.h"
-#include "support/console_front.h"
-#include "support/message_box.h"
+#include "support/dialog/console_front.h"
+#include "support/dialog/message_box.h"
+#include "support/time/clock.h"
 
 namespace app {
 namespace {

@@ -36,7 +36,7 @@ class C_Study_Command {
     m_Command->add_flag("--resume", m_Form->job.resume, "takes up the study that was begun in --out");
     Add_Whole("--station", Options().station, 1, Max_Stations, "station that measures");
     Add_Number("--block", Options().block_mm, 0.05, Thickest_Mm, "reference block, mm");
-    m_Command->add_option("--seed", Options().seed, "of the order, and of the bench")
+    m_Command->add_option("--seed", Options().seed, "of the order, and of the simulator")
         ->check(Whole_Number(0, 1000000000))
         ->capture_default_str();
     Add_Text("--folder", m_Form->job.folder, "on a machine: folder of its stores; the present one if not given");
@@ -65,7 +65,7 @@ class C_Study_Command {
                needs_tolerance ? "whole width of the tolerance, um; needed" : "whole width of the tolerance, um");
     Add_Number("--force", Options().force_g, 1.0, 1000.0, "set force, g");
     Add_Number("--placement-error", Options().placement_um, 0.0, 1000.0,
-               "on the bench: standard deviation of each placing, um");
+               "on the simulator: standard deviation of each placing, um");
   }
   // repeats: also the least that are taken.
   void Add_References(size_t least, int repeats) {
@@ -154,9 +154,9 @@ void Add_Grr(CLI::App& group, int& exit_status) {
   grr.Add_Whole("--trials", grr.Options().trials, 2, 100, "trials of each appraiser on each part");
   grr.Options().references_mm = {3.0};
   grr.Add_List("--nominal", grr.Options().references_mm, 0.1, Thickest_Mm,
-               "on the bench: middle of the parts' sizes, mm");
+               "on the simulator: middle of the parts' sizes, mm");
   grr.Add_Number("--appraiser-error", grr.Options().appraiser_um, 0.0, 1000.0,
-                 "on the bench: standard deviation between appraisers, um");
+                 "on the simulator: standard deviation between appraisers, um");
 }
 
 void Add_Linearity(CLI::App& group, int& exit_status) {

@@ -5,10 +5,10 @@
 #include <cstdlib>
 #include <stdexcept>
 
-#include "bench_loaded.h"
-#include "bench_room.h"
 #include "force_calibration.h"
 #include "orsanta/orsanta.h"
+#include "simulator_loaded.h"
+#include "simulator_room.h"
 #include "station_work.h"
 #include "study_person.h"
 
@@ -19,7 +19,7 @@ namespace {
 using study::C_Text;
 
 constexpr double Same_Part_Mm = 0.1;  // values of one part differ by less
-constexpr int Tries = 3;              // of a measurement on the bench
+constexpr int Tries = 3;              // of a measurement on the simulator
 
 std::optional<double> Number(std::string text) {
   const size_t comma = text.find(',');
@@ -43,11 +43,11 @@ C_Study_Gauge::C_Study_Gauge(const C_Study_Options& options, study::C_Language l
 }
 
 void C_Study_Gauge::Start() {
-  if (m_Options.on_bench) {
+  if (m_Options.on_simulator) {
     m_Folder = std::make_unique<C_Working_Folder>();
     const auto prepare = [this] { Set_Up_Room(m_Options.station, m_Options.seed); };
     if (!Calibrate_Forces(m_Options.station, prepare, Interrupted) && !Interrupted()) {
-      throw std::runtime_error("the force of the bench could not be calibrated");
+      throw std::runtime_error("the force of the simulator could not be calibrated");
     }
     prepare();
   }
@@ -55,7 +55,7 @@ void C_Study_Gauge::Start() {
 }
 
 C_Study_Gauge::~C_Study_Gauge() {
-  if (!m_Options.on_bench) {
+  if (!m_Options.on_simulator) {
     Set_Ans_Offset(m_Options.station, m_Block_Before);
     Set_Force(m_Options.station, m_Force_Before);
   }
@@ -64,8 +64,8 @@ C_Study_Gauge::~C_Study_Gauge() {
 
 bool C_Study_Gauge::Correct_Reference() {
   const int station = m_Options.station;
-  if (m_Options.on_bench) {
-    bench::Place_Part(station, m_Options.block_mm);
+  if (m_Options.on_simulator) {
+    simulator::Place_Part(station, m_Options.block_mm);
   } else {
     const std::string size = study::Short(m_Options.block_mm);
     const C_Text question = {"放上 " + size + " mm 基准量块，按回车校正基准面（输入 s 保留现有基准面，q 结束）：",
@@ -83,7 +83,7 @@ bool C_Study_Gauge::Correct_Reference() {
 }
 
 std::optional<double> C_Study_Gauge::Take(const C_Step& step, const std::string& progress) {
-  for (int tries = 0; tries < Tries || !m_Options.on_bench; ++tries) {
+  for (int tries = 0; tries < Tries || !m_Options.on_simulator; ++tries) {
     if (Interrupted() || !Place(step, progress)) return std::nullopt;
     double thickness = 0.0;
     bool measured = Press(step, thickness);
@@ -100,8 +100,8 @@ std::optional<double> C_Study_Gauge::Take(const C_Step& step, const std::string&
 }
 
 bool C_Study_Gauge::Place(const C_Step& step, const std::string& progress) const {
-  if (m_Options.on_bench) {
-    bench::Place_Part(m_Options.station, step.placed_mm);
+  if (m_Options.on_simulator) {
+    simulator::Place_Part(m_Options.station, step.placed_mm);
     return true;
   }
   const C_Text question = {progress + " " + step.task.zh + "。放好后按回车（q 结束，已测的值都保留）：",
@@ -119,7 +119,7 @@ bool C_Study_Gauge::Press(const C_Step& step, double& thickness_mm) const {
 }
 
 std::optional<double> C_Study_Gauge::Read_Force() const {
-  if (m_Options.on_bench) return bench::Force_Gauge(m_Options.station);
+  if (m_Options.on_simulator) return simulator::Force_Gauge(m_Options.station);
   const C_Text question = {"测力计读数 (g)：", "Reading of the force gauge (g):"};
   for (;;) {
     const std::optional<std::string> answer = Ask(question.In(m_Language));
@@ -133,10 +133,10 @@ std::optional<double> C_Study_Gauge::Read_Force() const {
 // or from its first value; on a machine the person decides where a value is far off that.
 bool C_Study_Gauge::Plausible(const C_Step& step, double thickness_mm) {
   if (m_Options.study == "force") return true;
-  const bool known = m_Options.on_bench || m_Options.study != "grr";
+  const bool known = m_Options.on_simulator || m_Options.study != "grr";
   const auto [first, fresh] = m_First.try_emplace(step.part, known ? step.placed_mm : thickness_mm);
   if (std::abs(thickness_mm - first->second) <= Same_Part_Mm && thickness_mm > 0.0) return true;
-  if (m_Options.on_bench) return false;
+  if (m_Options.on_simulator) return false;
   const std::string value = study::Short(thickness_mm), before = study::Short(first->second);
   const C_Text question = {
       "测得 " + value + " mm，该零件应约为 " + before + " mm。输入 k 保留，按回车重测：",

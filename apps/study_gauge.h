@@ -1,4 +1,5 @@
-// The gauge that a study measures with: one station, on the bench or on a machine, driven through the public functions.
+// The gauge that a study measures with: one station, on the simulator or on a machine, driven through the public
+// functions.
 #pragma once
 
 #include <map>
@@ -14,8 +15,8 @@ namespace app {
 
 class C_Study_Gauge {
  public:
-  // Starts the system. On the bench: in a folder of its own, with the force calibrated first where the study asks for
-  // it. On a machine: on the stores in the working directory. language: of the questions. Throws std::runtime_error
+  // Starts the system. On the simulator: in a folder of its own, with the force calibrated first where the study asks
+  // for it. On a machine: on the stores in the working directory. language: of the questions. Throws std::runtime_error
   // where the station does not stand.
   C_Study_Gauge(const C_Study_Options& options, study::C_Language language);
   // Stops the system. On a machine the operator's set force and block come back.
@@ -42,7 +43,7 @@ class C_Study_Gauge {
 
   const C_Study_Options& m_Options;
   study::C_Language m_Language;
-  std::unique_ptr<C_Working_Folder> m_Folder;  // on the bench
+  std::unique_ptr<C_Working_Folder> m_Folder;  // on the simulator
   std::map<std::string, double> m_First;       // the first value of each part
   double m_Force_Before = 0.0, m_Block_Before = 0.0;
 };

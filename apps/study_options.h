@@ -28,13 +28,13 @@ struct C_Study_Options {
   double force_g = 100.0;
   double block_mm = 5.0;
   uint64_t seed = 1;
-  bool on_bench = true;
+  bool on_simulator = true;
   int parts = 10, appraisers = 3, trials = 3;
   std::vector<double> references_mm;  // of type1 one
   int repeats = 0;
   std::vector<double> heights_mm, forces_g;
-  double placement_um = 0.0;  // standard deviation of each placing, on the bench
-  double appraiser_um = 0.0;  // standard deviation between appraisers, on the bench
+  double placement_um = 0.0;  // standard deviation of each placing, on the simulator
+  double appraiser_um = 0.0;  // standard deviation between appraisers, on the simulator
   double speed_mm_s = 0.0;    // of the landing, as the station had it; 0 where it is not known
   std::string started;        // date and time
 
@@ -45,7 +45,7 @@ struct C_Study_Options {
 
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(C_Study_Options, study, data, grr, tolerance_um, resolution_um, confidence_percent,
                                    alpha, reference_uncertainty_um, temperature_range_k, expansion_ppm, station,
-                                   force_g, block_mm, seed, on_bench, parts, appraisers, trials, references_mm, repeats,
-                                   heights_mm, forces_g, placement_um, appraiser_um, speed_mm_s, started)
+                                   force_g, block_mm, seed, on_simulator, parts, appraisers, trials, references_mm,
+                                   repeats, heights_mm, forces_g, placement_um, appraiser_um, speed_mm_s, started)
 
 }  // namespace app

@@ -31,7 +31,7 @@ class C_Errors {
   std::normal_distribution<double> m_Normal{0.0, 1.0};
 };
 
-// The parts of the bench lie evenly over the tolerance field around the first reference.
+// The parts of the simulator lie evenly over the tolerance field around the first reference.
 double Part_Mm(const C_Study_Options& options, int part) {
   const double spread = (options.tolerance_um > 0.0 ? options.tolerance_um : Parts_Spread_Um) * Um;
   return options.references_mm.front() + spread * (static_cast<double>(part) / std::max(1, options.parts - 1) - 0.5);

@@ -13,7 +13,7 @@ struct C_Step {
   std::vector<std::string> fields;  // of the line in data.csv, before the value
   study::C_Text task;               // what a person is asked to place
   std::string part;                 // steps of the same part give about the same value
-  double placed_mm = 0.0;           // what the bench places: the part with the errors of placing
+  double placed_mm = 0.0;           // what the simulator places: the part with the errors of placing
   double force_g = 0.0;
 };
 

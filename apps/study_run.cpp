@@ -8,8 +8,8 @@
 #include <sstream>
 #include <stdexcept>
 
-#include "bench_loaded.h"
 #include "commands.h"
+#include "simulator_loaded.h"
 #include "software.h"
 #include "study/csv.h"
 #include "study/refused.h"
@@ -75,7 +75,7 @@ bool Measure_Steps(const C_Study_Job& job, C_Study_Options& options, const std::
     if (!value) return false;
     folder.Add_Line(study::Csv_Line(step.fields) + "," + Value_Text(*value));
     ++done;
-    if (options.on_bench) Show_Progress(done, all);
+    if (options.on_simulator) Show_Progress(done, all);
   }
   return true;
 }
@@ -89,17 +89,17 @@ std::optional<std::string> Measured_Data(const C_Study_Job& job, C_Study_Options
           "\"" + job.out +
           "\" holds measured values already; take that study up again with --resume, or give another --out");
     }
-    options.on_bench = On_Bench();
+    options.on_simulator = On_Simulator();
     options.started = Now();
     folder.Write("plan.json", nlohmann::json(options).dump(2) + "\n");
-  } else if (options.on_bench != On_Bench()) {
-    throw C_Wrong_Use("\"" + job.out + "\" was begun " + (options.on_bench ? "on the bench" : "on a machine") +
+  } else if (options.on_simulator != On_Simulator()) {
+    throw C_Wrong_Use("\"" + job.out + "\" was begun " + (options.on_simulator ? "on the simulator" : "on a machine") +
                       "; take it up with the same client library");
   }
   const std::string before = folder.Take_Up_Data();
   if (before.empty()) folder.Add_Line(Data_Head(options));
   const std::vector<C_Step> steps = Make_Plan(options), left = Steps_Left(steps, before);
-  if (!options.on_bench && !job.folder.empty()) std::filesystem::current_path(job.folder);
+  if (!options.on_simulator && !job.folder.empty()) std::filesystem::current_path(job.folder);
   Catch_Interrupts();
   if (!left.empty() && !Measure_Steps(job, options, left, steps.size(), folder)) {
     const size_t kept = steps.size() - Steps_Left(steps, folder.Read("data.csv")).size();
@@ -190,14 +190,14 @@ std::vector<std::pair<C_Text, C_Text>> Header(const C_Study_Options& options) {
   } else {
     add({"工位", "Station"}, std::to_string(options.station));
     rows.emplace_back(C_Text{"测量对象", "Measured on"},
-                      options.on_bench ? C_Text{"模拟台架，随机种子 " + std::to_string(options.seed),
-                                                "the bench, seed " + std::to_string(options.seed)}
-                                       : C_Text{"设备", "a machine"});
+                      options.on_simulator ? C_Text{"模拟台架，随机种子 " + std::to_string(options.seed),
+                                                    "the simulator, seed " + std::to_string(options.seed)}
+                                           : C_Text{"设备", "a machine"});
     add({"开始时间", "Begun on"}, options.started);
     if (options.study != "force") add({"设定推力", "Set force"}, Short(options.force_g) + " g");
     add({"下压速度", "Landing speed"}, options.speed_mm_s > 0.0 ? Short(options.speed_mm_s) + " mm/s" : "–");
     add({"基准量块", "Reference block"}, Short(options.block_mm) + " mm");
-    if (options.on_bench && options.study != "force") {
+    if (options.on_simulator && options.study != "force") {
       add({"放置误差（标准差）", "Placement error (standard deviation)"}, Short(options.placement_um) + " µm");
       add({"评价人误差（标准差）", "Appraiser error (standard deviation)"}, Short(options.appraiser_um) + " µm");
     }

@@ -1,7 +1,7 @@
 // How near the true force on the part comes to the set force before a calibration, after one at a single height of the
-// head and after one at five heights, on the default bench under the simulated clock.
+// head and after one at five heights, on the default simulator under the simulated clock.
 //
-//   build/bench/bin/bench_calibration_table
+//   build/benchmarks/bin/benchmark_calibration_table
 //
 // Each cell: true force in grams, and its error. The allowed error is 1 % or 0.5 g, whichever is larger; a star marks
 // more.
@@ -9,10 +9,10 @@
 #include <cmath>
 #include <cstdio>
 
-#include "bench/bench.h"
 #include "common/scripted_front.h"
 #include "common/temp_folder.h"
 #include "drive/motor.h"
+#include "simulator/simulator.h"
 #include "station/calibration_operator.h"
 #include "station/voice_motor.h"
 
@@ -24,14 +24,14 @@ constexpr int Id = 1;
 
 // The force on the part at the second landing, which knows the part's height from the first.
 double True_Force_At(C_VoiceMotor& station, double force, double part) {
-  bench::Place_Part(Id, part);
+  simulator::Place_Part(Id, part);
   double on_part = 0.0;
   for (int landing = 0; landing < 2; ++landing) {
     station.Detection_thickness(20.0F, static_cast<float>(station.Landing_Current(force)));
-    on_part = bench::True_Force(Id);
+    on_part = simulator::True_Force(Id);
     station.Force_Back(20.0F);
   }
-  bench::Remove_Part(Id);
+  simulator::Remove_Part(Id);
   return on_part;
 }
 
@@ -53,7 +53,7 @@ void Calibrate(C_VoiceMotor& station, C_Scripted_Front& front, const char* title
   person.heights = std::move(heights);
   person.Prepare(front);
   station.Calibrate_Force();
-  bench::Set_Head_Height(Id, 0.0);
+  simulator::Set_Head_Height(Id, 0.0);
   std::printf("\n%s", To_Utf8(front.Boxes().back()).c_str());
   Print_Table(title, station);
 }
@@ -64,7 +64,7 @@ int main() {
   C_Simulated_Clock clock(1);
   C_Temp_Folder folder;
   C_Scripted_Front_Holder front;
-  bench::Reset();
+  simulator::Reset();
   C_VoiceMotor station(Id, 0, 0, 0, 1, 1, -1, -1, -1);
   Print_Table("before calibration", station);
   Calibrate(station, *front, "after one height, 10 currents (2D)", {0.0});

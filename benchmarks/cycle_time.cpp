@@ -12,12 +12,12 @@ using namespace orsanta;
 constexpr int Cycles = 60;
 
 double Median_Cycle_Ms() {
-  C_Bench_System system(1);
+  C_Benchmark_System system(1);
   std::mt19937_64 random(1);
   std::uniform_real_distribution<double> thickness(1.0, 6.0);
   std::vector<double> times;
   for (int i = 0; i < Cycles; ++i) {
-    bench::Place_Part(1, thickness(random));
+    simulator::Place_Part(1, thickness(random));
     times.push_back(system.Measure(1));
     system.Lift(1);
   }

@@ -6,10 +6,10 @@
 #include <benchmark/benchmark.h>
 #include <sys/resource.h>
 
-#include "bench/bench.h"
 #include "drive/interpolation_motor.h"
 #include "drive/tremalink.h"
-#include "support/clock.h"
+#include "simulator/simulator.h"
+#include "support/time/clock.h"
 
 namespace {
 
@@ -19,10 +19,10 @@ constexpr int Id = 20;
 constexpr int Measured_Ms = 4000;
 
 void Set_Up_Room() {
-  bench::Settings settings;
+  simulator::Settings settings;
   settings.drives = 0;
   settings.temperature_boards = {Id};
-  bench::Reset(settings);
+  simulator::Reset(settings);
 }
 
 double Processor_Ms() {

@@ -12,12 +12,12 @@
 #include <memory>
 #include <thread>
 
-#include "bench/bench.h"
 #include "common/resources.h"
 #include "host/motor_base.h"
+#include "simulator/simulator.h"
 #include "station/voice_motor.h"
-#include "support/front.h"
-#include "support/wide_string.h"
+#include "support/dialog/front.h"
+#include "support/system/wide_string.h"
 #include "tests/desktop/virtual_display.h"
 #include "ui/panel.h"
 
@@ -32,7 +32,7 @@ constexpr int Id_Span = 50;
 // Answers everything at once, so that a panel can be constructed without a person.
 class C_Absent_Person : public C_Front {
  public:
-  int Open_Dialog(const C_Dialog_Model&, C_Dialog_Sink& sink) override {
+  int Open_Dialog(const C_Dialog_Model&, C_Dialog_Listener& sink) override {
     sink.On_Dialog_Event(C_Dialog_Event());
     return 1;
   }
@@ -68,7 +68,7 @@ struct C_System {
   C_System() {
     std::filesystem::current_path(std::filesystem::temp_directory_path());
     Replace_Front(std::make_unique<C_Absent_Person>());
-    bench::Reset();
+    simulator::Reset();
     base = std::make_unique<C_VoiceMotorBase>(Numbered_Resources(Stations), 0, 115200, 0, 0);
     panel = std::make_unique<C_ORS_Dlg>(base.get());
   }
@@ -105,7 +105,7 @@ void Refresh_Of_One_Display(benchmark::State& state) {
 }
 BENCHMARK(Refresh_Of_One_Display)->Iterations(1000000);
 
-class C_No_Events : public C_Dialog_Sink {
+class C_No_Events : public C_Dialog_Listener {
  public:
   void On_Dialog_Event(const C_Dialog_Event&) override {}
 };

@@ -29,7 +29,7 @@ constexpr double Lost_Ms = 5000.0;
 // Hosts that measure on every station, one after the other without a pause, until the end of the object.
 class C_Hosts {
  public:
-  explicit C_Hosts(C_Bench_System& system) {
+  explicit C_Hosts(C_Benchmark_System& system) {
     for (int n = 1; n <= Stations; ++n) {
       m_Threads[static_cast<size_t>(n - 1)] = std::thread([this, &system, n] {
         while (!m_Ends) {
@@ -91,7 +91,7 @@ void Press_While_Stations_Measure(benchmark::State& state) {
   if (!C_Virtual_Display::Start()) return state.SkipWithError("no Xvfb");
   Front();  // the thread that starts the windows is the one that ends them
   FILE* pointer = popen("xdotool -", "w");
-  C_Bench_System system(Stations);
+  C_Benchmark_System system(Stations);
   std::thread panel([&] { const C_ORS_Dlg runs(system.base.get()); });
   if (!Wait_On_Qt([] { return Find_Window("控制系统") != nullptr; })) std::abort();
   std::unique_ptr<C_Paint_Watch> watch;

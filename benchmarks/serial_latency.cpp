@@ -5,8 +5,8 @@
 
 #include "benchmarks/system.h"
 #include "common/pty.h"
-#include "host/debug_com.h"
-#include "support/thread.h"
+#include "station/debug_com.h"
+#include "support/threads/thread.h"
 
 namespace {
 
@@ -81,14 +81,14 @@ int main() {
     settings.ValComNum = Link_Port;
     settings.Save();
   }
-  bench::Reset();
+  simulator::Reset();
   C_Timed_Supervisor base(Numbered_Resources(All_Stations), Host_Port, 115200, 0, 0);
   Sleep(1000);
 
   std::atomic<bool> stop{false};
   std::vector<std::unique_ptr<C_Thread>> hosts;
   for (int n = 2; n <= All_Stations; ++n) {
-    bench::Place_Part(n, 5.0);
+    simulator::Place_Part(n, 5.0);
     hosts.push_back(std::make_unique<C_Thread>());
     hosts.back()->Start("host", [&base, &stop, n] {
       while (!stop) {

@@ -4,9 +4,9 @@
 #include <memory>
 #include <vector>
 
-#include "support/clock.h"
-#include "support/critical_section.h"
-#include "support/thread.h"
+#include "support/threads/thread.h"
+#include "support/time/clock.h"
+#include "support/time/critical_section.h"
 
 namespace orsanta {
 namespace {

@@ -11,7 +11,7 @@ int main() {
   int cycles = 0;
   {
     const C_Simulated_Clock clock(1);
-    C_Bench_System system(1);
+    C_Benchmark_System system(1);
     while (Now_Ms() < Hour_Ms) {
       system.Measure(1);
       system.Lift(1);

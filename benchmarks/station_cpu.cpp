@@ -1,11 +1,11 @@
-// Processor time of fourteen stations in real time, idle and measuring. The bench is part of the process: what it costs
-// to simulate the fourteen drives is in the figures.
+// Processor time of fourteen stations in real time, idle and measuring. The simulator is part of the process: what it
+// costs to simulate the fourteen drives is in the figures.
 #include <sys/resource.h>
 
 #include <cstdio>
 
 #include "benchmarks/system.h"
-#include "support/thread.h"
+#include "support/threads/thread.h"
 
 namespace {
 
@@ -33,7 +33,7 @@ double Share_Of_A_Core(C_Work work) {
 
 int main() {
   constexpr int Span_Ms = 10000;
-  C_Bench_System system(All_Stations);
+  C_Benchmark_System system(All_Stations);
   const double idle = Share_Of_A_Core([] { Sleep(Span_Ms); });
   int cycles[All_Stations] = {};
   const double measuring = Share_Of_A_Core([&] {

@@ -1,6 +1,6 @@
 // Saving and loading of a whole station's parameters. The flush to the disk is left out by a disk that only writes;
 // with it a save takes what the disk takes.
-#include "support/store.h"
+#include "support/store/store.h"
 
 #include <benchmark/benchmark.h>
 
@@ -8,7 +8,7 @@
 #include <fstream>
 #include <string>
 
-#include "support/store_disk.h"
+#include "support/store/store_disk.h"
 
 namespace {
 
@@ -54,7 +54,7 @@ class C_Station_Parameters : public CAutoSaveClassData2 {
 };
 
 void Enter_Folder() {
-  const auto folder = std::filesystem::temp_directory_path() / "orsanta_bench_store";
+  const auto folder = std::filesystem::temp_directory_path() / "orsanta_benchmark_store";
   std::filesystem::create_directory(folder);
   std::filesystem::current_path(folder);
 }

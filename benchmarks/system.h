@@ -1,4 +1,4 @@
-// A whole system on the bench for the benchmarks of this folder.
+// A whole system on the simulator for the benchmarks of this folder.
 #pragma once
 
 #include <algorithm>
@@ -6,26 +6,26 @@
 #include <string>
 #include <vector>
 
-#include "bench/bench.h"
 #include "common/resources.h"
 #include "common/temp_folder.h"
 #include "host/motor_base.h"
 #include "host/task_app.h"
+#include "simulator/simulator.h"
 #include "station/voice_motor.h"
-#include "support/clock.h"
+#include "support/time/clock.h"
 
 namespace orsanta {
 
 constexpr int All_Stations = 14;
 
-class C_Bench_System {
+class C_Benchmark_System {
  public:
   // Starts the stations, and ends when their probes are up.
-  explicit C_Bench_System(int stations) {
-    bench::Reset();
+  explicit C_Benchmark_System(int stations) {
+    simulator::Reset();
     base = std::make_unique<C_VoiceMotorBase>(Numbered_Resources(stations), 0, 115200, 0, 0);
     for (int n = 1; n <= stations; ++n) {
-      bench::Place_Part(n, 5.0);
+      simulator::Place_Part(n, 5.0);
       base->StationList[n - 1]->Set_Cur_BaseDistance(9.0F);
     }
     Sleep(1000);

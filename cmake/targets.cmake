@@ -1,34 +1,17 @@
-# orsanta_floor(<name> <folder> <link libraries...>)
-# One floor of the house: the static library orsanta_<name> of all sources in the folder.
-# Left out are the top of the house (exports, show_panel), which src/CMakeLists.txt links, and the two files that stand on
-# support alone and that the station uses (debug_com, time_viewer), which are linked with the station.
-function(orsanta_floor name folder)
-  file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/${folder}/*.cpp)
-  list(FILTER sources EXCLUDE REGEX "/(exports|show_panel|debug_com|time_viewer)\\.cpp$")
-  if(name STREQUAL station)
-    file(GLOB services CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/src/host/debug_com.cpp
-                                         ${CMAKE_SOURCE_DIR}/src/ui/time_viewer.cpp)
-    list(APPEND sources ${services})
-  endif()
-  if(NOT sources)
-    file(WRITE ${CMAKE_BINARY_DIR}/empty_${name}.cpp "namespace orsanta {}\n")
-    set(sources ${CMAKE_BINARY_DIR}/empty_${name}.cpp)
-  endif()
-  add_library(orsanta_${name} STATIC ${sources})
+# orsanta_layer(<name> <sources...>)
+# One layer of the library: the static library orsanta_<name>.
+function(orsanta_layer name)
+  add_library(orsanta_${name} STATIC ${ARGN})
   target_include_directories(orsanta_${name} PUBLIC ${CMAKE_SOURCE_DIR}/src ${CMAKE_SOURCE_DIR}/include)
-  target_link_libraries(orsanta_${name} ${ARGN})
 endfunction()
 
-# orsanta_tests(<name> <link libraries...>)
-# The test program test_<name> of all *_test.cpp and helpers in the calling folder.
+# orsanta_tests(<name> SOURCES <sources...> LIBRARIES <link libraries...>)
+# The test program test_<name>.
 function(orsanta_tests name)
-  file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)
-  if(NOT sources)
-    return()
-  endif()
-  add_executable(test_${name} ${sources})
+  cmake_parse_arguments(PARSE_ARGV 1 of "" "" "SOURCES;LIBRARIES")
+  add_executable(test_${name} ${of_SOURCES})
   target_include_directories(test_${name} PRIVATE ${CMAKE_SOURCE_DIR} ${CMAKE_SOURCE_DIR}/tests)
-  target_link_libraries(test_${name} PRIVATE ${ARGN} GTest::gmock GTest::gtest_main)
+  target_link_libraries(test_${name} PRIVATE ${of_LIBRARIES} GTest::gmock GTest::gtest_main)
   if(ORSANTA_SANITIZE STREQUAL "thread")
     set(what_is_not_ours TSAN_OPTIONS=history_size=7:suppressions=${CMAKE_SOURCE_DIR}/tests/tsan.supp)
   else()

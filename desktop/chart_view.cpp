@@ -9,7 +9,7 @@
 #include <limits>
 
 #include "desktop/chart_line.h"
-#include "desktop/look.h"
+#include "desktop/theme.h"
 
 namespace orsanta {
 

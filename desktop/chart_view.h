@@ -8,7 +8,7 @@
 #include <optional>
 
 #include "desktop/chart_axis.h"
-#include "support/front.h"
+#include "support/dialog/front.h"
 
 namespace orsanta {
 

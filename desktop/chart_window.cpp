@@ -11,7 +11,7 @@
 #include <algorithm>
 
 #include "desktop/chart_view.h"
-#include "desktop/look.h"
+#include "desktop/theme.h"
 
 namespace orsanta {
 

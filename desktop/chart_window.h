@@ -4,7 +4,7 @@
 #include <QWidget>
 #include <functional>
 
-#include "support/front.h"
+#include "support/dialog/front.h"
 
 class QLabel;
 

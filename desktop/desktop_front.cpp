@@ -2,8 +2,8 @@
 
 #include <cstdio>
 
-#include "desktop/look.h"
-#include "support/message_box.h"
+#include "desktop/theme.h"
+#include "support/dialog/message_box.h"
 
 namespace orsanta {
 
@@ -25,7 +25,7 @@ std::shared_ptr<C_Dialog_Link> C_Desktop_Front::Find(int dialog) {
   return found != m_Links.end() ? found->second : nullptr;
 }
 
-int C_Desktop_Front::Open_Dialog(const C_Dialog_Model& model, C_Dialog_Sink& sink) {
+int C_Desktop_Front::Open_Dialog(const C_Dialog_Model& model, C_Dialog_Listener& sink) {
   auto link = std::make_shared<C_Dialog_Link>(sink);
   int dialog = 0;
   {

@@ -11,8 +11,8 @@
 
 #include "desktop/dialog_link.h"
 #include "desktop/qt_thread.h"
-#include "desktop/window_desk.h"
-#include "support/front.h"
+#include "desktop/window_manager.h"
+#include "support/dialog/front.h"
 
 namespace orsanta {
 
@@ -24,7 +24,7 @@ class C_Desktop_Front : public C_Front {
   // Comes before everything else; false, with the reason, when there is no display.
   bool Start(std::string& reason);
 
-  int Open_Dialog(const C_Dialog_Model& model, C_Dialog_Sink& sink) override;
+  int Open_Dialog(const C_Dialog_Model& model, C_Dialog_Listener& sink) override;
   void Close_Dialog(int dialog) override;
   void Set_Control_Text(int dialog, int control, const std::wstring& text) override;
   void Refuse_Entry(int dialog, int control, const std::wstring& reason) override;

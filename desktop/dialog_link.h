@@ -11,13 +11,13 @@
 #include <utility>
 #include <vector>
 
-#include "support/front.h"
+#include "support/dialog/front.h"
 
 namespace orsanta {
 
 class C_Dialog_Link {
  public:
-  explicit C_Dialog_Link(C_Dialog_Sink& sink) : m_Sink(&sink) {}
+  explicit C_Dialog_Link(C_Dialog_Listener& sink) : m_Sink(&sink) {}
 
   void Send(const C_Dialog_Event& event) {
     std::lock_guard<std::mutex> guard(m_Lock);
@@ -51,7 +51,7 @@ class C_Dialog_Link {
 
  private:
   std::mutex m_Lock;
-  C_Dialog_Sink* m_Sink;
+  C_Dialog_Listener* m_Sink;
   std::map<int, std::wstring> m_Last;     // what each control shows, as far as it was told
   std::map<int, std::wstring> m_Waiting;  // not yet on the window
 };

@@ -16,9 +16,9 @@
 #include <algorithm>
 #include <map>
 
-#include "desktop/busy_mark.h"
-#include "desktop/look.h"
+#include "desktop/busy_indicator.h"
 #include "desktop/status_display.h"
+#include "desktop/theme.h"
 
 namespace orsanta {
 

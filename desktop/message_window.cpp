@@ -9,8 +9,8 @@
 #include <QVBoxLayout>
 #include <utility>
 
-#include "desktop/look.h"
-#include "support/message_box.h"
+#include "desktop/theme.h"
+#include "support/dialog/message_box.h"
 
 namespace orsanta {
 

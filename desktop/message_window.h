@@ -6,7 +6,7 @@
 #include <QElapsedTimer>
 #include <functional>
 
-#include "support/front.h"
+#include "support/dialog/front.h"
 
 namespace orsanta {
 

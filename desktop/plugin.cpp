@@ -36,7 +36,7 @@ class C_Exported_Front : public C_Desktop_Front {
     if (!the_Qt_Runs.exchange(true)) std::atexit([] { C_Qt_Thread::Get().Halt(); });
   }
 
-  int Open_Dialog(const C_Dialog_Model& model, C_Dialog_Sink& sink) override {
+  int Open_Dialog(const C_Dialog_Model& model, C_Dialog_Listener& sink) override {
     Watch_Thread();
     return C_Desktop_Front::Open_Dialog(model, sink);
   }

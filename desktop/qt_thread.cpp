@@ -13,7 +13,7 @@
 #include <utility>
 
 #include "desktop/display.h"
-#include "desktop/look.h"
+#include "desktop/theme.h"
 
 namespace orsanta {
 

@@ -3,7 +3,7 @@
 #include <QFontMetrics>
 #include <QPainter>
 
-#include "desktop/look.h"
+#include "desktop/theme.h"
 
 namespace orsanta {
 

@@ -1,4 +1,4 @@
-// Takes the pictures of the operator's guide: a host with four stations on the bench, and an operator who works the
+// Takes the pictures of the operator's guide: a host with four stations on the simulator, and an operator who works the
 // real windows on a display of the program's own. Usage: screenshots FOLDER
 #include <QComboBox>
 #include <QLineEdit>
@@ -12,11 +12,11 @@
 #include <thread>
 #include <vector>
 
-#include "bench/bench.h"
 #include "common/temp_folder.h"
 #include "desktop/virtual_display.h"
 #include "desktop/windows.h"
 #include "orsanta/orsanta.h"
+#include "simulator/simulator.h"
 
 namespace orsanta {
 
@@ -92,7 +92,7 @@ class C_Operator {
     for (int n = 1; n <= Stations; ++n) {
       Set_Ans_Offset(n, Block_Mm);
       Check_User_Zero(n);
-      bench::Place_Part(n, 2.0 + 0.3567 * n);
+      simulator::Place_Part(n, 2.0 + 0.3567 * n);
       Press("测量", n - 1);
     }
     for (int n = 1; n <= Stations; ++n) Wait_Result(n);
@@ -106,7 +106,7 @@ class C_Operator {
   }
 
   void Reference_Prompt() {
-    bench::Place_Part(1, Block_Mm);
+    simulator::Place_Part(1, Block_Mm);
     Press("基准面标定", 0);
     Must(Wait_On_Qt([] { return !Find_Boxes("需要操作员密码").isEmpty(); }), "the gate's box");
     Save("gate_box", true, "需要操作员密码");
@@ -141,7 +141,7 @@ class C_Operator {
     Save("advanced", false);
     On_Qt([] { Click(Find_By_Text<QPushButton>(Top_Dialog(), "清除曲线数据")); });
     for (int i = 0; i < 40; ++i) {
-      bench::Place_Part(1, 2.5 + 0.004 * std::sin(0.4 * i) + 0.0002 * (i % 5));
+      simulator::Place_Part(1, 2.5 + 0.004 * std::sin(0.4 * i) + 0.0002 * (i % 5));
       Measure(1);
     }
     On_Qt([] { Click(Find_By_Text<QPushButton>(Top_Dialog(), "测量位置曲线")); });
@@ -170,12 +170,12 @@ class C_Operator {
   // The box of one station stands open while the others measure on: the third is still waiting for its probe to settle
   // when the picture is taken.
   void Box_Over_A_Measurement() {
-    bench::Set_Restless(2, 0.05);  // never settles
-    bench::Set_Restless(3, 0.05);
+    simulator::Set_Restless(2, 0.05);  // never settles
+    simulator::Set_Restless(3, 0.05);
     Press("首次慢速测量", 1);
     Must(Wait_On_Qt([] { return Box() != nullptr && !Is_Busy(); }, 60000), "the time-out's box");
     for (const int n : {1, 4, 3}) Press("测量", n - 1);
-    Must(Wait_On_Qt([] { return Get_Force_Back_Finish(3) == 0 && bench::True_Force(3) > 0.0; }, 10000),
+    Must(Wait_On_Qt([] { return Get_Force_Back_Finish(3) == 0 && simulator::True_Force(3) > 0.0; }, 10000),
          "a measurement");
     Save("message", false);
     Close_Box();
@@ -272,8 +272,8 @@ int main(int argc, char** argv) {
     return 1;
   }
   const C_Temp_Folder stores;
-  bench::Reset();
-  for (int n = 1; n <= Stations; ++n) bench::Place_Part(n, Block_Mm);
+  simulator::Reset();
+  for (int n = 1; n <= Stations; ++n) simulator::Place_Part(n, Block_Mm);
   std::thread person([&] { C_Operator(folder).Work(); });
   Orsanta_dll_init(0);
   show_dlg();

@@ -15,7 +15,7 @@
 #include <string>
 
 #include "desktop/display.h"
-#include "desktop/look.h"
+#include "desktop/theme.h"
 
 namespace orsanta {
 

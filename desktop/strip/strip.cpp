@@ -1,5 +1,6 @@
-// orsanta_strip: the bench strip of `orsanta panel`. A small window in which a newcomer does what hands and a machine
-// do at the real gauge: put a part of some thickness under a probe, take it away, press the IO input of a station.
+// orsanta_strip: the simulator strip of `orsanta panel`. A small window in which a newcomer does what hands and a
+// machine do at the real gauge: put a part of some thickness under a probe, take it away, press the IO input of a
+// station.
 //
 // It runs as a process of its own beside the host program, which starts it, and talks in lines of text.
 //   out:  "part STATION MM", "remove STATION", "input STATION LEVEL"
@@ -24,7 +25,7 @@
 #include <vector>
 
 #include "desktop/display.h"
-#include "desktop/look.h"
+#include "desktop/theme.h"
 
 namespace orsanta {
 
@@ -47,11 +48,12 @@ void Tell(const std::string& line) {
 class C_Strip : public QWidget {
  public:
   explicit C_Strip(int stations) : QWidget(nullptr, Qt::Window | Qt::WindowStaysOnTopHint) {
-    setObjectName(QStringLiteral("bench_strip"));
+    setObjectName(QStringLiteral("simulator_strip"));
     setWindowTitle(QStringLiteral("模拟台架"));
-    setStyleSheet(QString::fromUtf8(
-        "QWidget#bench_strip { border: 1px solid #14202B; } QPushButton, QLabel, QDoubleSpinBox { font-size: 14px; } "
-        "QPushButton { padding: 2px 4px; }"));
+    setStyleSheet(
+        QString::fromUtf8("QWidget#simulator_strip { border: 1px solid #14202B; } QPushButton, QLabel, QDoubleSpinBox "
+                          "{ font-size: 14px; } "
+                          "QPushButton { padding: 2px 4px; }"));
     auto* body = new QWidget;
     auto* rows = new QVBoxLayout(body);
     rows->setContentsMargins(8, 6, 8, 6);

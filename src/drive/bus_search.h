@@ -1,7 +1,7 @@
 // The search of the bus that both drive classes make before they map, and its report to the operator. Any thread.
 #pragma once
 
-#include "support/wide_string.h"
+#include "support/system/wide_string.h"
 
 namespace orsanta {
 

@@ -5,7 +5,7 @@
 #include <cstdint>
 
 #include "drive/tremalink.h"
-#include "support/clock.h"
+#include "support/time/clock.h"
 
 namespace orsanta {
 

@@ -4,8 +4,8 @@
 
 #include <cstdint>
 
-#include "support/array.h"
-#include "support/wide_string.h"
+#include "support/base/array.h"
+#include "support/system/wide_string.h"
 
 namespace orsanta {
 

@@ -3,8 +3,8 @@
 #include <algorithm>
 
 #include "drive/tremalink.h"
-#include "support/clock.h"
-#include "support/priority.h"
+#include "support/system/priority.h"
+#include "support/time/clock.h"
 
 namespace orsanta {
 

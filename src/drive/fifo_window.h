@@ -20,10 +20,10 @@
 #include <cstdint>
 #include <mutex>
 
-#include "support/array.h"
-#include "support/critical_section.h"
-#include "support/shared.h"
-#include "support/thread.h"
+#include "support/base/array.h"
+#include "support/threads/thread.h"
+#include "support/time/critical_section.h"
+#include "support/time/shared.h"
 
 namespace orsanta {
 

@@ -17,9 +17,9 @@
 #include "drive/bus_search.h"
 #include "drive/interpolation_motor.h"
 #include "drive/tremalink.h"
-#include "support/clock.h"
-#include "support/message_box.h"
-#include "support/trace.h"
+#include "support/dialog/message_box.h"
+#include "support/system/trace.h"
+#include "support/time/clock.h"
 
 namespace orsanta {
 

@@ -7,7 +7,7 @@
 #include "drive/sent_value.h"
 #include "drive/thermistor.h"
 #include "drive/tremalink.h"
-#include "support/clock.h"
+#include "support/time/clock.h"
 
 namespace orsanta {
 

@@ -1,7 +1,7 @@
 #include "drive/io_card.h"
 
 #include "drive/tremalink.h"
-#include "support/wide_string.h"
+#include "support/system/wide_string.h"
 
 namespace orsanta {
 

@@ -1,14 +1,14 @@
 // C_Io_Card: the eight digital inputs and eight outputs of the machine, on one IO card on the CAN bus.
 //
 // It also works without a card, and a pulse generator can stand in for inputs, so that a machine can be run on the
-// bench. Any thread may call; there is no lock. Set_Io_Mode and Map_Io belong to the owner and to the panel.
+// simulator. Any thread may call; there is no lock. Set_Io_Mode and Map_Io belong to the owner and to the panel.
 #pragma once
 
 #include <cstdint>
 
-#include "support/array.h"
-#include "support/shared.h"
-#include "support/stopwatch.h"
+#include "support/base/array.h"
+#include "support/time/shared.h"
+#include "support/time/stopwatch.h"
 
 namespace orsanta {
 

@@ -6,8 +6,8 @@
 #include "drive/motor_channels.h"
 #include "drive/sent_value.h"
 #include "drive/tremalink.h"
-#include "support/clock.h"
-#include "support/message_box.h"
+#include "support/dialog/message_box.h"
+#include "support/time/clock.h"
 
 namespace orsanta {
 

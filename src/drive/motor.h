@@ -22,10 +22,10 @@
 #include <cstdint>
 
 #include "drive/fifo_window.h"
-#include "support/array.h"
-#include "support/critical_section.h"
-#include "support/shared.h"
-#include "support/wide_string.h"
+#include "support/base/array.h"
+#include "support/system/wide_string.h"
+#include "support/time/critical_section.h"
+#include "support/time/shared.h"
 
 namespace orsanta {
 

@@ -3,7 +3,7 @@
 #include "drive/motor.h"
 #include "drive/motor_channels.h"
 #include "drive/tremalink.h"
-#include "support/message_box.h"
+#include "support/dialog/message_box.h"
 
 namespace orsanta {
 

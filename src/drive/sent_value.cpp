@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "support/message_box.h"
+#include "support/dialog/message_box.h"
 
 namespace orsanta {
 

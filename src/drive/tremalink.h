@@ -7,8 +7,8 @@
 // caller blocks in WaitForAllInsFinish alone, and such a wait on one thread does not hold a call on another.
 //
 // Every function may be called from any thread, also at once from several, and none throws. Positions on channels are
-// raw (see drive/motor.h); axis positions are in user units. Only src/drive calls these functions; bench/ implements
-// them.
+// raw (see drive/motor.h); axis positions are in user units. Only src/drive calls these functions; simulator/
+// implements them.
 #pragma once
 
 #include <cstdint>

@@ -5,13 +5,13 @@
 #include <cstdlib>
 
 #include "drive/motor.h"
-#include "host/debug_com.h"
+#include "station/debug_com.h"
 #include "station/voice_motor.h"
-#include "support/clock.h"
-#include "support/file.h"
-#include "support/message_box.h"
-#include "support/priority.h"
-#include "support/process.h"
+#include "support/base/process.h"
+#include "support/dialog/message_box.h"
+#include "support/system/file.h"
+#include "support/system/priority.h"
+#include "support/time/clock.h"
 
 namespace orsanta {
 namespace {

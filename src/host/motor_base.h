@@ -17,14 +17,14 @@
 #include "drive/io_card.h"
 #include "host/task_app.h"
 #include "orsanta/orsanta.h"
-#include "support/array.h"
-#include "support/chart.h"
-#include "support/critical_section.h"
-#include "support/serial.h"
-#include "support/shared.h"
-#include "support/thread.h"
-#include "support/wide_string.h"
-#include "ui/time_viewer.h"
+#include "support/base/array.h"
+#include "support/dialog/chart.h"
+#include "support/services/serial.h"
+#include "support/services/time_viewer.h"
+#include "support/system/wide_string.h"
+#include "support/threads/thread.h"
+#include "support/time/critical_section.h"
+#include "support/time/shared.h"
 
 namespace orsanta {
 

@@ -12,10 +12,10 @@
 #include <cstring>
 
 #include "drive/motor.h"
-#include "host/debug_com.h"
 #include "host/motor_base.h"
+#include "station/debug_com.h"
 #include "station/voice_motor.h"
-#include "support/clock.h"
+#include "support/time/clock.h"
 
 namespace orsanta {
 namespace {

@@ -1,8 +1,8 @@
 #include "host/motor_self_test.h"
 
 #include "drive/motor.h"
-#include "support/critical_section.h"
-#include "support/message_box.h"
+#include "support/dialog/message_box.h"
+#include "support/time/critical_section.h"
 
 namespace orsanta {
 namespace {

@@ -6,8 +6,8 @@
 // BeAtLeaseOneDelayTaskInProcess gives 0.
 #pragma once
 
-#include "support/array.h"
-#include "support/task_lanes.h"
+#include "support/base/array.h"
+#include "support/threads/task_lanes.h"
 
 namespace orsanta {
 

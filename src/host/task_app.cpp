@@ -4,7 +4,7 @@
 
 #include "drive/motor.h"
 #include "station/voice_motor.h"
-#include "support/clock.h"
+#include "support/time/clock.h"
 
 namespace orsanta {
 namespace {

@@ -7,7 +7,7 @@
 // OnProcessTask runs on the lane's thread. The class has no data.
 #pragma once
 
-#include "support/task_lanes.h"
+#include "support/threads/task_lanes.h"
 
 namespace orsanta {
 

@@ -6,8 +6,8 @@
 #include <span>
 #include <vector>
 
-#include "numeric/extremes.h"
 #include "numeric/least_squares.h"
+#include "numeric/nan_min_max.h"
 #include "numeric/runtime_check.h"
 
 namespace orsanta {

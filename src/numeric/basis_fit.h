@@ -10,7 +10,7 @@
 #pragma once
 
 #include "numeric/live_instances.h"
-#include "support/array.h"
+#include "support/base/array.h"
 
 namespace orsanta {
 

@@ -5,8 +5,8 @@
 #include <cstddef>
 #include <vector>
 
-#include "numeric/extremes.h"
 #include "numeric/least_squares.h"
+#include "numeric/nan_min_max.h"
 
 namespace orsanta {
 namespace {

@@ -11,7 +11,7 @@
 #include <span>
 
 #include "numeric/live_instances.h"
-#include "support/array.h"
+#include "support/base/array.h"
 
 namespace orsanta {
 

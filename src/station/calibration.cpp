@@ -7,9 +7,9 @@
 
 #include "drive/motor.h"
 #include "station/voice_motor.h"
-#include "support/clock.h"
-#include "support/dialog.h"
-#include "support/message_box.h"
+#include "support/dialog/dialog.h"
+#include "support/dialog/message_box.h"
+#include "support/time/clock.h"
 
 namespace orsanta {
 

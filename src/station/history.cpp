@@ -4,8 +4,8 @@
 #include <algorithm>
 
 #include "station/voice_motor.h"
-#include "support/clock.h"
-#include "support/wide_string.h"
+#include "support/system/wide_string.h"
+#include "support/time/clock.h"
 
 namespace orsanta {
 

@@ -7,7 +7,7 @@
 
 #include <mutex>
 
-#include "support/array.h"
+#include "support/base/array.h"
 
 namespace orsanta {
 

@@ -5,8 +5,8 @@
 
 #include "drive/motor.h"
 #include "station/voice_motor.h"
-#include "support/clock.h"
-#include "support/message_box.h"
+#include "support/dialog/message_box.h"
+#include "support/time/clock.h"
 
 namespace orsanta {
 

@@ -4,10 +4,10 @@
 
 #include "drive/interpolation_motor.h"
 #include "drive/motor.h"
-#include "host/debug_com.h"
+#include "station/debug_com.h"
 #include "station/voice_motor.h"
-#include "support/clock.h"
-#include "support/message_box.h"
+#include "support/dialog/message_box.h"
+#include "support/time/clock.h"
 
 namespace orsanta {
 

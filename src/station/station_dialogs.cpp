@@ -1,7 +1,7 @@
 // The small parameter dialogs of a station: one edit each. The result of a dialog is not looked at, since a cancel
 // leaves the bound value as it is.
 #include "station/voice_motor.h"
-#include "support/dialog.h"
+#include "support/dialog/dialog.h"
 
 namespace orsanta {
 

@@ -6,9 +6,9 @@
 #include "drive/interpolation_motor.h"
 #include "drive/motor.h"
 #include "station/voice_motor.h"
-#include "support/clock.h"
-#include "support/message_box.h"
-#include "ui/time_viewer.h"
+#include "support/dialog/message_box.h"
+#include "support/services/time_viewer.h"
+#include "support/time/clock.h"
 
 namespace orsanta {
 

@@ -29,12 +29,12 @@
 #include "numeric/basis_fit.h"
 #include "numeric/settling_detector.h"
 #include "station/history.h"
-#include "support/array.h"
-#include "support/critical_section.h"
-#include "support/shared.h"
-#include "support/stopwatch.h"
-#include "support/store.h"
-#include "support/vector_file.h"
+#include "support/base/array.h"
+#include "support/services/vector_file.h"
+#include "support/store/store.h"
+#include "support/time/critical_section.h"
+#include "support/time/shared.h"
+#include "support/time/stopwatch.h"
 
 namespace orsanta {
 

@@ -2,10 +2,10 @@
 #include <cmath>
 
 #include "drive/motor.h"
-#include "host/debug_com.h"
 #include "host/motor_base.h"
+#include "station/debug_com.h"
 #include "station/voice_motor.h"
-#include "support/message_box.h"
+#include "support/dialog/message_box.h"
 #include "ui/panel.h"
 #include "ui/panel_ids.h"
 #include "ui/plot_task.h"

@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <string>
 
-#include "support/dialog.h"
-#include "support/file.h"
-#include "support/serial.h"
-#include "support/wide_string.h"
+#include "support/dialog/dialog.h"
+#include "support/services/serial.h"
+#include "support/system/file.h"
+#include "support/system/wide_string.h"
 
 namespace orsanta {
 

@@ -5,7 +5,7 @@
 // One thread makes and uses an object. The constructor may show a dialog and wait for its answer.
 #pragma once
 
-#include "support/store.h"
+#include "support/store/store.h"
 
 namespace orsanta {
 

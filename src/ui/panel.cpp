@@ -2,8 +2,8 @@
 
 #include "host/motor_base.h"
 #include "station/voice_motor.h"
-#include "support/file.h"
-#include "support/message_box.h"
+#include "support/dialog/message_box.h"
+#include "support/system/file.h"
 #include "ui/panel_ids.h"
 #include "ui/plot_task.h"
 #include "ui/small_edit.h"

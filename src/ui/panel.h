@@ -15,10 +15,10 @@
 
 #include <string>
 
-#include "support/array.h"
-#include "support/dialog.h"
-#include "support/store.h"
-#include "support/wide_string.h"
+#include "support/base/array.h"
+#include "support/dialog/dialog.h"
+#include "support/store/store.h"
+#include "support/system/wide_string.h"
 
 namespace orsanta {
 

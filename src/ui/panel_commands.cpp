@@ -8,7 +8,7 @@
 #include "drive/motor.h"
 #include "host/motor_base.h"
 #include "station/voice_motor.h"
-#include "support/clock.h"
+#include "support/time/clock.h"
 #include "ui/panel.h"
 #include "ui/panel_ids.h"
 #include "ui/small_edit.h"

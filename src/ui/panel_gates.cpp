@@ -1,6 +1,6 @@
 // The two password gates of the panel and its auto-lock.
 #include "host/motor_base.h"
-#include "support/message_box.h"
+#include "support/dialog/message_box.h"
 #include "ui/init_dialog.h"
 #include "ui/panel.h"
 #include "ui/small_edit.h"

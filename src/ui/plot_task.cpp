@@ -4,8 +4,8 @@
 
 #include "host/motor_base.h"
 #include "station/voice_motor.h"
-#include "support/clock.h"
-#include "support/wide_string.h"
+#include "support/system/wide_string.h"
+#include "support/time/clock.h"
 
 namespace orsanta {
 

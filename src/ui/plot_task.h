@@ -9,9 +9,9 @@
 
 #include <string>
 
-#include "support/array.h"
-#include "support/chart.h"
-#include "support/thread.h"
+#include "support/base/array.h"
+#include "support/dialog/chart.h"
+#include "support/threads/thread.h"
 
 namespace orsanta {
 

@@ -1,7 +1,7 @@
 // The one-edit dialogs of the panel: a caption, a bound number, its range. Panel thread only.
 #pragma once
 
-#include "support/dialog.h"
+#include "support/dialog/dialog.h"
 
 namespace orsanta {
 

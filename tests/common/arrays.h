@@ -4,7 +4,7 @@
 #include <initializer_list>
 #include <vector>
 
-#include "support/array.h"
+#include "support/base/array.h"
 
 namespace orsanta {
 

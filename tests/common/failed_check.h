@@ -8,7 +8,7 @@
 #include <string>
 
 #include "common/temp_folder.h"
-#include "support/assertion.h"
+#include "support/base/assertion.h"
 
 namespace orsanta {
 

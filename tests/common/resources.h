@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "orsanta/orsanta.h"
-#include "support/array.h"
+#include "support/base/array.h"
 
 namespace orsanta {
 

@@ -26,11 +26,11 @@
 #include <thread>
 #include <vector>
 
-#include "support/clock.h"
-#include "support/front.h"
-#include "support/message_box.h"
-#include "support/thread.h"
-#include "support/wide_string.h"
+#include "support/dialog/front.h"
+#include "support/dialog/message_box.h"
+#include "support/system/wide_string.h"
+#include "support/threads/thread.h"
+#include "support/time/clock.h"
 
 namespace orsanta {
 
@@ -157,7 +157,7 @@ class C_Scripted_Front : public C_Front {
   }
 
   // --- C_Front ---
-  int Open_Dialog(const C_Dialog_Model& model, C_Dialog_Sink& sink) override;
+  int Open_Dialog(const C_Dialog_Model& model, C_Dialog_Listener& sink) override;
   void Close_Dialog(int dialog) override;
   void Set_Control_Text(int dialog, int control, const std::wstring& text) override {
     const std::lock_guard holder(m_Lock);
@@ -191,7 +191,7 @@ class C_Scripted_Front : public C_Front {
     std::wstring name;
     C_Dialog_Model model;
     std::vector<std::wstring> texts;  // what stands in each control; of a button, its caption
-    C_Dialog_Sink* sink = nullptr;
+    C_Dialog_Listener* sink = nullptr;
     std::thread::id owner;
     bool closed = false;
     int refusals = 0;
@@ -260,7 +260,7 @@ class C_Scripted_Front : public C_Front {
   int m_Last_Dialog = 0;
 };
 
-inline int C_Scripted_Front::Open_Dialog(const C_Dialog_Model& model, C_Dialog_Sink& sink) {
+inline int C_Scripted_Front::Open_Dialog(const C_Dialog_Model& model, C_Dialog_Listener& sink) {
   std::unique_lock lock(m_Lock);
   const int dialog = ++m_Last_Dialog;
   C_Open& open = m_Open[dialog];

@@ -15,7 +15,7 @@
 #include <optional>
 #include <thread>
 
-#include "support/front.h"
+#include "support/dialog/front.h"
 
 namespace orsanta {
 
@@ -98,7 +98,7 @@ inline void Click_With_Pointer(const std::function<QWidget*()>& find) {
 
 // --- Sinks that keep what comes ---
 
-class C_Kept_Events : public C_Dialog_Sink {
+class C_Kept_Events : public C_Dialog_Listener {
  public:
   void On_Dialog_Event(const C_Dialog_Event& event) override {
     const std::lock_guard guard(m_Lock);

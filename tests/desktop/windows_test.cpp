@@ -26,8 +26,8 @@
 #include "common/temp_folder.h"
 #include "common/thread_levels.h"
 #include "desktop/virtual_display.h"
-#include "support/message_box.h"
-#include "support/wide_string.h"
+#include "support/dialog/message_box.h"
+#include "support/system/wide_string.h"
 
 // What the desktop's own libraries keep until the process ends.
 extern "C" __attribute__((visibility("default"))) const char* __lsan_default_suppressions() {

@@ -44,9 +44,9 @@ TEST(Fifo_Window, Slides_Like_A_Queue) {
 // Readers, a clearer and the window thread at once, on the real clock: what a reader gets is always one run of the
 // stream, with evenly spaced indices.
 TEST(Fifo_Window, Readers_On_Many_Threads_See_Whole_Windows) {
-  bench::Settings settings;
+  simulator::Settings settings;
   settings.sample_ms = 0.1;
-  bench::Reset(settings);
+  simulator::Reset(settings);
   InitDevice_PC_Local_Controler(1, 0);
   ASSERT_NE(ConnectControlServer(L"", 0, nullptr), 0);
   SET_INPUT_DATA_MAP(1, 1, 4, 4, 65);

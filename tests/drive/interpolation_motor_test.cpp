@@ -18,14 +18,14 @@ constexpr double Second_Edge_Mm = 3.25;
 class Interpolation_Motor : public Room {
  protected:
   Interpolation_Motor() {
-    bench::Settings settings;
+    simulator::Settings settings;
     settings.temperature_boards = {Id};
     settings.sample_ms = 0.5;
     settings.noise_mm = 0.0;
     settings.encoder_step_mm = 0.0;
     Reset(settings);
-    bench::Set_Home_Sensor(Id, 2, Edge_Mm, false);
-    bench::Set_Home_Sensor(Id, 6, Second_Edge_Mm, true);
+    simulator::Set_Home_Sensor(Id, 2, Edge_Mm, false);
+    simulator::Set_Home_Sensor(Id, 6, Second_Edge_Mm, true);
   }
   // Axis 2, sensor 30, instruction thread 5.
   static std::unique_ptr<C_Interpolation_Voice_Motor> Make_Motor() {
@@ -84,8 +84,8 @@ TEST_F(Interpolation_Motor, Connects_And_Maps_In_Order_And_Runs_Sixteen_Windows)
 TEST_F(Interpolation_Motor, The_Operator_Decides_About_A_Missing_Device_And_Server) {
   const std::wstring no_server = L"连接服务端失败，请重启服务端，或重启电脑";
   const std::wstring no_drive = L"无法找到ID：20的驱动器,是否重试";
-  bench::Set_Absent(Id, true);
-  bench::Set_Refused_Connects(102);
+  simulator::Set_Absent(Id, true);
+  simulator::Set_Refused_Connects(102);
   m_Front->On_Box(no_server, Answer_Yes);
   m_Front->On_Box(no_drive, Answer_Yes);
   const auto motor = Make_Motor();
@@ -102,7 +102,7 @@ TEST_F(Interpolation_Motor, The_Operator_Decides_About_A_Missing_Device_And_Serv
   EXPECT_DEATH([&]() noexcept { motor->SetScale(0.0); }(), "SetScale");
   EXPECT_DEATH([&]() noexcept { motor->CheckStop(); }(), "CheckStop");  // an unmapped axis
   EXPECT_DEATH([&]() noexcept { motor->Set_Home_Speed(0.0); }(), "Set_Home_Speed");
-  bench::Set_Absent(Id, false);
+  simulator::Set_Absent(Id, false);
   EXPECT_EQ(motor->Map_Once(), 1);
 }
 
@@ -110,7 +110,7 @@ class Interpolation_Axis : public Interpolation_Motor {
  protected:
   void Expect_Stands_At(double true_mm, double told_mm = 0.0) {
     Sleep(300);
-    EXPECT_NEAR(bench::True_Position(Id), true_mm, Count_Mm);
+    EXPECT_NEAR(simulator::True_Position(Id), true_mm, Count_Mm);
     double position = 77.0;
     CMyArray<double> window;
     EXPECT_EQ(m_Motor->Get_Cur_Pos(position) + m_Motor->Get_Pos_Window(window), 2);
@@ -126,7 +126,7 @@ TEST_F(Interpolation_Axis, Commands_Become_Instructions) {
       Calls_Of([&] {
         m_Motor->Go_Relative(0.25);
         EXPECT_EQ(m_Motor->Go_Wait(0.75), 1);
-        EXPECT_NEAR(bench::True_Position(Id), 0.75, 0.05);
+        EXPECT_NEAR(simulator::True_Position(Id), 0.75, 0.05);
         EXPECT_EQ(m_Motor->Rapid_Go(0.5), 1);
         m_Motor->Emergency_Stop(5);
         m_Motor->Set_Enable(1);
@@ -157,8 +157,8 @@ TEST_F(Interpolation_Axis, Commands_Become_Instructions) {
 
 TEST_F(Interpolation_Axis, Status_Reads_Their_Channels) {
   m_Motor->Go_Wait(1.0);
-  bench::Set_Fault_Bits(Id, 6);
-  bench::Set_Temperature(Id, 41.3);
+  simulator::Set_Fault_Bits(Id, 6);
+  simulator::Set_Temperature(Id, 41.3);
   Sleep(2250);
   double load = 0.0, used = 0.0, error = 0.0, commanded = 77.0, current = 77.0, fresh = 77.0, t = 0.0, board = 0.0;
   int counter = 77, number = 77;
@@ -188,7 +188,8 @@ TEST_F(Interpolation_Axis, Status_Reads_Their_Channels) {
       "GetCurOutputPos(21); GetCurIoInput(30); GetCurIoInput(31); GetError(0); Read(5148, 4096); Read(5147, 4096); "
       "Read(5138, 4096) x 2 +1; ");  // this one is full: what it holds may be old
   EXPECT_EQ(results, (Results{1, 1, 1, 1, 1, 1, Id + 1, 0, 0, 0, 1, 1, 1}));
-  bench::Set_Silent(Id, true);  // an array takes the first read that works, if empty; the fault words share the last
+  simulator::Set_Silent(Id,
+                        true);  // an array takes the first read that works, if empty; the fault words share the last
   EXPECT_EQ(Calls_Of([&] {
               results = {m.Get_Fifo(24, samples),      m.Get_Fifo(24, samples),         m.Read_Latest(5138, fresh),
                          m.Get_Temperature(t, 0),      m.Get_Temperature(t, 0),         m.Get_Error_Code(code),
@@ -214,10 +215,10 @@ TEST_F(Interpolation_Axis, Status_Reads_Their_Channels) {
 // The last eleven maps are waited for in 1000 looks, 1 ms apart.
 TEST_F(Interpolation_Motor, A_Server_Too_Slow_For_The_Axis_Map_Is_Told) {
   for (const double pace_ms : {90.0, 92.0}) {
-    bench::Settings settings;
+    simulator::Settings settings;
     settings.temperature_boards = {Id};
     settings.instruction_ms = pace_ms;
-    bench::Reset(settings);
+    simulator::Reset(settings);
     EXPECT_EQ(Make_Motor()->Be_Mapped(), pace_ms < 91.0 ? 1 : 0);
   }
   EXPECT_EQ(m_Front->Boxes(), (Texts{L"map轴超时"}));
@@ -228,10 +229,10 @@ TEST_F(Interpolation_Motor, A_Sensor_On_The_Card_Is_Mapped_And_Read) {
   C_Interpolation_Voice_Motor motor(Id, 2, 30, 5, 1, 15, 40, 3);
   EXPECT_EQ(Count("SET_IOIN_MAP(5, 15, 4, 3, 0, 30)") + Count("SET_IOIN_MAP(5, 20, 1, 6, 0, 40)"), 2);
   EXPECT_EQ(Count("SET_IOIN_MAP"), 2);
-  bench::Set_Input(3, 1);
+  simulator::Set_Input(3, 1);
   EXPECT_EQ(motor.Get_Sensor(), 1);
   EXPECT_EQ(motor.Get_Sensor2(), 0);
-  bench::Set_Home_Sensor(Id, 6, -1.0, true);
+  simulator::Set_Home_Sensor(Id, 6, -1.0, true);
   EXPECT_EQ(motor.Get_Sensor2(), 1);
 }
 
@@ -299,7 +300,7 @@ TEST_F(Interpolation_Axis, Homing_Asks_In_Order_And_Ends_On_The_Edge) {
 }
 
 TEST_F(Interpolation_Axis, A_Sensor_That_Never_Switches_Is_Told) {
-  bench::Set_Home_Sensor(Id, 2, -50.0, false);
+  simulator::Set_Home_Sensor(Id, 2, -50.0, false);
   // While the box stands somebody queues more: the watch goes on and tells it again. What the second box leaves is done
   // within a pass, and the watch ends.
   m_Front->On_Box(L"回零超时", Answer_Ok, 0, [] { TILLTIME(5, 60000); });
@@ -329,7 +330,7 @@ TEST_F(Interpolation_Axis, The_Check_Finds_The_Stops_And_Names_Its_Failure) {
              (pass < 4 ? "+1007 " : "");
   double max = 0.0;
   double min = 0.0;
-  bench::Journal_Clear();
+  simulator::Journal_Clear();
   EXPECT_EQ(m_Motor->Home_And_Check(9, max, min), 1);
   EXPECT_EQ(Calls(), check);
   EXPECT_NEAR(max, 10.0, 0.05);
@@ -337,10 +338,10 @@ TEST_F(Interpolation_Axis, The_Check_Finds_The_Stops_And_Names_Its_Failure) {
   m_Motor->Go_Relative(5.0);
   EXPECT_EQ(m_Motor->CheckStop() + m_Motor->Home_And_Check(9, max, min), 0);  // still moving
   m_Motor->Till_Stop(1);
-  EXPECT_NEAR(bench::True_Position(Id), 5.0, 0.05);
+  EXPECT_NEAR(simulator::True_Position(Id), 5.0, 0.05);
   uint16_t ver = 0;
   uint32_t bcd_date = 0;
-  bench::Set_Silent(Id, true);
+  simulator::Set_Silent(Id, true);
   m_Motor->Get_Version(ver, bcd_date);
   EXPECT_EQ(m_Motor->Home_And_Check(9, max, min), 0);
   EXPECT_EQ(m_Front->Boxes(), (Texts{L"ID:9的驱动器无法回零", L"ID:9的驱动器无法获取版本号"}));

@@ -12,7 +12,7 @@ class Io_Card : public Room {
     Reset();
     InitDevice_PC_Local_Controler(1, 0);
     ConnectControlServer(L"", 0, nullptr);
-    bench::Journal_Clear();
+    simulator::Journal_Clear();
   }
   C_Io_Card m_Card;
 };
@@ -29,14 +29,14 @@ TEST_F(Io_Card, Maps_Eight_Channels_Once_And_Reads_And_Writes_Them) {
   m_Card.Map_Io(8, 15);
   EXPECT_EQ(Count("SET_IO"), 16);
 
-  bench::Set_Input(5, 1);
+  simulator::Set_Input(5, 1);
   EXPECT_EQ(m_Card.Get_Io(5), 1);
   EXPECT_EQ(m_Card.Get_Io(6), 0);
   for (const int value : {1, 256}) {  // the second is narrowed to eight bits
     m_Card.Set_Io(7, value);
-    EXPECT_EQ(bench::Get_Output(7), value % 256);
+    EXPECT_EQ(simulator::Get_Output(7), value % 256);
   }
-  bench::Set_Io_Card_Missing(true);
+  simulator::Set_Io_Card_Missing(true);
   EXPECT_EQ(m_Card.Get_Io(5), -1);
   EXPECT_TRUE(m_Front->Boxes().empty());
 }

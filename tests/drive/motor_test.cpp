@@ -17,7 +17,7 @@ constexpr double Raw_Per_Mm = 65536000.0;
 class Motor : public Room {
  protected:
   Motor() {
-    bench::Settings settings;
+    simulator::Settings settings;
     settings.first_drive_id = Id;
     settings.drives = 3;
     settings.io_card = false;
@@ -48,7 +48,7 @@ TEST_F(Motor, Connects_Twice_And_Maps_In_Order) {
   EXPECT_EQ(second->Get_Cur_Pos(position), 0);
   EXPECT_EQ(position, 77.0);
   EXPECT_EQ(motor->Get_Cur_Pos(position), 1);
-  EXPECT_NEAR(position, bench::True_Position(Id), 0.0002);
+  EXPECT_NEAR(position, simulator::True_Position(Id), 0.0002);
   EXPECT_EQ(Calls_Of([&] { motor.reset(); }), "");
   EXPECT_EQ(Calls_Of([&] { second.reset(); }), "ReleaseDevice(); ");
   EXPECT_EQ(Reads_In(50), 0) << "a window thread was left behind";
@@ -58,17 +58,17 @@ TEST_F(Motor, Connects_Twice_And_Maps_In_Order) {
 
 TEST_F(Motor, Tells_What_Keeps_A_Drive_From_Its_Map) {
   const C_Temp_Folder folder;
-  bench::Set_Refused_Connects(202);
+  simulator::Set_Refused_Connects(202);
   EXPECT_DEATH([]() noexcept { C_Kestrune_Motor_test(4, Server_Thread, 1); }(), "refused the connection");
-  bench::Set_Refused_Connects(101);
+  simulator::Set_Refused_Connects(101);
   C_Kestrune_Motor_test absent(4, Server_Thread, 1);
   EXPECT_EQ(Now_Ms(), 102 * 100.0);
-  bench::Set_Absent(4, true);
+  simulator::Set_Absent(4, true);
   m_Front->On_Box(L"无法找到ID：4", Answer_Ok, 1000);  // its box stands open while the next drive is mapped
   C_Thread other;
   other.Start("other", [&] { EXPECT_EQ(absent.Map_Once(), 0); });
   Sleep(500);
-  for (const int id : {3, 5}) bench::Set_Absent(id, true);
+  for (const int id : {3, 5}) simulator::Set_Absent(id, true);
   EXPECT_EQ(C_Kestrune_Motor_test(70, Server_Thread, 1).Map_Once(), 0);
   EXPECT_EQ(Now_Ms(), 102 * 100.0 + 500.0);
   other.Join();
@@ -80,7 +80,7 @@ TEST_F(Motor, Tells_What_Keeps_A_Drive_From_Its_Map) {
   EXPECT_EQ(m_Front->Shown()[0].at_ms, 101 * 100.0);
   EXPECT_EQ(Count("SET_INPUT_DATA_MAP"), 0);
   EXPECT_EQ(Calls_Of([&] { EXPECT_EQ(absent.Go_Zero(), 0); }), "ReadDeviceReg(4, 0, 1); ");
-  bench::Set_Absent(4, false);
+  simulator::Set_Absent(4, false);
   // A failed map is not remembered. Of two that map at once one does it, and the other waits for it.
   C_Kestrune_Motor_test second(4, Server_Thread, 1);
   TILLTIME(Server_Thread, 20);
@@ -98,7 +98,7 @@ class Mapped_Motor : public Motor {
   void SetUp() override {
     ASSERT_EQ(m_Motor.Map_Once(), 1);
     Sleep(20);
-    bench::Journal_Clear();
+    simulator::Journal_Clear();
   }
   C_Kestrune_Motor_test m_Motor{Id, Server_Thread, 1};
 };
@@ -152,7 +152,7 @@ TEST_F(Mapped_Motor, What_Is_No_Number_Stays_Here) {
 }
 
 TEST_F(Mapped_Motor, Reads_In_Order_And_Tells_A_Silent_Drive) {
-  bench::Set_Fault_Bits(Id, 5);
+  simulator::Set_Fault_Bits(Id, 5);
   Sleep(10);
   double load = 0.0, current = 77.0;
   CMyArray<double> samples;
@@ -177,7 +177,7 @@ TEST_F(Mapped_Motor, Reads_In_Order_And_Tells_A_Silent_Drive) {
   EXPECT_NEAR(samples.GetSize(), 15, 2);  // all that waited
   EXPECT_EQ(samples.GetEndData(), 0.0);   // mm, the commanded position
 
-  bench::Set_Silent(Id, true);
+  simulator::Set_Silent(Id, true);
   read_all();  // what waits from before
   current = 77.0;
   EXPECT_EQ(Calls_Of(read_all),
@@ -191,9 +191,9 @@ TEST_F(Mapped_Motor, Reads_In_Order_And_Tells_A_Silent_Drive) {
   const std::wstring no_flag = L"CANID:3  Get_InterRunFlag无法读取数据通道";
   EXPECT_EQ(m_Front->Boxes(), (Texts{L"Check_Ready无法获取数据通道", no_flag, no_flag, L"TillStop无法获取数据"}));
   // A FIFO that is full may hold old samples alone: what it gives is not handed out.
-  bench::Set_Silent(Id, false);
+  simulator::Set_Silent(Id, false);
   Sleep(1000);
-  bench::Set_Silent(Id, true);
+  simulator::Set_Silent(Id, true);
   EXPECT_EQ(Calls_Of([&] { EXPECT_EQ(m_Motor.Read_Latest(66, current), 0); }), "Read(66, 256) x 42 +1; ");
   EXPECT_EQ(current, 77.0);
 }
@@ -213,7 +213,7 @@ TEST_F(Mapped_Motor, Moves_In_Order) {
             "Out(2, 61, 0); +1 Read(60, 256) x 1040 +1; +1 Read(62, 256); Read(63, 256); ");
   EXPECT_NEAR(max, 8.95 * Raw_Per_Mm, 0.01 * Raw_Per_Mm);
   EXPECT_NEAR(min, -0.45 * Raw_Per_Mm, 0.01 * Raw_Per_Mm);
-  bench::Set_Slow_Homing(Id, true);
+  simulator::Set_Slow_Homing(Id, true);
   EXPECT_EQ(Calls_Of([&] { EXPECT_EQ(m_Motor.Measure_Stroke(max, min), 0); }),
             "Out(2, 61, 0); +1 Read(60, 256) x 10000 +1; ");
 }

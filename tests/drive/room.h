@@ -11,9 +11,9 @@
 #include <string>
 #include <vector>
 
-#include "bench/bench.h"
 #include "common/scripted_front.h"
 #include "common/server_pace.h"
+#include "simulator/simulator.h"
 
 namespace orsanta {
 
@@ -23,9 +23,9 @@ using Results = std::vector<int>;  // of operations, in the order of the calls
 class Room : public testing::Test {
  protected:
   // A room with the pace of this run.
-  static void Reset(bench::Settings settings = {}) {
+  static void Reset(simulator::Settings settings = {}) {
     settings.instruction_ms = Server_Pace_Ms();
-    bench::Reset(settings);
+    simulator::Reset(settings);
   }
   // The calls of the motion library since the journal was cleared, as they stand in C but for five short names, "; "
   // behind each. "+5 " stands before one that came 5 ms after the call before it, " x 41 +1" behind one that came 41
@@ -40,7 +40,7 @@ class Room : public testing::Test {
       if (times > 1 && each > 0.0) calls << " +" << each;
       if (times > 0) calls << "; ";
     };
-    for (const bench::Journal_Entry& call : bench::Journal()) {
+    for (const simulator::Journal_Entry& call : simulator::Journal()) {
       if (Is_Of_A_Window(call)) continue;
       const std::string text = Text_Of(call);
       const double gap = before < 0.0 ? 0.0 : std::round(call.time_ms - before);
@@ -62,10 +62,10 @@ class Room : public testing::Test {
   // The same for one operation alone, reads included.
   template <class C_Operation>
   static std::string Calls_Of(C_Operation operation) {
-    bench::Journal_Clear();
-    bench::Journal_Keep_Reads(true);
+    simulator::Journal_Clear();
+    simulator::Journal_Keep_Reads(true);
     operation();
-    bench::Journal_Keep_Reads(false);
+    simulator::Journal_Keep_Reads(false);
     return Calls();
   }
   // The search of the bus, and the look for the one device.
@@ -78,13 +78,14 @@ class Room : public testing::Test {
   // How many calls begin with the text.
   static int Count(const std::string& text) {
     int count = 0;
-    for (const bench::Journal_Entry& call : bench::Journal()) count += Text_Of(call).rfind(text, 0) == 0 ? 1 : 0;
+    for (const simulator::Journal_Entry& call : simulator::Journal())
+      count += Text_Of(call).rfind(text, 0) == 0 ? 1 : 0;
     return count;
   }
   // The ways out of a drive with CAN id 20 or 3 refuse what is no number: each tells the operator and sends nothing.
   template <class Drive>
   void Expect_Refusals(Drive& drive, const std::vector<int (Drive::*)(double)>& ways_out) {
-    bench::Journal_Clear();
+    simulator::Journal_Clear();
     for (const double value : {std::nan(""), HUGE_VAL, -HUGE_VAL})
       for (const auto way_out : ways_out) EXPECT_NE((drive.*way_out)(value), 1);
     EXPECT_EQ(m_Front->Count_Boxes(L"不是有效数字("), 3 * static_cast<int>(ways_out.size()));
@@ -93,10 +94,10 @@ class Room : public testing::Test {
   }
   // How many reads of channels there are in the next `ms`.
   static int Reads_In(int ms) {
-    bench::Journal_Clear();
-    bench::Journal_Keep_Reads(true);
+    simulator::Journal_Clear();
+    simulator::Journal_Keep_Reads(true);
     Sleep(ms);
-    bench::Journal_Keep_Reads(false);
+    simulator::Journal_Keep_Reads(false);
     return Count("Read(");
   }
   // The calls that a table of maps stands for, device as "thread, can id": "i PORT FORMAT CHANNEL DEPTH" an input, "w
@@ -122,7 +123,7 @@ class Room : public testing::Test {
   C_Scripted_Front_Holder m_Front;
 
  private:
-  static std::string Text_Of(const bench::Journal_Entry& call) {
+  static std::string Text_Of(const simulator::Journal_Entry& call) {
     static const std::map<std::string, const char*> short_names{{"CheckDeviceExist", "Exists"},
                                                                 {"GetInputChannelData", "Read"},
                                                                 {"GetThreadInsBufferRemainCount", "Places"},
@@ -136,7 +137,7 @@ class Room : public testing::Test {
     return text.str();
   }
   // Read by a window of one of the drives here: 3 with its position, 20 with its sixteen.
-  static bool Is_Of_A_Window(const bench::Journal_Entry& call) {
+  static bool Is_Of_A_Window(const simulator::Journal_Entry& call) {
     static const std::set<int> channels{65,  500,  501,  502,  503,  504,  580,  581, 582,
                                         583, 5125, 5136, 5137, 5139, 5140, 5145, 5146};
     return call.function == "GetInputChannelData" && channels.contains(std::stoi(call.arguments));

@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <string_view>
 
-#include "support/store_file.h"
+#include "support/store/store_file.h"
 
 namespace {
 

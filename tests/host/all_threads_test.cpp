@@ -6,18 +6,18 @@
 #include <atomic>
 #include <memory>
 
-#include "bench/bench.h"
 #include "common/arrays.h"
 #include "common/pty.h"
 #include "common/resources.h"
 #include "common/temp_folder.h"
 #include "common/thread_levels.h"
-#include "host/link_settings.h"
 #include "host/motor_base.h"
 #include "host/task_app.h"
+#include "simulator/simulator.h"
+#include "station/link_settings.h"
 #include "station/voice_motor.h"
-#include "support/clock.h"
-#include "support/thread.h"
+#include "support/threads/thread.h"
+#include "support/time/clock.h"
 
 namespace orsanta {
 namespace {
@@ -29,8 +29,8 @@ TEST(All_Threads, Work_On_The_Same_Stations) {
   C_Pty host(1);
   C_Pty link(2);
   Store_Link(1, 2);
-  bench::Reset();
-  for (int n = 1; n <= Stations; ++n) bench::Place_Part(n, 5.0);
+  simulator::Reset();
+  for (int n = 1; n <= Stations; ++n) simulator::Place_Part(n, 5.0);
   C_VoiceMotorBase base(Resource_Table({1, 2, 3}), 1, 115200, 0, 1);
 
   const double until = Now_Ms() + Span_Ms;
@@ -52,7 +52,7 @@ TEST(All_Threads, Work_On_The_Same_Stations) {
   repeat(1, poll);
   repeat(1, poll);
   repeat(200, [&](int i) { base.do_test(1 + i % Stations, i % 2 == 0 ? Task_Force_Difference : Task_Force_Back); });
-  repeat(3, [&](int i) { bench::Set_Input(1 + i % Stations, i / 200 % 2); });
+  repeat(3, [&](int i) { simulator::Set_Input(1 + i % Stations, i / 200 % 2); });
   repeat(5, [&](int i) {
     C_VoiceMotor& station = *base.StationList[i % Stations];
     station.Val_Force_Set[0] = station.Test_Force[0] = 150.0 + i % 50;

@@ -10,15 +10,15 @@
 #include <memory>
 #include <thread>
 
-#include "bench/bench.h"
 #include "common/pty.h"
 #include "common/resources.h"
 #include "common/scripted_front.h"
 #include "common/temp_folder.h"
-#include "host/link_settings.h"
 #include "host/task_app.h"
+#include "simulator/simulator.h"
+#include "station/link_settings.h"
 #include "station/voice_motor.h"
-#include "support/clock.h"
+#include "support/time/clock.h"
 
 namespace orsanta {
 namespace {
@@ -27,7 +27,7 @@ constexpr int Host_Port = 1;
 
 class Supervisor : public ::testing::Test {
  protected:
-  Supervisor() { bench::Reset(); }
+  Supervisor() { simulator::Reset(); }
   ~Supervisor() override { base.reset(); }
 
   void Start(const std::vector<int>& can_ids, int host_port, int io_mode = 0) {
@@ -56,9 +56,9 @@ class Supervisor : public ::testing::Test {
 };
 
 TEST_F(Supervisor, Result_Lines_Are_Exact) {
-  bench::Settings settings;
+  simulator::Settings settings;
   settings.first_drive_id = 0x1A;
-  bench::Reset(settings);
+  simulator::Reset(settings);
   C_Pty host(Host_Port);
   C_Pty link(2);
   Store_Link(0x1A, 2);
@@ -90,7 +90,7 @@ TEST_F(Supervisor, Result_Lines_Are_Exact) {
 }
 
 TEST_F(Supervisor, Answers_The_Status_Query_And_Nothing_Else) {
-  bench::Set_Absent(11, true);
+  simulator::Set_Absent(11, true);
   C_Pty host(Host_Port);
   Start({10, 11, 12}, Host_Port);
   const std::string answer = "ID:a State:1\nID:b State:0\nID:c State:1\n";
@@ -113,7 +113,7 @@ TEST_F(Supervisor, Answers_The_Status_Query_And_Nothing_Else) {
   EXPECT_EQ(Collect(host, answer.size()), answer);
 
   Station(0).Motor_Ready = 0;  // as a station that rests
-  bench::Set_Silent(12, true);
+  simulator::Set_Silent(12, true);
   Sleep(100);
   const std::string none_alive = "ID:a State:0\nID:b State:0\nID:c State:0\n";
   host.Send("C");
@@ -124,14 +124,14 @@ TEST_F(Supervisor, Answers_The_Status_Query_And_Nothing_Else) {
 // Whoever reports waits for the lock, and does what comes after the report only then.
 TEST_F(Supervisor, Io_Lock_Holds_Back_Every_Report) {
   C_Pty host(Host_Port);
-  bench::Set_Input(1, 1);
+  simulator::Set_Input(1, 1);
   Start({1}, Host_Port, 1);
   base->LoopPaused = 1;
   C_VoiceMotor& station = Station(0);
   station.Set_Cur_BaseDistance(7.0005F);
   const auto state = [&] {
     Sleep(3000);
-    return std::to_string(bench::Get_Output(1)) + std::to_string(station.Ans_Ready) +
+    return std::to_string(simulator::Get_Output(1)) + std::to_string(station.Ans_Ready) +
            std::to_string(station.Get_Test_Finish()) + std::to_string(station.Get_Force_Back_Finish()) + host.Take();
   };
   base->IoLock.Lock();
@@ -194,7 +194,7 @@ TEST_F(Supervisor, A_Trigger_Byte_Runs_The_Whole_Handshake) {
   Store_Link(1, 2);
   Start({1, 2}, Host_Port);
   Station(0).Set_Cur_BaseDistance(7.0006F);  // a part of 2 mm on the anvil at 9 mm reads 0, with the dent of the force
-  bench::Place_Part(1, 1.5);
+  simulator::Place_Part(1, 1.5);
   Station(0).Val_Force_OffSet = 44.0;  // belongs to the automatic cycle alone
   for (int round = 0; round < 3; ++round) {
     link.Send("Tx");
@@ -210,7 +210,7 @@ TEST_F(Supervisor, A_Trigger_Byte_Runs_The_Whole_Handshake) {
     EXPECT_EQ(base->get_ans(1, &thickness, &force), 1);
     EXPECT_EQ(force, 200.0);
     Sleep(1000);
-    EXPECT_EQ(bench::True_Force(1), 0.0);  // lifted by itself
+    EXPECT_EQ(simulator::True_Force(1), 0.0);  // lifted by itself
     EXPECT_EQ(Station(0).Force_Back_Finish, 1);
   }
 }

@@ -6,10 +6,10 @@
 #include <barrier>
 #include <thread>
 
-#include "bench/bench.h"
 #include "common/scripted_front.h"
 #include "common/temp_folder.h"
-#include "support/clock.h"
+#include "simulator/simulator.h"
+#include "support/time/clock.h"
 
 namespace orsanta {
 namespace {
@@ -72,10 +72,10 @@ int Run_Self_Test() {
 // The ten share one drive: while the first lets it home, the others find it not ready.
 TEST(Self_Test, One_Worker_Gets_Through_On_A_Good_Drive_And_None_Without_A_Drive) {
   const C_Simulated_Clock clock(1);
-  bench::Reset();
+  simulator::Reset();
   EXPECT_EQ(Run_Self_Test(), 1);
-  EXPECT_EQ(bench::Journal().back().function, "ReleaseDevice");  // with the last worker
-  bench::Set_Absent(1, true);
+  EXPECT_EQ(simulator::Journal().back().function, "ReleaseDevice");  // with the last worker
+  simulator::Set_Absent(1, true);
   EXPECT_EQ(Run_Self_Test(), 0);
 }
 

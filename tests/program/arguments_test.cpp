@@ -125,7 +125,7 @@ TEST(Program, Says_In_One_Line_What_Is_Wrong_And_What_Is_Allowed) {
   for (const std::string command : {"measure", "panel"}) {  // on a machine nothing places parts
     const C_Outcome ran = Shell("LD_LIBRARY_PATH=" MACHINE_FOLDER " " BUILT_PROGRAM " " + command + " 2>&1");
     EXPECT_EQ(ran.status, 1);
-    EXPECT_THAT(ran.output, StartsWith("orsanta: " + command + " needs the bench"));
+    EXPECT_THAT(ran.output, StartsWith("orsanta: " + command + " needs the simulator"));
     EXPECT_EQ(std::count(ran.output.begin(), ran.output.end(), '\n'), 1) << ran.output;
   }
   for (const char* arguments : {"--help", "measure --help", "selftest --help"})

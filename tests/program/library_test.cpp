@@ -12,10 +12,10 @@
 #include <thread>
 #include <vector>
 
-#include "bench/bench.h"
 #include "common/temp_folder.h"
 #include "orsanta/orsanta.h"
 #include "program/real_time.h"
+#include "simulator/simulator.h"
 
 namespace orsanta {
 namespace {
@@ -41,14 +41,14 @@ constexpr int Boards[] = {20, 21};  // of the stations 1 and 2
 void Set_Up_Machine() {
   unsetenv("DISPLAY");
   unsetenv("WAYLAND_DISPLAY");
-  bench::Settings settings;
+  simulator::Settings settings;
   settings.drives = 2;
   settings.temperature_boards = {Boards[0], Boards[1]};
-  bench::Reset(settings);
+  simulator::Reset(settings);
   // No question at the first start: a thread that once ran a dialog holds the library until it ends.
   std::ofstream("全局电机参数") << "orsanta store 1\nC_InitDlg Num 0 = int 2\nend\n";
   for (const int station : {1, 2}) {
-    bench::Place_Part(station, 4.0);
+    simulator::Place_Part(station, 4.0);
     std::ofstream("音圈电机" + std::to_string(station) + "参数")
         << "orsanta store 1\nC_VoiceMotor Val_TempSensorCanID 0 = double " << Boards[station - 1] << "\nend\n";
   }
@@ -85,7 +85,7 @@ TEST_F(Real_Time, Every_Load_Of_The_Library_Reads_The_Boards_And_Leaves_No_Threa
   Set_Up_Machine();
   const auto threads_before = Threads();
   for (const double celsius : {31.5, 18.0}) {
-    for (const int board : Boards) bench::Set_Temperature(board, celsius + board);
+    for (const int board : Boards) simulator::Set_Temperature(board, celsius + board);
     void* const library = dlopen(LIBRARY_WITH_INSIDES, RTLD_NOW | RTLD_LOCAL);
     ASSERT_NE(library, nullptr) << dlerror();
     const auto near = [celsius](int board) { return testing::DoubleNear(celsius + board, 0.1); };

@@ -11,7 +11,7 @@
 
 namespace orsanta {
 
-// A command line with the client library of a machine in place of the bench.
+// A command line with the client library of a machine in place of the simulator.
 inline std::string On_Machine(const std::string& line) {
   return "export LD_LIBRARY_PATH=" MACHINE_FOLDER "; " + line + " 2>&1";
 }

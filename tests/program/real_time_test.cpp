@@ -1,4 +1,4 @@
-// What the built program measures, on the bench and on a machine.
+// What the built program measures, on the simulator and on a machine.
 #include "program/real_time.h"
 
 #include <gmock/gmock.h>
@@ -23,7 +23,7 @@ nlohmann::json Result(const std::string& folder) {
 
 // Stands first, since its second half begins only here.
 //
-// The machine is the bench without its control functions: nothing lies on its anvil, which stands for a part of the
+// The machine is the simulator without its control functions: nothing lies on its anvil, which stands for a part of the
 // size of the reference block.
 TEST_F(Real_Time, A_Study_Asks_A_Person_On_A_Machine_And_Is_Taken_Up_Again) {
   const C_Outcome begun = runs->begun.Wait();

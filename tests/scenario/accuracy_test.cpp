@@ -3,7 +3,7 @@
 #include <random>
 
 #include "scenario/system.h"
-#include "support/thread.h"
+#include "support/threads/thread.h"
 
 namespace orsanta {
 namespace {

@@ -7,7 +7,7 @@
 
 #include "common/failed_check.h"
 #include "scenario/system.h"
-#include "support/thread.h"
+#include "support/threads/thread.h"
 
 namespace orsanta {
 namespace {
@@ -20,7 +20,7 @@ using Failures = System;
 using Failures_DeathTest = System;
 
 TEST_F(Failures, An_Absent_Drive_Is_Told_And_Its_Station_Stays) {
-  bench::Set_Absent(2, true);
+  simulator::Set_Absent(2, true);
   Start({1, 2});
   EXPECT_EQ(front->Count_Boxes(L"CanID：2的设备没有连接"), 1);
   EXPECT_EQ(front->Count_Boxes(L"的设备没有连接"), 1);
@@ -33,7 +33,7 @@ TEST_F(Failures, An_Absent_Drive_Is_Told_And_Its_Station_Stays) {
   EXPECT_EQ(GetIO(1), 3);  // the card is opened with the first ready station
   Stop();
 
-  bench::Set_Absent(2, false);
+  simulator::Set_Absent(2, false);
   Start({1, 2});
   double force = 0.0;
   Get_Force(2, &force);
@@ -45,11 +45,11 @@ TEST_F(Failures, An_Absent_Drive_Is_Told_And_Its_Station_Stays) {
 TEST_F(Failures, A_Silent_Drive_Gives_A_Result_And_Comes_Back) {
   Start({1});
   Correct_Reference(1);
-  bench::Place_Part(1, 2.0);
-  bench::Set_Silent(1, true);
+  simulator::Place_Part(1, 2.0);
+  simulator::Set_Silent(1, true);
   EXPECT_EQ(do_test(1, ORSANTA_TASK_MEASURE), 1);
   EXPECT_EQ(Next_Result(1), -99.0);  // after the waits for the run flag of both legs
-  bench::Set_Silent(1, false);
+  simulator::Set_Silent(1, false);
   Sleep(100);
   EXPECT_TRUE(Lift(1));
   Correct_Reference(1);  // from the host's thread: the station's lock is free
@@ -67,11 +67,11 @@ TEST_F(Failures, A_Station_On_An_Id_That_Is_Taken_Is_Told_And_Rests) {
   for (const C_Case& item : {C_Case{1, 1, L"电机2的CANID 1与电机1相同，电机2停用，请改为不同的CANID后重新启动"},
                              C_Case{15, 0, on_card}, C_Case{15, 1, on_card}}) {
     std::vector<std::wstring> told = front->Boxes();
-    for (int bit = 0; bit < 8; ++bit) bench::Set_Input(bit, 1);
+    for (int bit = 0; bit < 8; ++bit) simulator::Set_Input(bit, 1);
     Start({1, item.can_id}, item.io_mode);
     Correct_Reference(1, 123.0);
     EXPECT_NEAR(Measure(1, 2.0), 2.0, 0.001);
-    bench::Set_Input(1, 0);  // also the input of a second station on id 1
+    simulator::Set_Input(1, 0);  // also the input of a second station on id 1
     if (item.io_mode == 1) {
       EXPECT_NEAR(Next_Result(1), 2.0, 0.001);
       Sleep(3000);
@@ -95,10 +95,10 @@ TEST_F(Failures, A_Station_On_An_Id_That_Is_Taken_Is_Told_And_Rests) {
 }
 
 TEST_F(Failures, Without_A_Card_Its_Id_Is_Free_For_A_Drive) {
-  bench::Settings settings;
+  simulator::Settings settings;
   settings.io_card = false;
   settings.first_drive_id = 15;
-  bench::Reset(settings);
+  simulator::Reset(settings);
   Start({15});
   EXPECT_EQ(do_test(1, ORSANTA_TASK_MEASURE), 1);
   EXPECT_NEAR(Next_Result(1), -9.0, 0.001);  // the bare anvil against a reference at 0
@@ -151,7 +151,7 @@ TEST_F(Failures, Arguments_That_Make_No_Sense_Are_Told_And_Change_Nothing) {
       told.emplace_back(Format_Text(L"%s：IO通道%d超出范围0到7，请检查上位机程序", name, channel).Text());
   }
   EXPECT_EQ(front->Boxes(), told);
-  EXPECT_EQ(bench::Get_Output(7), 1);
+  EXPECT_EQ(simulator::Get_Output(7), 1);
   EXPECT_EQ(GetIO(7), 0);
   EXPECT_EQ(File_Text("音圈电机1参数"), store);
   Save_Parameter2file(1);
@@ -187,12 +187,12 @@ void Expect_End_Where_It_Stood(const std::vector<std::string>& dump_says) {
 }
 
 TEST_F(Failures_DeathTest, A_Start_That_Fails_Ends_The_Process_Where_It_Stands) {
-  bench::Set_Refused_Connects(202);
+  simulator::Set_Refused_Connects(202);
   EXPECT_EXIT(Start({2, 3}), Ends_By_A_Failed_Check,
               AllOf(HasSubstr("the motion server refused the connection"), Not(HasSubstr("pure virtual"))));
   Expect_End_Where_It_Stood(
       {"C_Kestrune_Motor_test::C_Kestrune_Motor_test(", "C_VoiceMotorBase::C_VoiceMotorBase(", " Orsanta_dll_init "});
-  bench::Set_Refused_Connects(0);
+  simulator::Set_Refused_Connects(0);
 
   std::ofstream("音圈电机3参数") << "orsanta store 1\nC_VoiceMotor m_P 0 = array CMyArray<int> 0\nend\n";
   EXPECT_EXIT(Start({2, 3}), Ends_By_A_Failed_Check,

@@ -7,9 +7,9 @@ namespace {
 class Handshake : public System {
  protected:
   Handshake() {
-    for (int bit = 0; bit < 8; ++bit) bench::Set_Input(bit, 1);
+    for (int bit = 0; bit < 8; ++bit) simulator::Set_Input(bit, 1);
   }
-  static int Output(int bit) { return bench::Get_Output(bit); }
+  static int Output(int bit) { return simulator::Get_Output(bit); }
 };
 
 TEST_F(Handshake, One_Measurement_For_Each_Level_Zero) {
@@ -17,10 +17,10 @@ TEST_F(Handshake, One_Measurement_For_Each_Level_Zero) {
   EXPECT_EQ(Output(1), 1);
   EXPECT_EQ(Output(2), 1);
   Correct_Reference(1);
-  bench::Place_Part(1, 2.0);
+  simulator::Place_Part(1, 2.0);
   for (int cycle = 0; cycle < 3; ++cycle) {
     for (const int level : {0, 1, 0, 1, 0}) {  // what comes during a measurement neither ends it nor starts another
-      bench::Set_Input(1, level);
+      simulator::Set_Input(1, level);
       Sleep(5);
     }
     EXPECT_EQ(Output(1), 0);  // the station is busy
@@ -28,10 +28,10 @@ TEST_F(Handshake, One_Measurement_For_Each_Level_Zero) {
     Sleep(2000);  // the level stays, and nothing more happens
     EXPECT_TRUE(No_Result(1));
     EXPECT_EQ(Output(1), 0);
-    EXPECT_GT(bench::True_Force(1), 10.0);
-    bench::Set_Input(1, 1);
+    EXPECT_GT(simulator::True_Force(1), 10.0);
+    simulator::Set_Input(1, 1);
     EXPECT_TRUE(Wait_For([] { return Output(1) == 1; }));
-    EXPECT_EQ(bench::True_Force(1), 0.0);
+    EXPECT_EQ(simulator::True_Force(1), 0.0);
     EXPECT_EQ(Get_Force_Back_Finish(1), 1);
   }
   EXPECT_TRUE(No_Result(2));
@@ -40,15 +40,15 @@ TEST_F(Handshake, One_Measurement_For_Each_Level_Zero) {
 
 TEST_F(Handshake, Levels_Of_A_Missing_Card_Start_Nothing) {
   Start({1}, 1);
-  bench::Set_Io_Card_Missing(true);
-  bench::Set_Input(1, 0);
+  simulator::Set_Io_Card_Missing(true);
+  simulator::Set_Input(1, 0);
   EXPECT_EQ(do_test(1, ORSANTA_TASK_MEASURE), 1);
   Sleep(3000);
-  EXPECT_GT(bench::True_Force(1), 10.0);
+  EXPECT_GT(simulator::True_Force(1), 10.0);
   EXPECT_FALSE(No_Result(1));
   EXPECT_EQ(GetIO(1), -1);
-  bench::Set_Input(1, 1);
-  bench::Set_Io_Card_Missing(false);
+  simulator::Set_Input(1, 1);
+  simulator::Set_Io_Card_Missing(false);
   Sleep(1000);
   EXPECT_EQ(GetIO(1), 1);
   EXPECT_EQ(SetIO(7, 1), 1);
@@ -56,7 +56,7 @@ TEST_F(Handshake, Levels_Of_A_Missing_Card_Start_Nothing) {
   EXPECT_TRUE(No_Result(1));
   Stop();
 
-  bench::Set_Input(1, 0);
+  simulator::Set_Input(1, 0);
   Start({1}, 0);  // without a card
   EXPECT_EQ(GetIO(1), 3);
   EXPECT_EQ(SetIO(7, 1), 1);
@@ -64,7 +64,7 @@ TEST_F(Handshake, Levels_Of_A_Missing_Card_Start_Nothing) {
   EXPECT_TRUE(No_Result(1));
   EXPECT_EQ(do_test(1, ORSANTA_TASK_MEASURE), 1);
   Sleep(3000);
-  EXPECT_GT(bench::True_Force(1), 10.0);  // nobody lifts the probe
+  EXPECT_GT(simulator::True_Force(1), 10.0);  // nobody lifts the probe
 }
 
 // The loop lowers the output of the station's place, the tasks move the output of its CAN id: with ids from 5 on they
@@ -73,13 +73,13 @@ TEST_F(Handshake, A_Fault_Lowers_The_Output_Of_The_Place) {
   Start({5, 6}, 1);
   EXPECT_EQ(Output(1), 1);
   EXPECT_EQ(Output(5), 1);
-  bench::Set_Fault_Bits(5, 1);
+  simulator::Set_Fault_Bits(5, 1);
   EXPECT_TRUE(Wait_For([] { return Output(1) == 0; }, 100));
   EXPECT_EQ(Output(2), 1);
   EXPECT_EQ(Output(5), 1);
-  bench::Set_Input(5, 0);  // a fault does not stop the handshake, but its output stays low
+  simulator::Set_Input(5, 0);  // a fault does not stop the handshake, but its output stays low
   Next_Result(1);
-  bench::Set_Input(5, 1);
+  simulator::Set_Input(5, 1);
   EXPECT_TRUE(Wait_Lifted(1));
   Sleep(100);
   EXPECT_EQ(Output(5), 0);
@@ -91,15 +91,15 @@ TEST_F(Handshake, Stop_Waits_For_The_Tasks) {
   EXPECT_EQ(do_test(1, ORSANTA_TASK_FORCE_BACK), 1);
   Sleep(20);  // the first task runs, the second waits
   Stop();
-  EXPECT_EQ(bench::True_Force(1), 0.0);  // both were carried out
-  EXPECT_NEAR(bench::True_Position(1), 0.0, 0.5);
+  EXPECT_EQ(simulator::True_Force(1), 0.0);  // both were carried out
+  EXPECT_NEAR(simulator::True_Position(1), 0.0, 0.5);
 
   // While a task waits the loop adds none: the probe goes back once, after the second measurement.
   Start({1}, 1);
-  bench::Journal_Clear();
+  simulator::Journal_Clear();
   for (int i = 0; i < 2; ++i) EXPECT_EQ(do_test(1, ORSANTA_TASK_MEASURE), 1);
   Sleep(6000);
-  const auto journal = bench::Journal();
+  const auto journal = simulator::Journal();
   EXPECT_EQ(std::count_if(journal.begin(), journal.end(), [](auto& call) { return call.arguments == "1, 1"; }), 1);
   Stop();
 

@@ -14,10 +14,10 @@ constexpr double Counts_Per_Mm = 2000.0;
 class Orders : public System {
  protected:
   Orders() {
-    bench::Settings settings;
+    simulator::Settings settings;
     settings.counts_per_mm = Counts_Per_Mm;
-    bench::Reset(settings);
-    for (int bit = 0; bit < 8; ++bit) bench::Set_Input(bit, 1);
+    simulator::Reset(settings);
+    for (int bit = 0; bit < 8; ++bit) simulator::Set_Input(bit, 1);
     // A force is F = 50 I by the polynomial, F = 40 I by the surface.
     std::ofstream store(Store);
     store << "orsanta store 1\nC_VoiceMotor test_distance 0 = float 8.5\n";
@@ -31,9 +31,9 @@ class Orders : public System {
     for (int i = 0; i < 6; ++i) store << "C_VoiceMotor/CMyArray m_P " << i << " = double " << (i == 1 ? 40 : 0) << "\n";
     store << "end\n";
     store.close();
-    bench::Place_Part(3, 2.0);
+    simulator::Place_Part(3, 2.0);
   }
-  static std::string Order(const bench::Journal_Entry& call) {
+  static std::string Order(const simulator::Journal_Entry& call) {
     constexpr int Position_Channel = 60;
     int channel = 0;
     double value = 0.0;
@@ -51,11 +51,11 @@ class Orders : public System {
   // What goes out while the action runs and until the system is at rest again.
   template <class Action>
   static std::string Sent(Action action) {
-    bench::Journal_Clear();
+    simulator::Journal_Clear();
     action();
     Sleep(6000);
     std::string orders;
-    for (const bench::Journal_Entry& call : bench::Journal()) orders += Order(call);
+    for (const simulator::Journal_Entry& call : simulator::Journal()) orders += Order(call);
     return orders;
   }
 };
@@ -85,7 +85,7 @@ TEST_F(Orders, Each_Task_And_Function_Sends_Exactly_This) {
     double thickness = 0.0, force = 0.0;
     EXPECT_EQ(do_test(1, ORSANTA_TASK_FORCE_DIFFERENCE), 1);
     EXPECT_TRUE(Wait_For([&] { return get_ans(1, &thickness, &force) == 0 && std::abs(thickness - 2.0) < 0.001; }));
-    bench::Place_Part(3, 3.0);
+    simulator::Place_Part(3, 3.0);
   };
   double thickness = -1.0, force = -1.0;
   EXPECT_EQ(get_ans(1, &thickness, &force), 0);  // both are written all the same
@@ -106,8 +106,8 @@ TEST_F(Orders, Each_Task_And_Function_Sends_Exactly_This) {
            C_Case{[] { set_test_distance(1, 7.75), Set_Ans_Offset(1, 6.0), do_test(1, 1); },
                   "io3=0 " + Land("11", "5", "6.00", "7.75") + lift, 6.25},
            // The loop measures, with the correction of the automatic cycle.
-           C_Case{[] { bench::Set_Input(3, 0); }, "io3=0 " + Land("11", "5.175", "6.00", "7.75"), 6.25},
-           C_Case{[] { bench::Set_Input(3, 1); }, lift, 6.25},
+           C_Case{[] { simulator::Set_Input(3, 0); }, "io3=0 " + Land("11", "5.175", "6.00", "7.75"), 6.25},
+           C_Case{[] { simulator::Set_Input(3, 1); }, lift, 6.25},
            C_Case{[] { EXPECT_EQ(SetIO(5, 1), 1); }, "io5=1 ", 6.25},
            C_Case{[] { EXPECT_EQ(GoZero(1), 1); }, "3:85 ", 6.25},
        }) {
@@ -124,7 +124,7 @@ TEST_F(Orders, Each_Task_And_Function_Sends_Exactly_This) {
 // The process dies without a stop: what counts is what stands in the store by then.
 TEST_F(Orders, A_System_That_Died_Comes_Back_As_It_Was) {
   Start({3});
-  bench::Place_Part(3, 4.0);  // stands for the block of 5 mm
+  simulator::Place_Part(3, 4.0);  // stands for the block of 5 mm
   Set_Ans_Offset(1, Block_Mm);
   Check_User_Zero(1);
   Save_Parameter2file(1);
@@ -136,7 +136,7 @@ TEST_F(Orders, A_System_That_Died_Comes_Back_As_It_Was) {
   Stop();
   std::filesystem::rename("as it was", Store);
 
-  bench::Place_Part(3, 2.0);
+  simulator::Place_Part(3, 2.0);
   Start({3});
   double force = 0.0, offset = 0.0;
   Get_Force(1, &force);

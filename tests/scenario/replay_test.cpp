@@ -1,7 +1,7 @@
 // One seed replays a whole run: lanes, loop, windows and drives, to the byte.
 #include "common/other_process.h"
 #include "scenario/system.h"
-#include "support/thread.h"
+#include "support/threads/thread.h"
 
 namespace orsanta {
 namespace {
@@ -13,7 +13,7 @@ class Replayed_Run : public System {
 
   // Three stations measure at once: every result, and every contract call with its time, reads included.
   std::string Record() {
-    bench::Journal_Keep_Reads(true);
+    simulator::Journal_Keep_Reads(true);
     Start({1, 2, 3});
     double results[3] = {};
     {
@@ -23,7 +23,7 @@ class Replayed_Run : public System {
       }
     }
     Stop();
-    std::string record = bench::Journal_Text();
+    std::string record = simulator::Journal_Text();
     for (const double result : results) record += std::to_string(result) + "\n";
     return record;
   }

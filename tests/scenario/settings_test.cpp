@@ -2,7 +2,7 @@
 #include "common/other_process.h"
 #include "common/pty.h"
 #include "scenario/system.h"
-#include "support/store_claim.h"
+#include "support/store/store_claim.h"
 
 namespace orsanta {
 namespace {
@@ -11,11 +11,11 @@ using Settings = System;
 
 TEST_F(Settings, The_First_Start_Asks_And_Later_Starts_Go_By_The_Answer) {
   C_Pty host(2);
-  bench::Settings room;
+  simulator::Settings room;
   room.temperature_boards = {20};
-  bench::Reset(room);
+  simulator::Reset(room);
   std::ofstream("音圈电机6参数") << "orsanta store 1\nC_VoiceMotor Val_TempSensorCanID 0 = double 20\nend\n";
-  for (const int bit : {5, 6}) bench::Set_Input(bit, 1);
+  for (const int bit : {5, 6}) simulator::Set_Input(bit, 1);
   front->Next_Dialog(
       C_Script().Select(L"起始测微仪id", 4).Select(L"电机数量", 1).Select(L"串口号", 2).Select(L"IO控制", 1).Confirm());
   for (int start = 0; start < 2; ++start) {  // the second finds no script: a dialog would be cancelled
@@ -27,10 +27,11 @@ TEST_F(Settings, The_First_Start_Asks_And_Later_Starts_Go_By_The_Answer) {
     Stop();
   }
   // The drives map on instruction threads 2 and 4.
-  EXPECT_NE(bench::Journal_Text().find(" 2 SET_INPUT_DATA_MAP(5, "), std::string::npos);
-  EXPECT_NE(bench::Journal_Text().find(" 4 SET_INPUT_DATA_MAP(6, "), std::string::npos);
-  EXPECT_NE(bench::Journal_Text().find(" 4 SET_AXIS_MAP(20, 0, 2)"), std::string::npos);  // by the place, not the id
-  Init(0);  // the host's word stands above the settings
+  EXPECT_NE(simulator::Journal_Text().find(" 2 SET_INPUT_DATA_MAP(5, "), std::string::npos);
+  EXPECT_NE(simulator::Journal_Text().find(" 4 SET_INPUT_DATA_MAP(6, "), std::string::npos);
+  EXPECT_NE(simulator::Journal_Text().find(" 4 SET_AXIS_MAP(20, 0, 2)"),
+            std::string::npos);  // by the place, not the id
+  Init(0);                       // the host's word stands above the settings
   EXPECT_EQ(GetIO(5), 3);
   const auto shown = front->Shown();
   EXPECT_EQ(std::count_if(shown.begin(), shown.end(), [](auto& one) { return one.kind == C_Shown::Kind::Dialog; }), 1);

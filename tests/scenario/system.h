@@ -1,4 +1,5 @@
-// A whole system on the bench, under the simulated clock, driven through the exported functions as a host drives it.
+// A whole system on the simulator, under the simulated clock, driven through the exported functions as a host drives
+// it.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -8,13 +9,13 @@
 #include <functional>
 #include <vector>
 
-#include "bench/bench.h"
 #include "common/resources.h"
 #include "common/scripted_front.h"
 #include "common/server_pace.h"
 #include "common/temp_folder.h"
 #include "orsanta/orsanta.h"
-#include "support/clock.h"
+#include "simulator/simulator.h"
+#include "support/time/clock.h"
 
 namespace orsanta {
 
@@ -22,12 +23,12 @@ constexpr double Block_Mm = 5.0;  // the reference block
 
 class System : public ::testing::Test {
  protected:
-  // seed: of the clock's choices and of everything random on the bench.
+  // seed: of the clock's choices and of everything random on the simulator.
   explicit System(uint64_t seed = 1) : clock(seed) {
-    bench::Settings settings;
+    simulator::Settings settings;
     settings.seed = seed;
     settings.instruction_ms = Server_Pace_Ms();
-    bench::Reset(settings);
+    simulator::Reset(settings);
   }
   ~System() override { Stop(); }
 
@@ -71,14 +72,14 @@ class System : public ::testing::Test {
   }
   // One whole cycle: a part goes on, is measured, and the probe lifted. station and CAN id are the same.
   static double Measure(int station, double part_mm, int code = ORSANTA_TASK_MEASURE) {
-    bench::Place_Part(station, part_mm);
+    simulator::Place_Part(station, part_mm);
     EXPECT_EQ(do_test(station, code), 1);
     const double thickness = Next_Result(station);
     EXPECT_TRUE(Lift(station));
     return thickness;
   }
   static void Correct_Reference(int station, double force = 100.0) {
-    bench::Place_Part(station, Block_Mm);
+    simulator::Place_Part(station, Block_Mm);
     Set_Force(station, force);
     Set_Ans_Offset(station, Block_Mm);
     Check_User_Zero(station);

@@ -1,12 +1,12 @@
-// An operator who calibrates the station with CAN id 1 on the bench: moves the head from height to height and types
+// An operator who calibrates the station with CAN id 1 on the simulator: moves the head from height to height and types
 // what the force gauge under the probe reads.
 #pragma once
 
 #include <string>
 #include <vector>
 
-#include "bench/bench.h"
 #include "common/scripted_front.h"
+#include "simulator/simulator.h"
 
 namespace orsanta {
 
@@ -21,7 +21,7 @@ struct C_Calibration_Operator {
   void Prepare(C_Scripted_Front& front) {
     front.Next_Dialog(Settings());
     for (const double height : heights) {
-      front.On_Box(L"请调整测量头高度", Answer_Ok, 0, [height] { bench::Set_Head_Height(1, height); });
+      front.On_Box(L"请调整测量头高度", Answer_Ok, 0, [height] { simulator::Set_Head_Height(1, height); });
       for (int i = 0; i < currents; ++i) {
         front.Next_Dialog(C_Script().Fill(L"请输入当前推力(g)", [this] { return Read_Gauge(); }).Confirm());
       }
@@ -38,7 +38,7 @@ struct C_Calibration_Operator {
   }
 
   std::wstring Read_Gauge() {
-    readings.push_back(bench::Force_Gauge(1));
+    readings.push_back(simulator::Force_Gauge(1));
     return Format_Text(L"%.2f", readings.back()).Text();
   }
 };

@@ -63,11 +63,11 @@ TEST_F(Calibration, Five_Heights_Bring_The_True_Force_On_Every_Part) {
   EXPECT_THAT(front->Boxes().back(), StartsWith(L"3D推力拟合误差0."));
   for (const double force : {50.0, 400.0}) {
     for (const double part : {1.0, 6.0}) {
-      bench::Place_Part(Id, part);
+      simulator::Place_Part(Id, part);
       Measure(force);
       station->Force_Back(20.0F);
       Measure(force);  // at the height that is known now
-      EXPECT_NEAR(bench::True_Force(Id), force, std::max(0.5, force * 0.01)) << part << " mm";
+      EXPECT_NEAR(simulator::True_Force(Id), force, std::max(0.5, force * 0.01)) << part << " mm";
       station->Force_Back(20.0F);
     }
   }
@@ -112,7 +112,7 @@ TEST_F(Calibration, Cancel_Leaves_The_Model_And_The_Probe_Up) {
     for (int i = 0; i < confirmed; ++i) front->On_Dialog(Force_Dialog, C_Script().Fill(Force_Dialog, L"50").Confirm());
     EXPECT_EQ(station->Calibrate_Force(), 0);
     EXPECT_EQ(Offered(), "请输入当前推力(g)=0.000 0..10000/3 ");
-    EXPECT_LT(bench::True_Position(Id), 1.0);
+    EXPECT_LT(simulator::True_Position(Id), 1.0);
     EXPECT_EQ(station->m_CalCurrent.GetSize() + station->m_CalForce.GetSize() + station->m_CalPos.GetSize(), 0);
   }
   EXPECT_EQ(station->Val_Force_K, 0.001);
@@ -128,7 +128,7 @@ TEST_F(Calibration, Cancel_Leaves_The_Model_And_The_Probe_Up) {
   // A position that cannot be read is told, and the sequence goes on.
   front->On_Dialog(First_Dialog, settings);
   front->On_Box(L"请调整测量头高度", Answer_Ok, 0, [this] { Fall_Silent(); });
-  front->On_Dialog(Force_Dialog, C_Script().Run([] { bench::Set_Silent(Id, false); }).Cancel());
+  front->On_Dialog(Force_Dialog, C_Script().Run([] { simulator::Set_Silent(Id, false); }).Cancel());
   EXPECT_EQ(station->Calibrate_Force(), 0);
   EXPECT_EQ(front->Count_Boxes(L"位置数据err"), 1);
 }

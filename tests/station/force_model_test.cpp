@@ -38,7 +38,7 @@ TEST_F(Force_Model, Surface_Takes_Over_Once_A_Landing_Is_Known) {
   EXPECT_NEAR(station->Surface_Force(2.0, 4.0), 16.0, 1e-10);
   EXPECT_NEAR(station->Landing_Current(16.0), 2.0, 1e-12);
   EXPECT_NEAR(station->Surface_Currents(Array({5.0, 16.0}), Array({0.0, 4.0}))[1], 2.0, 1e-12);
-  bench::Journal_Clear();
+  simulator::Journal_Clear();
   station->Set_Landing_Current(16.0, 4.0);
   EXPECT_NEAR(Written(2).at(0), 2.0, 1e-12);
   station->m_pMotor->m_Be_Invert = 1;
@@ -53,7 +53,7 @@ TEST_F(Force_Model, Spring_Is_Zero_At_The_Mark_And_Turns_With_The_Drive) {
   station->Val_mark_pos = 2.0;
   station->Val_Spring_K = 3.0;
   EXPECT_THAT(Values(station->Net_Forces(Array({1.0, 2.0}), Array({2.0, 3.0, 9.0}))), ElementsAre(96.0, 193.0));
-  bench::Journal_Clear();
+  simulator::Journal_Clear();
   station->Set_Landing_Current(50.0, 2.1);
   EXPECT_NEAR(Written(2).at(0), (50.3 + 4.0) / 100.0, 1e-6);
   station->m_pMotor->m_Be_Invert = 1;

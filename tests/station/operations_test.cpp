@@ -17,20 +17,20 @@ class Operations : public C_Station_Test {
   Operations() {
     Use_Linear_Model();
     station->Val_Block_Size = 3.0;
-    bench::Place_Part(Id, 3.0);
+    simulator::Place_Part(Id, 3.0);
     Sleep(10);
   }
 
   template <class Operation>
   std::string Transcript(Operation operation) {
     front->Clear_Record();
-    bench::Journal_Clear();
-    bench::Journal_Keep_Reads(true);
+    simulator::Journal_Clear();
+    simulator::Journal_Keep_Reads(true);
     const double begin = Now_Ms();
     operation();
-    bench::Journal_Keep_Reads(false);
+    simulator::Journal_Keep_Reads(false);
     std::vector<std::pair<double, std::string>> events;
-    for (const bench::Journal_Entry& call : bench::Journal()) {
+    for (const simulator::Journal_Entry& call : simulator::Journal()) {
       const std::string token = Token(call);
       if (!token.empty()) events.emplace_back(call.time_ms, token);
     }
@@ -60,7 +60,7 @@ class Operations : public C_Station_Test {
   }
 
  private:
-  static std::string Token(const bench::Journal_Entry& call) {
+  static std::string Token(const simulator::Journal_Entry& call) {
     if (call.function == "WaitForAllInsFinish") return ".";
     const int k = std::atoi(call.arguments.c_str()) - 20 * Id;
     if (call.function == "GetInputChannelData") return k == 6 ? "run" : k == 9 ? "amps" : k == 1 ? "fault" : "";
@@ -79,10 +79,10 @@ TEST_F(Operations, Land_And_Lift) {
   const auto lift = [&] { EXPECT_EQ(s.Force_Back(30.0F), 1); };
   const int count = C_VoiceMotor::Force_Back_Count();
   EXPECT_EQ(Transcript(land), "speed 20 . upper 1.5 . run~10 . go 10.00 run~500 +1 . +5 ");
-  EXPECT_NEAR(bench::True_Force(Id), -4.0 + 150.0 - 9.0 + 10.8 - 13.5, 1.0);  // the truth at 1.5 A and 6 mm
+  EXPECT_NEAR(simulator::True_Force(Id), -4.0 + 150.0 - 9.0 + 10.8 - 13.5, 1.0);  // the truth at 1.5 A and 6 mm
   EXPECT_EQ(Transcript(lift), "run speed 30 . go 0.00 +40 upper 40 lower -40 . run~200 ");
-  EXPECT_NEAR(bench::True_Position(Id), 0.0, 0.1);  // it waited for the end of the move
-  EXPECT_EQ(s.Set_RunNegative(0), 1);               // the other operation, the same value on the same channel
+  EXPECT_NEAR(simulator::True_Position(Id), 0.0, 0.1);  // it waited for the end of the move
+  EXPECT_EQ(s.Set_RunNegative(0), 1);                   // the other operation, the same value on the same channel
   s.Val_BeginePoint_offset = 2.0;
   EXPECT_EQ(Transcript(land), "speed 20 . upper 1.5 . run~10 . go 10.00 run~500 +1 . +5 ");
   EXPECT_EQ(Transcript(lift), "run speed 30 . go 2.00 +40 upper 40 lower -40 . run~100 ");
@@ -98,7 +98,7 @@ TEST_F(Operations, Land_And_Lift) {
     s.Val_BeginePoint_offset = 0.5;
     s.m_pMotor->SetScale(1000.0);
     s.Land_To(20.0F, 1.5F, 10.0F);
-    bench::Set_Stuck(Id, true);
+    simulator::Set_Stuck(Id, true);
     s.m_pMotor->SetScale(scale);
     EXPECT_EQ(Transcript(lift),
               scale == 50.0 ? "run speed 30 . go 0.03 +5000 run~0 speed 30 . go 0.03 +5000 run~0 speed 30 . go 0.03 "
@@ -107,7 +107,7 @@ TEST_F(Operations, Land_And_Lift) {
                             : "run speed 30 . go 0.50 +5000 run~0 speed 30 . go 0.50 +5000 run~0 speed 30 . go 0.50 "
                               "run [canid:1 force_back_timeout 最小电流过小 ] +10 run~200 . go 6.00 run~0 +1 . "
                               "upper 40 lower -40 . run~10 . go 0.00 run~200 +1 . upper 40 lower -40 . run~0 ");
-    bench::Set_Stuck(Id, false);
+    simulator::Set_Stuck(Id, false);
     Sleep(1000);
   }
 }
@@ -139,7 +139,7 @@ TEST_F(Operations, Measure_And_Take_References) {
   s.Val_Speed_Set[1] = 15.0;
   s.Val_Spring_K = 2.0;
   s.Val_mark_pos = -2.0;
-  bench::Place_Part(Id, 4.5);
+  simulator::Place_Part(Id, 4.5);
   EXPECT_EQ(Transcript([&] { EXPECT_NEAR(s.Store_Position(), -1.5, 0.002); }),
             "acc 4000 . speed 15 . upper 2.28 . run~10 . go 10.00 run~700 +1 . +40 amps~0 "
             "run speed 10 . go 0.00 +100 upper 40 lower -40 . run~400 ");
@@ -152,7 +152,7 @@ TEST_F(Operations, Measure_And_Take_References) {
 
 TEST_F(Operations, Settle) {
   // A part that swings by 0.02 mm: the band decides, and only what stands at the end of a delivery counts.
-  bench::Set_Restless(Id, 0.01);
+  simulator::Set_Restless(Id, 0.01);
   struct {
     double band_um, window;
     int valid, least, most;  // samples that were delivered
@@ -203,7 +203,7 @@ TEST_F(Operations, Take_Turns) {
   other.Start("other", [&] { station->Correct_Base(20.0F, 1.0F); });
   Sleep(50);
   { const C_Section_Holder hold(station->m_TestLock); }
-  EXPECT_LT(bench::True_Position(Id), 0.1);
+  EXPECT_LT(simulator::True_Position(Id), 0.1);
   other.Join();
 }
 
@@ -220,9 +220,9 @@ TEST_F(Operations, Wait_For_A_Silent_Drive) {
   helper.Start("helper", [&] {
     EXPECT_TRUE(front->Wait_For_Box(L"最小电流过小", 120000.0));
     Sleep(2000);
-    bench::Set_Silent(Id, false);
+    simulator::Set_Silent(Id, false);
   });
-  bench::Journal_Clear();
+  simulator::Journal_Clear();
   station->Force_Back(20.0F);
   helper.Join();
   EXPECT_EQ(Written(0).back() + Written(0)[3], 0.0);  // where it seems to be, which is 0 without a position
@@ -256,7 +256,7 @@ TEST_F(Operations, Calibrate_And_Start) {
   station->Val_Force_Set[0] = 150.0;
   EXPECT_EQ(Transcript([&] { Make_Station(); }), "+200 . acc 4000 . fault~20 +5 ");
   EXPECT_EQ(station->Test_Force[0], 150.0);
-  bench::Set_Silent(Id, true);
+  simulator::Set_Silent(Id, true);
   EXPECT_EQ(Transcript([&] { Make_Station(); }), "+200 . acc 4000 . fault~1000 +5 ");
 }
 

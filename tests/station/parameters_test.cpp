@@ -53,7 +53,7 @@ TEST_F(Parameters, Every_Key_Stands_In_Order_And_Comes_Back_From_The_Store) {
 }
 
 TEST_F(Parameters, Faults_Are_Reported_At_Start) {
-  bench::Set_Fault_Bits(Id, 15);
+  simulator::Set_Fault_Bits(Id, 15);
   station->Val_Run_Negative = 5;
   Make_Station();
   EXPECT_EQ(station->Val_Run_Negative, 1);  // a flag after each load

@@ -10,15 +10,15 @@
 #include <string>
 #include <vector>
 
-#include "bench/bench.h"
 #include "common/arrays.h"
 #include "common/scripted_front.h"
 #include "common/server_pace.h"
 #include "common/temp_folder.h"
 #include "drive/motor.h"
+#include "simulator/simulator.h"
 #include "station/voice_motor.h"
-#include "support/clock.h"
-#include "support/thread.h"
+#include "support/threads/thread.h"
+#include "support/time/clock.h"
 
 namespace orsanta {
 
@@ -28,11 +28,11 @@ constexpr int Board = 40;  // id of the temperature board, which no station read
 class C_Station_Test : public testing::Test {
  protected:
   C_Station_Test() {
-    bench::Settings settings;
+    simulator::Settings settings;
     settings.drives = 1;
     settings.temperature_boards = {Board};
     settings.instruction_ms = Server_Pace_Ms();
-    bench::Reset(settings);
+    simulator::Reset(settings);
     Make_Station();
   }
 
@@ -42,7 +42,7 @@ class C_Station_Test : public testing::Test {
     station = std::make_unique<C_VoiceMotor>(Id, 0, 0, 0, 1, 1, -1, -1, -1);
   }
 
-  // The bench's own force law where the probe hangs free, near enough to land with about the force asked for.
+  // The simulator's own force law where the probe hangs free, near enough to land with about the force asked for.
   void Use_Linear_Model() {
     station->Val_Force_KK = 0.0;
     station->Val_Force_K = 100.0;
@@ -60,7 +60,7 @@ class C_Station_Test : public testing::Test {
 
   // Cuts the drive's streams off and takes out what still waits in them.
   void Fall_Silent() {
-    bench::Set_Silent(Id, true);
+    simulator::Set_Silent(Id, true);
     while (station->m_pMotor->Get_InterRunFlag() != 2) {
     }
     station->m_pMotor->Clear_Pos_Window(station->m_pMotor->m_PosWindow);
@@ -71,7 +71,7 @@ class C_Station_Test : public testing::Test {
   static std::vector<double> Written(int k) {
     std::vector<double> values;
     const std::string channel = std::to_string(Id * 20 + k) + ", ";
-    for (const bench::Journal_Entry& call : bench::Journal()) {
+    for (const simulator::Journal_Entry& call : simulator::Journal()) {
       if (call.function == "OUTPUT_DATA" && call.arguments.rfind(channel, 0) == 0)
         values.push_back(std::stod(call.arguments.substr(call.arguments.rfind(' '))));
     }
@@ -81,13 +81,13 @@ class C_Station_Test : public testing::Test {
   // The cycle fails with a box that begins so, and nothing goes to the drive but what puts the probe up.
   void Expect_No_Landing(const std::function<double()>& cycle, const std::wstring& box) {
     front->Clear_Record();
-    bench::Journal_Clear();
+    simulator::Journal_Clear();
     station->Ans_Valid = 1;
     EXPECT_EQ(cycle(), -99.0);
     EXPECT_EQ(station->Ans_Valid, 0);
     EXPECT_THAT(front->Boxes(), testing::ElementsAre(testing::StartsWith(box)));
     EXPECT_THAT(Written(0), testing::IsEmpty());
-    EXPECT_EQ(bench::Journal_Text().find("nan"), std::string::npos);
+    EXPECT_EQ(simulator::Journal_Text().find("nan"), std::string::npos);
   }
 
   // The numbers of a vector file.

@@ -13,13 +13,13 @@ class Thickness_Cycle : public C_Station_Test {
   Thickness_Cycle() {
     Use_Linear_Model();
     station->Val_Block_Size = 2.0;
-    bench::Place_Part(Id, 2.0);
+    simulator::Place_Part(Id, 2.0);
     station->Correct_Base(20.0F, static_cast<float>(station->Force_To_Current(200.0)));
   }
 };
 
 TEST_F(Thickness_Cycle, Measures_To_The_Micrometre_And_Records_What_It_Saw) {
-  bench::Place_Part(Id, 6.0);
+  simulator::Place_Part(Id, 6.0);
   EXPECT_NEAR(Measure(), 6.0, 0.001);
   EXPECT_THAT(Values(station->ThicknessArray.Copy()),
               ElementsAre(station->Cur_BaseDistance.Get(), station->Last_Land_Pos.Get()));
@@ -28,11 +28,11 @@ TEST_F(Thickness_Cycle, Measures_To_The_Micrometre_And_Records_What_It_Saw) {
 
   EXPECT_EQ(station->TempArray.GetSize(), 0);  // no board
   station->Val_TempSensorCanID = Board + 0.7;
-  bench::Set_Temperature(Board, 31.5);
-  bench::Set_Silent(Board, true);
+  simulator::Set_Temperature(Board, 31.5);
+  simulator::Set_Silent(Board, true);
   Make_Station();
   Measure();
-  bench::Set_Silent(Board, false);
+  simulator::Set_Silent(Board, false);
   Measure();
   EXPECT_EQ(station->TempArray.Copy()[0], 0.0);  // a board that sends nothing
   EXPECT_NEAR(station->TempArray.Copy()[1], 31.5, 0.1);

@@ -1,4 +1,4 @@
-#include "ui/time_viewer.h"
+#include "support/services/time_viewer.h"
 
 #include "common/failed_check.h"
 #include "station_room.h"

@@ -1,4 +1,4 @@
-#include "support/array.h"
+#include "support/base/array.h"
 
 #include <gmock/gmock.h>
 

@@ -1,5 +1,5 @@
 // The report and the dump of real processes that end by a failed check.
-#include "support/assertion.h"
+#include "support/base/assertion.h"
 
 #include <dlfcn.h>
 #include <fcntl.h>
@@ -21,11 +21,11 @@
 #include <vector>
 
 #include "common/failed_check.h"
-#include "support/array.h"
-#include "support/clock.h"
-#include "support/critical_section.h"
-#include "support/stack_text.h"
-#include "support/thread.h"
+#include "support/base/array.h"
+#include "support/base/symbolizer.h"
+#include "support/threads/thread.h"
+#include "support/time/clock.h"
+#include "support/time/critical_section.h"
 
 namespace orsanta {
 namespace {

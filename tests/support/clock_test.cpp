@@ -1,4 +1,4 @@
-#include "support/clock.h"
+#include "support/time/clock.h"
 
 #include <gmock/gmock.h>
 #include <sched.h>
@@ -8,7 +8,7 @@
 #include <thread>
 #include <vector>
 
-#include "support/thread.h"
+#include "support/threads/thread.h"
 
 namespace orsanta {
 namespace {
@@ -83,7 +83,7 @@ TEST(Simulated_Clock_DeathTest, Tells_What_It_Cannot_Serve) {
   EXPECT_DEATH(leave_a_thread(), "still take part at its end:\n  installing thread\n  the sleeper");
   const C_Simulated_Clock clock(1);
   EXPECT_DEATH(C_Simulated_Clock(2), "one is installed already");
-  EXPECT_DEATH(std::thread([] { Sleep(1); }).join(), "was not made through support/thread");
+  EXPECT_DEATH(std::thread([] { Sleep(1); }).join(), "was not made through support/threads/thread");
 }
 
 TEST(System_Clock, Sleeps_At_Least_And_Is_Notified_At_Once) {

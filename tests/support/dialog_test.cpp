@@ -1,4 +1,4 @@
-#include "support/dialog.h"
+#include "support/dialog/dialog.h"
 
 #include <gmock/gmock.h>
 
@@ -9,8 +9,8 @@
 #include <sstream>
 
 #include "common/scripted_front.h"
-#include "support/console_front.h"
-#include "support/dialog_entry.h"
+#include "support/dialog/console_front.h"
+#include "support/dialog/dialog_entry.h"
 
 namespace orsanta {
 namespace {
@@ -181,7 +181,7 @@ TEST_F(Dialog, Tells_The_Front_All_About_Its_Controls) {
 // A front that sends what no control can send, and then closes the dialog.
 class C_Unruly_Front : public C_Console_Front {
  public:
-  int Open_Dialog(const C_Dialog_Model& model, C_Dialog_Sink& sink) override {
+  int Open_Dialog(const C_Dialog_Model& model, C_Dialog_Listener& sink) override {
     using C_Kind = C_Dialog_Event::Kind;
     for (const int control : {-1, 0, 99}) sink.On_Dialog_Event({C_Kind::Press, control, {}});
     sink.On_Dialog_Event({C_Kind::Confirm, -1, {model.confirms ? 1 : model.controls.size(), C_Control_Entry()}});

@@ -1,4 +1,4 @@
-#include "support/front.h"
+#include "support/dialog/front.h"
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
@@ -14,9 +14,9 @@
 #include "common/pty.h"
 #include "common/scripted_front.h"
 #include "common/temp_folder.h"
-#include "support/chart.h"
-#include "support/console_front.h"
-#include "support/dialog.h"
+#include "support/dialog/chart.h"
+#include "support/dialog/console_front.h"
+#include "support/dialog/dialog.h"
 
 namespace orsanta {
 namespace {

@@ -1,4 +1,4 @@
-#include "support/hash.h"
+#include "support/base/hash.h"
 
 #include <gtest/gtest.h>
 

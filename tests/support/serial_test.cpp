@@ -1,4 +1,4 @@
-#include "support/serial.h"
+#include "support/services/serial.h"
 
 #include <asm/termbits.h>
 #include <gtest/gtest.h>

@@ -13,13 +13,13 @@
 
 #include "common/other_process.h"
 #include "common/temp_folder.h"
-#include "support/clock.h"
-#include "support/file.h"
-#include "support/process.h"
-#include "support/trace.h"
-#include "support/vector_file.h"
-#include "support/whole_file.h"
-#include "support/wide_string.h"
+#include "support/base/process.h"
+#include "support/services/vector_file.h"
+#include "support/system/atomic_file.h"
+#include "support/system/file.h"
+#include "support/system/trace.h"
+#include "support/system/wide_string.h"
+#include "support/time/clock.h"
 
 namespace orsanta {
 namespace {
@@ -69,14 +69,14 @@ TEST(Trace, Writes_Whole_Lines_To_The_Stream_And_Dated_Records_To_The_Log) {
 TEST(Files, Are_Written_Whole_Or_Not_At_All) {
   const C_Temp_Folder folder;
   EXPECT_EQ(CMyFileCopy::FileExist(L"全局电机参数"), 0);
-  for (const char* text : {"old", "new"}) ASSERT_EQ(Write_Whole_File("全局电机参数", text, 0604), "");
+  for (const char* text : {"old", "new"}) ASSERT_EQ(Write_Atomically("全局电机参数", text, 0604), "");
   EXPECT_EQ(std::filesystem::status("全局电机参数").permissions(), std::filesystem::perms(0604));
   EXPECT_EQ(File_Text("全局电机参数"), "new");
   EXPECT_EQ(CMyFileCopy::FileExist(L"全局电机参数"), 1);
   EXPECT_EQ(CMyFileCopy::FileExist(L"."), 0) << "a folder is no file";
   std::filesystem::create_directory("taken");
-  EXPECT_EQ(Write_Whole_File("taken", "x", 0600), "Is a directory");
-  EXPECT_EQ(Write_Whole_File("missing/store", "x", 0600), "No such file or directory");
+  EXPECT_EQ(Write_Atomically("taken", "x", 0600), "Is a directory");
+  EXPECT_EQ(Write_Atomically("missing/store", "x", 0600), "No such file or directory");
   // Nothing half written stays behind.
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator("."), std::filesystem::directory_iterator()), 2);
 }
@@ -141,7 +141,7 @@ TEST(Vector_Files, Keep_Every_Bit_Under_Any_Name_And_Are_Replaced_Whole) {
 
 TEST(Vector_Files, A_Failure_Is_Shown_Once_With_File_And_Reason) {
   const C_Temp_Folder folder;
-  ASSERT_EQ(Write_Whole_File("历史数据", "a file where the folder should be", 0600), "");
+  ASSERT_EQ(Write_Atomically("历史数据", "a file where the folder should be", 0600), "");
   CMatLab_Matrix_Data exporter;
   exporter.SetBaseSaveFileDir_SubDir(L"历史数据", 1);
   testing::internal::CaptureStderr();

@@ -1,11 +1,11 @@
-#include "support/smart_pointer.h"
+#include "support/base/smart_pointer.h"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <vector>
 
-#include "support/thread.h"
+#include "support/threads/thread.h"
 
 namespace orsanta {
 namespace {

@@ -1,4 +1,4 @@
-#include "support/store_claim.h"
+#include "support/store/store_claim.h"
 
 #include <fcntl.h>
 

@@ -1,4 +1,4 @@
-#include "support/store_disk.h"
+#include "support/store/store_disk.h"
 
 #include <gmock/gmock.h>
 #include <sys/resource.h>

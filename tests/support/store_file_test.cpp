@@ -1,10 +1,10 @@
-#include "support/store_file.h"
+#include "support/store/store_file.h"
 
 #include <gtest/gtest.h>
 
 #include <cstring>
 
-#include "support/wide_string.h"
+#include "support/system/wide_string.h"
 
 namespace orsanta {
 namespace {

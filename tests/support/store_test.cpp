@@ -1,4 +1,4 @@
-#include "support/store.h"
+#include "support/store/store.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -10,7 +10,7 @@
 
 #include "common/scripted_front.h"
 #include "common/temp_folder.h"
-#include "support/store.h"
+#include "support/store/store.h"
 
 namespace orsanta {
 

@@ -1,5 +1,5 @@
 // Threads with a loop, the recursive lock, and task lanes.
-#include "support/thread.h"
+#include "support/threads/thread.h"
 
 #include <gmock/gmock.h>
 #include <unistd.h>
@@ -9,8 +9,8 @@
 
 #include "common/failed_check.h"
 #include "common/thread_levels.h"
-#include "support/critical_section.h"
-#include "support/task_lanes.h"
+#include "support/threads/task_lanes.h"
+#include "support/time/critical_section.h"
 
 namespace orsanta {
 namespace {

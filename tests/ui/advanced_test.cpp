@@ -1,6 +1,6 @@
 // The advanced dialog: its edits, charts, serial link, calibration and linearity.
-#include "host/debug_com.h"
 #include "station/calibration_operator.h"
+#include "station/debug_com.h"
 #include "ui/operator.h"
 
 namespace orsanta {
@@ -26,7 +26,7 @@ class Advanced_Dialog : public Operator {
   static std::wstring Title(int index) { return L"电机" + std::to_wstring(index + 1) + L" 高级功能"; }
 
   void Measure(int index, double part_mm) {
-    bench::Place_Part(index + 1, part_mm);
+    simulator::Place_Part(index + 1, part_mm);
     base->do_test(index + 1, Task_Measure);
     base->do_test(index + 1, Task_Force_Back);
     EXPECT_TRUE(Wait_Idle(index));
@@ -79,7 +79,7 @@ TEST_F(Advanced_Dialog, Edits_Reach_Their_Members) {
                   L"弹簧K值补偿（g/mm）: 0.0000000000000000, 0 to 64", L"测试距离: 9.0000000000000000, 1 to 30",
                   L"测试距离: 9.0000000000000000, 1 to 30", L"传感器比例系数: 2000.0000000000000000, 1 to 1e+09"));
   station.m_pMotor->Go_Pos(1.0);
-  EXPECT_NEAR(bench::True_Position(1), 2.0, 0.1);
+  EXPECT_NEAR(simulator::True_Position(1), 2.0, 0.1);
   EXPECT_THAT(File_Text("音圈电机1参数"), HasSubstr("Val_Error_offset 0 = double -0.0125"));
 }
 
@@ -187,7 +187,7 @@ TEST_F(Advanced_Dialog, Linearity_Compares_Two_Blocks) {
     C_Script block;
     block.Fill(L"请输入量块尺寸", std::to_wstring(entered)).Run([this, mm = mm] {
       EXPECT_TRUE(Wait_Idle(0)) << "the block goes on when the probe is up";
-      bench::Place_Part(1, mm);
+      simulator::Place_Part(1, mm);
     });
     Answer(L"请输入量块尺寸", block.Confirm());
   }

@@ -1,4 +1,4 @@
-// A whole system on the bench with the panel on the scripted front: what an operator does is a script, and time is
+// A whole system on the simulator with the panel on the scripted front: what an operator does is a script, and time is
 // simulated.
 #pragma once
 
@@ -14,24 +14,24 @@
 #include <utility>
 #include <vector>
 
-#include "bench/bench.h"
 #include "common/resources.h"
 #include "common/scripted_front.h"
 #include "common/temp_folder.h"
 #include "drive/motor.h"
 #include "host/motor_base.h"
+#include "simulator/simulator.h"
 #include "station/voice_motor.h"
-#include "support/clock.h"
+#include "support/time/clock.h"
 
 namespace orsanta {
 
 constexpr wchar_t Panel[] = L"Orsanta控制系统";
 constexpr double Block_Mm = 5.0;   // the reference block
-constexpr double Near_Mm = 0.002;  // how well a thickness of the noisy bench is met
+constexpr double Near_Mm = 0.002;  // how well a thickness of the noisy simulator is met
 
 class Operator : public ::testing::Test {
  protected:
-  Operator() : clock(7) { bench::Reset(); }
+  Operator() : clock(7) { simulator::Reset(); }
   ~Operator() override {
     base.reset();
     // The cells of every dialog that takes entries, whichever a test opened, are alike.
@@ -42,7 +42,7 @@ class Operator : public ::testing::Test {
   }
 
   void Start(int stations, int io_mode = 0) {
-    for (int n = 1; n <= stations; ++n) bench::Place_Part(n, Block_Mm);
+    for (int n = 1; n <= stations; ++n) simulator::Place_Part(n, Block_Mm);
     base = std::make_unique<C_VoiceMotorBase>(Numbered_Resources(stations), 0, 115200, 0, io_mode);
     for (int n = 0; n < stations; ++n) EXPECT_TRUE(Wait_Idle(n));
   }
@@ -105,14 +105,14 @@ class Operator : public ::testing::Test {
   static std::string Sent(int station) {
     static const std::map<int, std::string> words{{0, "to"}, {2, "up"}, {3, "speed"}, {8, "acc"}, {9, "low"}};
     std::ostringstream sent;
-    for (const bench::Journal_Entry& call : bench::Journal()) {
+    for (const simulator::Journal_Entry& call : simulator::Journal()) {
       if (call.function != "OUTPUT_DATA") continue;
       const int channel = std::stoi(call.arguments) - station * 20;
       const double value = std::stod(call.arguments.substr(call.arguments.find(' ')));
       const double shown = channel == 0 ? std::round(value / 6553600.0) / 10.0 : std::round(value * 1000.0) / 1000.0;
       if (words.count(channel) != 0) sent << words.at(channel) << ' ' << shown + 0.0 << ", ";
     }
-    bench::Journal_Clear();
+    simulator::Journal_Clear();
     return sent.str();
   }
   int Count_Dialogs(const std::wstring& name) {

@@ -15,15 +15,15 @@ TEST_F(Operator_Panel, Stands_In_Columns_And_An_Absent_Station_Stays_Blank) {
   base->show();
   EXPECT_THAT(front->Shown(), IsEmpty()) << "without stations there is no panel";
   base.reset();
-  bench::Set_Absent(2, true);
-  bench::Set_Input(1, 1);
+  simulator::Set_Absent(2, true);
+  simulator::Set_Input(1, 1);
   Start(2, 1);
   front->Clear_Record();
   base->OnTaskBegin(1);
   base->IoCard.Set_Sim_Mask(1);
   Run_Panel(C_Script().Wait(300).Run([&] {
     EXPECT_EQ(Display(0), L"微米仪1参数1");
-    EXPECT_EQ(bench::Get_Output(1), 1) << "ready, as after a lift-off";
+    EXPECT_EQ(simulator::Get_Output(1), 1) << "ready, as after a lift-off";
     EXPECT_EQ(Station(0).ThicknessArray.GetSize(), 0) << "no automatic measurement goes on under a new panel";
     EXPECT_EQ(base->PlotWorkers.GetSize(), 2) << "an absent station has a chart worker too";
   }));
@@ -66,7 +66,7 @@ TEST_F(Operator_Panel, Measures_Parts_Against_A_Corrected_Reference) {
     EXPECT_EQ(Station(0).Val_BaseDistance, Station(0).Cur_BaseDistance);
     EXPECT_NEAR(Station(0).Val_BaseDistance, 4.0, Near_Mm);
     EXPECT_EQ(Sent(1), "speed 20, up 1, to 10, speed 20, to 0, up 40, low -40, ");
-    bench::Place_Part(1, 3.2);
+    simulator::Place_Part(1, 3.2);
   });
   script.Press(L"测量").Run([&] {
     EXPECT_EQ(base->LoopPaused, 1);
@@ -84,7 +84,7 @@ TEST_F(Operator_Panel, Measures_Parts_Against_A_Corrected_Reference) {
     Settle();
     EXPECT_THAT(Display(0), HasSubstr(L"  mm\r\n1"));
     EXPECT_EQ(Sent(1), "speed 25, to 0, up 40, low -40, ");
-    bench::Place_Part(1, 2.5);
+    simulator::Place_Part(1, 2.5);
     Station(0).Val_Force_Set[0] = 80.0;
     began_ms = Now_Ms();
   });
@@ -127,7 +127,7 @@ TEST_F(Operator_Panel, Edits_Take_What_Is_In_Range_And_Station_Commands_Are_Save
     EXPECT_EQ(base->LoopPaused, 0) << "a cancelled two-force test does not start";
   });
   script.Press(L"设定推力").Run([&] { EXPECT_TRUE(saved()); }).Press(L"设定速度").Press(L"设定回位速度");
-  script.Run([&] { bench::Journal_Clear(); }).Press(L"设定加速度").Press(L"基准块尺寸");
+  script.Run([&] { simulator::Journal_Clear(); }).Press(L"设定加速度").Press(L"基准块尺寸");
   Run_Panel(script);
   EXPECT_EQ(front->Refusals().size(), 4U);
   EXPECT_THAT(Edits(),
@@ -171,7 +171,7 @@ TEST_F(Operator_Panel, A_Command_That_Waits_Goes_On_When_The_Box_Of_Its_Lane_Is_
   script.Run([&] {
     Settle();
     EXPECT_THAT(Display(0), HasSubstr(L"mm"));
-    bench::Set_Restless(1, 0.05);  // never settles: the lane shows a box at its time-out
+    simulator::Set_Restless(1, 0.05);  // never settles: the lane shows a box at its time-out
     started_ms = Now_Ms();
   });
   script.Press(L"首次慢速测量").Run([&] {

@@ -1,0 +1,194 @@
+// The exported surface: thin forwards to the supervisor and the stations. Told in full in orsanta/orsanta.h.
+#include <cmath>
+
+#include "drive/motor.h"
+#include "host/motor_base.h"
+#include "orsanta/orsanta.h"
+#include "station/voice_motor.h"
+#include "support/dialog/message_box.h"
+#include "support/time/clock.h"
+#include "ui/init_dialog.h"
+
+using namespace orsanta;
+
+namespace {
+
+Shared<C_VoiceMotorBase*> theMotorBase = nullptr;  // null before Orsanta_dll_init and after Orsanta_dll_uninit
+Shared<int> thePanelOpen = 0;
+
+CMyArray<VCM_Resource_struct>& theResourceList() {
+  static CMyArray<VCM_Resource_struct> list;
+  return list;
+}
+
+// A call outside the calling order is a fault of the host program.
+C_VoiceMotorBase& Supervisor(const wchar_t* export_name) {
+  C_VoiceMotorBase* const supervisor = theMotorBase;
+  if (supervisor == nullptr) {
+    MY_ASSERT_REPORT(To_Utf8(export_name) + " was called before Orsanta_dll_init or after Orsanta_dll_uninit");
+  }
+  return *supervisor;
+}
+
+// False, after a message, for a station number above the count. A number below 1 passes, and ends the process in the
+// array's index check as the fault of the program that it is.
+bool Check_Station(const wchar_t* export_name, int station) {
+  if (Supervisor(export_name).StationList.GetSize() >= station) return true;
+  Message_Box(Format_Text(L"%s前没有初始化电机%d", export_name, station));
+  return false;
+}
+
+// False, after a message, for a station that does not exist or whose drive is not its own to move.
+bool Check_Drive(const wchar_t* export_name, int station) {
+  return Check_Station(export_name, station) && Supervisor(export_name).Check_Drive_Is_Own(int64_t{station} - 1);
+}
+
+// False, after a message, for a value that is no finite number.
+bool Check_Finite(const wchar_t* export_name, int station, double value) {
+  if (std::isfinite(value)) return true;
+  Message_Box(
+      Format_Text(L"%s：电机%d的参数%g不是有效数字，没有作任何更改，请检查上位机程序", export_name, station, value));
+  return false;
+}
+
+bool Check_Channel(const wchar_t* export_name, int channel) {
+  if (channel >= 0 && channel < C_Io_Card::Channel_Count) return true;
+  Message_Box(
+      Format_Text(L"%s：IO通道%d超出范围0到%d，请检查上位机程序", export_name, channel, C_Io_Card::Channel_Count - 1));
+  return false;
+}
+
+C_VoiceMotor& Station(int station) {
+  return *theMotorBase.Get()->StationList[int64_t{station} - 1];
+}
+
+void Fill_Default_Resources(int MotorNum, int Start_num) {
+  for (int i = 1; i <= MotorNum; ++i) {
+    VCM_Resource_struct record;
+    record.CanID = i + Start_num - 1;
+    record.AxisNum = i;
+    record.AuxAxisNum = i;
+    record.ControllerNum = 2 * i;
+    record.SpareNum = 2 * i + 1;
+    record.ConnectServer = 1;
+    theResourceList().Add(record);
+  }
+}
+
+}  // namespace
+
+void ORSA_resource_alloc(const VCM_Resource_struct* records, int count) noexcept {
+  theResourceList().Clear();
+  for (int i = 0; i < count; ++i) theResourceList().Add(records[i]);
+}
+
+void Orsanta_dll_init(int IoMode) noexcept {
+  // Two systems on the same drives would move the probes under each other.
+  if (theMotorBase != nullptr) {
+    Message_Box(L"Orsanta_dll_init：系统已经在运行，本次调用不起作用；需要重新启动时请先调用Orsanta_dll_uninit");
+    return;
+  }
+  C_InitDlg settings;
+  int MotorNum = 0, PortNum = 0, Baud = 0, advanceduser = 0, IoInit = 0, Start_num = 0;
+  settings.Read_Out(MotorNum, PortNum, Baud, advanceduser, IoInit, Start_num);
+  if (IoMode == 0 || IoMode == 1) IoInit = IoMode;
+  if (theResourceList().GetSize() == 0) Fill_Default_Resources(MotorNum, Start_num);
+  theMotorBase = new C_VoiceMotorBase(theResourceList(), PortNum, Baud, advanceduser, IoInit);
+}
+
+void Orsanta_dll_uninit(void) noexcept {
+  if (thePanelOpen == 1) {
+    Message_Box(L"窗口未推出，程序忙无法析构");
+    return;
+  }
+  theResourceList().Clear();
+  delete theMotorBase.Get();
+  theMotorBase = nullptr;
+}
+
+void show_dlg(void) noexcept {
+  C_VoiceMotorBase& supervisor = Supervisor(L"show_dlg");
+  thePanelOpen = 1;
+  Sleep(500);
+  supervisor.show();
+  thePanelOpen = 0;
+}
+
+int do_test(int station, int task_code) noexcept {
+  if (!Check_Drive(L"do_test", station)) return 0;
+  return Supervisor(L"do_test").do_test(station, task_code);
+}
+
+int get_ans(int station, double* thickness, double* force) noexcept {
+  if (!Check_Station(L"get_ans", station)) return 0;
+  return Supervisor(L"get_ans").get_ans(station, thickness, force);
+}
+
+void Check_User_Zero(int station) noexcept {
+  if (!Check_Drive(L"Check_User_Zero", station)) return;
+  C_VoiceMotor& motor = Station(station);
+  const double current = motor.Force_To_Current(motor.Val_Force_Set[0]);
+  motor.Val_BaseDistance =
+      motor.Correct_Base(static_cast<float>(motor.Val_Speed_Set[0].Get()), static_cast<float>(current));
+}
+
+int Get_Force_Back_Finish(int station) noexcept {
+  if (!Check_Station(L"Get_Force_Back_Finish", station)) return 0;
+  return Station(station).Get_Force_Back_Finish();
+}
+
+int GoZero(int station) noexcept {
+  if (!Check_Drive(L"GoZero", station)) return 0;
+  return Station(station).m_pMotor->Go_Zero();
+}
+
+void Set_Force(int station, double force) noexcept {
+  if (!Check_Station(L"Set_Force", station) || !Check_Finite(L"Set_Force", station, force)) return;
+  Station(station).Val_Force_Set[0] = force;
+  Station(station).Test_Force[0] = force;
+  Save_Parameter2file(station);
+}
+
+void Set_Force2(int station, double force) noexcept {
+  if (!Check_Station(L"Set_Force2", station) || !Check_Finite(L"Set_Force2", station, force)) return;
+  Station(station).Val_Force_Set[1] = force;
+  Station(station).Test_Force[1] = force;
+  Save_Parameter2file(station);
+}
+
+void Get_Force(int station, double* force) noexcept {
+  if (!Check_Station(L"Get_Force", station)) return;
+  *force = Station(station).Val_Force_Set[0];
+}
+
+void Save_Parameter2file(int station) noexcept {
+  if (!Check_Station(L"Save_Parameter2file", station)) return;
+  Station(station).Save();
+}
+
+void Set_Ans_Offset(int station, double offset) noexcept {
+  if (!Check_Station(L"Set_Ans_Offset", station) || !Check_Finite(L"Set_Ans_Offset", station, offset)) return;
+  Station(station).Val_Block_Size = offset;
+}
+
+void Get_Ans_Offset(int station, double* offset) noexcept {
+  if (!Check_Station(L"Get_Ans_Offset", station)) return;
+  *offset = Station(station).Val_Block_Size;
+}
+
+void set_test_distance(int station, double distance) noexcept {
+  const auto held = static_cast<float>(distance);  // one beyond a float is no finite number either
+  if (!Check_Station(L"set_test_distance", station) || !Check_Finite(L"set_test_distance", station, held)) return;
+  Station(station).test_distance = held;
+}
+
+int SetIO(int channel, int value) noexcept {
+  C_VoiceMotorBase& supervisor = Supervisor(L"SetIO");
+  if (Check_Channel(L"SetIO", channel)) supervisor.IoCard.Set_Io(channel, value);
+  return 1;
+}
+
+int GetIO(int channel) noexcept {
+  C_VoiceMotorBase& supervisor = Supervisor(L"GetIO");
+  return Check_Channel(L"GetIO", channel) ? supervisor.IoCard.Get_Io(channel) : C_Io_Card::Read_Failed;
+}

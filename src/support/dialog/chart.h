@@ -1,0 +1,38 @@
+// CKestrunePlot: a chart in a window of its own, drawn by the front. Any thread may plot; the window lives until the
+// person closes it or the object ends.
+#pragma once
+
+#include <string>
+
+#include "support/base/array.h"
+#include "support/time/shared.h"
+
+namespace orsanta {
+
+struct CKestruneGraph {
+  enum LineStyle { Line_None = 0, Line_Solid = 1 };
+};
+
+class CKestrunePlot {
+ public:
+  CKestrunePlot();
+  ~CKestrunePlot();
+  CKestrunePlot(const CKestrunePlot&) = delete;
+  CKestrunePlot& operator=(const CKestrunePlot&) = delete;
+
+  // 1: the axes follow the data at each new plot. 0: they stay as the first plot set them.
+  void SetDynamicAdjustRange(int follow);
+  // Non-zero while the chart's window is open.
+  int BeImageWindowCreate();
+  // Opens the window if it is not open, and draws the line through the points x[i], y[i].
+  // mode: 0. width, height: pixels of the window at opening. note: a text under the title, empty for none. Returns 1,
+  // or 0 where no window can open.
+  int Plot(const std::wstring& title, const CMyArray<double>& x, const CMyArray<double>& y, int mode, int width,
+           int height, CKestruneGraph::LineStyle style, const std::wstring& note);
+
+ private:
+  unsigned m_Number;
+  Shared<int> m_Axes_Follow{1};
+};
+
+}  // namespace orsanta

@@ -1,0 +1,98 @@
+#include "support/dialog/front.h"
+
+#include <dlfcn.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <mutex>
+#include <system_error>
+#include <thread>
+
+#include "support/dialog/console_front.h"
+#include "support/system/error_stream.h"
+#include "support/system/priority.h"
+
+namespace orsanta {
+
+namespace {
+
+constexpr const char* Plug_In_Name = "liborsanta_desktop.so";
+constexpr const char* Plug_In_Entry = "orsanta_make_front";
+
+// Lives as long as the process: a front's own thread may still draw while static objects go.
+struct C_Front_Place {
+  std::mutex lock;
+  std::unique_ptr<C_Front> replacement;
+  std::unique_ptr<C_Front> built_in;
+};
+
+C_Front_Place& Place() {
+  static C_Front_Place& place = *new C_Front_Place;
+  return place;
+}
+
+bool Is_Set(const char* variable) {
+  const char* value = std::getenv(variable);
+  return value != nullptr && *value != '\0';
+}
+
+// The plug-in beside the library that holds this code, or else beside the program.
+std::filesystem::path Find_Plug_In() {
+  namespace fs = std::filesystem;
+  std::error_code none;
+  Dl_info self{};
+  if (dladdr(reinterpret_cast<const void*>(&Front), &self) != 0 && self.dli_fname != nullptr) {
+    fs::path beside_library = fs::absolute(self.dli_fname, none).parent_path() / Plug_In_Name;
+    if (fs::exists(beside_library, none)) return beside_library;
+  }
+  const fs::path beside_program = fs::read_symlink("/proc/self/exe", none).parent_path() / Plug_In_Name;
+  return fs::exists(beside_program, none) ? beside_program : fs::path();
+}
+
+// The desktop front, or null with one line that says why.
+std::unique_ptr<C_Front> Load_Desktop_Front() {
+  const auto give_up = [](const std::string& reason) {
+    Write_Error_Stream("orsanta: " + reason + "; messages go to this stream, and dialogs count as cancelled\n");
+    return nullptr;
+  };
+  const std::filesystem::path path = Find_Plug_In();
+  if (path.empty()) return give_up(std::string("no desktop front, ") + Plug_In_Name + " is not beside the library");
+  // Never unloaded: its window library keeps threads and static objects.
+  void* plug_in = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+  if (plug_in == nullptr) return give_up(std::string("the desktop front cannot be loaded: ") + dlerror());
+  const auto make_front = reinterpret_cast<Make_Front_Function>(dlsym(plug_in, Plug_In_Entry));
+  if (make_front == nullptr) return give_up(path.string() + " is no desktop front, it lacks " + Plug_In_Entry);
+  return std::unique_ptr<C_Front>(make_front());  // it says itself why it does not start
+}
+
+std::unique_ptr<C_Front> Make_Built_In_Front() {
+  std::unique_ptr<C_Front> front;
+  if (Is_Set("DISPLAY") || Is_Set("WAYLAND_DISPLAY")) {
+    // On a thread at the normal level: what the front starts for its windows inherits that, whoever asked for it first.
+    std::thread([&front] {
+      SetThreadPriority(Priority_Normal);
+      front = Load_Desktop_Front();
+    }).join();
+  }
+  if (front == nullptr) front = std::make_unique<C_Console_Front>();
+  return front;
+}
+
+}  // namespace
+
+C_Front& Front() {
+  C_Front_Place& place = Place();
+  const std::lock_guard holder(place.lock);
+  if (place.replacement != nullptr) return *place.replacement;
+  if (place.built_in == nullptr) place.built_in = Make_Built_In_Front();
+  return *place.built_in;
+}
+
+std::unique_ptr<C_Front> Replace_Front(std::unique_ptr<C_Front> front) {
+  C_Front_Place& place = Place();
+  const std::lock_guard holder(place.lock);
+  std::swap(place.replacement, front);
+  return front;
+}
+
+}  // namespace orsanta

@@ -1,0 +1,102 @@
+#include "support/store/store_access.h"
+
+#include <cerrno>
+#include <mutex>
+
+#include "support/store/store_disk.h"
+
+namespace orsanta {
+
+namespace {
+
+// Holds the folder for the span of a scope. Where the file system has no locks, the threads of this process still keep
+// off one another.
+class C_Folder_Holder {
+ public:
+  explicit C_Folder_Holder(C_Disk& disk) : m_Disk(disk), m_Error(disk.Lock_Folder(m_Folder)), m_Threads(Lock()) {}
+  ~C_Folder_Holder() {
+    if (m_Error == 0) m_Disk.Unlock_Folder(m_Folder);
+  }
+  C_Folder_Holder(const C_Folder_Holder&) = delete;
+  C_Folder_Holder& operator=(const C_Folder_Holder&) = delete;
+  int Error() const { return m_Error; }
+
+ private:
+  static std::mutex& Lock() {
+    static std::mutex& lock = *new std::mutex;
+    return lock;
+  }
+
+  C_Disk& m_Disk;
+  int m_Folder = -1;
+  int m_Error;
+  std::lock_guard<std::mutex> m_Threads;
+};
+
+// Returns 0 or the error; the old store then stands.
+int Replace_Store(C_Disk& disk, const std::string& name, const std::string& bytes) {
+  if (bytes.size() > Largest_Store) return EFBIG;
+  const std::string fresh = name + ".new";
+  disk.Remove(fresh);  // what an interrupted save has left, whoever made it
+  int error = disk.Write(fresh, bytes);
+  if (error == 0) error = disk.Rename(fresh, name);
+  if (error != 0) disk.Remove(fresh);
+  return error;
+}
+
+}  // namespace
+
+C_Store_Reading Read_Store(const std::string& name) {
+  C_Store_Reading reading;
+  reading.error = Disk().Read(name, reading.bytes);
+  if (reading.error == 0) {
+    reading.state = Parse_Store(reading.bytes, reading.content, reading.faults);
+  } else if (reading.error != ENOENT) {
+    reading.state = C_Store_State::Unread;
+  }
+  return reading;
+}
+
+C_Store_Copy Keep_Copy(const std::string& name, const std::string& bytes) {
+  C_Disk& disk = Disk();
+  C_Store_Copy copy;
+  copy.name = name + ".bad";
+  for (int i = 1;; ++i) {
+    std::string present;
+    if (disk.Read(copy.name, present) == 0 && present == bytes) return copy;
+    const int error = disk.Write(copy.name, bytes);
+    if (error != EEXIST) {
+      copy.error = error;
+      copy.made = error == 0;
+      if (error != 0) disk.Remove(copy.name);
+      return copy;
+    }
+    copy.name = name + "." + std::to_string(i) + ".bad";
+  }
+}
+
+C_Store_Writing Write_Store(const std::string& name, const std::function<C_Store_Content()>& make_content,
+                            bool copies) {
+  C_Disk& disk = Disk();
+  C_Store_Writing writing;
+  const C_Folder_Holder folder(disk);
+  writing.error = folder.Error();
+  if (writing.error != 0) return writing;
+
+  C_Store_Reading& present = writing.present = Read_Store(name);
+  if (present.state == C_Store_State::Unread) {
+    writing.error = present.error;
+  } else if (present.state == C_Store_State::Faulty || present.state == C_Store_State::Broken ||
+             (present.state == C_Store_State::Whole && copies)) {
+    writing.copy = Keep_Copy(name, present.bytes);
+    writing.error = writing.copy.error;
+  }
+  if (writing.error != 0) return writing;
+
+  C_Store_Content content = make_content();
+  Keep_Unknown_Entries(present.content, content);
+  writing.error = Replace_Store(disk, name, Format_Store(content));
+  return writing;
+}
+
+}  // namespace orsanta

@@ -1,0 +1,105 @@
+#include "support/store/store_claim.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <filesystem>
+#include <map>
+#include <mutex>
+
+namespace orsanta {
+
+namespace {
+
+// The claims of this process. The system's lock knows processes only, and any close of its file gives it up: so a file
+// is open once, for all holders.
+struct C_Claims {
+  struct C_Held {
+    int file = -1;
+    int holders = 0;
+  };
+  std::mutex lock;
+  pid_t process = 0;
+  std::map<std::string, C_Held> held;  // by the whole path of the lock's file
+};
+
+C_Claims& Claims() {
+  static C_Claims& claims = *new C_Claims;
+  return claims;
+}
+
+// A process that was split off from the one that made the claims has none of them. The lock is held.
+void Forget_Claims_Of_Parent(C_Claims& claims) {
+  if (claims.process == getpid()) return;
+  claims.process = getpid();
+  for (const auto& [path, held] : claims.held) close(held.file);
+  claims.held.clear();
+}
+
+// Sets or looks for a lock on the whole file. Returns 0 or the system's error number.
+int Lock_File(int file, int command, struct flock& lock) {
+  lock = {};
+  lock.l_type = F_WRLCK;
+  lock.l_whence = SEEK_SET;
+  return fcntl(file, command, &lock) == 0 ? 0 : errno;
+}
+
+bool Is_Removed(int file) {
+  struct stat info {};
+  return fstat(file, &info) == 0 && info.st_nlink == 0;
+}
+
+// Opens and locks the file. Returns 0 or the other process as Take does. file: stays open where the lock is held, else
+// -1.
+int Open_Locked(const std::string& path, int& file) {
+  for (;;) {
+    file = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0600);
+    if (file < 0) return 0;
+    struct flock lock {};
+    const int error = Lock_File(file, F_SETLK, lock);
+    // The holder before may have removed the file in the meantime: its lock is then worth nothing.
+    if (error == 0 && !Is_Removed(file)) return 0;
+    const bool is_held = (error == EACCES || error == EAGAIN) && Lock_File(file, F_GETLK, lock) == 0;
+    close(file);
+    file = -1;
+    if (is_held && lock.l_type != F_UNLCK) return lock.l_pid > 0 ? lock.l_pid : -1;
+    if (error != 0 && !is_held) return 0;
+  }
+}
+
+}  // namespace
+
+C_Store_Claim::~C_Store_Claim() {
+  if (m_Process != getpid()) return;
+  C_Claims& claims = Claims();
+  const std::lock_guard holder(claims.lock);
+  const auto place = claims.held.find(m_Path);
+  if (--place->second.holders > 0) return;
+  unlink(m_Path.c_str());  // first, so that nobody finds a file that is about to go
+  close(place->second.file);
+  claims.held.erase(place);
+}
+
+int C_Store_Claim::Take(const std::string& name) {
+  C_Claims& claims = Claims();
+  const std::lock_guard holder(claims.lock);
+  Forget_Claims_Of_Parent(claims);
+  if (m_Process == claims.process) return 0;
+  std::error_code none;
+  const std::string path = (std::filesystem::current_path(none) / (name + ".lock")).string();
+  auto place = claims.held.find(path);
+  if (place == claims.held.end()) {
+    int file = -1;
+    const int owner = Open_Locked(path, file);
+    if (file < 0) return owner;
+    place = claims.held.emplace(path, C_Claims::C_Held{file, 0}).first;
+  }
+  ++place->second.holders;
+  m_Path = path;
+  m_Process = claims.process;
+  return 0;
+}
+
+}  // namespace orsanta

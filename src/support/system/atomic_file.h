@@ -1,0 +1,18 @@
+// Writes a file whole or not at all: at every instant, power cut included, the old or the new content stands under the
+// name. Any thread.
+#pragma once
+
+#include <string>
+
+namespace orsanta {
+
+// Writes the bytes to an open file, sets its rights, flushes it to the disk and closes it. Returns 0 or the system's
+// error number; the file is closed in either case.
+int Write_Flush_Close(int file, const std::string& bytes, unsigned rights);
+
+// Writes a new file beside `path` (UTF-8), flushes it to the disk, and renames it over the old one.
+// rights: of the file, as in 0600. Returns an empty text, or the reason when it could not be written; the old file then
+// stands as it was.
+std::string Write_Atomically(const std::string& path, const std::string& bytes, unsigned rights);
+
+}  // namespace orsanta

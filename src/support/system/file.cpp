@@ -1,0 +1,12 @@
+#include "support/system/file.h"
+
+#include <sys/stat.h>
+
+namespace orsanta {
+
+int CMyFileCopy::FileExist(CMyStringW path) {
+  struct stat about {};
+  return stat(To_Utf8(path.Text()).c_str(), &about) == 0 && !S_ISDIR(about.st_mode) ? 1 : 0;
+}
+
+}  // namespace orsanta

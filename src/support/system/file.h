@@ -1,0 +1,14 @@
+// CMyFileCopy: questions about files. Any thread.
+#pragma once
+
+#include "support/system/wide_string.h"
+
+namespace orsanta {
+
+class CMyFileCopy {
+ public:
+  // Non-zero when a file stands under the path. A relative path is taken from the working directory. Never reports.
+  static int FileExist(CMyStringW path);
+};
+
+}  // namespace orsanta

@@ -1,0 +1,35 @@
+#include "support/system/trace.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include "support/system/error_stream.h"
+#include "support/system/signal_blocker.h"
+#include "support/system/wide_string.h"
+#include "support/time/clock.h"
+
+namespace orsanta {
+
+void MY_TRACE0(const wchar_t* text) {
+  std::string line = To_Utf8(text);
+  std::erase(line, '\r');
+  if (line.empty() || line.back() != '\n') line.push_back('\n');
+  Write_Error_Stream(line);
+}
+
+void TraceLog2File(const char* function, int line, const wchar_t* text) {
+  // Without a wait, should the name belong to a pipe that nobody reads.
+  const int file = open("orsanta_trace.log", O_WRONLY | O_CREAT | O_APPEND | O_NONBLOCK | O_CLOEXEC, 0644);
+  if (file < 0) return;
+  const C_Local_Time now = Local_Time_Now();
+  const CMyStringW head = Format_Text(L"%04d-%02d-%02d %02d:%02d:%02d.%03d [%d] %s, line %d: ", now.year, now.month,
+                                      now.day, now.hour, now.minute, now.second, now.millisecond,
+                                      static_cast<int>(getpid()), From_Utf8(function).c_str(), line);
+  // One write, so that records of several threads and processes do not mix.
+  const std::string record = To_Utf8(head.Text() + text + L"\n");
+  const C_Signal_Blocker held;
+  [[maybe_unused]] const ssize_t written = write(file, record.data(), record.size());
+  close(file);
+}
+
+}  // namespace orsanta

@@ -1,0 +1,163 @@
+#include "support/system/wide_string.h"
+
+#include <clocale>
+#include <cstdarg>
+#include <cstdint>
+#include <cwchar>
+#include <vector>
+
+namespace orsanta {
+
+namespace {
+
+constexpr char32_t Replacement = 0xFFFD;
+constexpr size_t Longest_Text = size_t{1} << 24;  // characters; a composed text beyond it is a fault of its format
+
+bool Is_Scalar(char32_t c) {
+  return c < 0xD800 || (c > 0xDFFF && c <= 0x10FFFF);
+}
+
+void Append_Utf8(std::string& out, char32_t c) {
+  const auto put = [&out](char32_t byte) { out.push_back(static_cast<char>(byte)); };
+  if (c < 0x80) {
+    put(c);
+  } else if (c < 0x800) {
+    put(0xC0 | c >> 6);
+    put(0x80 | (c & 0x3F));
+  } else if (c < 0x10000) {
+    put(0xE0 | c >> 12);
+    put(0x80 | (c >> 6 & 0x3F));
+    put(0x80 | (c & 0x3F));
+  } else {
+    put(0xF0 | c >> 18);
+    put(0x80 | (c >> 12 & 0x3F));
+    put(0x80 | (c >> 6 & 0x3F));
+    put(0x80 | (c & 0x3F));
+  }
+}
+
+// Reads one character at `at` and moves behind it. False, with `at` unmoved, when no well-formed one stands there.
+bool Read_Utf8(const std::string& bytes, size_t& at, char32_t& c) {
+  const auto byte = [&bytes](size_t i) { return static_cast<unsigned char>(bytes[i]); };
+  const unsigned char first = byte(at);
+  size_t length = 0;
+  char32_t least = 0;  // below it a shorter form exists
+  if (first < 0x80) {
+    c = first;
+    ++at;
+    return true;
+  }
+  if ((first & 0xE0) == 0xC0) {
+    length = 2, least = 0x80, c = first & 0x1F;
+  } else if ((first & 0xF0) == 0xE0) {
+    length = 3, least = 0x800, c = first & 0x0F;
+  } else if ((first & 0xF8) == 0xF0) {
+    length = 4, least = 0x10000, c = first & 0x07;
+  } else {
+    return false;
+  }
+  if (bytes.size() - at < length) return false;
+  for (size_t i = 1; i < length; ++i) {
+    if ((byte(at + i) & 0xC0) != 0x80) return false;
+    c = c << 6 | (byte(at + i) & 0x3F);
+  }
+  if (c < least || !Is_Scalar(c)) return false;
+  at += length;
+  return true;
+}
+
+// The C library takes a wide text for %ls only; the system's formats write %s and %c for it.
+std::wstring Widen_Text_Conversions(const wchar_t* format) {
+  std::wstring out;
+  for (const wchar_t* p = format; *p != L'\0'; ++p) {
+    out.push_back(*p);
+    if (*p != L'%') continue;
+    ++p;
+    while (*p != L'\0' && std::wcschr(L"-+ #0123456789.*", *p) != nullptr) out.push_back(*p++);
+    if (*p == L's' || *p == L'c') out.push_back(L'l');
+    if (*p == L'\0') break;
+    out.push_back(*p);
+  }
+  return out;
+}
+
+// The "C" locale for the calling thread while it lives, whatever locale the host has set.
+class C_Plain_Locale {
+ public:
+  C_Plain_Locale() : m_Old(uselocale(Plain())) {}
+  ~C_Plain_Locale() { uselocale(m_Old); }
+  C_Plain_Locale(const C_Plain_Locale&) = delete;
+  C_Plain_Locale& operator=(const C_Plain_Locale&) = delete;
+
+ private:
+  static locale_t Plain() {
+    static const locale_t plain = newlocale(LC_ALL_MASK, "C", nullptr);
+    return plain;
+  }
+  locale_t m_Old;
+};
+
+std::wstring Compose(const wchar_t* format, va_list arguments) {
+  const std::wstring wide_format = Widen_Text_Conversions(format);
+  const C_Plain_Locale plain;
+  std::vector<wchar_t> room(256);
+  for (;;) {
+    va_list again;
+    va_copy(again, arguments);
+    const int length = std::vswprintf(room.data(), room.size(), wide_format.c_str(), again);
+    va_end(again);
+    if (length >= 0) return std::wstring(room.data(), static_cast<size_t>(length));
+    // No length is told: the room is doubled until the text fits.
+    if (room.size() >= Longest_Text) return format;
+    room.resize(room.size() * 2);
+  }
+}
+
+}  // namespace
+
+std::string To_Utf8(const std::wstring& text) {
+  std::string out;
+  out.reserve(text.size());
+  for (const wchar_t c : text) {
+    const auto scalar = static_cast<char32_t>(c);
+    Append_Utf8(out, Is_Scalar(scalar) ? scalar : Replacement);
+  }
+  return out;
+}
+
+std::wstring From_Utf8(const std::string& text) {
+  std::wstring out;
+  out.reserve(text.size());
+  for (size_t at = 0; at < text.size();) {
+    char32_t c = Replacement;
+    if (!Read_Utf8(text, at, c)) {
+      c = Replacement;
+      ++at;
+    }
+    out.push_back(static_cast<wchar_t>(c));
+  }
+  return out;
+}
+
+CMyStringW& CMyStringW::Format(const wchar_t* format, ...) {
+  va_list arguments;
+  va_start(arguments, format);
+  m_Text = Compose(format, arguments);
+  va_end(arguments);
+  return *this;
+}
+
+CMyStringW& CMyStringW::Append(const CMyStringW& other) {
+  m_Text += other.m_Text;
+  return *this;
+}
+
+CMyStringW Format_Text(const wchar_t* format, ...) {
+  va_list arguments;
+  va_start(arguments, format);
+  CMyStringW text(Compose(format, arguments));
+  va_end(arguments);
+  return text;
+}
+
+}  // namespace orsanta

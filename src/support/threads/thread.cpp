@@ -1,0 +1,110 @@
+#include "support/threads/thread.h"
+
+#include <cxxabi.h>
+#include <pthread.h>
+
+#include <cstdlib>
+#include <memory>
+#include <system_error>
+#include <typeinfo>
+
+#include "support/base/assertion.h"
+#include "support/system/wide_string.h"
+
+namespace orsanta {
+
+namespace {
+
+// The class's own name, without its namespaces.
+std::string Readable_Type_Name(const std::type_info& type) {
+  int status = 0;
+  const std::unique_ptr<char, decltype(&std::free)> name(abi::__cxa_demangle(type.name(), nullptr, nullptr, &status),
+                                                         &std::free);
+  const std::string full = status == 0 ? name.get() : type.name();
+  const size_t colons = full.rfind("::");
+  return colons == std::string::npos ? full : full.substr(colons + 2);
+}
+
+}  // namespace
+
+void C_Thread::Start(const std::string& name, std::function<void()> body, int level) {
+  MY_ASSERT(!m_Thread.joinable());
+  m_Ended = false;
+  const uint64_t ticket = clock_thread::Announce(name);
+  auto run = [this, ticket, name, level, body = std::move(body)] {
+    SetThreadPriority(level);
+    pthread_setname_np(pthread_self(), name.substr(0, 15).c_str());
+    clock_thread::Enter(ticket);
+    body();
+    {
+      const std::lock_guard<std::mutex> lock(m_Lock);
+      m_Ended = true;
+      m_End.Notify_All();
+    }
+    clock_thread::Leave(ticket);
+  };
+  try {
+    m_Thread = std::thread(std::move(run));
+  } catch (const std::system_error& error) {
+    MY_ASSERT_REPORT(Format_Assert_Text("thread %s cannot be started: %s", name.c_str(), error.what()));
+  }
+}
+
+bool C_Thread::Join(double timeout_ms) {
+  if (!m_Thread.joinable()) return true;
+  {
+    std::unique_lock<std::mutex> lock(m_Lock);
+    const double until_ms = Now_Ms() + timeout_ms;
+    while (!m_Ended) {
+      if (timeout_ms < 0.0) {
+        m_End.Wait(lock);
+      } else if (!m_End.Wait_Until(lock, until_ms) && !m_Ended) {
+        return false;
+      }
+    }
+  }
+  m_Thread.join();
+  return true;
+}
+
+CBaseBindThread::~CBaseBindThread() {
+  ReleaseSubClass_CBaseBindThread();
+}
+
+void CBaseBindThread::SetUseCWndThread(int) {}
+
+int CBaseBindThread::BeginThread(void* param, int priority, int, int timeout_ms, const wchar_t* name) {
+  if (m_Thread.Is_Running()) return 0;
+  m_Be_End = false;
+  m_Timeout_Ms = timeout_ms;
+  m_Name = name != nullptr ? To_Utf8(name) : Readable_Type_Name(typeid(*this));
+  const int level = priority >= Priority_Time_Critical ? priority : Priority_Normal;
+  m_Thread.Start(
+      m_Name,
+      [this, param] {
+        OnThreadBegin(param);
+        while (!Is_Ending()) OnThreadLoop(param);
+      },
+      level);
+  return 1;
+}
+
+int CBaseBindThread::EndThread(int, int) {
+  if (!m_Thread.Is_Running()) return 1;
+  m_Be_End = true;
+  if (!m_Thread.Join(m_Timeout_Ms)) {
+    MY_ASSERT_REPORT(Format_Assert_Text("thread %s did not end within %d ms", m_Name.c_str(), m_Timeout_Ms));
+  }
+  return 1;
+}
+
+void CBaseBindThread::ReleaseSubClass_CBaseBindThread() {
+  EndThread(1, 1);
+}
+
+void CBaseBindThread::OnThreadBegin(void*) {}
+void CBaseBindThread::OnThreadLoop(void*) {}
+void CBaseBindThread::OnThreadHook3(void*) {}
+void CBaseBindThread::OnThreadHook4(void*) {}
+
+}  // namespace orsanta

@@ -1,0 +1,77 @@
+// CBaseBindThread: an object with a thread of its own that runs a loop body until it is told to end.
+//
+// A subclass fills in OnThreadLoop and calls ReleaseSubClass_CBaseBindThread first in its destructor, while it is still
+// whole. C_Thread runs one function on a thread; it serves where no loop object is needed. Threads made here take part
+// in the simulated clock.
+#pragma once
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <thread>
+
+#include "support/system/priority.h"
+#include "support/time/clock.h"
+
+namespace orsanta {
+
+// One function on a thread of its own. Start, Join and the destructor belong to one owner.
+class C_Thread {
+ public:
+  C_Thread() = default;
+  ~C_Thread() { Join(-1.0); }
+  C_Thread(const C_Thread&) = delete;
+  C_Thread& operator=(const C_Thread&) = delete;
+
+  // name: shown by debuggers and by the simulated clock's report. level: of support/system/priority.h; the thread takes
+  // it before anything else, and nothing of it from the caller.
+  void Start(const std::string& name, std::function<void()> body, int level = Priority_Normal);
+  // Waits for the end of the body, at most timeout_ms (below 0: without a limit). Returns false when the time ran out.
+  bool Join(double timeout_ms = -1.0);
+  bool Is_Running() const { return m_Thread.joinable(); }
+
+ private:
+  std::thread m_Thread;
+  std::mutex m_Lock;
+  bool m_Ended = false;
+  C_Wait_Point m_End{"C_Thread::Join"};
+};
+
+class CBaseBindThread {
+ public:
+  CBaseBindThread() = default;
+  virtual ~CBaseBindThread();
+  CBaseBindThread(const CBaseBindThread&) = delete;
+  CBaseBindThread& operator=(const CBaseBindThread&) = delete;
+
+  // Kept for the panel's window objects; the fronts run on threads of their own, so that it has no effect here.
+  void SetUseCWndThread(int use);
+  // Starts the thread.
+  // param: handed to every hook. priority: the level of support/system/priority.h from 15 on; anything else asks for
+  // the normal one. timeout_ms: how long a stop may take before it is reported as a fault of the program. name: may be
+  // null, the thread then bears the class's name. Returns 1, or 0 when the thread runs already.
+  int BeginThread(void* param, int priority, int reserved, int timeout_ms, const wchar_t* name);
+  // Asks the thread to leave its loop and waits for it: after the return no OnThreadLoop pass runs. Returns 1.
+  int EndThread(int reserved1, int reserved2);
+  // As EndThread; called first in the destructor of every subclass. A thread that never ran costs nothing.
+  void ReleaseSubClass_CBaseBindThread();
+
+ protected:
+  virtual void OnThreadBegin(void* param);  // once, on the new thread, before the first pass
+  virtual void OnThreadLoop(void* param);   // one pass; it does its own sleeping
+  virtual void OnThreadHook3(void* param);
+  virtual void OnThreadHook4(void* param);
+
+  // True once the thread was asked to end: a pass that waits for something looks at it and gives up.
+  bool Is_Ending() const { return m_Be_End.load(std::memory_order_relaxed); }
+
+ private:
+  C_Thread m_Thread;
+  std::atomic<bool> m_Be_End{false};
+  int m_Timeout_Ms = 0;
+  std::string m_Name;
+};
+
+}  // namespace orsanta

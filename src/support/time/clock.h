@@ -1,0 +1,86 @@
+// Time and waiting: the one place of the system that asks the operating system for time, sleep or a blocking wait.
+//
+// Two clocks stand behind these calls. The system clock, monotonic, serves every real run. The simulated clock serves
+// tests: every thread made through support/threads/thread.h and the thread that installed the clock take part, exactly
+// one of them runs at a time, and when all of them wait, time jumps to the earliest wake-up. Where several are ready at
+// one instant a seeded choice picks one, so that a seed replays a run exactly.
+//
+// All calls may come from any thread; under the simulated clock only from threads that take part.
+#pragma once
+
+#include <condition_variable>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <string>
+
+namespace orsanta {
+
+// Milliseconds of the present clock, with sub-millisecond resolution; never runs backwards.
+double Now_Ms();
+
+// True while the process runs on simulated time.
+bool Is_Simulated_Time();
+
+// Lets the calling thread rest for ms milliseconds (0 or less: lets others run and returns).
+void Sleep(int ms);
+
+// Date and time of day, local.
+struct C_Local_Time {
+  int year = 0;
+  int month = 0;  // 1 to 12
+  int day = 0;    // 1 to 31
+  int hour = 0;
+  int minute = 0;
+  int second = 0;
+  int millisecond = 0;
+};
+
+// The local time, for names and records that people read; it may jump when the machine's clock is set, so that nothing
+// is measured or awaited by it. Simulated time counts from midnight on 1 January 2020.
+C_Local_Time Local_Time_Now();
+
+// A place where threads wait until they are notified or until a time. It works like a condition variable: the caller
+// holds `lock`, a leaf lock of its own, tests its condition in a loop, and holds the lock again after the return.
+class C_Wait_Point {
+ public:
+  // what: names the place in the report of a run in which every thread waits.
+  explicit C_Wait_Point(const char* what) : m_What(what) {}
+  C_Wait_Point(const C_Wait_Point&) = delete;
+  C_Wait_Point& operator=(const C_Wait_Point&) = delete;
+
+  // Waits until notified. May also return without cause.
+  void Wait(std::unique_lock<std::mutex>& lock);
+  // As Wait, but not beyond the time until_ms of Now_Ms. Returns false when that time has come.
+  bool Wait_Until(std::unique_lock<std::mutex>& lock, double until_ms);
+  // Wakes all waiters. The caller holds the lock that they wait with.
+  void Notify_All();
+
+ private:
+  const char* m_What;
+  std::condition_variable m_Waiters;  // real ones; the simulation lists its own
+};
+
+// Runs the process on simulated time from construction to destruction, starting at 0 ms. The thread that makes it takes
+// part; at its end all other participating threads must have ended. One at a time.
+// If all threads wait and none has a wake-up time, the clock prints which thread waits where and aborts the process.
+class C_Simulated_Clock {
+ public:
+  explicit C_Simulated_Clock(uint64_t seed);
+  ~C_Simulated_Clock();
+  C_Simulated_Clock(const C_Simulated_Clock&) = delete;
+  C_Simulated_Clock& operator=(const C_Simulated_Clock&) = delete;
+
+ private:
+  std::unique_ptr<class C_Simulation> m_Simulation;
+};
+
+// For support/threads/thread.cpp alone: how a new thread takes part in the present clock. The parent calls Announce
+// before it starts the thread; the thread calls Enter first and Leave last.
+namespace clock_thread {
+uint64_t Announce(const std::string& name);  // a ticket for the new thread; 0 under the system clock
+void Enter(uint64_t ticket);
+void Leave(uint64_t ticket);
+}  // namespace clock_thread
+
+}  // namespace orsanta

@@ -1,0 +1,228 @@
+// Axes of the motion server: trajectories within their limits, stops, pause and registers. What the drives' own tests
+// hold already (homing on a sensor, the temperature board) is not told again.
+#include <algorithm>
+#include <random>
+#include <sstream>
+
+#include "simulator/trajectory.h"
+#include "simulator_line.h"
+
+namespace {
+
+using orsanta::Now_Ms;
+using orsanta::Sleep;
+using simulator::C_Trajectory;
+using simulator::Motion_Limits;
+using simulator::Motion_State;
+using simulator_test::Map_Input;
+using simulator_test::Raw_Per_Mm;
+using simulator_test::Take;
+
+// Walks the whole trajectory: nothing jumps, and no limit is passed by more than a rounding.
+void Expect_Within(const C_Trajectory& trajectory, const Motion_State& start, const Motion_Limits& limits) {
+  const int steps = 2000;
+  const double dt = trajectory.Duration() / steps;
+  const double slack = 1.0 + 1e-6;
+  Motion_State before = start;
+  for (int i = 1; i <= steps; ++i) {
+    const Motion_State now = trajectory.At(i * dt);
+    ASSERT_LE(std::abs(now.velocity), limits.velocity * slack);
+    ASSERT_LE(std::abs(now.acceleration), limits.acceleration * slack);
+    ASSERT_LE(std::abs(now.acceleration - before.acceleration), limits.jerk * dt * slack + limits.acceleration * 1e-6);
+    ASSERT_LE(std::abs(now.position - before.position), limits.velocity * dt * slack + 1e-9);
+    before = now;
+  }
+  EXPECT_NEAR(before.velocity, 0.0, limits.velocity * 1e-9);
+  EXPECT_NEAR(before.position, trajectory.End(), 1e-9);
+}
+
+TEST(Trajectory, Keeps_All_Limits_In_Moves_Of_Every_Shape_And_In_Stops_From_Anywhere) {
+  std::mt19937_64 random(5);
+  const auto between = [&](double low, double high) {  // evenly over the orders of magnitude
+    return std::exp(std::uniform_real_distribution<double>(std::log(low), std::log(high))(random));
+  };
+  for (int i = 0; i < 300; ++i) {
+    const Motion_Limits limits{between(0.1, 1000.0), between(10.0, 1e5), between(1e3, 1e7)};
+    const double from = between(0.01, 10.0);
+    const double to = from + between(1e-5, 100.0) * (i % 2 == 0 ? 1.0 : -1.0);
+    C_Trajectory move;
+    move.Plan_Move(from, to, limits);
+    EXPECT_EQ(move.End(), to);
+    Expect_Within(move, {from, 0.0, 0.0}, limits);
+    const double t = move.Duration() * std::uniform_real_distribution<double>(0.0, 1.0)(random);
+    C_Trajectory stop;
+    stop.Plan_Stop(move.At(t), limits);
+    Expect_Within(stop, move.At(t), limits);
+    EXPECT_LE(stop.Duration(), move.Duration() - t + 1e-6) << "a stop lasted longer than the move";
+  }
+}
+
+TEST(Trajectory, Takes_The_Time_Of_The_Shape) {
+  C_Trajectory move;
+  // 10 mm at 20 mm/s: 0.5 s, and once more the time of speeding up, v/a + a/j
+  move.Plan_Move(0.0, 10.0, {20.0, 1000.0, 100000.0});
+  EXPECT_NEAR(move.Duration(), 0.5 + 0.02 + 0.01, 1e-9);
+  move.Plan_Move(1.0, 1.0, {});
+  EXPECT_EQ(move.Duration() + move.End(), 1.0);
+  // too short for the acceleration: four ramps of cbrt(way / 2 j)
+  move.Plan_Move(0.0, 0.002, {20.0, 1000.0, 100000.0});
+  EXPECT_NEAR(move.Duration(), 4.0 * std::cbrt(0.002 / 200000.0), 1e-9);
+}
+
+// An interpolation device at CAN id 20 as axis 2 on instruction thread 4, user units of millimetres.
+class Axis : public simulator_test::Room {
+ protected:
+  Axis() : Room(simulator_test::With_Board()) {
+    SET_AXIS_MAP(4, 20, 0, 2);
+    SET_AXIS_SCALE(4, 2, Raw_Per_Mm);
+    SET_MAX_VEL(4, 2, 20.0);
+    SET_MAX_ACC(4, 2, 5000.0);
+    SET_MAX_JERK(4, 2, 500000.0);
+    SET_OUTPUT_DATA_MAP(4, 20, 4, 8, 104);
+    SET_OUTPUT_DATA_MAP(4, 20, 12, 8, 112);
+    SET_OUTPUT_DATA_MAP(4, 20, 17, 5, 117);
+  }
+  static void Go_And_Hold(double position) {
+    SGO(4, 2, position);
+    TILLSTOP(4, 2);
+  }
+  static void Till_Stopped() {
+    TILLSTOP(4, 2);
+    WaitForAllInsFinish(4);
+  }
+  static void Go_And_Wait(double position) {
+    SGO(4, 2, position);
+    Till_Stopped();
+  }
+  // Appends where the axis is commanded to be and where its probe is, in hundredths; "> " behind them while it runs.
+  void Tell() {
+    double positions[15];
+    int count = 3, mapped = 0, run = 0;
+    EXPECT_EQ(GetCurOutputPos(positions, &count) + BeAxisRun(2, &mapped, &run), 2);
+    EXPECT_EQ(count + mapped, 4);
+    m_Told << std::lround(positions[2] * 100.0) << '/' << std::lround(simulator::True_Position(20) * 100.0)
+           << (run == 1 ? "> " : " ");
+  }
+  std::ostringstream m_Told;
+};
+
+TEST_F(Axis, Follows_Moves_Jumps_And_New_Targets_On_The_Way) {
+  SGO(4, 2, 8.0);
+  Tell();
+  Till_Stopped();
+  Tell();
+  EXPECT_NEAR(Now_Ms(), 8.0 / 20.0 * 1000.0 + 4.0 + 10.0, 1.5);
+  SGO(4, 2, 0.0);
+  Sleep(100);
+  SGO(4, 2, 8.0);  // brakes and turns
+  Sleep(1);
+  Tell();
+  Till_Stopped();
+  Tell();
+  RAPID_GO(4, 2, -3.0);
+  Tell();
+  Sleep(200);
+  Tell();
+  int res = 0;
+  ExecuteDeviceIns(20, 0x55, &res);  // the device's own way to zero
+  Till_Stopped();
+  Tell();
+  OUTPUT_DATA(4, 104, 1.0);
+  OUTPUT_DATA(4, 112, -1.0);
+  for (const double beyond : {15.0, -15.0}) {  // the end stops
+    Go_And_Wait(beyond);
+    Tell();
+  }
+  OUTPUT_DATA(4, 117, 0.0);  // without power it stays there
+  Go_And_Wait(0.0);
+  Tell();
+  EXPECT_EQ(m_Told.str(), "0/0> 800/800 611/611> 800/800 -300/800 -300/-300 0/0 1500/1000 -1500/-1000 0/-999 ");
+}
+
+// On the way at 20 mm/s, 4 mm from the start.
+TEST_F(Axis, Sends_At_Each_Port_What_It_Stands_For) {
+  simulator::Set_Temperature(20, 41.3);
+  for (const double no_temperature : {std::nan(""), HUGE_VAL, -300.0}) simulator::Set_Temperature(20, no_temperature);
+  simulator::Set_Fault_Bits(20, 5);
+  const double ports[][3] = {// port, value, give or take
+                             {15, 0.008, 0.005}, {16, 0.003, 0.004}, {17, 20, 0.1},
+                             {18, 0, 0.002},     {19, 20, 1e-6},     {20, 4, 0.05},
+                             {21, 0, 1e-6},      {22, 100, 1e-6},    {23, 0, 1e-9},
+                             {24, 0, 1e-9},      {25, 4, 0.05},      {26, 1, 0},
+                             {27, 1370, 0},      {28, 49, 0},        {29, 5.8e-5, 2e-6},
+                             {30, 4, 0.05},      {31, 20, 0.1},      {32, 0.003, 0.004},
+                             {33, 0, 0.002},     {40, 1370, 0},      {41, 49, 0},
+                             {42, 0.008, 0.005}, {43, 1, 0},         {44, 4, 0.05},
+                             {50, 1e-4, 5e-5},   {199, 5, 0},        {200, 35339076370947, 0},
+                             {201, 5, 0},        {202, 0, 0},        {203, 0, 0}};
+  SGO(4, 2, 8.0);
+  Sleep(205);
+  for (const auto& [port, value, slack] : ports)
+    Map_Input(4, 20, static_cast<int>(port), 8, 300 + static_cast<int>(port), 4);
+  Sleep(3);
+  for (const auto& [port, value, slack] : ports)
+    EXPECT_NEAR(Take(300 + static_cast<int>(port)).back(), value, slack) << "port " << port;
+}
+
+TEST_F(Axis, Scale_And_Zeros_Rename_Places_Without_Moving) {
+  Go_And_Hold(2.0);
+  SET_AXIS_SCALE(4, 2, -2.0 * Raw_Per_Mm);  // one unit is two millimetres, turned round
+  WaitForAllInsFinish(4);
+  Sleep(50);
+  Tell();
+  SET_AXIS_ZEROS(4, 2, 10.0);
+  Tell();
+  SGO(4, 2, 11.0);
+  Sleep(20);
+  SGO(4, 2, 11.0);
+  SET_AXIS_ZEROS(4, 2, 0.0);  // on the way: the targets move along
+  Till_Stopped();
+  Sleep(50);
+  Tell();
+  SGO(4, 2, 0.0);
+  SET_AXIS_SCALE(4, 2, 1.0);
+  SET_AXIS_SCALE(4, 2, 0.0);
+  SET_MAX_VEL(4, 2, -1.0);
+  SET_MAX_ACC(4, 2, std::nan(""));
+  SGO(4, 2, 1e30);
+  for (int i = 0; i < 5; ++i) EXPECT_EQ(GetError(nullptr, nullptr, nullptr, nullptr, nullptr), 1);
+  Till_Stopped();
+  Tell();
+  EXPECT_EQ(m_Told.str(), "-100/200 1000/200 73/0 0/145 ");
+}
+
+TEST_F(Axis, Stops_Pauses_Goes_On_And_Is_Stopped_From_Outside) {
+  SGO(4, 2, 8.0);
+  Sleep(100);
+  STOP_S(4, 2);
+  Till_Stopped();
+  Tell();
+  Go_And_Hold(8.0);
+  Sleep(50);
+  TILL_AXIS_PAUSE(5, 2);
+  WaitForAllInsFinish(5);
+  Tell();
+  Sleep(500);
+  Tell();
+  int finished = 1;
+  GetThreadInsBufferRemainCount(4, nullptr, &finished);
+  EXPECT_EQ(finished, 0) << "a paused move is not over";
+  AXIS_RESUME(5, 2);
+  WaitForAllInsFinish(4);
+  Tell();
+  SGO(4, 2, 0.0);
+  TILLTIME(4, 100000);
+  Sleep(100);
+  TILL_AXIS_PAUSE(0, 2);
+  CLEAR_THREAD_INS(0, 4);
+  TILL_THREAD_INS_FINISH(0, 4);
+  STOP_S(0, 2);
+  AXIS_RESUME(0, 2);
+  Sleep(1000);
+  Tell();
+  Go_And_Wait(1.0);
+  Tell();
+  EXPECT_EQ(m_Told.str(), "200/200 300/300 300/300 800/800 600/600 100/100 ");
+}
+
+}  // namespace

@@ -1,0 +1,276 @@
+// The motion server: FIFOs, instruction threads and their waits, connection, errors, IO, many callers at once.
+#include <cstdlib>
+#include <limits>
+#include <thread>
+
+#include "simulator_line.h"
+
+namespace {
+
+using orsanta::Now_Ms;
+using orsanta::Sleep;
+using simulator_test::C_Test_Drive;
+using simulator_test::Connect;
+using simulator_test::Map_Input;
+using simulator_test::Take;
+
+// The errors since the last look, each as "thread/point number:subject ".
+std::string Told() {
+  std::string told;
+  int thread = 0, point = 0, number = 0;
+  wchar_t text[200];
+  for (int length = 200; GetError(&thread, &point, text, &length, &number) == 1; length = 200) {
+    const std::wstring subject = std::wstring(text).substr(std::wstring(text).rfind(L' ') + 1);
+    told += std::to_string(thread) + '/' + std::to_string(point) + ' ' + std::to_string(number) + ':' +
+            std::string(subject.begin(), subject.end()) + ' ';
+  }
+  return told;
+}
+
+class Server : public simulator_test::Room {
+ protected:
+  Server() : Room(simulator_test::With_Board()) {}
+};
+
+TEST_F(Server, Fifo_Keeps_Old_Samples_When_Full_And_Loses_Only_What_A_Reset_Finds) {
+  Map_Input(1, 1, 4, 4, 25, 8);
+  double values[16];
+  uint64_t indices[16] = {};
+  int count = -1;
+  // What a read of at most that many gives: its samples in periods since the first of all.
+  uint64_t first = 0;
+  const auto read = [&](int max_count) {
+    EXPECT_EQ(GetInputChannelData(25, max_count, &count, values, indices), 1);
+    if (first == 0) first = indices[0];
+    std::string periods;
+    for (int i = 0; i < count; ++i) periods += std::to_string((indices[i] - first) / 100) + ' ';
+    return periods;
+  };
+  Sleep(101);  // 50 samples, 8 places
+  EXPECT_EQ(read(3), "0 1 2 ");
+  EXPECT_EQ(read(16), "3 4 5 6 7 ");
+  EXPECT_EQ(read(16), "");
+  Sleep(6);
+  EXPECT_EQ(read(16), "51 52 53 ") << "the samples that found it full are gone";
+  Sleep(6);
+  RESET_INPUT_DATA_FIFO(1, 25, 4);
+  EXPECT_EQ(read(16), "");
+  Sleep(100);
+  EXPECT_EQ(read(16), "57 58 59 60 ");
+  EXPECT_EQ(GetInputChannelData(26, 16, &count, values, nullptr), 0);  // never mapped
+  EXPECT_EQ(count, 0);
+}
+
+TEST(Fifo, Carries_The_Width_Of_The_Port_And_Goes_Over_To_A_New_Port) {
+  orsanta::C_Simulated_Clock clock(1);
+  simulator::Settings settings;
+  settings.noise_mm = 0.0;
+  settings.anvil_mm = 100.0;
+  settings.force = {{0.0, 100.0, 0.0, 0.0, 0.0}};
+  Connect(settings);
+  EXPECT_EQ(simulator::True_Contact_Position(1), 60.0) << "the lower stop";
+  const C_Test_Drive drive(1);
+  drive.Speed(200.0);
+  drive.Go_And_Wait(40.0);
+  Map_Input(1, 1, 4, 6, 900, 16);
+  Sleep(3);
+  EXPECT_NEAR(Take(900).back() / simulator_test::Raw_Per_Mm, 40.0, 0.002);
+  EXPECT_NEAR(Take(drive.Position()).back() / simulator_test::Raw_Per_Mm, 40.0 - 65.536, 0.002) << "32 bits wrap";
+  SET_INPUT_DATA_MAP(1, 1, 200, 6, 900);
+  Sleep(10);
+  EXPECT_EQ(Take(900).back(), 0x202405180203.0p0);
+
+  // Outwards a whole number is cut off, and one that does not fit is refused.
+  SET_INPUT_DATA_MAP(1, 1, 20, 8, 900);
+  SET_OUTPUT_DATA_MAP(1, 1, 0, 3, 901);
+  const double commanded[][2] = {{65536.9, 65536}, {-65536.9, -65536}, {8388607.9, 8388607}, {8388608, 8388607}};
+  for (const auto& [value, raw] : commanded) {
+    OUTPUT_DATA(1, 901, value);
+    drive.Till_Idle();
+    Take(900);
+    Sleep(3);
+    EXPECT_NEAR(Take(900).back() * simulator_test::Raw_Per_Mm, raw, 1e-3) << value;
+  }
+  EXPECT_EQ(Told(), "1/30 6:901 ");
+}
+
+TEST_F(Server, A_Wait_Holds_Its_Own_Thread_Alone) {
+  const C_Test_Drive drive(1);
+  TILLTIME(5, 300);
+  RESET_INPUT_DATA_FIFO(5, drive.Position(), 16);
+  TILL_THREAD_INS_FINISH(6, 5);
+  TILLTIME(6, 50);
+  drive.Clamp(2.0);
+  EXPECT_EQ(Now_Ms(), 0.0) << "an idle thread runs inside the call";
+  Sleep(290);
+  EXPECT_GT(Take(drive.Position()).size(), 100u) << "the reset behind the wait came too early";
+  int places = 0, all_places = 0, running = 1, finished = 0;
+  GetThreadInsBufferRemainCount(5, &places, &running);
+  EXPECT_EQ(WaitForAllInsFinish(5), 1);
+  EXPECT_NEAR(Now_Ms(), 300.0, 1.0);
+  GetThreadInsBufferRemainCount(5, &all_places, &finished);
+  EXPECT_EQ(running, 0);
+  EXPECT_EQ(finished, 1);
+  EXPECT_EQ(all_places, places + 2);
+  TILLTIME(5, 1000000);
+  CLEAR_THREAD_INS(7, 5);
+  TILLTIME(5, 1000000);
+  ClearInsBuffer(5);
+  TILLTIME(5, 20);  // a wait of its own, whatever was cleared before
+  EXPECT_EQ(WaitForAllInsFinish(5) + WaitForAllInsFinish(6), 2);
+  EXPECT_NEAR(Now_Ms(), 350.0, 1.0);
+  EXPECT_EQ(Told(), "");
+}
+
+TEST(Threads, Take_Their_Pace_For_Each_Instruction_Side_By_Side) {
+  for (const double pace_ms : {0.0, 1.0, 2.5, -1.0}) {
+    SCOPED_TRACE(pace_ms);
+    orsanta::C_Simulated_Clock clock(1);
+    simulator::Settings settings;
+    settings.instruction_ms = pace_ms;
+    Connect(settings);
+    const double each = std::max(pace_ms, 0.0);
+    for (const int thread : {5, 6, 5, 6, 5, 6}) USE_LOCAL_REG(thread);
+    TILLTIME(5, 20);
+    WaitForAllInsFinish(6);  // looks every millisecond
+    EXPECT_EQ(Now_Ms(), std::ceil(3 * each));
+    WaitForAllInsFinish(5);
+    EXPECT_EQ(Now_Ms(), std::ceil(4 * each) + 20);
+    Sleep(50);  // an idle thread saves no time up, and one that was emptied owes none
+    const double queued = Now_Ms();
+    USE_LOCAL_REG(6);
+    ClearInsBuffer(6);
+    USE_LOCAL_REG(6);
+    WaitForAllInsFinish(6);
+    EXPECT_EQ(Now_Ms() - queued, std::ceil(each));
+  }
+}
+
+TEST(Connection, Refuses_Until_Prepared_And_Drops_Everything_With_A_Rebuild) {
+  orsanta::C_Simulated_Clock clock(1);
+  simulator::Settings settings;
+  settings.refused_connects = 2;
+  simulator::Reset(settings);
+  const wchar_t* reason = nullptr;
+  int exists = 1;
+  EXPECT_EQ(ConnectControlServer(L"", 0, &reason) + CheckDeviceExist(1, &exists), 0);
+  EXPECT_NE(std::wstring(reason).find(L"InitDevice_PC_Local_Controler"), std::wstring::npos);
+  EXPECT_EQ(SET_OUTPUT_DATA_MAP(1, 1, 0, 6, 20) + exists, 0);
+  InitDevice_PC_Local_Controler(1, 0);
+  EXPECT_EQ(ConnectControlServer(L"", 0, &reason) + ConnectControlServer(nullptr, 0, nullptr), 0);
+  EXPECT_EQ(ConnectControlServer(L"127.0.0.1", 0, nullptr), 1);
+
+  const C_Test_Drive drive(1);
+  Sleep(20);
+  EXPECT_FALSE(Take(drive.Position()).empty());
+  TILLTIME(1, 1000000);
+  EXPECT_EQ(OpenCloseErrorMsgAutoAssert(0) + ReBuildSystem(), 2);
+  double value = 0.0;
+  int count = 0;
+  EXPECT_EQ(GetInputChannelData(drive.Position(), 1, &count, &value, nullptr) + WaitForAllInsFinish(1), 0);
+  EXPECT_EQ(ConnectControlServer(L"", 0, nullptr) + WaitForAllInsFinish(1), 2);
+  EXPECT_EQ(GetInputChannelData(drive.Position(), 1, &count, &value, nullptr), 0);
+  EXPECT_EQ(CloseMotionControlerServer() + CheckDeviceExist(1, &exists), 1);
+  EXPECT_EQ(ReleaseDevice(), 1);
+  EXPECT_EQ(ConnectControlServer(L"", 0, nullptr), 0) << "a released client is prepared anew";
+}
+
+TEST_F(Server, Tells_Each_Step_Past_A_Limit_And_Leaves_Everything_As_It_Was) {
+  const C_Test_Drive drive(1);
+  const double infinity = std::numeric_limits<double>::infinity();
+  for (const double bad : {std::nan(""), infinity, 1e300, -1e15}) drive.Send(0, bad);
+  drive.Speed(0.0);
+  drive.Clamp(1e6);
+  EXPECT_EQ(Told(), "1/20 6:20 1/21 6:20 1/22 6:20 1/23 6:20 1/24 6:23 1/25 6:22 ");
+  EXPECT_EQ(drive.Run_Flag(), 0);
+
+  const int lowest = std::numeric_limits<int>::min();
+  const int highest = std::numeric_limits<int>::max();
+  for (const int n : {lowest, -1, 0, 255, 256, highest}) EXPECT_EQ(TILLTIME(n, 0), n == 0 || n == 255 ? 1 : 0);
+  EXPECT_EQ(Told(), "-2147483648/0 1:-2147483648 -1/0 1:-1 256/0 1:256 2147483647/0 1:2147483647 ");
+  for (const int n : {lowest, -1, 0, 1, 65535, 65536, highest}) {
+    SET_INPUT_DATA_MAP(2, 1, 4, 4, n);
+    SET_OUTPUT_DATA_MAP(2, 1, 0, 6, n);
+    RESET_INPUT_DATA_FIFO(2, 0, n);
+  }
+  for (const int n : {-1, 0, 65536, 65537}) SetBackJmpInsSize(2, n);
+  EXPECT_EQ(Told(),
+            "2/0 5:-2147483648 2/1 5:-2147483648 2/2 5:0 2/3 5:-1 2/4 5:-1 2/5 5:0 2/8 6:0 2/15 5:65536 2/16 5:65536 "
+            "2/18 5:2147483647 2/19 5:2147483647 2/20 6:2147483647 2/21 6:-1 2/24 6:65537 ");
+  for (const int n : {-1, 0, 8, 9}) {
+    SET_INPUT_DATA_MAP(2, 1, 4, n, 0);
+    SET_OUTPUT_DATA_MAP(2, 1, 0, n, 0);
+    SET_IOIN_MAP(2, 15, 4, n, 0, 0);
+    SET_IOOUT_MAP(2, 15, 3, n, 0);
+  }
+  EXPECT_EQ(Told(), "2/25 6:-1 2/26 6:-1 2/27 4:-1 2/28 4:-1 2/35 4:8 2/36 4:8 2/37 6:9 2/38 6:9 2/39 4:9 2/40 4:9 ");
+  for (const int n : {-1, 0, 1023, 1024}) {
+    SET_IOIN_MAP(2, 15, 4, 0, 0, n);
+    SET_IOOUT_MAP(2, 15, 3, 0, n);
+    ADD_R_C(2, n, n, infinity);
+  }
+  for (const int n : {-1, 0, 63, 64}) SET_AXIS_MAP(2, 20, 0, n);
+  EXPECT_EQ(Told(),
+            "2/41 7:-1 2/42 7:-1 2/43 10:-1 2/43 10:-1 2/50 7:1024 2/51 7:1024 2/52 10:1024 2/52 10:1024 2/53 8:-1 "
+            "2/56 8:64 ");
+  SET_INPUT_DATA_MAP(2, 64, 4, 4, 0);
+  SET_INPUT_DATA_MAP(2, 1, 3, 4, 0);
+  SET_OUTPUT_DATA_MAP(2, 1, 2, 6, 0);
+  SET_AXIS_MAP(2, 1, 0, 0);
+  OUTPUT_DATA(2, 7, 1.0);
+  SET_OUTPUT_IO(2, 7, 1);
+  TILLIO(2, 7);
+  SGO(2, 9, 1.0);
+  TILLSTOP(2, 9);
+  TILL_THREAD_INS_FINISH(2, 2);
+  EXPECT_EQ(Told(), "2/57 3:64 2/58 4:3 2/59 4:2 2/60 4:1 2/61 5:7 2/62 7:7 2/63 7:7 2/64 8:9 2/65 8:9 2/66 11:2 ");
+  EXPECT_EQ(GetInputChannelData(0, 5, nullptr, nullptr, nullptr) + GetCurOutputPos(nullptr, nullptr), 0);
+  simulator::Set_Input(highest, 1);
+  simulator::Place_Part(highest, infinity);
+
+  TILLTIME(3, 1000000);
+  int queued = 1;
+  while (queued < 100000 && TILLTIME(3, 0) == 1) ++queued;
+  EXPECT_EQ(queued, 4096);
+  wchar_t text[17];
+  int length = 17;
+  GetError(nullptr, nullptr, text, &length, nullptr);
+  EXPECT_EQ(std::wstring(text), L"the thread's ins");  // as much as there is room for
+  EXPECT_EQ(length, 16);
+}
+
+// On the system clock: readers and commanders at once, while a wait blocks one thread alone.
+TEST(Callers, Many_Threads_At_Once_Do_Not_Hold_Each_Other) {
+  Connect();
+  TILLTIME(9, 1000000);
+  std::vector<std::thread> threads;
+  threads.emplace_back([] { EXPECT_EQ(WaitForAllInsFinish(9), 0); });
+  for (int id = 1; id <= 4; ++id) {
+    threads.emplace_back([id] {
+      const C_Test_Drive drive(id);
+      for (int i = 0; i < 200; ++i) drive.Go(i % 2 == 0 ? 2.0 : 0.0);
+    });
+    threads.emplace_back([id] {
+      for (size_t samples = 0; samples < 200; simulator::True_Position(id)) samples += Take(id * 20 + 5).size();
+    });
+  }
+  for (size_t i = 1; i < threads.size(); ++i) threads[i].join();
+  ReBuildSystem();
+  threads[0].join();
+}
+
+// A sanitizer sees what a reader meets that goes on while the process takes its static objects down.
+TEST(Callers_DeathTest, A_Process_May_End_Under_Its_Readers) {
+  const auto leave_under_a_reader = [] {
+    Connect();
+    const C_Test_Drive drive(1);
+    std::thread([&] {
+      for (;;) Take(drive.Position());
+    }).detach();
+    Sleep(20);
+    std::exit(0);
+  };
+  EXPECT_EXIT(leave_under_a_reader(), testing::ExitedWithCode(0), "");
+}
+
+}  // namespace
