@@ -139,7 +139,7 @@ void Drawing_Of_Fourteen_Displays(benchmark::State& state) {
   int number = 0;
   for (auto _ : state) {
     for (int i = 0; i < Stations; ++i)
-      Front().Set_Control_Text(dialog, i, Format_Text(L"%3.4f  mm\r\n1", 2.0 + 1e-4 * (number + i)).Text());
+      Front().Set_Control_Text(dialog, i, Format_Text("%3.4f  mm\r\n1", 2.0 + 1e-4 * (number + i)).Text());
     ++number;
     std::this_thread::sleep_for(std::chrono::milliseconds(Refresh_Ms));
   }

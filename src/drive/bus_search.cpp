@@ -16,14 +16,14 @@ CMyStringW Search_Bus() {
     CheckDeviceExist(id, &beExist);
     if (beExist == 0) continue;
     found = true;
-    id_list.Append(Format_Text(L"CAN_ID：%d \r\n", id));
+    id_list.Append(Format_Text("CAN_ID：%d \r\n", id));
   }
   if (!found) id_list.Append(L"无设备");
   return id_list;
 }
 
 CMyStringW Missing_Drive_Report(int can_id, const CMyStringW& id_list) {
-  CMyStringW str = Format_Text(L"无法找到ID：%d的驱动器\r\n", can_id);
+  CMyStringW str = Format_Text("无法找到ID：%d的驱动器\r\n", can_id);
   str.Append(id_list);
   str.Append(L"请检查CANID拨码\r\n请检查CAN线路\r\n");
   return str;

@@ -68,7 +68,7 @@ const wchar_t* Shuttle(C_Go go, double max, double min) {
 
 // Tells the operator which drive failed at what. Returns 0, the result of the failed check.
 int Report_Failure(int can_id, const wchar_t* words) {
-  CMyStringW str = Format_Text(L"ID:%d的驱动器", can_id);
+  CMyStringW str = Format_Text("ID:%d的驱动器", can_id);
   str.Append(words);
   Message_Box(str);
   return 0;
@@ -220,7 +220,7 @@ int C_Interpolation_Voice_Motor::Watch_Home(int timeout_ms) {
     Sgo(0.0);
     double position = 0.0;
     Get_Cur_Pos(position);
-    Message_Box(Format_Text(L"CANID:%d回零超时，请检查回零传感器和栅尺%3.3f", m_CanId, position));
+    Message_Box(Format_Text("CANID:%d回零超时，请检查回零传感器和栅尺%3.3f", m_CanId, position));
     result = Home_Timed_Out;
   }
 }
@@ -254,7 +254,7 @@ int C_Interpolation_Voice_Motor::Go_Home_Approach(int dir, double offset, double
 }
 
 int C_Interpolation_Voice_Motor::Zero_Correct(double x) {
-  if (!May_Send(m_CanId, L"零位", x)) return 0;
+  if (!May_Send(m_CanId, "零位", x)) return 0;
   SET_AXIS_ZEROS(m_ThreadNum, m_Axis, x);
   Till_Stop(1);
   Till_Time(Zero_Settle_Ms);

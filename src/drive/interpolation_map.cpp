@@ -130,10 +130,10 @@ int C_Interpolation_Voice_Motor::MapMotorID(int can_id) {
     if (asked == 0) return 0;
     if (beExist != 0) break;
     Message_Box(Missing_Drive_Report(can_id, id_list));
-    const CMyStringW question = Format_Text(L"无法找到ID：%d的驱动器,是否重试", can_id);
+    const CMyStringW question = Format_Text("无法找到ID：%d的驱动器,是否重试", can_id);
     if (Message_Box(question, Box_Yes_No | Box_Stop_Icon) != Answer_Yes) return 0;
   }
-  MY_TRACE0(Format_Text(L"MapMotorID canid = %d", can_id));
+  MY_TRACE0(Format_Text("MapMotorID canid = %d", can_id));
   SetBackJmpInsSize(m_ThreadNum, Back_Jump_Size);
   Map_Inputs(can_id);
   Map_Outputs(can_id);

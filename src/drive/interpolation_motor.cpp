@@ -57,7 +57,7 @@ int C_Interpolation_Voice_Motor::Go_Wait(double mm) {
 }
 
 int C_Interpolation_Voice_Motor::Sgo(double mm) {
-  if (!May_Send(m_CanId, L"目标位置", mm)) return 0;
+  if (!May_Send(m_CanId, "目标位置", mm)) return 0;
   SGO(m_ThreadNum, m_Axis, mm);
   return 1;
 }
@@ -68,7 +68,7 @@ void C_Interpolation_Voice_Motor::Till_Stop(int wait) {
 }
 
 int C_Interpolation_Voice_Motor::Go_Relative(double d) {
-  if (!May_Send(m_CanId, L"目标位置", d)) return 0;
+  if (!May_Send(m_CanId, "目标位置", d)) return 0;
   USE_LOCAL_REG(m_ThreadNum);
   GET_OUTPUT_POS(m_ThreadNum, m_Axis, Target_Register);
   ADD_R_C(m_ThreadNum, Target_Register, Target_Register, d);
@@ -77,30 +77,30 @@ int C_Interpolation_Voice_Motor::Go_Relative(double d) {
 }
 
 int C_Interpolation_Voice_Motor::Rapid_Go(double mm) {
-  if (!May_Send(m_CanId, L"目标位置", mm)) return 0;
+  if (!May_Send(m_CanId, "目标位置", mm)) return 0;
   RAPID_GO(m_ThreadNum, m_Axis, mm);
   TILLTIME(m_ThreadNum, 1);
   return 1;
 }
 
 int C_Interpolation_Voice_Motor::Set_Max_Vel(double velocity) {
-  if (!May_Send(m_CanId, L"速度", velocity)) return 0;
+  if (!May_Send(m_CanId, "速度", velocity)) return 0;
   SET_MAX_VEL(m_ThreadNum, m_Axis, velocity);
   return 1;
 }
 int C_Interpolation_Voice_Motor::Set_Max_Acc(double acceleration) {
-  if (!May_Send(m_CanId, L"加速度", acceleration)) return 0;
+  if (!May_Send(m_CanId, "加速度", acceleration)) return 0;
   SET_MAX_ACC(m_ThreadNum, m_Axis, acceleration);
   return 1;
 }
 int C_Interpolation_Voice_Motor::Set_Max_Jerk(double jerk) {
-  if (!May_Send(m_CanId, L"加加速度", jerk)) return 0;
+  if (!May_Send(m_CanId, "加加速度", jerk)) return 0;
   SET_MAX_JERK(m_ThreadNum, m_Axis, jerk);
   return 1;
 }
 
 int C_Interpolation_Voice_Motor::Till_Time(double ms) {
-  if (!May_Send(m_CanId, L"等待时间", ms)) return 0;
+  if (!May_Send(m_CanId, "等待时间", ms)) return 0;
   return TILLTIME(m_ThreadNum, static_cast<int>(ms));
 }
 
@@ -142,7 +142,7 @@ int C_Interpolation_Voice_Motor::Check_Map_Stop() {
 
 // --- Output ports ---
 
-int C_Interpolation_Voice_Motor::Output_Port(int port, const wchar_t* what, double value) {
+int C_Interpolation_Voice_Motor::Output_Port(int port, const char* what, double value) {
   if (!May_Send(m_CanId, what, value)) return 0;
   OUTPUT_DATA(m_ThreadNum, Port_Channel(m_CanId, port), value);
   return 1;
@@ -154,36 +154,36 @@ int C_Interpolation_Voice_Motor::Is_Direction_Turned() const {
 }
 
 int C_Interpolation_Voice_Motor::Set_Current_Pos(double current) {
-  if (Is_Direction_Turned() == 1) return Output_Port(Port_Current_B, L"电流", -current);
-  return Output_Port(Port_Current_A, L"电流", current);
+  if (Is_Direction_Turned() == 1) return Output_Port(Port_Current_B, "电流", -current);
+  return Output_Port(Port_Current_A, "电流", current);
 }
 
 int C_Interpolation_Voice_Motor::Set_Current_Neg(double current) {
-  const int sent = Is_Direction_Turned() == 1 ? Output_Port(Port_Current_A, L"电流", -current)
-                                              : Output_Port(Port_Current_B, L"电流", current);
+  const int sent = Is_Direction_Turned() == 1 ? Output_Port(Port_Current_A, "电流", -current)
+                                              : Output_Port(Port_Current_B, "电流", current);
   WaitForAllInsFinish(m_ThreadNum);
   return sent;
 }
 
 void C_Interpolation_Voice_Motor::Reset_Current_Limit() {
-  Output_Port(Port_Current_A, L"电流", Open_Clamp_Current);
-  Output_Port(Port_Current_B, L"电流", -Open_Clamp_Current);
+  Output_Port(Port_Current_A, "电流", Open_Clamp_Current);
+  Output_Port(Port_Current_B, "电流", -Open_Clamp_Current);
 }
 
 void C_Interpolation_Voice_Motor::Set_Enable(int enable) {
-  Output_Port(Port_Enable, L"使能", enable);
+  Output_Port(Port_Enable, "使能", enable);
 }
 void C_Interpolation_Voice_Motor::Set_Port8(int value) {
-  Output_Port(8, L"端口8的值", value);
+  Output_Port(8, "端口8的值", value);
 }
 void C_Interpolation_Voice_Motor::Set_Port16(int value) {
-  Output_Port(16, L"端口16的值", value);
+  Output_Port(16, "端口16的值", value);
 }
 void C_Interpolation_Voice_Motor::Set_Port15(int value) {
-  Output_Port(15, L"端口15的值", std::clamp(value, Lowest_Port15, Highest_Port15));
+  Output_Port(15, "端口15的值", std::clamp(value, Lowest_Port15, Highest_Port15));
 }
 int C_Interpolation_Voice_Motor::Set_Port18(double value) {
-  return Output_Port(18, L"端口18的值", value);
+  return Output_Port(18, "端口18的值", value);
 }
 
 int C_Interpolation_Voice_Motor::Set_Output_Io(int, int) {
@@ -196,7 +196,7 @@ double C_Interpolation_Voice_Motor::Axis_Scale() const {
 
 int C_Interpolation_Voice_Motor::SetScale(double counts_per_mm) {
   MY_ASSERT(counts_per_mm != 0.0);
-  if (!May_Send(m_CanId, L"传感器比例系数", counts_per_mm)) return 0;
+  if (!May_Send(m_CanId, "传感器比例系数", counts_per_mm)) return 0;
   const double magnitude = std::abs(counts_per_mm);
   {
     const C_Section_Holder hold(m_Lock);

@@ -179,7 +179,7 @@ class C_Interpolation_Voice_Motor {
 
   static int Port_Channel(int can_id, int port) { return can_id * 256 + port; }
   // Writes a value to an output port. what: the operator's word for the value.
-  int Output_Port(int port, const wchar_t* what, double value);
+  int Output_Port(int port, const char* what, double value);
   int Is_Direction_Turned() const;
   int Get_Code(int port, uint64_t& code);
   void Connect();

@@ -36,7 +36,7 @@ void C_Io_Card::Map_Io(int count, int can_id) {
   if (beExist != 1) {
     // Composed for a debugger and shown to nobody, which is meant: a machine without a card is no fault, and the maps
     // are made all the same.
-    const CMyStringW str = Format_Text(L"CAN_ID:%d 的IO设备不存在", can_id);
+    const CMyStringW str = Format_Text("CAN_ID:%d 的IO设备不存在", can_id);
     static_cast<void>(str);
   }
   if (m_NoCard == 0 && theIoMapped == 0) {

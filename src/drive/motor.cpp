@@ -193,7 +193,7 @@ int C_Kestrune_Motor_test::Get_Current(double& current) {
 int C_Kestrune_Motor_test::Get_InterRunFlag() {
   double value = 0.0;
   if (Read_Latest(Input_Channel(In_Run), value) != 1) {
-    Message_Box(Format_Text(L"CANID:%d  Get_InterRunFlag无法读取数据通道", m_CanId));
+    Message_Box(Format_Text("CANID:%d  Get_InterRunFlag无法读取数据通道", m_CanId));
     return Run_Flag_Unreadable;
   }
   return static_cast<int>(value);
@@ -211,16 +211,16 @@ int C_Kestrune_Motor_test::Go_Pos(double mm) {
 
 int C_Kestrune_Motor_test::Send_Pos(double mm) {
   WaitForAllInsFinish(m_ThreadNum);
-  return Output(Out_Position, L"目标位置", mm * m_Sign * m_Scale + m_Offset);
+  return Output(Out_Position, "目标位置", mm * m_Sign * m_Scale + m_Offset);
 }
 
-int C_Kestrune_Motor_test::Output(int k, const wchar_t* what, double value) {
+int C_Kestrune_Motor_test::Output(int k, const char* what, double value) {
   if (!May_Send(m_CanId, what, value)) return 0;
   OUTPUT_DATA(m_ThreadNum, Output_Channel(k), value);
   return 1;
 }
 
-int C_Kestrune_Motor_test::Output_And_Wait(int k, const wchar_t* what, double value) {
+int C_Kestrune_Motor_test::Output_And_Wait(int k, const char* what, double value) {
   if (Output(k, what, value) != 1) return 0;
   WaitForAllInsFinish(m_ThreadNum);
   return 1;
@@ -228,31 +228,31 @@ int C_Kestrune_Motor_test::Output_And_Wait(int k, const wchar_t* what, double va
 
 int C_Kestrune_Motor_test::Set_Current_Pos(double current) {
   if (std::abs(current) > Sleep_Above_Current) Sleep(1);  // a breath before a strong push; it changes nothing else
-  if (m_Be_Invert == 1) return Output_And_Wait(Out_Current_Lower, L"电流", -current);
-  return Output_And_Wait(Out_Current_Upper, L"电流", current);
+  if (m_Be_Invert == 1) return Output_And_Wait(Out_Current_Lower, "电流", -current);
+  return Output_And_Wait(Out_Current_Upper, "电流", current);
 }
 
 int C_Kestrune_Motor_test::Set_Current_Neg(double current) {
   if (std::abs(current) > Sleep_Above_Current) Sleep(1);
-  if (m_Be_Invert == 1) return Output_And_Wait(Out_Current_Lower, L"电流", current);
-  return Output_And_Wait(Out_Current_Upper, L"电流", -current);
+  if (m_Be_Invert == 1) return Output_And_Wait(Out_Current_Lower, "电流", current);
+  return Output_And_Wait(Out_Current_Upper, "电流", -current);
 }
 
 void C_Kestrune_Motor_test::Reset_Current_Limit() {
-  Output(Out_Current_Upper, L"电流", Open_Clamp_Current);
-  Output_And_Wait(Out_Current_Lower, L"电流", -Open_Clamp_Current);
+  Output(Out_Current_Upper, "电流", Open_Clamp_Current);
+  Output_And_Wait(Out_Current_Lower, "电流", -Open_Clamp_Current);
 }
 
 int C_Kestrune_Motor_test::Set_Speed(double speed) {
-  return Output_And_Wait(Out_Speed, L"速度", speed);
+  return Output_And_Wait(Out_Speed, "速度", speed);
 }
 int C_Kestrune_Motor_test::Set_Acc(double acceleration) {
-  return Output_And_Wait(Out_Acceleration, L"加速度", acceleration);
+  return Output_And_Wait(Out_Acceleration, "加速度", acceleration);
 }
 void C_Kestrune_Motor_test::Set_Jerk(double) {}
 
 int C_Kestrune_Motor_test::Till_Time(double ms) {
-  if (!May_Send(m_CanId, L"等待时间", ms)) return 0;
+  if (!May_Send(m_CanId, "等待时间", ms)) return 0;
   return TILLTIME(m_ThreadNum, static_cast<int>(ms));
 }
 
@@ -284,7 +284,7 @@ int C_Kestrune_Motor_test::Wait_For_Ready_Flag(int wanted, int& flag, int& polls
 }
 
 int C_Kestrune_Motor_test::Measure_Stroke(double& max, double& min) {
-  Output(Out_Home, L"回零命令", 0.0);
+  Output(Out_Home, "回零命令", 0.0);
   int flag = 1;
   int polls = 0;  // one budget for the start and the end of the drive's homing
   if (Wait_For_Ready_Flag(0, flag, polls) != 1) return 0;

@@ -145,9 +145,9 @@ class C_Kestrune_Motor_test {
   int Input_Channel(int k) const;
   int Output_Channel(int k) const;
   // Writes a value to output channel k: the one way out to the drive. what: the operator's word for the value.
-  int Output(int k, const wchar_t* what, double value);
+  int Output(int k, const char* what, double value);
   // The same, and waits until the server has sent it.
-  int Output_And_Wait(int k, const wchar_t* what, double value);
+  int Output_And_Wait(int k, const char* what, double value);
   // One read of input channel k without a retry: the newest of the samples that wait.
   int Read_Once(int k, double& value);
   // The search and the maps of MapMotorID, without its box. report: for the operator, where the drive does not answer.

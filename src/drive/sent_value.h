@@ -8,6 +8,6 @@ namespace orsanta {
 
 // Whether the value is a number and so may be sent. One that is none, infinite or not-a-number, is told to the
 // operator, with the device's CAN id and what it was meant for ("电流"); the caller then sends nothing.
-bool May_Send(int can_id, const wchar_t* what, double value);
+bool May_Send(int can_id, const char* what, double value);
 
 }  // namespace orsanta

@@ -84,12 +84,12 @@ void C_VoiceMotorBase::Ensure_Single_Process() {
 
 void C_VoiceMotorBase::Open_Host_Serial(int PortNum, int Baud) {
   if (HostSerial.OpenCom(PortNum) == 0) {
-    Message_Box(Format_Text(L"无法打开串口%d", PortNum));
+    Message_Box(Format_Text("无法打开串口%d", PortNum));
     return;
   }
   if (HostSerial.SetPropW(Baud, 8, 1, 0) == 0) {
     HostSerial.CloseCom();
-    Message_Box(Format_Text(L"无法打开串口%d：波特率%d无法设定", PortNum, Baud));
+    Message_Box(Format_Text("无法打开串口%d：波特率%d无法设定", PortNum, Baud));
     return;
   }
   HostSerialOpen = 1;
@@ -97,7 +97,7 @@ void C_VoiceMotorBase::Open_Host_Serial(int PortNum, int Baud) {
 
 void C_VoiceMotorBase::Add_Station(int index, int IoInit) {
   const VCM_Resource_struct& record = ResourceList[index];
-  const CMyStringW title = Format_Text(L"微米仪%d参数", record.CanID);
+  const CMyStringW title = Format_Text("微米仪%d参数", record.CanID);
   auto* station = new C_VoiceMotor(record.CanID, record.AxisNum, record.AuxAxisNum, record.ControllerNum,
                                    record.SpareNum, record.ConnectServer, -1, -1, -1);
   ParamTitles.Add(title.Text());
@@ -116,10 +116,10 @@ void C_VoiceMotorBase::Add_Station(int index, int IoInit) {
     AddNewDelayProcess(index, Task_Force_Back, 0, station);
     C_VoiceMotorBase::OnForceBackOk(index + 1);
   } else {
-    Message_Box(Format_Text(L"CanID：%d的设备没有连接", record.CanID));
+    Message_Box(Format_Text("CanID：%d的设备没有连接", record.CanID));
   }
   // A file of earlier results is looked for and its absence is no fault.
-  CMyFileCopy::FileExist(Format_Text(L"测试历史纪录%d.dat", index + 1));
+  CMyFileCopy::FileExist(Format_Text("测试历史纪录%d.dat", index + 1));
 }
 
 int C_VoiceMotorBase::Earlier_Station_On_Id(int index) const {
@@ -141,11 +141,11 @@ CMyStringW C_VoiceMotorBase::Id_Conflict(int index, int IoInit) const {
   const int can_id = StationList[index]->CanID;
   const int other = Earlier_Station_On_Id(index);
   if (other >= 0) {
-    return Format_Text(L"电机%d的CANID %d与电机%d相同，电机%d停用，请改为不同的CANID后重新启动", index + 1, can_id,
+    return Format_Text("电机%d的CANID %d与电机%d相同，电机%d停用，请改为不同的CANID后重新启动", index + 1, can_id,
                        other + 1, index + 1);
   }
   if (!Is_On_Card(index, IoInit)) return L"";
-  return Format_Text(L"电机%d的CANID %d是IO卡的地址，电机%d停用，请改为不同的CANID后重新启动", index + 1, can_id,
+  return Format_Text("电机%d的CANID %d是IO卡的地址，电机%d停用，请改为不同的CANID后重新启动", index + 1, can_id,
                      index + 1);
 }
 
@@ -183,7 +183,7 @@ void C_VoiceMotorBase::OnTestResult(C_VoiceMotor* station) {
   if (HostSerialOpen != 1) return;
   theSentStatistics.Note(value_um);
   if (value_um > Pause_From_Um || value_um < -Pause_From_Um) Sleep(1);
-  Send_Host_Line(Format_Text(L"%x%d%06.0f %04.0f\n", station->CanID, station->Ans_Valid.Get(), value_um,
+  Send_Host_Line(Format_Text("%x%d%06.0f %04.0f\n", station->CanID, station->Ans_Valid.Get(), value_um,
                              station->Val_Force_Set[0].Get()));
 }
 

@@ -91,7 +91,7 @@ void C_VoiceMotorBase::Send_Status_Lines() {
   for (C_VoiceMotor* station : StationList) {
     double current = 0.0;
     const bool alive = station->Get_Motor_Ready() == 1 && station->m_pMotor->Get_Current(current) == 1;
-    Send_Host_Line(Format_Text(L"ID:%x State:%x\n", station->CanID, alive ? 1 : 0));
+    Send_Host_Line(Format_Text("ID:%x State:%x\n", station->CanID, alive ? 1 : 0));
   }
 }
 

@@ -22,39 +22,39 @@ CMyArray<VCM_Resource_struct>& theResourceList() {
 }
 
 // A call outside the calling order is a fault of the host program.
-C_VoiceMotorBase& Supervisor(const wchar_t* export_name) {
+C_VoiceMotorBase& Supervisor(const char* export_name) {
   C_VoiceMotorBase* const supervisor = theMotorBase;
   if (supervisor == nullptr) {
-    MY_ASSERT_REPORT(To_Utf8(export_name) + " was called before Orsanta_dll_init or after Orsanta_dll_uninit");
+    MY_ASSERT_REPORT(Format_Utf8("%s was called before Orsanta_dll_init or after Orsanta_dll_uninit", export_name));
   }
   return *supervisor;
 }
 
 // False, after a message, for a station number above the count. A number below 1 passes, and ends the process in the
 // array's index check as the fault of the program that it is.
-bool Check_Station(const wchar_t* export_name, int station) {
+bool Check_Station(const char* export_name, int station) {
   if (Supervisor(export_name).StationList.GetSize() >= station) return true;
-  Message_Box(Format_Text(L"%s前没有初始化电机%d", export_name, station));
+  Message_Box(Format_Text("%s前没有初始化电机%d", export_name, station));
   return false;
 }
 
 // False, after a message, for a station that does not exist or whose drive is not its own to move.
-bool Check_Drive(const wchar_t* export_name, int station) {
+bool Check_Drive(const char* export_name, int station) {
   return Check_Station(export_name, station) && Supervisor(export_name).Check_Drive_Is_Own(int64_t{station} - 1);
 }
 
 // False, after a message, for a value that is no finite number.
-bool Check_Finite(const wchar_t* export_name, int station, double value) {
+bool Check_Finite(const char* export_name, int station, double value) {
   if (std::isfinite(value)) return true;
   Message_Box(
-      Format_Text(L"%s：电机%d的参数%g不是有效数字，没有作任何更改，请检查上位机程序", export_name, station, value));
+      Format_Text("%s：电机%d的参数%g不是有效数字，没有作任何更改，请检查上位机程序", export_name, station, value));
   return false;
 }
 
-bool Check_Channel(const wchar_t* export_name, int channel) {
+bool Check_Channel(const char* export_name, int channel) {
   if (channel >= 0 && channel < C_Io_Card::Channel_Count) return true;
   Message_Box(
-      Format_Text(L"%s：IO通道%d超出范围0到%d，请检查上位机程序", export_name, channel, C_Io_Card::Channel_Count - 1));
+      Format_Text("%s：IO通道%d超出范围0到%d，请检查上位机程序", export_name, channel, C_Io_Card::Channel_Count - 1));
   return false;
 }
 
@@ -107,7 +107,7 @@ void Orsanta_dll_uninit(void) noexcept {
 }
 
 void show_dlg(void) noexcept {
-  C_VoiceMotorBase& supervisor = Supervisor(L"show_dlg");
+  C_VoiceMotorBase& supervisor = Supervisor("show_dlg");
   thePanelOpen = 1;
   Sleep(500);
   supervisor.show();
@@ -115,17 +115,17 @@ void show_dlg(void) noexcept {
 }
 
 int do_test(int station, int task_code) noexcept {
-  if (!Check_Drive(L"do_test", station)) return 0;
-  return Supervisor(L"do_test").do_test(station, task_code);
+  if (!Check_Drive("do_test", station)) return 0;
+  return Supervisor("do_test").do_test(station, task_code);
 }
 
 int get_ans(int station, double* thickness, double* force) noexcept {
-  if (!Check_Station(L"get_ans", station)) return 0;
-  return Supervisor(L"get_ans").get_ans(station, thickness, force);
+  if (!Check_Station("get_ans", station)) return 0;
+  return Supervisor("get_ans").get_ans(station, thickness, force);
 }
 
 void Check_User_Zero(int station) noexcept {
-  if (!Check_Drive(L"Check_User_Zero", station)) return;
+  if (!Check_Drive("Check_User_Zero", station)) return;
   C_VoiceMotor& motor = Station(station);
   const double current = motor.Force_To_Current(motor.Val_Force_Set[0]);
   motor.Val_BaseDistance =
@@ -133,62 +133,62 @@ void Check_User_Zero(int station) noexcept {
 }
 
 int Get_Force_Back_Finish(int station) noexcept {
-  if (!Check_Station(L"Get_Force_Back_Finish", station)) return 0;
+  if (!Check_Station("Get_Force_Back_Finish", station)) return 0;
   return Station(station).Get_Force_Back_Finish();
 }
 
 int GoZero(int station) noexcept {
-  if (!Check_Drive(L"GoZero", station)) return 0;
+  if (!Check_Drive("GoZero", station)) return 0;
   return Station(station).m_pMotor->Go_Zero();
 }
 
 void Set_Force(int station, double force) noexcept {
-  if (!Check_Station(L"Set_Force", station) || !Check_Finite(L"Set_Force", station, force)) return;
+  if (!Check_Station("Set_Force", station) || !Check_Finite("Set_Force", station, force)) return;
   Station(station).Val_Force_Set[0] = force;
   Station(station).Test_Force[0] = force;
   Save_Parameter2file(station);
 }
 
 void Set_Force2(int station, double force) noexcept {
-  if (!Check_Station(L"Set_Force2", station) || !Check_Finite(L"Set_Force2", station, force)) return;
+  if (!Check_Station("Set_Force2", station) || !Check_Finite("Set_Force2", station, force)) return;
   Station(station).Val_Force_Set[1] = force;
   Station(station).Test_Force[1] = force;
   Save_Parameter2file(station);
 }
 
 void Get_Force(int station, double* force) noexcept {
-  if (!Check_Station(L"Get_Force", station)) return;
+  if (!Check_Station("Get_Force", station)) return;
   *force = Station(station).Val_Force_Set[0];
 }
 
 void Save_Parameter2file(int station) noexcept {
-  if (!Check_Station(L"Save_Parameter2file", station)) return;
+  if (!Check_Station("Save_Parameter2file", station)) return;
   Station(station).Save();
 }
 
 void Set_Ans_Offset(int station, double offset) noexcept {
-  if (!Check_Station(L"Set_Ans_Offset", station) || !Check_Finite(L"Set_Ans_Offset", station, offset)) return;
+  if (!Check_Station("Set_Ans_Offset", station) || !Check_Finite("Set_Ans_Offset", station, offset)) return;
   Station(station).Val_Block_Size = offset;
 }
 
 void Get_Ans_Offset(int station, double* offset) noexcept {
-  if (!Check_Station(L"Get_Ans_Offset", station)) return;
+  if (!Check_Station("Get_Ans_Offset", station)) return;
   *offset = Station(station).Val_Block_Size;
 }
 
 void set_test_distance(int station, double distance) noexcept {
   const auto held = static_cast<float>(distance);  // one beyond a float is no finite number either
-  if (!Check_Station(L"set_test_distance", station) || !Check_Finite(L"set_test_distance", station, held)) return;
+  if (!Check_Station("set_test_distance", station) || !Check_Finite("set_test_distance", station, held)) return;
   Station(station).test_distance = held;
 }
 
 int SetIO(int channel, int value) noexcept {
-  C_VoiceMotorBase& supervisor = Supervisor(L"SetIO");
-  if (Check_Channel(L"SetIO", channel)) supervisor.IoCard.Set_Io(channel, value);
+  C_VoiceMotorBase& supervisor = Supervisor("SetIO");
+  if (Check_Channel("SetIO", channel)) supervisor.IoCard.Set_Io(channel, value);
   return 1;
 }
 
 int GetIO(int channel) noexcept {
-  C_VoiceMotorBase& supervisor = Supervisor(L"GetIO");
-  return Check_Channel(L"GetIO", channel) ? supervisor.IoCard.Get_Io(channel) : C_Io_Card::Read_Failed;
+  C_VoiceMotorBase& supervisor = Supervisor("GetIO");
+  return Check_Channel("GetIO", channel) ? supervisor.IoCard.Get_Io(channel) : C_Io_Card::Read_Failed;
 }

@@ -7,8 +7,8 @@
 
 #include "drive/motor.h"
 #include "station/voice_motor.h"
-#include "support/dialog/dialog.h"
 #include "support/dialog/message_box.h"
+#include "support/dialog/small_dialog.h"
 #include "support/time/clock.h"
 
 namespace orsanta {
@@ -36,15 +36,15 @@ int C_VoiceMotor::Calibrate_Force() {
 bool C_VoiceMotor::Ask_Cal_Settings(int& be_SetBaseParameter) {
   std::wstring temp_str = L"推力矫正";
   double D_test_distance = test_distance;
-  CParameterInOutDlg dlg;
-  dlg.AddDataDisp(L"电机", 0, 10.0F, temp_str, 1, 1, 0, nullptr);
-  dlg.AddDataEditRange(L"请输入测试最大电流(A)", 0, 10.0F, Val_Correction_MaxI, -5.0, 10.0, 3, 1, 0, nullptr);
-  dlg.AddDataEditRange(L"请输入测试最小电流(A)", 0, 10.0F, Val_Correction_MinI, -5.0, 10.0, 4, 1, 0, nullptr);
-  dlg.AddDataEditRange(L"测试采集的电流点数", 0, 10.0F, Val_FC_test_num, 4.0, 10.0, 1, 0, nullptr);
-  dlg.AddDataEditRange(L"测试采集的位置点数", 0, 10.0F, theHeadPositionNum, 1.0, 10.0, 1, 1, 0, nullptr);
-  dlg.AddDataEditRange(L"标定最大距离", 0, 10.0F, D_test_distance, 1.0, 50.0, 1, 1, 0, nullptr);
-  dlg.AddDataEditBool(L"直接设置标定参数", 0, 10.0F, be_SetBaseParameter, 1, 0, nullptr);
-  if (dlg.DoParameterDlg(0, 1, 1.0F, 1, nullptr, nullptr, 1) == 0) return false;
+  C_Small_Dialog dialog;
+  dialog.Words(L"电机", temp_str)
+      .Number(L"请输入测试最大电流(A)", Val_Correction_MaxI, -5.0, 10.0, 3)
+      .Number(L"请输入测试最小电流(A)", Val_Correction_MinI, -5.0, 10.0, 4)
+      .Number(L"测试采集的电流点数", Val_FC_test_num, 4.0, 10.0)
+      .Number(L"测试采集的位置点数", theHeadPositionNum, 1.0, 10.0, 1)
+      .Number(L"标定最大距离", D_test_distance, 1.0, 50.0, 1)
+      .Tick(L"直接设置标定参数", be_SetBaseParameter);
+  if (!dialog.Ask()) return false;
   test_distance = static_cast<float>(D_test_distance);
   return true;
 }
@@ -54,11 +54,11 @@ int C_VoiceMotor::Enter_Base_Parameters() {
   double temp_kp = Val_Force_K / Grams_Per_Newton;
   double temp_static = Val_Static_GForce / Grams_Per_Newton;
   double temp_SK = Val_Spring_K / Grams_Per_Newton;
-  CParameterInOutDlg dlg;
-  dlg.AddDataEditRange(L"推力常数(N/A)", 0, 10.0F, temp_kp, -3.0, 5.0, 16, 1, 0, nullptr);
-  dlg.AddDataEditRange(L"弹簧Kp(N/mm)", 0, 10.0F, temp_SK, -3.0, 5.0, 16, 1, 0, nullptr);
-  dlg.AddDataEditRange(L"零位补偿(N)", 0, 10.0F, temp_static, -3.0, 5.0, 16, 1, 0, nullptr);
-  if (dlg.DoParameterDlg(0, 1, 1.0F, 1, nullptr, nullptr, 1) == 0) return 0;
+  C_Small_Dialog dialog;
+  dialog.Number(L"推力常数(N/A)", temp_kp, -3.0, 5.0, C_Small_Dialog::All_Digits)
+      .Number(L"弹簧Kp(N/mm)", temp_SK, -3.0, 5.0, C_Small_Dialog::All_Digits)
+      .Number(L"零位补偿(N)", temp_static, -3.0, 5.0, C_Small_Dialog::All_Digits);
+  if (!dialog.Ask()) return 0;
   Val_Force_K = temp_kp * Grams_Per_Newton;
   Val_Force_KK = 0.0;
   Val_Static_GForce = temp_static * Grams_Per_Newton;
@@ -77,7 +77,7 @@ int C_VoiceMotor::Measure_Force_Model() {
   const bool be_surface = theHeadPositionNum >= Surface_From_Heights;
   const double temp_val = Fit_Cal_Samples(be_surface);
   Force_Back(static_cast<float>(Val_UpSpeed_Set));
-  Message_Box(Format_Text(be_surface ? L"3D推力拟合误差%3.3f g" : L"2D推力拟合误差%3.3f g", temp_val));
+  Message_Box(Format_Text(be_surface ? "3D推力拟合误差%3.3f g" : "2D推力拟合误差%3.3f g", temp_val));
   return 1;
 }
 
@@ -98,12 +98,10 @@ bool C_VoiceMotor::Take_Cal_Samples() {
 bool C_VoiceMotor::Take_Cal_Sample(double current) {
   if (std::isnan(Cal_Land(current))) return false;
   double temp_force = 0.0;
-  CParameterInOutDlg dlg;
-  dlg.AddDataEditRange(L"请输入当前推力(g)", 0, 10.0F, temp_force, 0.0, 10000.0, 3, 1, 0, nullptr);
-  const int confirmed = dlg.DoParameterDlg(0, 1, 1.0F, 1, nullptr, nullptr, 1);
+  const bool confirmed = C_Small_Dialog().Number(L"请输入当前推力(g)", temp_force, 0.0, 10000.0).Ask();
   m_CalForce.Add(temp_force);
   Cal_Back();
-  return confirmed != 0;
+  return confirmed;
 }
 
 // Lands with the current and keeps both it and the position; the probe then presses with it. Returns the position, or

@@ -53,7 +53,7 @@ class get_time {
  public:
   std::wstring Time_Text() const {
     const C_Local_Time now = Local_Time_Now();
-    return Format_Text(L"%d月%d日%d时%d分%d秒", now.month, now.day, now.hour, now.minute, now.second).Text();
+    return Format_Text("%d月%d日%d时%d分%d秒", now.month, now.day, now.hour, now.minute, now.second).Text();
   }
 };
 
@@ -63,13 +63,13 @@ void C_VoiceMotor::Export_History() {
   const std::wstring time_text = get_time().Time_Text();  // once, so that the four files share it
   const auto save = [&](const wchar_t* prefix, const C_History& history) {
     const CMyArray<double> values = history.Copy();
-    const std::wstring name = Format_Text(prefix, CanID).Text() + time_text;
+    const std::wstring name = prefix + std::to_wstring(CanID) + L" " + time_text;
     m_MatData.Save_Double_Vector(values.GetData(), values.GetSize(), name.c_str());
   };
-  save(L"ThicknessArray%d ", ThicknessArray);
-  save(L"TempArray%d ", TempArray);
-  save(L"TestTimeArray%d ", TestTimeArray);
-  save(L"SlowTestData%d ", SlowTestData);
+  save(L"ThicknessArray", ThicknessArray);
+  save(L"TempArray", TempArray);
+  save(L"TestTimeArray", TestTimeArray);
+  save(L"SlowTestData", SlowTestData);
 }
 
 }  // namespace orsanta

@@ -65,7 +65,7 @@ int C_VoiceMotor::Force_Back(float speed) {
 // One attempt to lift the probe. pos: the position last read, in and out. Returns true when the probe has come free,
 // has arrived, or was reported as stuck; false when the attempt ran out of time.
 bool C_VoiceMotor::Try_Retract(float speed, int retries, double& pos) {
-  Wait_Idle(Retract_Limit_Ms, Format_Text(L"canid:%d force_back_timeout Get_InterRunFlag", CanID));
+  Wait_Idle(Retract_Limit_Ms, Format_Text("canid:%d force_back_timeout Get_InterRunFlag", CanID));
   m_pMotor->Set_Speed(speed);
   const double temp_pos = Val_BeginePoint_offset;
   m_pMotor->Send_Pos(temp_pos);  // of a retry too: the move that the drive is carrying out is not cancelled
@@ -79,7 +79,7 @@ bool C_VoiceMotor::Try_Retract(float speed, int retries, double& pos) {
       return true;
     }
     if (m_pMotor->Get_Cur_Pos(pos) != 1) {
-      Message_Box(Format_Text(L"CANID:%d读取位置超时,请检查驱动器电源", CanID));
+      Message_Box(Format_Text("CANID:%d读取位置超时,请检查驱动器电源", CanID));
     }
     if (std::fabs(pos - start_pos) > Free_Mm) return true;
     if (std::fabs(pos - temp_pos) < Free_Mm) return true;
@@ -91,7 +91,7 @@ bool C_VoiceMotor::Try_Retract(float speed, int retries, double& pos) {
 // limits and sends it to 0.
 void C_VoiceMotor::Give_Up_Retract(double pos) {
   if (std::fabs(pos) > Sane_Position_Mm) pos = 0.0;
-  Message_Box(Format_Text(L"canid:%d force_back_timeout 最小电流过小 ", CanID));
+  Message_Box(Format_Text("canid:%d force_back_timeout 最小电流过小 ", CanID));
   m_pMotor->Go_Pos(pos);
   m_pMotor->Reset_Current_Limit();
   m_pMotor->Go_Pos(0.0);

@@ -45,7 +45,7 @@ C_VoiceMotor::C_VoiceMotor(int can_id, int axis_num, int aux_axis_num, int contr
 void C_VoiceMotor::Make_Temp_Sensor(int aux_axis_num) {
   const double sensor_id = std::trunc(Val_TempSensorCanID);  // a fraction is cut off
   if (!(sensor_id >= 1.0 && sensor_id <= Last_Can_Id)) {
-    Message_Box(Format_Text(L"ID:%d 温度传感器CANID %g 超出范围1到63，请重新设置，没有温度板时设为0", CanID,
+    Message_Box(Format_Text("ID:%d 温度传感器CANID %g 超出范围1到63，请重新设置，没有温度板时设为0", CanID,
                             Val_TempSensorCanID.Get()));
     return;
   }
@@ -75,7 +75,7 @@ void C_VoiceMotor::Report_Faults_At_Start() {
 }
 
 std::wstring C_VoiceMotor::Store_Name() const {
-  return Format_Text(L"音圈电机%d参数", CanID).Text();
+  return Format_Text("音圈电机%d参数", CanID).Text();
 }
 
 void C_VoiceMotor::Save() {
@@ -138,7 +138,7 @@ void C_VoiceMotor::Set_Cur_BaseDistance(float position) {
   if (std::isfinite(position)) {
     Cur_BaseDistance = position;
   } else {
-    Message_Box(Format_Text(L"ID:%d 保存的基准面不是有效数字，请重新进行基准面标定", CanID));
+    Message_Box(Format_Text("ID:%d 保存的基准面不是有效数字，请重新进行基准面标定", CanID));
   }
 }
 
@@ -189,10 +189,10 @@ int C_VoiceMotor::Report_Fault() {
   uint64_t code = 0;
   const int read = m_pMotor->Get_Error_Code(code);
   if (read != 1) return read;
-  if ((code & 1) != 0) Message_Box(Format_Text(L"ID:%d 超电流", CanID));
-  if ((code & 2) != 0) Message_Box(Format_Text(L"ID:%d 无法回零", CanID), Box_System_Modal);
-  if ((code & 4) != 0) Message_Box(Format_Text(L"ID:%d 超负荷", CanID), Box_System_Modal);
-  if ((code & 8) != 0) Message_Box(Format_Text(L"ID:%d 检测到漏电流过大", CanID), Box_System_Modal);
+  if ((code & 1) != 0) Message_Box(Format_Text("ID:%d 超电流", CanID));
+  if ((code & 2) != 0) Message_Box(Format_Text("ID:%d 无法回零", CanID), Box_System_Modal);
+  if ((code & 4) != 0) Message_Box(Format_Text("ID:%d 超负荷", CanID), Box_System_Modal);
+  if ((code & 8) != 0) Message_Box(Format_Text("ID:%d 检测到漏电流过大", CanID), Box_System_Modal);
   return read;
 }
 

@@ -1,7 +1,7 @@
 // The small parameter dialogs of a station: one edit each. The result of a dialog is not looked at, since a cancel
 // leaves the bound value as it is.
 #include "station/voice_motor.h"
-#include "support/dialog/dialog.h"
+#include "support/dialog/small_dialog.h"
 
 namespace orsanta {
 
@@ -9,9 +9,7 @@ namespace {
 
 template <class T>
 void Edit(const wchar_t* caption, T& value, double min, double max) {
-  CParameterInOutDlg dlg;
-  dlg.AddDataEditRange(caption, 0, 10.0F, value, min, max, 3, 1, 0, nullptr);
-  dlg.DoParameterDlg(0, 1, 1.0F, 1, nullptr, nullptr, 1);
+  C_Small_Dialog().Number(caption, value, min, max).Ask();
 }
 
 }  // namespace

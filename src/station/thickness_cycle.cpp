@@ -75,7 +75,7 @@ double C_VoiceMotor::Measure_Thickness(float speed, float current) {
   }
   const double thickness = Cur_BaseDistance - check_val + Val_Block_Size;
   if (!std::isfinite(thickness)) {
-    Message_Box(Format_Text(L"ID:%d 测量结果不是有效数字，请检查传感器比例系数和基准块尺寸", CanID));
+    Message_Box(Format_Text("ID:%d 测量结果不是有效数字，请检查传感器比例系数和基准块尺寸", CanID));
     return No_Number;
   }
   Ans_Valid = check_val != 0.0 ? 1 : 0;

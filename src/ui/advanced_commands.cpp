@@ -6,10 +6,10 @@
 #include "station/debug_com.h"
 #include "station/voice_motor.h"
 #include "support/dialog/message_box.h"
+#include "support/dialog/small_dialog.h"
 #include "ui/panel.h"
 #include "ui/panel_ids.h"
 #include "ui/plot_task.h"
-#include "ui/small_edit.h"
 
 namespace orsanta {
 
@@ -27,6 +27,12 @@ constexpr const wchar_t* Advanced_Captions[] = {
     L"导出调试数据", L"设置温度传感器", L"弹簧K值补偿（仅用于2D标定）",
 };
 
+// An entry with all digits that a value has.
+template <class T>
+bool Edit_Whole(const wchar_t* caption, T& value, double min, double max) {
+  return C_Small_Dialog().Number(caption, value, min, max, C_Small_Dialog::All_Digits).Ask();
+}
+
 }  // namespace
 
 // The dialog's buttons come to OnCtrlButton while this call stands on the stack. One such dialog at a time: a further
@@ -40,7 +46,7 @@ C_ORS_Dlg::C_End C_ORS_Dlg::Show_Advanced_Dialog(int index) {
     advance_dlg.AddButton(caption, 0, Advanced_Width, 1, Id(index, sub_id), this, 1, 1.0F);
     ++sub_id;
   }
-  advance_dlg.SetCaptionName(Format_Text(L"电机%d 高级功能", index + 1));
+  advance_dlg.SetCaptionName(Format_Text("电机%d 高级功能", index + 1));
   advance_dlg.DoParameterDlg(1, 0, 1.0F, 0, nullptr, nullptr, 1);
   m_AdvanceDlgOpen = 0;
   return C_End::Save;
@@ -60,10 +66,10 @@ void C_ORS_Dlg::Carry_Out_Advanced(int index, int sub_id, C_VoiceMotor& station)
       station.Calibrate_Force();
       break;
     case panel_id::Force_Offset:  // the caption is that of the set force, and meant so
-      Edit_Number(L"设定推力(g)", station.Val_Force_OffSet, -200, 200, Few_Digits);
+      C_Small_Dialog().Number(L"设定推力(g)", station.Val_Force_OffSet, -200, 200).Ask();
       break;
     case panel_id::Error_Threshold:
-      Edit_Number(L"输入误差阀值(um)", station.Val_ErrorThreshold, -1, 1000, Few_Digits);
+      C_Small_Dialog().Number(L"输入误差阀值(um)", station.Val_ErrorThreshold, -1, 1000).Ask();
       break;
     case panel_id::Settling_Time:
       Edit_Settling_Time(station);
@@ -75,13 +81,13 @@ void C_ORS_Dlg::Carry_Out_Advanced(int index, int sub_id, C_VoiceMotor& station)
       Edit_Direction(station);
       break;
     case panel_id::Origin_Offset:
-      Edit_Number(L"原点偏移(mm)", station.Val_BeginePoint_offset, 0, 10, Few_Digits);
+      C_Small_Dialog().Number(L"原点偏移(mm)", station.Val_BeginePoint_offset, 0, 10).Ask();
       break;
     case panel_id::Test_Distance:
       Edit_Test_Distance(station);
       break;
     case panel_id::Error_Offset:
-      Edit_Number(L"测量误差补偿", station.Val_Error_offset, -1, 1, All_Digits);
+      Edit_Whole(L"测量误差补偿", station.Val_Error_offset, -1, 1);
       break;
     case panel_id::Sensor_Scale:
       Edit_Sensor_Scale(station);
@@ -93,10 +99,10 @@ void C_ORS_Dlg::Carry_Out_Advanced(int index, int sub_id, C_VoiceMotor& station)
       station.Export_History();
       break;
     case panel_id::Temp_Sensor:
-      Edit_Number(L"ntc温度传感器CANID", station.Val_TempSensorCanID, 0, 64, All_Digits);
+      Edit_Whole(L"ntc温度传感器CANID", station.Val_TempSensorCanID, 0, 64);
       break;
     case panel_id::Spring_K:
-      Edit_Number(L"弹簧K值补偿（g/mm）", station.Val_Spring_K, 0, 64, All_Digits);
+      Edit_Whole(L"弹簧K值补偿（g/mm）", station.Val_Spring_K, 0, 64);
       break;
     default:
       break;
@@ -110,7 +116,7 @@ void C_ORS_Dlg::Show_Chart(int index, int kind) {
   m_pMotorBase->SelectedChart = kind;
   const C_VoiceMotor& station = *m_pMotorBase->StationList[index];
   const C_History& data = kind == 0 ? station.ThicknessArray : kind == 1 ? station.TestTimeArray : station.TempArray;
-  const CMyStringW title = Format_Text(kind == 2 ? L"电机：%d测量温度" : L"电机：%d测量结果", index + 1);
+  const CMyStringW title = Format_Text(kind == 2 ? "电机：%d测量温度" : "电机：%d测量结果", index + 1);
   m_pMotorBase->PlotWorkers[index]->Plot_Last(title.Text(), data.Copy(), static_cast<int>(m_pMotorBase->PlotPointNum),
                                               0);
 }
@@ -126,7 +132,7 @@ void C_ORS_Dlg::Clear_Charted_Data() {
 // Shown as a time: one sample of the window lasts 2 ms.
 void C_ORS_Dlg::Edit_Settling_Time(C_VoiceMotor& station) {
   double time_ms = station.Val_ErrorWindowLen * 2;
-  Edit_Number(L"输入稳定时间", time_ms, 1, 1000, Few_Digits);
+  C_Small_Dialog().Number(L"输入稳定时间", time_ms, 1, 1000).Ask();
   station.Val_ErrorWindowLen = time_ms / 2;
 }
 
@@ -136,20 +142,18 @@ void C_ORS_Dlg::Change_Serial_Link(C_VoiceMotor& station) {
 }
 
 void C_ORS_Dlg::Edit_Direction(C_VoiceMotor& station) {
-  CParameterInOutDlg dialog;
-  dialog.AddDataEditBool(L"电机反转", 0, Control_Width, station.Val_Run_Negative, 1, 0, nullptr);
-  Run_Edits(dialog);
+  C_Small_Dialog().Tick(L"电机反转", station.Val_Run_Negative).Ask();
   station.Set_RunNegative(station.Val_Run_Negative == 0 ? 1 : 0);
 }
 
 void C_ORS_Dlg::Edit_Test_Distance(C_VoiceMotor& station) {
   double distance = 10.0;
   station.Get_TestDistance(distance);
-  if (Edit_Number(L"测试距离", distance, 1, 30, All_Digits) == 1) station.Set_TestDistance(distance);
+  if (Edit_Whole(L"测试距离", distance, 1, 30)) station.Set_TestDistance(distance);
 }
 
 void C_ORS_Dlg::Edit_Sensor_Scale(C_VoiceMotor& station) {
-  if (Edit_Number(L"传感器比例系数", station.Val_SensorScale, 1, 1000000000, All_Digits) != 1) return;
+  if (!Edit_Whole(L"传感器比例系数", station.Val_SensorScale, 1, 1000000000)) return;
   station.m_pMotor->SetScale(station.Val_SensorScale);
 }
 
@@ -159,12 +163,12 @@ void C_ORS_Dlg::Check_Linearity(int index, C_VoiceMotor& station) {
   double block_size_check[2] = {0.0, 0.0};
   station.Test_Force[0] = station.Val_Force_Set[0].Get();
   for (int n = 0; n < 2; ++n) {
-    Edit_Number(L"请输入量块尺寸", block_size_set[n], 0, 64, All_Digits);
+    Edit_Whole(L"请输入量块尺寸", block_size_set[n], 0, 64);
     Measure_And_Return(index, station);
     block_size_check[n] = station.Test_Ans;
   }
   const double ratio = std::abs((block_size_check[0] - block_size_check[1]) / (block_size_set[0] - block_size_set[1]));
-  Message_Box(Format_Text(L"线性比例结果%3.4f", ratio));
+  Message_Box(Format_Text("线性比例结果%3.4f", ratio));
 }
 
 }  // namespace orsanta

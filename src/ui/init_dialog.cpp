@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <string>
 
-#include "support/dialog/dialog.h"
+#include "support/dialog/small_dialog.h"
 #include "support/services/serial.h"
 #include "support/system/file.h"
 #include "support/system/wide_string.h"
@@ -19,9 +19,9 @@ constexpr int Dialog_Ports = 6;
 
 using C_Items = CSmartPointer<CMyArray<std::wstring>, 0>;
 
-// Adds the numbers from 1 to `last` to the items of a list.
-void Add_Numbered(const C_Items& items, const wchar_t* format, int last) {
-  for (int i = 1; i <= last; ++i) items->Add(Format_Text(format, i).Text());
+// Adds the numbers from 1 to `last`, each behind the prefix, to the items of a list.
+void Add_Numbered(const C_Items& items, const wchar_t* prefix, int last) {
+  for (int i = 1; i <= last; ++i) items->Add(prefix + std::to_wstring(i));
 }
 
 }  // namespace
@@ -37,15 +37,15 @@ C_InitDlg::C_InitDlg() {
 
 void C_InitDlg::Settings_Dialog() {
   const C_Items stations(1);
-  Add_Numbered(stations, L"%d", Most_Stations);
+  Add_Numbered(stations, L"", Most_Stations);
   const C_Items ports(1);
   ports->Add(L"无串口");
-  Add_Numbered(ports, L"COM%d", Dialog_Ports);
+  Add_Numbered(ports, L"COM", Dialog_Ports);
   // A port beyond the list has a place of its own at the end, so that an untouched confirmation keeps it.
   const int further_port = PortNum > Dialog_Ports ? PortNum : 0;
-  if (further_port != 0) ports->Add(Format_Text(L"COM%d", further_port).Text());
+  if (further_port != 0) ports->Add(L"COM" + std::to_wstring(further_port));
   const C_Items rates(1);
-  for (const int rate : CComSerial::Rates) rates->Add(Format_Text(L"%d", rate).Text());
+  for (const int rate : CComSerial::Rates) rates->Add(std::to_wstring(rate));
 
   const auto known_rate = std::find(CComSerial::Rates.begin(), CComSerial::Rates.end(), Baud);
   int start_place = Start_num - 1;
@@ -54,13 +54,13 @@ void C_InitDlg::Settings_Dialog() {
   int rate_place = known_rate == CComSerial::Rates.end() ? 0 : static_cast<int>(known_rate - CComSerial::Rates.begin());
   const std::wstring password;
 
-  CParameterInOutDlg dialog;
-  dialog.AddDropdownList(L"起始测微仪id", 0, 10.0F, stations, start_place, 1, 0, nullptr);
-  dialog.AddDropdownList(L"电机数量", 0, 10.0F, stations, count_place, 1, 0, nullptr);
-  dialog.AddDropdownList(L"串口号", 0, 10.0F, ports, port_place, 1, 0, nullptr);
-  dialog.AddDropdownList(L"波特率", 0, 10.0F, rates, rate_place, 1, 0, nullptr);
-  dialog.AddDataEditBool(L"IO控制", 0, 10.0F, IoInit, 1, 0, nullptr);
-  if (dialog.DoParameterDlg(1, 0, 1.0F, 1, nullptr, nullptr, 1) != 0) {
+  C_Small_Dialog dialog;
+  dialog.List(L"起始测微仪id", stations, start_place)
+      .List(L"电机数量", stations, count_place)
+      .List(L"串口号", ports, port_place)
+      .List(L"波特率", rates, rate_place)
+      .Tick(L"IO控制", IoInit);
+  if (dialog.Ask()) {
     PortNum = port_place > Dialog_Ports ? further_port : port_place;
     Baud = CComSerial::Rates[static_cast<size_t>(rate_place)];
     MotorNum = count_place + 1;

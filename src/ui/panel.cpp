@@ -3,10 +3,10 @@
 #include "host/motor_base.h"
 #include "station/voice_motor.h"
 #include "support/dialog/message_box.h"
+#include "support/dialog/small_dialog.h"
 #include "support/system/file.h"
 #include "ui/panel_ids.h"
 #include "ui/plot_task.h"
-#include "ui/small_edit.h"
 
 namespace orsanta {
 
@@ -37,12 +37,12 @@ constexpr C_Button Global_Buttons[] = {
 
 std::wstring Detail_Text(const C_VoiceMotor& station) {
   if (station.Ans_Valid == 0) return L"电机错误检查驱动器与电机之间接线";
-  CMyStringW text = Format_Text(L"测量值: %3.4f\n\r", station.Test_Ans.Get());
-  text.Append(Format_Text(L"MAX: %3.3f\n\r", station.Ans_Max));
-  text.Append(Format_Text(L"MIN: %3.3f\n\r", station.Ans_Min));
-  text.Append(Format_Text(L"基准面: %3.3f\n\r", station.Cur_BaseDistance.Get()));
-  text.Append(Format_Text(L"测量时间: %4.2f\n\r", station.m_TestTime.Get()));
-  text.Append(Format_Text(L"观测值: %3.3f", station.m_Observed.Get()));
+  CMyStringW text = Format_Text("测量值: %3.4f\n\r", station.Test_Ans.Get());
+  text.Append(Format_Text("MAX: %3.3f\n\r", station.Ans_Max));
+  text.Append(Format_Text("MIN: %3.3f\n\r", station.Ans_Min));
+  text.Append(Format_Text("基准面: %3.3f\n\r", station.Cur_BaseDistance.Get()));
+  text.Append(Format_Text("测量时间: %4.2f\n\r", station.m_TestTime.Get()));
+  text.Append(Format_Text("观测值: %3.3f", station.m_Observed.Get()));
   return text.Text();
 }
 
@@ -82,28 +82,28 @@ int C_ORS_Dlg::Id(int index, int sub_id) const {
 }
 
 void C_ORS_Dlg::Add_Panel_Button(const wchar_t* caption, int column, int sub_id) {
-  AddButton(caption, column, Control_Width, 1, Id(column, sub_id), this, 1, 1.0F);
+  AddButton(caption, column, C_Small_Dialog::Control_Width, 1, Id(column, sub_id), this, 1, 1.0F);
 }
 
 void C_ORS_Dlg::Add_Station_Column(int index) {
   const int can_id = m_pMotorBase->ResourceList[index].CanID;
-  const std::wstring title = Format_Text(L"微米仪%d参数", can_id).Text();
+  const std::wstring title = Format_Text("微米仪%d参数", can_id).Text();
   m_StateText.Add(title);
   m_ResultText.Add(title);
   if (m_pMotorBase->StationList[index]->Get_Motor_Ready() != 0) {
     for (const C_Button& button : Station_Buttons) Add_Panel_Button(button.caption, index, button.sub_id);
-    AddDataDynamicDisp(Format_Text(L"微米仪%d状态", can_id), index, Control_Width, 2, this, Refresh_Ms,
+    AddDataDynamicDisp(Format_Text("微米仪%d状态", can_id), index, C_Small_Dialog::Control_Width, 2, this, Refresh_Ms,
                        Id(index, panel_id::Status), 1, 1.5F);
     Add_Panel_Button(L"高级功能", index, panel_id::Advanced);
     m_pMotorBase->IoCard.Map_Io(m_pMotorBase->StationCount, Io_Card_Can_Id);
     m_pMotorBase->IoCard.Set_Sim_Mask(0);
     m_pMotorBase->OnForceBackOk(index + 1);
   } else {
-    AddBlank(index, Control_Width, 1, 1, 0, nullptr);
-    Message_Box(Format_Text(L"CanID：%d的设备没有连接", can_id));
+    AddBlank(index, C_Small_Dialog::Control_Width, 1, 1, 0, nullptr);
+    Message_Box(Format_Text("CanID：%d的设备没有连接", can_id));
   }
   CMyFileCopy::FileExist(
-      Format_Text(L"测试历史纪录%d.dat", index + 1));  // asked for; nothing depends on the answer yet
+      Format_Text("测试历史纪录%d.dat", index + 1));  // asked for; nothing depends on the answer yet
 }
 
 // Refreshes one status display, ten times a second: reads members of the station and nothing of its drive.
@@ -116,11 +116,11 @@ void C_ORS_Dlg::OnCtrlDynamicDisp(int id, std::wstring& text, long) {
     // step and deliberately shown nowhere: it is there for whoever stops here in a debugger.
     [[maybe_unused]] const std::wstring detail = Detail_Text(station);
     m_ResultText[index] =
-        station.Ans_Valid != 0 ? Format_Text(L"%3.4f  mm\r\n", station.Test_Ans.Get()).Text() : std::wstring();
+        station.Ans_Valid != 0 ? Format_Text("%3.4f  mm\r\n", station.Test_Ans.Get()).Text() : std::wstring();
     return;
   }
   if (id % panel_id::Station_Span != panel_id::Status) return;
-  m_StateText[index] = Format_Text(L"%d", station.Get_Force_Back_Finish()).Text();
+  m_StateText[index] = Format_Text("%d", station.Get_Force_Back_Finish()).Text();
   text = m_ResultText[index] + m_StateText[index];
 }
 

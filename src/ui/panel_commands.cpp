@@ -3,15 +3,15 @@
 // A measurement that the operator starts by hand pauses the loop (LoopPaused), so that no automatic trigger lifts a
 // probe that is held down; returning the probe lets the loop go on.
 #include <algorithm>
-#include <memory>
+#include <vector>
 
 #include "drive/motor.h"
 #include "host/motor_base.h"
 #include "station/voice_motor.h"
+#include "support/dialog/small_dialog.h"
 #include "support/time/clock.h"
 #include "ui/panel.h"
 #include "ui/panel_ids.h"
-#include "ui/small_edit.h"
 
 namespace orsanta {
 
@@ -28,23 +28,21 @@ constexpr wchar_t Measure_Manual_Caption[] = L"测量(手动模式)";
 
 // The drive is told in any case, after a cancel too.
 void C_ORS_Dlg::Edit_Acceleration(C_VoiceMotor& station) {
-  Edit_Number(L"输入加速度mm/s^2", station.Val_Acc_Set[0], 1000, 60000, Few_Digits);
+  C_Small_Dialog().Number(L"输入加速度mm/s^2", station.Val_Acc_Set[0], 1000, 60000).Ask();
   station.m_pMotor->Set_Acc(station.Val_Acc_Set[0]);
 }
 
 void C_ORS_Dlg::Edit_Block_Size(C_VoiceMotor& station) {
-  Edit_Number(L"输入基准块尺寸(mm)", station.Val_Block_Size, 0, 500, Few_Digits);
+  C_Small_Dialog().Number(L"输入基准块尺寸(mm)", station.Val_Block_Size, 0, 500).Ask();
 }
 
 void C_ORS_Dlg::Correct_Reference_Plane(int index, C_VoiceMotor& station) {
   std::wstring prompt = L"请放好基准量块";
-  CParameterInOutDlg dialog;
-  dialog.AddDataDisp(Format_Text(L"微米仪%d基准面矫正", index + 1), 0, Control_Width, prompt, 1, 1, 0, nullptr);
-  if (dialog.DoParameterDlg(1, 1, 1.0F, 1, nullptr, nullptr, 1) == 0) return;
+  if (!C_Small_Dialog().Words(Format_Text("微米仪%d基准面矫正", index + 1), prompt).Ask()) return;
   const auto current = static_cast<float>(station.Force_To_Current(station.Val_Force_Set[0]));
   const auto speed = static_cast<float>(station.Val_Speed_Set[0].Get());
   station.Val_BaseDistance = station.Correct_Base(speed, current);
-  m_StateText[index] = Format_Text(L"基准面距离: %3.3f", station.Val_BaseDistance.Get()).Text();
+  m_StateText[index] = Format_Text("基准面距离: %3.3f", station.Val_BaseDistance.Get()).Text();
 }
 
 // Queues a slow measurement, waits for it within bounds, and queues the return of the probe until the queue takes it.
@@ -89,12 +87,10 @@ void C_ORS_Dlg::Return_Probe(int index, C_VoiceMotor& station) {
 }
 
 C_ORS_Dlg::C_End C_ORS_Dlg::Test_Two_Forces(int index, C_VoiceMotor& station) {
-  CParameterInOutDlg dialog;
-  dialog.AddDataEditRange(L"设定推力1(g)", 0, Control_Width, station.Val_Force_Set[0], 0, 1000, Few_Digits, 1, 0,
-                          nullptr);
-  dialog.AddDataEditRange(L"设定推力2(g)", 0, Control_Width, station.Val_Force_Set[1], 0, 1000, Few_Digits, 1, 0,
-                          nullptr);
-  if (Run_Edits(dialog) != 1) return C_End::Leave;
+  C_Small_Dialog dialog;
+  dialog.Number(L"设定推力1(g)", station.Val_Force_Set[0], 0, 1000)
+      .Number(L"设定推力2(g)", station.Val_Force_Set[1], 0, 1000);
+  if (!dialog.Ask()) return C_End::Leave;
   station.Test_Force[0] = station.Val_Force_Set[0].Get();
   station.Test_Force[1] = station.Val_Force_Set[1].Get();
   Hold_For_Manual(index, Task_Force_Difference, station);
@@ -103,19 +99,16 @@ C_ORS_Dlg::C_End C_ORS_Dlg::Test_Two_Forces(int index, C_VoiceMotor& station) {
 
 // The caption's lone bracket is meant.
 void C_ORS_Dlg::Edit_Point_Count() {
-  Edit_Number(L"显示结果数量)", m_pMotorBase->PlotPointNum, 10, 50000, Few_Digits);
+  C_Small_Dialog().Number(L"显示结果数量)", m_pMotorBase->PlotPointNum, 10, 50000).Ask();
 }
 
 // All boxes start unticked whatever the card holds, and the mask is sent in any case: a cancel clears it.
 void C_ORS_Dlg::Set_Automatic_Stations() {
   const int count = m_pMotorBase->StationCount;
-  const std::unique_ptr<int[]> ticks(new int[static_cast<size_t>(count)]());
-  CParameterInOutDlg dialog;
-  for (int i = 0; i < count; ++i) {
-    dialog.AddDataEditBool(Format_Text(L"自动测量电机%d", i + 1), 0, Control_Width, ticks[static_cast<size_t>(i)], 1, 0,
-                           nullptr);
-  }
-  Run_Edits(dialog);
+  std::vector<int> ticks(static_cast<size_t>(count));
+  C_Small_Dialog dialog;
+  for (int i = 0; i < count; ++i) dialog.Tick(Format_Text("自动测量电机%d", i + 1), ticks[static_cast<size_t>(i)]);
+  dialog.Ask();
   uint32_t mask = 0;
   for (int i = 0; i < std::min(count, Mask_Bits); ++i)
     mask |= static_cast<uint32_t>(ticks[static_cast<size_t>(i)]) << i;
@@ -124,9 +117,7 @@ void C_ORS_Dlg::Set_Automatic_Stations() {
 
 void C_ORS_Dlg::Set_Automatic_Speed() {
   int rate = 1;
-  CParameterInOutDlg dialog;
-  dialog.AddDataEditRange(L"自动测量速度", 0, Control_Width, rate, 1, 7, 1, 0, nullptr);
-  Run_Edits(dialog);
+  C_Small_Dialog().Number(L"自动测量速度", rate, 1, 7).Ask();
   m_pMotorBase->IoCard.Set_Sim_Rate(rate);
 }
 

@@ -1,9 +1,9 @@
 // The two password gates of the panel and its auto-lock.
 #include "host/motor_base.h"
 #include "support/dialog/message_box.h"
+#include "support/dialog/small_dialog.h"
 #include "ui/init_dialog.h"
 #include "ui/panel.h"
-#include "ui/small_edit.h"
 
 namespace orsanta {
 
@@ -12,11 +12,6 @@ namespace {
 constexpr wchar_t Enter_Password[] = L"输入密码";
 constexpr wchar_t New_Password[] = L"新密码";
 constexpr int Refresh_Ms = 100;  // what one refresh of a display counts
-
-// 1 after a confirmation. What an edit holds counts either way.
-int Run_Gate(CParameterInOutDlg& dialog) {
-  return dialog.DoParameterDlg(1, 1, 1.0F, 1, nullptr, nullptr, 1);
-}
 
 }  // namespace
 
@@ -29,13 +24,14 @@ bool C_ORS_Dlg::Pass_Service_Gate() {
   int asks_settings = 0;
   int changes_password = 0;
   int lock_time_s = auto_lock_password_time_s;
-  CParameterInOutDlg dialog;
-  dialog.AddDataEdit(Enter_Password, 0, Control_Width, entered, 1, 0, nullptr);
-  dialog.AddDataEditBool(L"设置电机数量及串口", 0, Control_Width, asks_settings, 1, 0, nullptr);
-  dialog.AddDataEditBool(L"更改密码", 0, Control_Width, changes_password, 1, 0, nullptr);
-  dialog.AddDataEdit(New_Password, 0, Control_Width, new_password, 1, 0, nullptr);
-  dialog.AddDataEdit(L"自动上锁时间", 0, Control_Width, lock_time_s, 1, 0, nullptr);
-  Run_Gate(dialog);
+  // What the entries hold counts, whether they were confirmed or not.
+  C_Small_Dialog()
+      .Entry(Enter_Password, entered)
+      .Tick(L"设置电机数量及串口", asks_settings)
+      .Tick(L"更改密码", changes_password)
+      .Entry(New_Password, new_password)
+      .Entry(L"自动上锁时间", lock_time_s)
+      .Ask();
   if (entered != password_str) {
     Message_Box(L"密码错误");
     return false;
@@ -56,9 +52,7 @@ bool C_ORS_Dlg::Pass_Operator_Gate() {
   if (m_BeUnlocked) return true;
   Message_Box(L"需要操作员密码");
   std::wstring entered = Enter_Password;
-  CParameterInOutDlg dialog;
-  dialog.AddDataEdit(Enter_Password, 0, Control_Width, entered, 1, 0, nullptr);
-  Run_Gate(dialog);
+  C_Small_Dialog().Entry(Enter_Password, entered).Ask();
   if (entered != password_str) {
     Message_Box(L"用户密码错误");
     return false;

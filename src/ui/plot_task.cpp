@@ -36,13 +36,13 @@ void plot_task::OnThreadLoop(void* param) {
   const int number = m_MotorIndex + 1;
   switch (base.SelectedChart) {
     case 0:
-      return Plot_Last(Format_Text(L"Orsanta：%d测量尺寸（mm）", number).Text(), station.ThicknessArray.Copy(), points,
+      return Plot_Last(Format_Text("Orsanta：%d测量尺寸（mm）", number).Text(), station.ThicknessArray.Copy(), points,
                        0);
     case 1:
-      return Plot_Last(Format_Text(L"Orsanta：%d测量时间（ms）", number).Text(), station.TestTimeArray.Copy(), points,
+      return Plot_Last(Format_Text("Orsanta：%d测量时间（ms）", number).Text(), station.TestTimeArray.Copy(), points,
                        0);
     case 2:
-      return Plot_Last(Format_Text(L"Orsanta：%d测量温度（°C）", number).Text(), station.TempArray.Copy(), points, 0);
+      return Plot_Last(Format_Text("Orsanta：%d测量温度（°C）", number).Text(), station.TempArray.Copy(), points, 0);
     default:
       return;
   }

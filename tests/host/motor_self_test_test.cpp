@@ -58,8 +58,8 @@ int Run_Self_Test() {
   }
   int passed = 0;
   for (int id = 1; id <= C_MyMutiMotorTest::Worker_Count; ++id) {
-    const int good = front->Count_Boxes(Format_Text(L"ID:%d的驱动器测试成功", id).Text());
-    EXPECT_EQ(good + front->Count_Boxes(Format_Text(L"ID:%d的驱动器测试失败", id).Text()), 1) << id;
+    const int good = front->Count_Boxes(Format_Text("ID:%d的驱动器测试成功", id).Text());
+    EXPECT_EQ(good + front->Count_Boxes(Format_Text("ID:%d的驱动器测试失败", id).Text()), 1) << id;
     passed += good;
   }
   for (const C_Shown& shown : front->Shown()) {

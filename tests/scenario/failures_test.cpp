@@ -138,17 +138,17 @@ TEST_F(Failures, Arguments_That_Make_No_Sense_Are_Told_And_Change_Nothing) {
     Set_Force2(1, value);
     Set_Ans_Offset(1, value);
     set_test_distance(1, value);
-    for (const wchar_t* name : {L"Set_Force", L"Set_Force2", L"Set_Ans_Offset", L"set_test_distance"})
+    for (const char* name : {"Set_Force", "Set_Force2", "Set_Ans_Offset", "set_test_distance"})
       told.emplace_back(
-          Format_Text(L"%s：电机1的参数%g不是有效数字，没有作任何更改，请检查上位机程序", name, value).Text());
+          Format_Text("%s：电机1的参数%g不是有效数字，没有作任何更改，请检查上位机程序", name, value).Text());
   }
   set_test_distance(1, 1e300);  // beyond single precision
   told.emplace_back(L"set_test_distance：电机1的参数inf不是有效数字，没有作任何更改，请检查上位机程序");
   for (const int channel : {-1, 8}) {
     EXPECT_EQ(SetIO(channel, 1), 1);
     EXPECT_EQ(GetIO(channel), -1);
-    for (const wchar_t* name : {L"SetIO", L"GetIO"})
-      told.emplace_back(Format_Text(L"%s：IO通道%d超出范围0到7，请检查上位机程序", name, channel).Text());
+    for (const char* name : {"SetIO", "GetIO"})
+      told.emplace_back(Format_Text("%s：IO通道%d超出范围0到7，请检查上位机程序", name, channel).Text());
   }
   EXPECT_EQ(front->Boxes(), told);
   EXPECT_EQ(simulator::Get_Output(7), 1);

@@ -39,7 +39,7 @@ struct C_Calibration_Operator {
 
   std::wstring Read_Gauge() {
     readings.push_back(simulator::Force_Gauge(1));
-    return Format_Text(L"%.2f", readings.back()).Text();
+    return Format_Text("%.2f", readings.back()).Text();
   }
 };
 

@@ -35,8 +35,7 @@ class Operations : public C_Station_Test {
       if (!token.empty()) events.emplace_back(call.time_ms, token);
     }
     for (const C_Shown& shown : front->Shown()) {
-      if (shown.kind == C_Shown::Kind::Box)
-        events.emplace_back(shown.at_ms, To_Utf8(Format_Text(L"[%s]", shown.text.c_str()).Text()));
+      if (shown.kind == C_Shown::Kind::Box) events.emplace_back(shown.at_ms, Format_Utf8("[%s]", To_Utf8(shown.text).c_str()));
     }
     std::stable_sort(events.begin(), events.end(), [](auto& a, auto& b) { return a.first < b.first; });
 
@@ -191,7 +190,7 @@ TEST_F(Operations, Take_Turns) {
   for (const auto& sequence : sequences) {
     C_Thread other;
     {
-      const C_Section_Holder hold(station->m_TestLock);
+      const C_Lock_Guard hold(station->m_TestLock);
       other.Start("other", sequence);
       EXPECT_EQ(Transcript([] { Sleep(2000); }), "+2000 ");
     }
@@ -202,7 +201,7 @@ TEST_F(Operations, Take_Turns) {
   C_Thread other;
   other.Start("other", [&] { station->Correct_Base(20.0F, 1.0F); });
   Sleep(50);
-  { const C_Section_Holder hold(station->m_TestLock); }
+  { const C_Lock_Guard hold(station->m_TestLock); }
   EXPECT_LT(simulator::True_Position(Id), 0.1);
   other.Join();
 }

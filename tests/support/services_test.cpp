@@ -35,7 +35,7 @@ TEST(Wide_String, Formats_In_Every_Locale) {
   own.Format(L"%s%s", own.GetBuffer(), own.GetBuffer());  // its own text as an argument
   EXPECT_EQ(own.Text(), L"xx");
   const std::wstring longer(5000, L'长');
-  EXPECT_EQ(Format_Text(L"<%s>", longer.c_str()).Text(), L"<" + longer + L">");
+  EXPECT_EQ(Format_Text("<%s>", To_Utf8(longer).c_str()).Text(), L"<" + longer + L">");
 }
 
 TEST(Wide_String, Converts_Utf8_Both_Ways_And_Marks_What_Is_None) {

@@ -64,7 +64,7 @@ class Operator : public ::testing::Test {
   }
   // Of a control, where it is not a button's.
   static std::wstring Size(const C_Control_Model& control) {
-    const CMyStringW size = Format_Text(L" %gx%d, text %g", control.width, control.rows, control.text_scale);
+    const CMyStringW size = Format_Text(" %gx%d, text %g", control.width, control.rows, control.text_scale);
     return size == L" 10x1, text 1" ? L"" : size.Text();
   }
   // Runs the panel with the script to its end.
@@ -95,8 +95,9 @@ class Operator : public ::testing::Test {
     for (const C_Shown& shown : front->Shown()) {
       for (const C_Control_Model& control : shown.dialog.controls) {
         if (control.has_range)
-          edits.push_back(control.caption +
-                          Format_Text(L": %s, %g to %g", control.text.c_str(), control.min, control.max).Text());
+          edits.push_back(
+              control.caption +
+              Format_Text(": %s, %g to %g", To_Utf8(control.text).c_str(), control.min, control.max).Text());
       }
     }
     return edits;

@@ -4,11 +4,7 @@
 #include <dlfcn.h>
 
 #include <atomic>
-#include <cstdarg>
-#include <cstdio>
-#include <cstdlib>
 #include <exception>
-#include <memory>
 #include <new>
 #include <typeinfo>
 
@@ -34,7 +30,7 @@ std::string This_Module_Name() {
 }
 
 std::string Compose(const char* function, int line, const std::string& message) {
-  return Format_Assert_Text(
+  return Format_Utf8(
       "%s\n%s\n%s %s\npath: %s\nmodule: %s\nfunc: %s\nline: %d\n\n--------------\n\n"
       "发生异常(Debug),请把本窗口和此时生成的 .dmp 文件发送给开发者.\n"
       "Exception Occurs,please send an image of This Window and Currently Generated .dmp file to developer.",
@@ -60,9 +56,9 @@ std::string Describe_Termination() {
   try {
     throw;
   } catch (const std::exception& error) {
-    return Format_Assert_Text("uncaught exception %s: %s", type->name(), error.what());
+    return Format_Utf8("uncaught exception %s: %s", type->name(), error.what());
   } catch (...) {
-    return Format_Assert_Text("uncaught exception %s", type->name());
+    return Format_Utf8("uncaught exception %s", type->name());
   }
 }
 
@@ -87,21 +83,6 @@ void CVCDumpMessage::DumpFileProcess() {
 std::string& cMyAssertAppendDispInfo() {
   static C_No_Destructor<std::string> text;
   return text.Get();
-}
-
-std::string Format_Assert_Text(const char* format, ...) {
-  va_list arguments;
-  va_start(arguments, format);
-  char* text = nullptr;
-  const int length = vasprintf(&text, format, arguments);
-  va_end(arguments);
-  if (length < 0) return "";
-  const std::unique_ptr<char, decltype(&std::free)> owner(text, &std::free);
-  try {
-    return text;
-  } catch (const std::bad_alloc&) {
-    return "";
-  }
 }
 
 void Report_Assertion(const char* function, int line, const std::string& message) {

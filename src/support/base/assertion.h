@@ -15,6 +15,8 @@
 
 #include <string>
 
+#include "support/system/wide_string.h"
+
 namespace orsanta {
 
 class CMyCriticalSection;
@@ -34,9 +36,6 @@ struct CVCDumpMessage {
 
 // A text that a program can fill in for all its reports; empty in this system.
 std::string& cMyAssertAppendDispInfo();
-
-// Composes a failure's own message, in the manner of printf, in UTF-8. Empty when there is no memory for it.
-std::string Format_Assert_Text(const char* format, ...) __attribute__((format(printf, 1, 2)));
 
 // Composes and keeps the report, and ends the process with it.
 // function: full signature of the reporting function; line: source line of the check; message: what failed, may be

@@ -32,7 +32,7 @@ std::string Device_Path(int port) {
 }
 
 void Trace_Port(int port, const std::string& path, const std::string& what) {
-  MY_TRACE0(Format_Text(L"COM%d (%s): %s\r\n", port, From_Utf8(path).c_str(), From_Utf8(what).c_str()));
+  MY_TRACE0(Format_Text("COM%d (%s): %s\r\n", port, path.c_str(), what.c_str()));
 }
 
 // The box that tells of a lost port. The threads that use a port must not wait for an operator, so the box is posted.
@@ -167,7 +167,7 @@ void CComSerial::Tell_Vanished(const std::string& reason) {
   Release_Device();
   m_Next_Try_Ms = Now_Ms() + Reopen_Period_Ms;
   Trace_Port(m_Port, m_Path, "is gone: " + reason);
-  C_Lost_Box::Of_Port(m_Port).Show(Format_Text(L"串口%d已断开，请检查接线，恢复后自动重连", m_Port).Text());
+  C_Lost_Box::Of_Port(m_Port).Show(Format_Text("串口%d已断开，请检查接线，恢复后自动重连", m_Port).Text());
 }
 
 void CComSerial::Release_Device() {

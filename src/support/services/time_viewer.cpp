@@ -88,7 +88,7 @@ void C_TimeViewer::TraceAll() const {
     for (const TimeViewerNameIndex& entry : Store().names) {
       text += entry.name + L"\r\n";
       for (const CTickData& run : Store().times[entry.index].ticks) {
-        text += Format_Text(L"Usage:%6.1f\r\n", run.end - run.begin).Text();
+        text += Format_Text("Usage:%6.1f\r\n", run.end - run.begin).Text();
       }
     }
   }

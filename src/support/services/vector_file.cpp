@@ -70,8 +70,7 @@ int CMatLab_Matrix_Data::Save_Double_Vector(const double* data, int count, const
   if (!folder.empty()) std::filesystem::create_directories(folder, error);
   const std::string reason = error ? error.message() : Write_Atomically(file.string(), text, Rights);
   if (reason.empty()) return 1;
-  Message_Box(Format_Text(L"无法保存文件 %s：%s。请检查磁盘空间和文件夹的写入权限。", From_Utf8(file.string()).c_str(),
-                          From_Utf8(reason).c_str()));
+  Message_Box(Format_Text("无法保存文件 %s：%s。请检查磁盘空间和文件夹的写入权限。", file.c_str(), reason.c_str()));
   return 0;
 }
 

@@ -3,7 +3,11 @@
 #include <clocale>
 #include <cstdarg>
 #include <cstdint>
+#include <cstdio>
+#include <cstdlib>
 #include <cwchar>
+#include <memory>
+#include <new>
 #include <vector>
 
 namespace orsanta {
@@ -113,6 +117,18 @@ std::wstring Compose(const wchar_t* format, va_list arguments) {
   }
 }
 
+std::string Compose_Utf8(const char* format, va_list arguments) {
+  const C_Plain_Locale plain;
+  char* text = nullptr;
+  if (vasprintf(&text, format, arguments) < 0) return {};
+  const std::unique_ptr<char, decltype(&std::free)> owner(text, &std::free);
+  try {
+    return text;
+  } catch (const std::bad_alloc&) {
+    return {};
+  }
+}
+
 }  // namespace
 
 std::string To_Utf8(const std::wstring& text) {
@@ -152,10 +168,22 @@ CMyStringW& CMyStringW::Append(const CMyStringW& other) {
   return *this;
 }
 
-CMyStringW Format_Text(const wchar_t* format, ...) {
+CMyStringW Format_Text(const char* format, ...) {
   va_list arguments;
   va_start(arguments, format);
-  CMyStringW text(Compose(format, arguments));
+  const std::string text = Compose_Utf8(format, arguments);
+  va_end(arguments);
+  try {
+    return From_Utf8(text);
+  } catch (const std::bad_alloc&) {
+    return {};
+  }
+}
+
+std::string Format_Utf8(const char* format, ...) {
+  va_list arguments;
+  va_start(arguments, format);
+  std::string text = Compose_Utf8(format, arguments);
   va_end(arguments);
   return text;
 }

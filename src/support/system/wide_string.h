@@ -34,7 +34,10 @@ class CMyStringW {
   std::wstring m_Text;
 };
 
-// A composed text in one expression.
-CMyStringW Format_Text(const wchar_t* format, ...);
+// A text composed in the manner of printf, whose arguments the compiler checks. Format and texts are UTF-8; the locale
+// has no influence. Empty when there is no memory for it.
+CMyStringW Format_Text(const char* format, ...) __attribute__((format(printf, 1, 2)));
+// The same in UTF-8.
+std::string Format_Utf8(const char* format, ...) __attribute__((format(printf, 1, 2)));
 
 }  // namespace orsanta

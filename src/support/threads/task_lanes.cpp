@@ -32,7 +32,7 @@ void CQueueTask_Single_Base::Ask_To_End() {
 
 void CQueueTask_Single_Base::Wait_For_End(int timeout_ms) {
   if (m_Thread.Join(timeout_ms)) return;
-  MY_ASSERT_REPORT(Format_Assert_Text("task lane %d did not end within %d ms", m_Lane, timeout_ms));
+  MY_ASSERT_REPORT(Format_Utf8("task lane %d did not end within %d ms", m_Lane, timeout_ms));
 }
 
 void CQueueTask_Single_Base::Run() {

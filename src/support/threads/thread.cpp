@@ -46,7 +46,7 @@ void C_Thread::Start(const std::string& name, std::function<void()> body, int le
   try {
     m_Thread = std::thread(std::move(run));
   } catch (const std::system_error& error) {
-    MY_ASSERT_REPORT(Format_Assert_Text("thread %s cannot be started: %s", name.c_str(), error.what()));
+    MY_ASSERT_REPORT(Format_Utf8("thread %s cannot be started: %s", name.c_str(), error.what()));
   }
 }
 
@@ -93,7 +93,7 @@ int CBaseBindThread::EndThread(int, int) {
   if (!m_Thread.Is_Running()) return 1;
   m_Be_End = true;
   if (!m_Thread.Join(m_Timeout_Ms)) {
-    MY_ASSERT_REPORT(Format_Assert_Text("thread %s did not end within %d ms", m_Name.c_str(), m_Timeout_Ms));
+    MY_ASSERT_REPORT(Format_Utf8("thread %s did not end within %d ms", m_Name.c_str(), m_Timeout_Ms));
   }
   return 1;
 }
