@@ -1,13 +1,13 @@
 // orsanta selftest: the drive's self-test, run from ten workers at once. It reaches into the house through this
 // program's own copy of the host floor: the library does not export it.
 #include <cstdio>
-#include <mutex>
 
 #include "commands.h"
 #include "host/motor_self_test.h"
 #include "support/dialog/console_front.h"
 #include "support/dialog/message_box.h"
 #include "support/time/clock.h"
+#include "support/time/lock.h"
 
 namespace app {
 namespace {
@@ -17,7 +17,7 @@ class C_Selftest_Front : public orsanta::C_Console_Front {
  public:
   void Post_Message(const orsanta::C_Message_Model& model, orsanta::C_Message_Sink& sink) override {
     {
-      const std::lock_guard lock(m_Lock);
+      const orsanta::C_Lock_Guard hold(m_Lock);
       std::printf("%s\n", orsanta::To_Utf8(model.text).c_str());
       std::fflush(stdout);
       if (model.text.find(L"测试成功") != std::wstring::npos) ++m_Passed;
@@ -26,13 +26,13 @@ class C_Selftest_Front : public orsanta::C_Console_Front {
   }
 
   int Passed() {
-    const std::lock_guard lock(m_Lock);
+    const orsanta::C_Lock_Guard hold(m_Lock);
     return m_Passed;
   }
 
  private:
-  std::mutex m_Lock;
-  int m_Passed = 0;
+  orsanta::C_Leaf_Lock m_Lock;
+  int m_Passed GUARDED_BY(m_Lock) = 0;
 };
 
 int Run_Selftest() {

@@ -20,7 +20,7 @@ C_Desktop_Front::~C_Desktop_Front() {
 }
 
 std::shared_ptr<C_Dialog_Link> C_Desktop_Front::Find(int dialog) {
-  std::lock_guard<std::mutex> guard(m_Lock);
+  const C_Lock_Guard hold(m_Lock);
   const auto found = m_Links.find(dialog);
   return found != m_Links.end() ? found->second : nullptr;
 }
@@ -29,7 +29,7 @@ int C_Desktop_Front::Open_Dialog(const C_Dialog_Model& model, C_Dialog_Listener&
   auto link = std::make_shared<C_Dialog_Link>(sink);
   int dialog = 0;
   {
-    std::lock_guard<std::mutex> guard(m_Lock);
+    const C_Lock_Guard hold(m_Lock);
     dialog = ++m_Last_Dialog;
     m_Links[dialog] = link;
   }
@@ -44,7 +44,7 @@ void C_Desktop_Front::Close_Dialog(int dialog) {
   if (!link) return;
   link->Cut();
   {
-    std::lock_guard<std::mutex> guard(m_Lock);
+    const C_Lock_Guard hold(m_Lock);
     m_Links.erase(dialog);
   }
   m_Thread.Post([this, dialog] { m_Desk->Close_Dialog(dialog); });
@@ -68,7 +68,7 @@ void C_Desktop_Front::Post_Message(const C_Message_Model& model, C_Message_Sink&
   const int refusal = (model.flags & Box_Yes_No) != 0 ? Answer_No : Answer_Ok;
   int message = 0;
   {
-    std::lock_guard<std::mutex> guard(m_Lock);
+    const C_Lock_Guard hold(m_Lock);
     message = ++m_Last_Message;
     m_Messages[message] = {&sink, refusal};
   }
@@ -81,7 +81,7 @@ void C_Desktop_Front::Post_Message(const C_Message_Model& model, C_Message_Sink&
 void C_Desktop_Front::Answer(int message, int answer) {
   C_Message_Sink* sink = nullptr;
   {
-    std::lock_guard<std::mutex> guard(m_Lock);
+    const C_Lock_Guard hold(m_Lock);
     const auto found = m_Messages.find(message);
     if (found == m_Messages.end()) return;
     sink = found->second.sink;
@@ -94,7 +94,7 @@ void C_Desktop_Front::Give_Up() {
   std::map<int, std::shared_ptr<C_Dialog_Link>> links;
   std::map<int, C_Open_Message> messages;
   {
-    std::lock_guard<std::mutex> guard(m_Lock);
+    const C_Lock_Guard hold(m_Lock);
     links = m_Links;
     messages.swap(m_Messages);
     m_Charts.clear();
@@ -105,7 +105,7 @@ void C_Desktop_Front::Give_Up() {
 
 void C_Desktop_Front::Draw_Chart(unsigned chart, const C_Chart_Model& model) {
   {
-    std::lock_guard<std::mutex> guard(m_Lock);
+    const C_Lock_Guard hold(m_Lock);
     C_Chart_State& state = m_Charts[chart];
     const bool posted = state.waiting != nullptr;
     state.waiting = std::make_unique<C_Chart_Model>(model);
@@ -118,26 +118,26 @@ void C_Desktop_Front::Draw_Chart(unsigned chart, const C_Chart_Model& model) {
 void C_Desktop_Front::Draw_Waiting(unsigned chart) {
   std::unique_ptr<C_Chart_Model> model;
   {
-    std::lock_guard<std::mutex> guard(m_Lock);
+    const C_Lock_Guard hold(m_Lock);
     const auto found = m_Charts.find(chart);
     if (found != m_Charts.end()) model = std::move(found->second.waiting);
   }
   if (!model) return;
   m_Desk->Draw_Chart(chart, *model, [this, chart] {
-    std::lock_guard<std::mutex> guard(m_Lock);
+    const C_Lock_Guard hold(m_Lock);
     m_Charts.erase(chart);
   });
 }
 
 bool C_Desktop_Front::Is_Chart_Open(unsigned chart) {
-  std::lock_guard<std::mutex> guard(m_Lock);
+  const C_Lock_Guard hold(m_Lock);
   const auto found = m_Charts.find(chart);
   return found != m_Charts.end() && found->second.open;
 }
 
 void C_Desktop_Front::Close_Chart(unsigned chart) {
   {
-    std::lock_guard<std::mutex> guard(m_Lock);
+    const C_Lock_Guard hold(m_Lock);
     m_Charts.erase(chart);
   }
   m_Thread.Post([this, chart] { m_Desk->Close_Chart(chart); });

@@ -7,12 +7,12 @@
 #include <atomic>
 #include <map>
 #include <memory>
-#include <mutex>
 
 #include "desktop/dialog_link.h"
 #include "desktop/qt_thread.h"
 #include "desktop/window_manager.h"
 #include "support/dialog/front.h"
+#include "support/time/lock.h"
 
 namespace orsanta {
 
@@ -52,12 +52,12 @@ class C_Desktop_Front : public C_Front {
   void Answer(int message, int answer);
   void Draw_Waiting(unsigned chart);
 
-  std::mutex m_Lock;
-  int m_Last_Dialog = 0;
-  std::map<int, std::shared_ptr<C_Dialog_Link>> m_Links;
-  int m_Last_Message = 0;
-  std::map<int, C_Open_Message> m_Messages;
-  std::map<unsigned, C_Chart_State> m_Charts;
+  C_Leaf_Lock m_Lock;
+  int m_Last_Dialog GUARDED_BY(m_Lock) = 0;
+  std::map<int, std::shared_ptr<C_Dialog_Link>> m_Links GUARDED_BY(m_Lock);
+  int m_Last_Message GUARDED_BY(m_Lock) = 0;
+  std::map<int, C_Open_Message> m_Messages GUARDED_BY(m_Lock);
+  std::map<unsigned, C_Chart_State> m_Charts GUARDED_BY(m_Lock);
   std::unique_ptr<C_Window_Desk> m_Desk;  // made, used and ended on the Qt thread
   C_Qt_Thread& m_Thread = C_Qt_Thread::Get();
 };

@@ -6,12 +6,12 @@
 #pragma once
 
 #include <map>
-#include <mutex>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "support/dialog/front.h"
+#include "support/time/lock.h"
 
 namespace orsanta {
 
@@ -20,18 +20,18 @@ class C_Dialog_Link {
   explicit C_Dialog_Link(C_Dialog_Listener& sink) : m_Sink(&sink) {}
 
   void Send(const C_Dialog_Event& event) {
-    std::lock_guard<std::mutex> guard(m_Lock);
+    const C_Lock_Guard hold(m_Lock);
     if (m_Sink != nullptr) m_Sink->On_Dialog_Event(event);
   }
   // After the return the sink gets nothing more.
   void Cut() {
-    std::lock_guard<std::mutex> guard(m_Lock);
+    const C_Lock_Guard hold(m_Lock);
     m_Sink = nullptr;
   }
 
   // Returns true when the window has to be told that texts wait.
   bool Put_Text(int control, const std::wstring& text) {
-    std::lock_guard<std::mutex> guard(m_Lock);
+    const C_Lock_Guard hold(m_Lock);
     const auto last = m_Last.find(control);
     if (last != m_Last.end() && last->second == text) return false;
     m_Last[control] = text;
@@ -40,20 +40,20 @@ class C_Dialog_Link {
     return tell;
   }
   std::map<int, std::wstring> Take_Texts() {
-    std::lock_guard<std::mutex> guard(m_Lock);
+    const C_Lock_Guard hold(m_Lock);
     return std::exchange(m_Waiting, {});
   }
   // The person may have changed the control: the next text is taken even if it equals the last one.
   void Forget(int control) {
-    std::lock_guard<std::mutex> guard(m_Lock);
+    const C_Lock_Guard hold(m_Lock);
     m_Last.erase(control);
   }
 
  private:
-  std::mutex m_Lock;
-  C_Dialog_Listener* m_Sink;
-  std::map<int, std::wstring> m_Last;     // what each control shows, as far as it was told
-  std::map<int, std::wstring> m_Waiting;  // not yet on the window
+  C_Leaf_Lock m_Lock;
+  C_Dialog_Listener* m_Sink GUARDED_BY(m_Lock);
+  std::map<int, std::wstring> m_Last GUARDED_BY(m_Lock);     // what each control shows, as far as it was told
+  std::map<int, std::wstring> m_Waiting GUARDED_BY(m_Lock);  // not yet on the window
 };
 
 }  // namespace orsanta

@@ -56,7 +56,7 @@ C_Qt_Thread& C_Qt_Thread::Get() {
 
 bool C_Qt_Thread::Start(std::string& reason) {
   {
-    std::lock_guard<std::mutex> guard(m_Lock);
+    const C_Lock_Guard hold(m_Lock);
     if (m_Context != nullptr) return true;
   }
   std::promise<std::string> started;
@@ -93,7 +93,7 @@ void C_Qt_Thread::Run(const std::function<void(const std::string&)>& started) {
   }
   QObject context;
   {
-    std::lock_guard<std::mutex> guard(m_Lock);
+    const C_Lock_Guard hold(m_Lock);
     m_Context = &context;
   }
   started("");
@@ -102,7 +102,7 @@ void C_Qt_Thread::Run(const std::function<void(const std::string&)>& started) {
 }
 
 bool C_Qt_Thread::Post(std::function<void()> work) {
-  std::lock_guard<std::mutex> guard(m_Lock);
+  const C_Lock_Guard hold(m_Lock);
   if (m_Context == nullptr) return false;
   QMetaObject::invokeMethod(m_Context, std::move(work), Qt::QueuedConnection);
   return true;
@@ -121,12 +121,12 @@ bool C_Qt_Thread::Run_And_Wait(const std::function<void()>& work) {
 }
 
 void C_Qt_Thread::On_Display_Lost(std::function<void()> work) {
-  std::lock_guard<std::mutex> guard(m_Lock);
+  const C_Lock_Guard hold(m_Lock);
   m_Display_Lost = std::move(work);
 }
 
 void C_Qt_Thread::Take_No_More_Posts() {
-  std::lock_guard<std::mutex> guard(m_Lock);
+  const C_Lock_Guard hold(m_Lock);
   m_Context = nullptr;
 }
 
@@ -136,7 +136,7 @@ void C_Qt_Thread::Stay_Without_Display() {
   Take_No_More_Posts();
   std::function<void()> lost;
   {
-    std::lock_guard<std::mutex> guard(m_Lock);
+    const C_Lock_Guard hold(m_Lock);
     lost = m_Display_Lost;
   }
   if (lost) lost();

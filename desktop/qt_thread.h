@@ -5,8 +5,9 @@
 #pragma once
 
 #include <functional>
-#include <mutex>
 #include <string>
+
+#include "support/time/lock.h"
 
 class QObject;
 
@@ -37,9 +38,9 @@ class C_Qt_Thread {
   void Run(const std::function<void(const std::string&)>& started);
   void Take_No_More_Posts();
 
-  std::mutex m_Lock;
-  QObject* m_Context = nullptr;  // lives on the Qt thread; null while it takes no posts
-  std::function<void()> m_Display_Lost;
+  C_Leaf_Lock m_Lock;
+  QObject* m_Context GUARDED_BY(m_Lock) = nullptr;  // lives on the Qt thread; null while it takes no posts
+  std::function<void()> m_Display_Lost GUARDED_BY(m_Lock);
 };
 
 }  // namespace orsanta

@@ -3,12 +3,13 @@
 #include <cmath>
 
 #include "support/time/clock.h"
+#include "support/time/lock.h"
 
 namespace simulator {
 
 namespace {
 
-std::mutex the_lock;
+orsanta::C_Leaf_Lock the_lock;
 // Not destroyed at the end of the process: a client that leaves without a stop still has threads that read samples.
 C_Installation* the_installation = nullptr;
 uint64_t the_session = 0;
@@ -54,7 +55,7 @@ C_Access::C_Access() : m_Guard(the_lock) {
 }
 
 void Replace_Installation(const Settings& settings) {
-  const std::lock_guard<std::mutex> guard(the_lock);
+  const orsanta::C_Lock_Guard hold(the_lock);
   Replace(settings);
 }
 

@@ -5,12 +5,12 @@
 #pragma once
 
 #include <memory>
-#include <mutex>
 
 #include "simulator/journal.h"
 #include "simulator/room.h"
 #include "simulator/server.h"
 #include "simulator/simulator.h"
+#include "support/time/lock.h"
 
 namespace simulator {
 
@@ -40,7 +40,7 @@ class C_Access {
   C_Installation& operator*() const { return *m_Installation; }
 
  private:
-  std::unique_lock<std::mutex> m_Guard;
+  orsanta::C_Lock_Guard<orsanta::C_Leaf_Lock> m_Guard;
   C_Installation* m_Installation;
 };
 

@@ -28,7 +28,7 @@ C_FIFO2Window::~C_FIFO2Window() {
 }
 
 int C_FIFO2Window::Set_Window_Len(int length) {
-  const C_Section_Holder hold(m_Lock);
+  const C_Lock_Guard hold(m_Lock);
   if (m_WindowLen < 1) return 0;
   m_WindowLen = length;
   Empty();
@@ -42,10 +42,10 @@ int C_FIFO2Window::Start_Read(int channel) {
 }
 
 int C_FIFO2Window::Get_Window(CMyArray<double>& out) {
-  const C_Section_Holder hold(m_Lock);
+  const C_Lock_Guard hold(m_Lock);
   Copy_Live_Part(m_Data, m_Start, out);
   {
-    const std::lock_guard<std::mutex> guard(m_ReadIndexLock);
+    const C_Lock_Guard hold_indices(m_ReadIndexLock);
     Copy_Live_Part(m_Index, m_Start, m_ReadIndex);
   }
   m_BeNewData = 0;
@@ -53,7 +53,7 @@ int C_FIFO2Window::Get_Window(CMyArray<double>& out) {
 }
 
 int C_FIFO2Window::Get_Read_Index(CMyArray<uint64_t>& out) const {
-  const std::lock_guard<std::mutex> guard(m_ReadIndexLock);
+  const C_Lock_Guard hold(m_ReadIndexLock);
   out = m_ReadIndex;
   return 1;
 }
@@ -65,12 +65,12 @@ CMyArray<uint64_t> C_FIFO2Window::Get_Read_Index_Copy() const {
 }
 
 int C_FIFO2Window::Get_Count() {
-  const C_Section_Holder hold(m_Lock);
+  const C_Lock_Guard hold(m_Lock);
   return Live_Count();
 }
 
 int C_FIFO2Window::Clear_Window() {
-  const C_Section_Holder hold(m_Lock);
+  const C_Lock_Guard hold(m_Lock);
   Empty();
   return 1;
 }
@@ -86,7 +86,7 @@ int C_FIFO2Window::Wait_Pass() {
 }
 
 int C_FIFO2Window::Push_Sample(double value, uint64_t index) {
-  const C_Section_Holder hold(m_Lock);
+  const C_Lock_Guard hold(m_Lock);
   if (Live_Count() >= m_WindowLen) Drop_Oldest();
   m_Data.Add(value);
   m_Index.Add(index);

@@ -18,12 +18,12 @@
 #pragma once
 
 #include <cstdint>
-#include <mutex>
 
 #include "support/base/array.h"
 #include "support/threads/thread.h"
 #include "support/time/critical_section.h"
 #include "support/time/shared.h"
+#include "support/time/lock.h"
 
 namespace orsanta {
 
@@ -64,23 +64,23 @@ class C_FIFO2Window : public CBaseBindThread {
   void OnThreadLoop(void* param) override;
 
  private:
-  int Live_Count() const { return m_Data.GetSize() - m_Start; }
-  void Empty();
-  void Drop_Oldest();
+  int Live_Count() const REQUIRES(m_Lock) { return m_Data.GetSize() - m_Start; }
+  void Empty() REQUIRES(m_Lock);
+  void Drop_Oldest() REQUIRES(m_Lock);
 
   Shared<int> m_Channel = -1;                    // -1: none yet
   Shared<int> m_WindowLen = Default_Window_Len;  // samples
   Shared<uint64_t> m_Passes = 0;                 // of the reader thread, finished
-  CMyCriticalSection m_Lock;                     // guards the four below; held for a copy or a push
+  CMyCriticalSection m_Lock;                     // held for a copy or a push
   Shared<int> m_BeNewData = 0;                   // 1: samples came since the last Get_Window
-  CMyArray<double> m_Data;
-  CMyArray<uint64_t> m_Index;
-  int m_Start = 0;
+  CMyArray<double> m_Data GUARDED_BY(m_Lock);
+  CMyArray<uint64_t> m_Index GUARDED_BY(m_Lock);
+  int m_Start GUARDED_BY(m_Lock) = 0;
 
   // The indices that belong to the last Get_Window. They are read outside m_Lock, so that a reader of indices does not
   // hold up the window thread; a leaf lock of their own keeps a copy whole.
-  mutable std::mutex m_ReadIndexLock;
-  CMyArray<uint64_t> m_ReadIndex;
+  mutable C_Leaf_Lock m_ReadIndexLock;
+  CMyArray<uint64_t> m_ReadIndex GUARDED_BY(m_ReadIndexLock);
 
   // The window thread's read buffers, kept between passes; their size follows m_WindowLen.
   CMyArray<double> m_PassData;

@@ -258,7 +258,7 @@ int C_Interpolation_Voice_Motor::Zero_Correct(double x) {
   SET_AXIS_ZEROS(m_ThreadNum, m_Axis, x);
   Till_Stop(1);
   Till_Time(Zero_Settle_Ms);
-  const C_Section_Holder hold(m_Lock);
+  const C_Lock_Guard hold(m_Lock);
   double position = 0.0;
   Get_Cur_Pos(position);
   m_ZeroOffset = m_ZeroOffset + position + x;

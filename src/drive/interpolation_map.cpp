@@ -66,14 +66,14 @@ C_Interpolation_Voice_Motor::C_Interpolation_Voice_Motor(int can_id, int axis, i
       m_SensorIo(sensor_io),
       m_HomeIo(sensor_io),
       m_SensorIo2(sensor_io2 == -1 ? sensor_io + 1 : sensor_io2) {
-  const C_Section_Holder hold(theDriveLock);
+  const C_Lock_Guard hold(theDriveLock);
   ++theDriveCount;
   if (connect_server == 1 && theServerConnected == 0) Connect();
   m_BeMapped = Map_Once();
 }
 
 C_Interpolation_Voice_Motor::~C_Interpolation_Voice_Motor() {
-  const C_Section_Holder hold(theDriveLock);
+  const C_Lock_Guard hold(theDriveLock);
   m_ThreadNum = -1;
   for (C_FIFO2Window* window : m_WindowList) window->ReleaseSubClass_CBaseBindThread();
   m_WindowList.Clear();
@@ -111,7 +111,7 @@ int C_Interpolation_Voice_Motor::Connect_Loop() {
 }
 
 int C_Interpolation_Voice_Motor::Map_Once() {
-  const C_Section_Holder hold(theDriveLock);  // the constructor holds it already; a later call takes it here
+  const C_Lock_Guard hold(theDriveLock);  // the constructor holds it already; a later call takes it here
   for (const int id : theMappedIds) {
     if (id == m_CanId) return 1;
   }

@@ -199,7 +199,7 @@ int C_Interpolation_Voice_Motor::SetScale(double counts_per_mm) {
   if (!May_Send(m_CanId, "传感器比例系数", counts_per_mm)) return 0;
   const double magnitude = std::abs(counts_per_mm);
   {
-    const C_Section_Holder hold(m_Lock);
+    const C_Lock_Guard hold(m_Lock);
     m_Dir = static_cast<int>(counts_per_mm / magnitude);
     m_Scale = magnitude * Raw_Per_Count;
   }
@@ -210,7 +210,7 @@ int C_Interpolation_Voice_Motor::SetScale(double counts_per_mm) {
 // --- Status ---
 
 int C_Interpolation_Voice_Motor::Get_Cur_Pos(double& pos) {
-  const C_Section_Holder hold(m_Lock);
+  const C_Lock_Guard hold(m_Lock);
   CMyArray<double> array_temp;
   if (m_PosWindow.Get_Window(array_temp) != 1) return 0;
   const int64_t counts = static_cast<int64_t>(array_temp.GetEndData()) >> Count_Fraction_Bits;
@@ -219,7 +219,7 @@ int C_Interpolation_Voice_Motor::Get_Cur_Pos(double& pos) {
 }
 
 int C_Interpolation_Voice_Motor::Get_Pos_Window(CMyArray<double>& positions) {
-  const C_Section_Holder hold(m_Lock);
+  const C_Lock_Guard hold(m_Lock);
   const int result = m_PosWindow.Get_Window(positions);
   const double scale = m_Scale;
   const double zero_offset = m_ZeroOffset;
@@ -314,14 +314,14 @@ int C_Interpolation_Voice_Motor::Get_Slow_Window(int i, CMyArray<double>& sample
 }
 
 int C_Interpolation_Voice_Motor::Get_Window16(CMyArray<double>& samples) {
-  const C_Section_Holder hold(m_Lock);
+  const C_Lock_Guard hold(m_Lock);
   const int result = m_Window16.Get_Window(samples);
   m_Window16.Get_Read_Index(m_TimeIndex);
   return result;
 }
 
 int C_Interpolation_Voice_Motor::Get_Window16_Newest(double& value) {
-  const C_Section_Holder hold(m_Lock);  // a read on another thread gets its samples and their indices together
+  const C_Lock_Guard hold(m_Lock);  // a read on another thread gets its samples and their indices together
   CMyArray<double> samples;
   if (m_Window16.Get_Window(samples) != 1) return 0;
   value = samples.GetEndData();
@@ -345,7 +345,7 @@ int C_Interpolation_Voice_Motor::Get_Window26(CMyArray<double>& samples) {
 }
 
 CMyArray<uint64_t> C_Interpolation_Voice_Motor::Get_Time_Index() {
-  const C_Section_Holder hold(m_Lock);
+  const C_Lock_Guard hold(m_Lock);
   return m_TimeIndex;
 }
 

@@ -182,7 +182,7 @@ class C_Interpolation_Voice_Motor {
   int Output_Port(int port, const char* what, double value);
   int Is_Direction_Turned() const;
   int Get_Code(int port, uint64_t& code);
-  void Connect();
+  void Connect() REQUIRES(theDriveLock);
   int Connect_Loop();
   void Map_Input(int can_id, int port, int format, int depth);
   void Map_Inputs(int can_id);
@@ -193,7 +193,7 @@ class C_Interpolation_Voice_Motor {
   bool Is_Thread_Finished();
   int Watch_Home(int timeout_ms);
 
-  CMyCriticalSection m_Lock;  // guards m_TimeIndex, and the scale and the zero offset together with a position read
+  CMyCriticalSection m_Lock;  // also holds the scale and the zero offset together with a position read
   Shared<int> m_ThreadNum;
   Shared<int> m_Dir = 0;        // 1: the axis scale goes negative and the two current channels swap
   Shared<int> m_DirInvert = 0;  // 1: turns m_Dir round for the current channels; nothing sets it
@@ -209,7 +209,7 @@ class C_Interpolation_Voice_Motor {
   double m_HomeArg[4] = {};
   Shared<uint64_t> m_LastCode = uint64_t{0};
   int m_HomeMode = 0;  // 0 none, 1 simple, 2 with approach
-  CMyArray<uint64_t> m_TimeIndex;
+  CMyArray<uint64_t> m_TimeIndex GUARDED_BY(m_Lock);
   C_FIFO2Window m_Window19;
   C_FIFO2Window m_Window17;
   C_FIFO2Window m_Window20;
@@ -226,9 +226,9 @@ class C_Interpolation_Voice_Motor {
   Shared<double> m_ZeroOffset = 0.0;    // mm
 
   static CMyCriticalSection theDriveLock;  // construction and destruction as a whole, boxes included
-  static int theDriveCount;
-  static int theServerConnected;
-  static CMyArray<int> theMappedIds;
+  static int theDriveCount GUARDED_BY(theDriveLock);
+  static int theServerConnected GUARDED_BY(theDriveLock);
+  static CMyArray<int> theMappedIds GUARDED_BY(theDriveLock);
 };
 
 }  // namespace orsanta

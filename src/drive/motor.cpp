@@ -59,7 +59,7 @@ CMyArray<int> C_Kestrune_Motor_test::theMappedIds;
 
 C_Kestrune_Motor_test::C_Kestrune_Motor_test(int can_id, int thread_num, int connect_server)
     : m_CanId(can_id), m_ThreadNum(thread_num) {
-  const C_Section_Holder hold(theDriveLock);
+  const C_Lock_Guard hold(theDriveLock);
   ++theDriveCount;
   if (theServerConnected == 0 && connect_server == 1) {
     InitDevice_PC_Local_Controler(Server_Is_Local, 0);
@@ -76,7 +76,7 @@ C_Kestrune_Motor_test::C_Kestrune_Motor_test(int can_id, int thread_num, int con
 }
 
 C_Kestrune_Motor_test::~C_Kestrune_Motor_test() {
-  const C_Section_Holder hold(theDriveLock);
+  const C_Lock_Guard hold(theDriveLock);
   for (C_FIFO2Window* window : m_WindowList) window->ReleaseSubClass_CBaseBindThread();
   m_WindowList.Clear();
   --theDriveCount;

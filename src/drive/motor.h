@@ -162,10 +162,10 @@ class C_Kestrune_Motor_test {
   const int m_ThreadNum;
 
   static CMyCriticalSection theDriveLock;  // construction and destruction as a whole, boxes included
-  static int theDriveCount;                // live objects
-  static int theServerConnected;           // 1 once a constructor has connected
+  static int theDriveCount GUARDED_BY(theDriveLock);       // live objects
+  static int theServerConnected GUARDED_BY(theDriveLock);  // 1 once a constructor has connected
   static CMyCriticalSection theMapLock;    // one Map_Once at a time
-  static CMyArray<int> theMappedIds;       // CAN ids whose channels stand
+  static CMyArray<int> theMappedIds GUARDED_BY(theMapLock);  // CAN ids whose channels stand
 };
 
 }  // namespace orsanta

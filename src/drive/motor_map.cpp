@@ -63,7 +63,7 @@ int C_Kestrune_Motor_test::Map_Once() {
   {
     // Held across the search: of several objects on one id exactly one maps, and the others find it done. Not across
     // the box: the reports of several drives stand open side by side.
-    const C_Section_Holder hold(theMapLock);
+    const C_Lock_Guard hold(theMapLock);
     if (Holds(theMappedIds, m_CanId)) return 1;
     if (Search_And_Map(m_CanId, report) != 0) {
       theMappedIds.Add(m_CanId);

@@ -172,12 +172,12 @@ int C_VoiceMotorBase::get_ans(int station, double* thickness, double* force) {
 }
 
 void C_VoiceMotorBase::OnTaskBegin(int id) {
-  const C_Section_Holder hold(IoLock);
+  const C_Lock_Guard hold(IoLock);
   IoCard.Set_Io(id, 0);
 }
 
 void C_VoiceMotorBase::OnTestResult(C_VoiceMotor* station) {
-  const C_Section_Holder hold(IoLock);
+  const C_Lock_Guard hold(IoLock);
   const double value_um = station->Test_Ans * 1000.0;
   if (const auto link = station->Debug_Com()) link->Send_Value(value_um);
   if (HostSerialOpen != 1) return;
@@ -188,7 +188,7 @@ void C_VoiceMotorBase::OnTestResult(C_VoiceMotor* station) {
 }
 
 void C_VoiceMotorBase::OnForceBackOk(int id) {
-  const C_Section_Holder hold(IoLock);
+  const C_Lock_Guard hold(IoLock);
   IoCard.Set_Io(id, 1);
 }
 

@@ -87,7 +87,7 @@ void C_VoiceMotorBase::Serve_Host_Serial() {
 }
 
 void C_VoiceMotorBase::Send_Status_Lines() {
-  const C_Section_Holder hold(IoLock);
+  const C_Lock_Guard hold(IoLock);
   for (C_VoiceMotor* station : StationList) {
     double current = 0.0;
     const bool alive = station->Get_Motor_Ready() == 1 && station->m_pMotor->Get_Current(current) == 1;

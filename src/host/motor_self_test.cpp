@@ -50,7 +50,7 @@ void C_MyMutiMotorTest::OnProcessTask(int queue, int /*code*/, void* /*object*/)
 void C_MyMutiMotorTest::PreEndDelayTask(int /*queue*/) {}
 
 int Take_Thread_Number(CMyArray<int>& pool) {
-  const C_Section_Holder hold(Pool_Lock());
+  const C_Lock_Guard hold(Pool_Lock());
   for (int number = 1; number <= Thread_Number_Max; ++number) {
     if (Find_Number(pool, number) >= 0) continue;
     pool.Add(number);
@@ -60,7 +60,7 @@ int Take_Thread_Number(CMyArray<int>& pool) {
 }
 
 int Give_Back_Thread_Number(CMyArray<int>& pool, int number) {
-  const C_Section_Holder hold(Pool_Lock());
+  const C_Lock_Guard hold(Pool_Lock());
   const int place = Find_Number(pool, number);
   if (place < 0) return 0;
   pool.RemoveData(place, 1);

@@ -76,12 +76,12 @@ int C_VoiceMotor::Surface_Fit(const CMyArray<double>& currents, const CMyArray<d
 }
 
 void C_VoiceMotor::Set_Surface(CMyArray<double> coefficients) {
-  const std::lock_guard<std::mutex> hold(m_Surface_Lock);
+  const C_Lock_Guard hold(m_Surface_Lock);
   m_P = std::move(coefficients);
 }
 
 CMyArray<double> C_VoiceMotor::Copy_Surface() const {
-  const std::lock_guard<std::mutex> hold(m_Surface_Lock);
+  const C_Lock_Guard hold(m_Surface_Lock);
   return m_P;
 }
 

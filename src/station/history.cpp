@@ -10,13 +10,13 @@
 namespace orsanta {
 
 void C_History::Append(double value) {
-  const std::lock_guard<std::mutex> hold(m_Lock);
+  const C_Lock_Guard hold(m_Lock);
   Make_Room(1);
   m_Values.Add(value);
 }
 
 void C_History::Append(const CMyArray<double>& values) {
-  const std::lock_guard<std::mutex> hold(m_Lock);
+  const C_Lock_Guard hold(m_Lock);
   const int surplus = values.GetSize() > m_Limit ? values.GetSize() - m_Limit : 0;
   Make_Room(values.GetSize() - surplus);
   m_Values.ExpandMem(m_Values.GetSize() + values.GetSize() - surplus);
@@ -32,17 +32,17 @@ void C_History::Make_Room(int n) {
 }
 
 CMyArray<double> C_History::Copy() const {
-  const std::lock_guard<std::mutex> hold(m_Lock);
+  const C_Lock_Guard hold(m_Lock);
   return m_Values;
 }
 
 int C_History::GetSize() const {
-  const std::lock_guard<std::mutex> hold(m_Lock);
+  const C_Lock_Guard hold(m_Lock);
   return m_Values.GetSize();
 }
 
 void C_History::Clear() {
-  const std::lock_guard<std::mutex> hold(m_Lock);
+  const C_Lock_Guard hold(m_Lock);
   m_Values.Clear();
 }
 

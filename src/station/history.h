@@ -5,9 +5,9 @@
 // so that trimming costs next to nothing for each value; the newest values are always kept.
 #pragma once
 
-#include <mutex>
 
 #include "support/base/array.h"
+#include "support/time/lock.h"
 
 namespace orsanta {
 
@@ -27,11 +27,11 @@ class C_History {
   void Clear();
 
  private:
-  void Make_Room(int n);
+  void Make_Room(int n) REQUIRES(m_Lock);
 
   const int m_Limit;
-  mutable std::mutex m_Lock;
-  CMyArray<double> m_Values;  // oldest first
+  mutable C_Leaf_Lock m_Lock;
+  CMyArray<double> m_Values GUARDED_BY(m_Lock);  // oldest first
 };
 
 }  // namespace orsanta

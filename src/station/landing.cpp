@@ -25,7 +25,7 @@ constexpr int Retries = 1;                   // attempts after the first before 
 int C_VoiceMotor::Land_To(float speed, float current, float target) {
   // The travel figure is in seconds and stretches a limit in milliseconds: it adds next to nothing, and that is meant.
   const double travel = std::fabs(target / speed);
-  const C_Section_Holder hold(m_TestLock);
+  const C_Lock_Guard hold(m_TestLock);
   if (m_pMotor->Set_Speed(speed) != 1) return 0;
   // The two operations are mirror images, so that both ways put the same value on the same channel.
   const int limited = Val_Run_Negative == 1 ? m_pMotor->Set_Current_Neg(-current) : m_pMotor->Set_Current_Pos(current);
@@ -51,7 +51,7 @@ void C_VoiceMotor::Wait_Idle(double limit_ms, const CMyStringW& message) {
 }
 
 int C_VoiceMotor::Force_Back(float speed) {
-  const C_Section_Holder hold(m_TestLock);
+  const C_Lock_Guard hold(m_TestLock);
   double pos = 0.0;
   for (int retries = 0; !Try_Retract(speed, retries, pos);) ++retries;
   m_pMotor->Reset_Current_Limit();  // until here the current of the last landing was in force
@@ -104,7 +104,7 @@ int C_VoiceMotor::Force_Back_Count() {
 double C_VoiceMotor::Correct_Base(float speed, float current) {
   double result = 0.0;
   {
-    const C_Section_Holder hold(m_TestLock);
+    const C_Lock_Guard hold(m_TestLock);
     result = Measure_Thickness(speed, current);
     Force_Back(speed);
   }

@@ -197,19 +197,19 @@ int C_VoiceMotor::Report_Fault() {
 }
 
 std::shared_ptr<C_VoiceDebugCom> C_VoiceMotor::Debug_Com() const {
-  const std::lock_guard<std::mutex> hold(m_Link_Lock);
+  const C_Lock_Guard hold(m_Link_Lock);
   return m_pDebugCom;
 }
 
 void C_VoiceMotor::Renew_Debug_Com() {
   std::shared_ptr<C_VoiceDebugCom> link;
   {
-    const std::lock_guard<std::mutex> hold(m_Link_Lock);
+    const C_Lock_Guard hold(m_Link_Lock);
     link.swap(m_pDebugCom);
   }
   if (link != nullptr) link->Close();  // a thread that still holds it no longer holds its port
   link = std::make_shared<C_VoiceDebugCom>(CanID);
-  const std::lock_guard<std::mutex> hold(m_Link_Lock);
+  const C_Lock_Guard hold(m_Link_Lock);
   m_pDebugCom = std::move(link);
 }
 

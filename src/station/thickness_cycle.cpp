@@ -37,7 +37,7 @@ double C_VoiceMotor::Detection_thickness(float speed, float current) {
 double C_VoiceMotor::Measure_Thickness(float speed, float current) {
   double check_val = 0.0;
   {
-    const C_Section_Holder hold(m_TestLock);
+    const C_Lock_Guard hold(m_TestLock);
     C_TimeViewer tver;
     const C_Time_Mark mark(tver, L"Detection_thickness");
 

@@ -23,7 +23,6 @@
 #pragma once
 
 #include <memory>
-#include <mutex>
 #include <string>
 
 #include "numeric/basis_fit.h"
@@ -35,6 +34,7 @@
 #include "support/time/critical_section.h"
 #include "support/time/shared.h"
 #include "support/time/stopwatch.h"
+#include "support/time/lock.h"
 
 namespace orsanta {
 
@@ -186,8 +186,8 @@ class C_VoiceMotor : public CAutoSaveClassData2 {
   // --- Members ---
 
  private:
-  std::shared_ptr<C_VoiceDebugCom> m_pDebugCom;  // guarded by m_Link_Lock
-  mutable std::mutex m_Link_Lock;                // leaf lock
+  mutable C_Leaf_Lock m_Link_Lock;
+  std::shared_ptr<C_VoiceDebugCom> m_pDebugCom GUARDED_BY(m_Link_Lock);
 
  public:
   Shared<double> Test_Ans;                          // last reported thickness, as the host reads it
@@ -237,8 +237,8 @@ class C_VoiceMotor : public CAutoSaveClassData2 {
   Shared<int> Owns_Store{1};
 
  private:
-  CMyArray<double> m_P;               // coefficients of the force surface; guarded by m_Surface_Lock
-  mutable std::mutex m_Surface_Lock;  // leaf lock
+  mutable C_Leaf_Lock m_Surface_Lock;
+  CMyArray<double> m_P GUARDED_BY(m_Surface_Lock);  // coefficients of the force surface
 
  public:
   Shared<double> Val_BaseDistance;

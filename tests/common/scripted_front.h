@@ -20,7 +20,6 @@
 #include <list>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <set>
 #include <string>
 #include <thread>
@@ -97,61 +96,61 @@ class C_Scripted_Front : public C_Front {
  public:
   // --- The answers ---
   void On_Dialog(std::wstring match, C_Script script) {
-    const std::lock_guard holder(m_Lock);
+    const C_Lock_Guard hold(m_Lock);
     m_Scripts.push_back({std::move(match), std::move(script)});
   }
   void Next_Dialog(C_Script script) { On_Dialog(L"", std::move(script)); }
   // after_ms: how long the box stands open. act: what the person does before the answer.
   void On_Box(std::wstring match, int answer, int after_ms = 0, std::function<void()> act = {}) {
-    const std::lock_guard holder(m_Lock);
+    const C_Lock_Guard hold(m_Lock);
     m_Answers.push_back({std::move(match), answer, after_ms, std::move(act)});
   }
 
   // --- The record ---
   std::vector<C_Shown> Shown() const {
-    const std::lock_guard holder(m_Lock);
+    const C_Lock_Guard hold(m_Lock);
     return m_Shown;
   }
   std::vector<std::wstring> Boxes(const std::wstring& match = L"") const {
-    const std::lock_guard holder(m_Lock);
+    const C_Lock_Guard hold(m_Lock);
     return Texts(C_Shown::Kind::Box, match);
   }
   std::vector<std::wstring> Refusals() const {
-    const std::lock_guard holder(m_Lock);
+    const C_Lock_Guard hold(m_Lock);
     return Texts(C_Shown::Kind::Refusal, L"");
   }
   int Count_Boxes(const std::wstring& match) const { return static_cast<int>(Boxes(match).size()); }
   // Waits until `count` boxes with the match were shown; false when the time ran out.
   bool Wait_For_Box(const std::wstring& match, double timeout_ms, int count = 1) {
     const double until = Now_Ms() + timeout_ms;
-    std::unique_lock lock(m_Lock);
+    const C_Lock_Guard hold(m_Lock);
     const auto shown = [&] { return std::ssize(Texts(C_Shown::Kind::Box, match)) >= count; };
     while (!shown())
-      if (!m_Changed.Wait_Until(lock, until)) return shown();
+      if (!m_Changed.Wait_Until(m_Lock, until)) return shown();
     return true;
   }
   void Clear_Record() {
-    const std::lock_guard holder(m_Lock);
+    const C_Lock_Guard hold(m_Lock);
     m_Shown.clear();
   }
 
   // --- The open windows; `match` names a dialog as in On_Dialog, the one on top first ---
   // What stands in the control now; empty where there is none.
   std::wstring Text_Of(const std::wstring& match, const std::wstring& caption, int column = -1) {
-    const std::lock_guard holder(m_Lock);
+    const C_Lock_Guard hold(m_Lock);
     C_Open* const open = Find_Open(match);
     const int control = Find_Control(open, caption, column);
     return control < 0 ? std::wstring() : open->texts[static_cast<size_t>(control)];
   }
   // Presses and returns at once; false where there is no such button.
   bool Press(const std::wstring& match, const std::wstring& caption, int column = -1) {
-    const std::lock_guard holder(m_Lock);
+    const C_Lock_Guard hold(m_Lock);
     C_Open* const open = Find_Open(match);
     const int control = Find_Control(open, caption, column);
     return control >= 0 && Deliver(*open, {C_Dialog_Event::Kind::Press, control, {}});
   }
   bool Cancel(const std::wstring& match) {
-    const std::lock_guard holder(m_Lock);
+    const C_Lock_Guard hold(m_Lock);
     C_Open* const open = Find_Open(match);
     return open != nullptr && Deliver(*open, {});
   }
@@ -160,11 +159,11 @@ class C_Scripted_Front : public C_Front {
   int Open_Dialog(const C_Dialog_Model& model, C_Dialog_Listener& sink) override;
   void Close_Dialog(int dialog) override;
   void Set_Control_Text(int dialog, int control, const std::wstring& text) override {
-    const std::lock_guard holder(m_Lock);
+    const C_Lock_Guard hold(m_Lock);
     m_Open.at(dialog).texts.at(static_cast<size_t>(control)) = text;
   }
   void Refuse_Entry(int dialog, int control, const std::wstring& reason) override {
-    const std::lock_guard holder(m_Lock);
+    const C_Lock_Guard hold(m_Lock);
     C_Open& open = m_Open.at(dialog);
     ++open.refusals;
     Record({C_Shown::Kind::Refusal, open.name,
@@ -173,16 +172,16 @@ class C_Scripted_Front : public C_Front {
   void Set_Busy(int dialog, bool busy) override;
   void Post_Message(const C_Message_Model& model, C_Message_Sink& sink) override;
   void Draw_Chart(unsigned chart, const C_Chart_Model& model) override {
-    const std::lock_guard holder(m_Lock);
+    const C_Lock_Guard hold(m_Lock);
     Record({C_Shown::Kind::Chart, model.title, L"", 0, 0.0, {}, model});
     m_Charts.insert(chart);
   }
   bool Is_Chart_Open(unsigned chart) override {
-    const std::lock_guard holder(m_Lock);
+    const C_Lock_Guard hold(m_Lock);
     return m_Charts.count(chart) != 0;
   }
   void Close_Chart(unsigned chart) override {
-    const std::lock_guard holder(m_Lock);
+    const C_Lock_Guard hold(m_Lock);
     m_Charts.erase(chart);
   }
 
@@ -249,7 +248,7 @@ class C_Scripted_Front : public C_Front {
   }
   void Play(C_Open& open, C_Script script);
 
-  mutable std::mutex m_Lock;  // guards all below
+  mutable C_Leaf_Lock m_Lock;  // guards all below
   C_Wait_Point m_Changed{"C_Scripted_Front"};
   std::list<C_Queued_Script> m_Scripts;
   std::list<C_Queued_Answer> m_Answers;
@@ -261,7 +260,7 @@ class C_Scripted_Front : public C_Front {
 };
 
 inline int C_Scripted_Front::Open_Dialog(const C_Dialog_Model& model, C_Dialog_Listener& sink) {
-  std::unique_lock lock(m_Lock);
+  const C_Lock_Guard hold(m_Lock);
   const int dialog = ++m_Last_Dialog;
   C_Open& open = m_Open[dialog];
   open.model = model;
@@ -282,7 +281,6 @@ inline int C_Scripted_Front::Open_Dialog(const C_Dialog_Model& model, C_Dialog_L
   }
   const C_Script script = queued->script;
   if (!script.m_Repeats) m_Scripts.erase(queued);
-  lock.unlock();
   open.thread.Start("script", [this, &open, script] { Play(open, script); });
   return dialog;
 }
@@ -295,7 +293,7 @@ inline void C_Scripted_Front::Play(C_Open& open, C_Script script) {
   for (const C_Script::C_Step& step : script.Cancel().m_Steps) {
     if (step.kind == C_Kind::Run) step.function();
     const std::wstring text = step.text ? step.text() : L"";
-    std::unique_lock lock(m_Lock);
+    const C_Lock_Guard hold(m_Lock);
     const int control = Find_Control(&open, step.caption, step.column);
     if (control < 0 && !step.caption.empty()) {
       std::fprintf(stderr, "scripted front: no control '%s' in '%s'\n", To_Utf8(step.caption).c_str(),
@@ -306,32 +304,34 @@ inline void C_Scripted_Front::Play(C_Open& open, C_Script script) {
     if (step.kind == C_Kind::Select) entries[static_cast<size_t>(control)].selected = step.number;
     if (step.kind == C_Kind::Press && Deliver(open, {C_Dialog_Event::Kind::Press, control, {}})) {
       const int number = ++open.presses;
-      while (!open.closed && open.handled < number) m_Changed.Wait(lock);
+      while (!open.closed && open.handled < number) m_Changed.Wait(m_Lock);
     }
     if (step.kind == C_Kind::Wait) {
       const double until = Now_Ms() + step.number;
-      while (!open.closed && m_Changed.Wait_Until(lock, until)) continue;
+      while (!open.closed && m_Changed.Wait_Until(m_Lock, until)) continue;
     }
     const int refusals = open.refusals;
     if (step.kind == C_Kind::Confirm && Deliver(open, {C_Dialog_Event::Kind::Confirm, -1, entries}))
-      while (!open.closed && open.refusals == refusals) m_Changed.Wait(lock);
+      while (!open.closed && open.refusals == refusals) m_Changed.Wait(m_Lock);
     if (step.kind == C_Kind::Cancel) Deliver(open, {});
   }
 }
 
 inline void C_Scripted_Front::Close_Dialog(int dialog) {
-  std::unique_lock lock(m_Lock);
-  auto node = m_Open.extract(dialog);
-  node.mapped().closed = true;
-  Record({C_Shown::Kind::Closed, node.mapped().name, L""});
-  lock.unlock();
+  decltype(m_Open)::node_type node;
+  {
+    const C_Lock_Guard hold(m_Lock);
+    node = m_Open.extract(dialog);
+    node.mapped().closed = true;
+    Record({C_Shown::Kind::Closed, node.mapped().name, L""});
+  }
   if (node.mapped().thread.Is_Running()) node.mapped().thread.Join();
 }
 
 // The owner marks its dialogs when a callback of any of them begins and ends, and lifts the marks for the span of a
 // nested run. So a press was handled when the mark is lifted with no more dialogs open than at its beginning.
 inline void C_Scripted_Front::Set_Busy(int dialog, bool busy) {
-  const std::lock_guard holder(m_Lock);
+  const C_Lock_Guard hold(m_Lock);
   C_Open& open = m_Open.at(dialog);
   const auto open_now = static_cast<int>(std::count_if(
       m_Open.begin(), m_Open.end(), [&open](const auto& item) { return item.second.owner == open.owner; }));
@@ -347,17 +347,19 @@ inline void C_Scripted_Front::Set_Busy(int dialog, bool busy) {
 
 inline void C_Scripted_Front::Post_Message(const C_Message_Model& model, C_Message_Sink& sink) {
   C_Queued_Answer reply{L"", (model.flags & Box_Yes_No) != 0 ? Answer_No : Answer_Ok, 0, {}};
-  std::unique_lock lock(m_Lock);
-  Record({C_Shown::Kind::Box, L"", model.text, model.flags});
-  const auto queued = std::find_if(m_Answers.begin(), m_Answers.end(), [&model](const C_Queued_Answer& item) {
-    return model.text.find(item.match) != std::wstring::npos;
-  });
-  if (queued != m_Answers.end()) {
-    reply = *queued;
-    m_Answers.erase(queued);
+  C_Thread* late = nullptr;
+  {
+    const C_Lock_Guard hold(m_Lock);
+    Record({C_Shown::Kind::Box, L"", model.text, model.flags});
+    const auto queued = std::find_if(m_Answers.begin(), m_Answers.end(), [&model](const C_Queued_Answer& item) {
+      return model.text.find(item.match) != std::wstring::npos;
+    });
+    if (queued != m_Answers.end()) {
+      reply = *queued;
+      m_Answers.erase(queued);
+    }
+    if (reply.after_ms > 0) late = &m_Late_Answers.emplace_back();
   }
-  C_Thread* const late = reply.after_ms > 0 ? &m_Late_Answers.emplace_back() : nullptr;
-  lock.unlock();
   const auto answer = [&sink, reply] {
     if (reply.after_ms > 0) Sleep(reply.after_ms);
     if (reply.act) reply.act();

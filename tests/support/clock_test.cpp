@@ -23,16 +23,16 @@ TEST(Simulated_Clock, Gives_The_Processors_Back) {
 
 TEST(Simulated_Clock, Sleeps_And_Waits_End_At_Their_Times_And_Nobody_Is_Passed_Over) {
   const C_Simulated_Clock clock(1);
-  std::mutex lock;
+  C_Leaf_Lock lock;
   C_Wait_Point point("point"), other_point("other point");
   std::vector<std::string> ends;
   C_Thread threads[4];
   for (int id = 0; id < 4; ++id) {
     threads[id].Start("sleeper", [&, id] {
       Sleep(40 - 10 * id);
-      std::unique_lock<std::mutex> holder(lock);
+      const C_Lock_Guard hold(lock);
       point.Notify_All();
-      const bool told = point.Wait_Until(holder, Now_Ms() + (id == 1 ? 5.0 : 12.25));
+      const bool told = point.Wait_Until(lock, Now_Ms() + (id == 1 ? 5.0 : 12.25));
       ends.push_back(std::to_string(id) + (told ? " was told " : " gave up ") + std::to_string(Now_Ms()));
       other_point.Notify_All();
     });
@@ -54,19 +54,19 @@ TEST(Simulated_Clock, Sleeps_And_Waits_End_At_Their_Times_And_Nobody_Is_Passed_O
   while (turns[0] + turns[1] + turns[2] < 300) Sleep(0);
   EXPECT_THAT(turns, testing::Each(testing::AllOf(testing::Gt(60), testing::Lt(140))));
   for (C_Thread& thread : threads) thread.Join();
-  std::unique_lock<std::mutex> holder(lock);
-  EXPECT_FALSE(point.Wait_Until(holder, 1.0)) << "a time that is past";
+  const C_Lock_Guard hold(lock);
+  EXPECT_FALSE(point.Wait_Until(lock, 1.0)) << "a time that is past";
   EXPECT_EQ(Now_Ms(), 52.25);
 }
 
 void Wait_Without_End() {
   const C_Simulated_Clock clock(1);
-  std::mutex lock;
+  C_Leaf_Lock lock;
   C_Wait_Point never("a place that nobody notifies");
   C_Thread thread;
   thread.Start("the waiter", [&] {
-    std::unique_lock<std::mutex> holder(lock);
-    never.Wait(holder);
+    const C_Lock_Guard hold(lock);
+    never.Wait(lock);
   });
   thread.Join();
 }
@@ -93,19 +93,19 @@ TEST(System_Clock, Sleeps_At_Least_And_Is_Notified_At_Once) {
   const C_Local_Time now = Local_Time_Now();
   std::tm parts{now.second, now.minute, now.hour, now.day, now.month - 1, now.year - 1900, 0, 0, -1, 0, nullptr};
   EXPECT_NEAR(static_cast<double>(std::mktime(&parts)), static_cast<double>(std::time(nullptr)), 1.0);
-  std::mutex lock;
+  C_Leaf_Lock lock;
   C_Wait_Point point("point");
-  std::unique_lock<std::mutex> holder(lock);
+  const C_Lock_Guard hold(lock);
   bool told = false;
   C_Thread notifier;
   notifier.Start("notifier", [&] {
-    const std::lock_guard<std::mutex> other(lock);
+    const C_Lock_Guard other(lock);
     told = true;
     point.Notify_All();
   });
-  while (!told) ASSERT_TRUE(point.Wait_Until(holder, start_ms + 60000.0));
+  while (!told) ASSERT_TRUE(point.Wait_Until(lock, start_ms + 60000.0));
   const double late_ms = Now_Ms() + 5.0;
-  while (point.Wait_Until(holder, late_ms)) continue;
+  while (point.Wait_Until(lock, late_ms)) continue;
   EXPECT_GE(Now_Ms(), late_ms);
 }
 

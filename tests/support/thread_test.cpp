@@ -88,7 +88,7 @@ TEST(Critical_Section, Is_Taken_Again_By_Its_Holder_And_Given_Back_By_Nobody_Els
     C_Thread other;
     other.Start("other", [&] {
       EXPECT_EQ(section.Unlock(), 0);
-      const C_Section_Holder holder(section);
+      const C_Lock_Guard holder(section);
       other_got_it_ms = Now_Ms();
     });
     for (int i = 0; i < 2; ++i) {
@@ -104,8 +104,8 @@ TEST(Critical_Section, Is_Taken_Again_By_Its_Holder_And_Given_Back_By_Nobody_Els
   for (C_Thread& thread : threads) {
     thread.Start("contender", [&] {
       for (int i = 0; i < 20000; ++i) {
-        const C_Section_Holder holder(section);
-        const C_Section_Holder again(section);
+        const C_Lock_Guard holder(section);
+        const C_Lock_Guard again(section);
         ++count;
         if (i % 1000 == 0) Sleep(0);
       }

@@ -87,7 +87,7 @@ std::string& cMyAssertAppendDispInfo() {
 
 void Report_Assertion(const char* function, int line, const std::string& message) {
   if (the_Checks_Throw) {
-    const C_Section_Holder hold(CVCDumpMessage::m_hErrorMsg());
+    const C_Lock_Guard hold(CVCDumpMessage::m_hErrorMsg());
     Keep_And_Show(function, line, message);
     throw CMy_Assert_Exception();
   }

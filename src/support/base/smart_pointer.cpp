@@ -11,10 +11,10 @@ namespace {
 constexpr unsigned No_Heap_ID = 0xFFFFFFFF;
 
 struct C_Table {
-  CMyCriticalSection hEvent_SmartPointer;  // guards the three below
-  CHashOpt cPointerAddr2ID;
-  CMyArray<CSmartHeapDataStruct> cHeapInformationList_SmartPointer;
-  CHashGather cAllocateHeapIDs_SmartPointer;
+  CMyCriticalSection hEvent_SmartPointer;
+  CHashOpt cPointerAddr2ID GUARDED_BY(hEvent_SmartPointer);
+  CMyArray<CSmartHeapDataStruct> cHeapInformationList_SmartPointer GUARDED_BY(hEvent_SmartPointer);
+  CHashGather cAllocateHeapIDs_SmartPointer GUARDED_BY(hEvent_SmartPointer);
 };
 
 C_Table& Table() {
@@ -26,7 +26,7 @@ C_Table& Table() {
 
 C_Place Enter(void* data, int count) {
   C_Table& table = Table();
-  const C_Section_Holder holder(table.hEvent_SmartPointer);
+  const C_Lock_Guard hold(table.hEvent_SmartPointer);
   const unsigned id = table.cAllocateHeapIDs_SmartPointer.GetUniqueID();
   CMyArray<CSmartHeapDataStruct>& records = table.cHeapInformationList_SmartPointer;
   const int needed = static_cast<int>(id) + 1;
@@ -44,13 +44,13 @@ C_Place Enter(void* data, int count) {
 
 void Add_Reference(uint32_t heap_id) {
   C_Table& table = Table();
-  const C_Section_Holder holder(table.hEvent_SmartPointer);
+  const C_Lock_Guard hold(table.hEvent_SmartPointer);
   ++table.cHeapInformationList_SmartPointer.GetAt(heap_id).nRef;
 }
 
 bool Release(uint32_t heap_id, void* data) {
   C_Table& table = Table();
-  const C_Section_Holder holder(table.hEvent_SmartPointer);
+  const C_Lock_Guard hold(table.hEvent_SmartPointer);
   CSmartHeapDataStruct& record = table.cHeapInformationList_SmartPointer.GetAt(heap_id);
   if (--record.nRef != 0) return false;
   table.cPointerAddr2ID << reinterpret_cast<uintptr_t>(data);
@@ -65,7 +65,7 @@ bool Release(uint32_t heap_id, void* data) {
 
 int Live_Records() {
   C_Table& table = Table();
-  const C_Section_Holder holder(table.hEvent_SmartPointer);
+  const C_Lock_Guard hold(table.hEvent_SmartPointer);
   return static_cast<int>(table.cPointerAddr2ID.Entries().size());
 }
 

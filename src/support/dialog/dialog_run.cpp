@@ -3,9 +3,10 @@
 #include <algorithm>
 #include <deque>
 #include <limits>
-#include <mutex>
+#include <tuple>
 
 #include "support/time/clock.h"
+#include "support/time/lock.h"
 
 namespace orsanta {
 
@@ -14,7 +15,7 @@ class C_Dialog_Thread {
  public:
   // Any thread.
   void Queue(C_Dialog_Run& run, const C_Dialog_Event& event) {
-    const std::lock_guard holder(m_Lock);
+    const C_Lock_Guard hold(m_Lock);
     m_Queue.emplace_back(&run, event);
     m_Arrived.Notify_All();
   }
@@ -24,6 +25,7 @@ class C_Dialog_Thread {
 
  private:
   void Step();
+  bool Take_Event(C_Dialog_Run*& run, C_Dialog_Event& event, double until_ms);
   void Handle(C_Dialog_Run& run, const C_Dialog_Event& event);
   void Press(C_Dialog_Run& run, int control);
   void Refresh(C_Dialog_Run& run, size_t control);
@@ -32,9 +34,9 @@ class C_Dialog_Thread {
   void Show_Busy(bool busy, size_t dialogs);
   bool Find_Next_Due(C_Dialog_Run*& run, size_t& control) const;
 
-  std::mutex m_Lock;  // guards the queue
+  C_Leaf_Lock m_Lock;
   C_Wait_Point m_Arrived{"CParameterInOutDlg::DoParameterDlg"};
-  std::deque<std::pair<C_Dialog_Run*, C_Dialog_Event>> m_Queue;
+  std::deque<std::pair<C_Dialog_Run*, C_Dialog_Event>> m_Queue GUARDED_BY(m_Lock);
 
   std::vector<C_Dialog_Run*> m_Open;  // outermost first
   int m_Commands = 0;                 // callbacks of buttons that run, one inside the other
@@ -56,7 +58,7 @@ void C_Dialog_Thread::Serve(C_Dialog_Run& run, const C_Dialog_Model& model) {
   Front().Close_Dialog(run.m_Dialog);
   m_Open.pop_back();
 
-  const std::lock_guard holder(m_Lock);
+  const C_Lock_Guard hold(m_Lock);
   std::erase_if(m_Queue, [&run](const auto& item) { return item.first == &run; });
 }
 
@@ -65,25 +67,27 @@ void C_Dialog_Thread::Step() {
   C_Dialog_Run* due_run = nullptr;
   size_t due_control = 0;
   const bool has_display = Find_Next_Due(due_run, due_control);
-  std::unique_lock lock(m_Lock);
-  if (!m_Queue.empty()) {
-    const auto [run, event] = m_Queue.front();
-    m_Queue.pop_front();
-    lock.unlock();
+  const double due_ms =
+      has_display ? due_run->controls[due_control].due_ms : std::numeric_limits<double>::infinity();
+  C_Dialog_Run* run = nullptr;
+  C_Dialog_Event event;
+  if (Take_Event(run, event, due_ms)) {
     Handle(*run, event);
-    return;
+  } else if (due_ms <= Now_Ms()) {
+    Refresh(*due_run, due_control);
   }
-  if (!has_display) {
-    m_Arrived.Wait(lock);
-    return;
+}
+
+// Takes the oldest event. Without one it waits for the next, at most until until_ms, and returns false.
+bool C_Dialog_Thread::Take_Event(C_Dialog_Run*& run, C_Dialog_Event& event, double until_ms) {
+  const C_Lock_Guard hold(m_Lock);
+  if (m_Queue.empty()) {
+    if (until_ms > Now_Ms()) m_Arrived.Wait_Until(m_Lock, until_ms);
+    return false;
   }
-  const double due_ms = due_run->controls[due_control].due_ms;
-  if (due_ms > Now_Ms()) {
-    m_Arrived.Wait_Until(lock, due_ms);
-    return;
-  }
-  lock.unlock();
-  Refresh(*due_run, due_control);
+  std::tie(run, event) = m_Queue.front();
+  m_Queue.pop_front();
+  return true;
 }
 
 bool C_Dialog_Thread::Find_Next_Due(C_Dialog_Run*& run, size_t& control) const {

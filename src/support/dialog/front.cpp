@@ -4,13 +4,13 @@
 
 #include <cstdlib>
 #include <filesystem>
-#include <mutex>
 #include <system_error>
 #include <thread>
 
 #include "support/dialog/console_front.h"
 #include "support/system/error_stream.h"
 #include "support/system/priority.h"
+#include "support/time/lock.h"
 
 namespace orsanta {
 
@@ -21,9 +21,9 @@ constexpr const char* Plug_In_Entry = "orsanta_make_front";
 
 // Lives as long as the process: a front's own thread may still draw while static objects go.
 struct C_Front_Place {
-  std::mutex lock;
-  std::unique_ptr<C_Front> replacement;
-  std::unique_ptr<C_Front> built_in;
+  C_Leaf_Lock lock;
+  std::unique_ptr<C_Front> replacement GUARDED_BY(lock);
+  std::unique_ptr<C_Front> built_in GUARDED_BY(lock);
 };
 
 C_Front_Place& Place() {
@@ -82,7 +82,7 @@ std::unique_ptr<C_Front> Make_Built_In_Front() {
 
 C_Front& Front() {
   C_Front_Place& place = Place();
-  const std::lock_guard holder(place.lock);
+  const C_Lock_Guard hold(place.lock);
   if (place.replacement != nullptr) return *place.replacement;
   if (place.built_in == nullptr) place.built_in = Make_Built_In_Front();
   return *place.built_in;
@@ -90,7 +90,7 @@ C_Front& Front() {
 
 std::unique_ptr<C_Front> Replace_Front(std::unique_ptr<C_Front> front) {
   C_Front_Place& place = Place();
-  const std::lock_guard holder(place.lock);
+  const C_Lock_Guard hold(place.lock);
   std::swap(place.replacement, front);
   return front;
 }

@@ -1,9 +1,9 @@
 #include "support/dialog/message_box.h"
 
-#include <mutex>
 
 #include "support/dialog/front.h"
 #include "support/time/clock.h"
+#include "support/time/lock.h"
 
 namespace orsanta {
 
@@ -12,20 +12,20 @@ namespace {
 class C_Answer : public C_Message_Sink {
  public:
   void On_Answer(int answer) override {
-    const std::lock_guard holder(m_Lock);
+    const C_Lock_Guard hold(m_Lock);
     m_Answer = answer;
     m_Answered.Notify_All();
   }
 
   int Wait() {
-    std::unique_lock lock(m_Lock);
-    while (m_Answer == 0) m_Answered.Wait(lock);
+    const C_Lock_Guard hold(m_Lock);
+    while (m_Answer == 0) m_Answered.Wait(m_Lock);
     return m_Answer;
   }
 
  private:
-  std::mutex m_Lock;
-  int m_Answer = 0;
+  C_Leaf_Lock m_Lock;
+  int m_Answer GUARDED_BY(m_Lock) = 0;
   C_Wait_Point m_Answered{"Message_Box"};
 };
 

@@ -17,6 +17,7 @@
 #include "support/system/trace.h"
 #include "support/system/wide_string.h"
 #include "support/time/clock.h"
+#include "support/time/lock.h"
 
 namespace orsanta {
 namespace {
@@ -42,9 +43,9 @@ class C_Lost_Box : public C_Message_Sink {
  public:
   // One for each port number. Never freed: a front may answer until the process ends.
   static C_Lost_Box& Of_Port(int port) {
-    static std::mutex& lock = *new std::mutex;
+    static C_Leaf_Lock& lock = *new C_Leaf_Lock;
     static auto& boxes = *new std::map<int, C_Lost_Box>;
-    const std::lock_guard holder(lock);
+    const C_Lock_Guard hold(lock);
     return boxes[port];
   }
 
@@ -64,7 +65,7 @@ CComSerial::~CComSerial() {
 }
 
 int CComSerial::OpenCom(int port) {
-  const std::lock_guard lock(m_Lock);
+  const C_Lock_Guard hold(m_Lock);
   Release_Device();
   m_Port = 0;
   if (port < 1) return 0;
@@ -80,7 +81,7 @@ int CComSerial::OpenCom(int port) {
 }
 
 int CComSerial::SetPropW(int baud, int data_bits, int stop_bits, int parity) {
-  const std::lock_guard lock(m_Lock);
+  const C_Lock_Guard hold(m_Lock);
   if (m_Port == 0) return 0;
   const bool is_offered = baud > 0 && data_bits == 8 && stop_bits == 1 && parity == 0;
   if (is_offered && m_Device >= 0 && Apply_Line(baud)) {
@@ -93,7 +94,7 @@ int CComSerial::SetPropW(int baud, int data_bits, int stop_bits, int parity) {
 }
 
 int CComSerial::GetComData(void* buffer, int max, int& got) {
-  const std::lock_guard lock(m_Lock);
+  const C_Lock_Guard hold(m_Lock);
   got = 0;
   if (!Be_There()) return 0;
   const ssize_t count = read(m_Device, buffer, static_cast<size_t>(max));
@@ -104,7 +105,7 @@ int CComSerial::GetComData(void* buffer, int max, int& got) {
 }
 
 int CComSerial::WriteComData(const void* data, int length, int& written) {
-  const std::lock_guard lock(m_Lock);
+  const C_Lock_Guard hold(m_Lock);
   written = 0;
   if (!Be_There()) return 0;
   const ssize_t count = write(m_Device, data, static_cast<size_t>(length));
@@ -115,7 +116,7 @@ int CComSerial::WriteComData(const void* data, int length, int& written) {
 }
 
 void CComSerial::CloseCom() {
-  const std::lock_guard lock(m_Lock);
+  const C_Lock_Guard hold(m_Lock);
   Release_Device();
   m_Port = 0;
 }

@@ -13,8 +13,9 @@
 #pragma once
 
 #include <array>
-#include <mutex>
 #include <string>
+
+#include "support/time/lock.h"
 
 namespace orsanta {
 
@@ -46,19 +47,18 @@ class CComSerial {
   void CloseCom();
 
  private:
-  // All with m_Lock held.
-  bool Open_Device(std::string& reason);
-  bool Apply_Line(int baud);
-  bool Be_There();  // true when the device is open; one that is away is tried anew
-  void Tell_Vanished(const std::string& reason);
-  void Release_Device();
+  bool Open_Device(std::string& reason) REQUIRES(m_Lock);
+  bool Apply_Line(int baud) REQUIRES(m_Lock);
+  bool Be_There() REQUIRES(m_Lock);  // true when the device is open; one that is away is tried anew
+  void Tell_Vanished(const std::string& reason) REQUIRES(m_Lock);
+  void Release_Device() REQUIRES(m_Lock);
 
-  std::mutex m_Lock;   // guards all below
-  int m_Port = 0;      // 0 while closed
-  std::string m_Path;  // of the device, as the port's number gave it at OpenCom
-  int m_Device = -1;   // -1 while closed or away
-  int m_Baud = 0;
-  double m_Next_Try_Ms = 0.0;
+  C_Leaf_Lock m_Lock;
+  int m_Port GUARDED_BY(m_Lock) = 0;      // 0 while closed
+  std::string m_Path GUARDED_BY(m_Lock);  // of the device, as the port's number gave it at OpenCom
+  int m_Device GUARDED_BY(m_Lock) = -1;   // -1 while closed or away
+  int m_Baud GUARDED_BY(m_Lock) = 0;
+  double m_Next_Try_Ms GUARDED_BY(m_Lock) = 0.0;
 };
 
 }  // namespace orsanta

@@ -1,12 +1,12 @@
 #include "support/services/time_viewer.h"
 
-#include <mutex>
 
 #include "support/dialog/chart.h"
 #include "support/dialog/message_box.h"
 #include "support/system/trace.h"
 #include "support/system/wide_string.h"
 #include "support/time/stopwatch.h"
+#include "support/time/lock.h"
 
 namespace orsanta {
 
@@ -14,11 +14,11 @@ namespace {
 
 // The one store of the process.
 struct C_Time_Store {
-  std::mutex lock;  // guards all but the chart
-  bool started = false;
+  C_Leaf_Lock lock;
+  bool started GUARDED_BY(lock) = false;
   CPerformanceTimeValue clock;
-  CMyArray<TimeStruct> times;           // one element for each name
-  CMyArray<TimeViewerNameIndex> names;  // one element for each name
+  CMyArray<TimeStruct> times GUARDED_BY(lock);           // one element for each name
+  CMyArray<TimeViewerNameIndex> names GUARDED_BY(lock);  // one element for each name
   CKestrunePlot chart;
 };
 
@@ -40,13 +40,13 @@ void Append_Run(CMyArray<CTickData>& ticks, const CTickData& td) {
 }  // namespace
 
 C_TimeViewer::C_TimeViewer() {
-  const std::lock_guard<std::mutex> hold(Store().lock);
+  const C_Lock_Guard hold(Store().lock);
   if (Store().started) return;
   Store().clock.InitBeginTime(0.0);
   Store().started = true;
 }
 
-int C_TimeViewer::FindMark(const std::wstring& name) const {
+int C_TimeViewer::FindMark(const std::wstring& name) const NO_THREAD_SAFETY_ANALYSIS {
   int index = -1;
   for (const TimeViewerNameIndex& entry : Store().names) {
     if (entry.name == name) index = entry.index;
@@ -55,7 +55,7 @@ int C_TimeViewer::FindMark(const std::wstring& name) const {
 }
 
 void C_TimeViewer::TimeBegin(const std::wstring& name) {
-  const std::lock_guard<std::mutex> hold(Store().lock);
+  const C_Lock_Guard hold(Store().lock);
   const int index = FindMark(name);
   const double now = Now();
   const CTickData td{now, now};
@@ -71,7 +71,7 @@ void C_TimeViewer::TimeBegin(const std::wstring& name) {
 }
 
 void C_TimeViewer::TimeEnd(const std::wstring& name) {
-  const std::lock_guard<std::mutex> hold(Store().lock);
+  const C_Lock_Guard hold(Store().lock);
   const int index = FindMark(name);
   const double now = Now();
   // A name that was never begun fails the array's own check here, and its report is what the developer sees.
@@ -84,7 +84,7 @@ void C_TimeViewer::TimeEnd(const std::wstring& name) {
 void C_TimeViewer::TraceAll() const {
   std::wstring text;
   {
-    const std::lock_guard<std::mutex> hold(Store().lock);
+    const C_Lock_Guard hold(Store().lock);
     for (const TimeViewerNameIndex& entry : Store().names) {
       text += entry.name + L"\r\n";
       for (const CTickData& run : Store().times[entry.index].ticks) {
@@ -100,7 +100,7 @@ void C_TimeViewer::PlotMark(const std::wstring& name, int x_mode) const {
   CMyArray<double> y;
   bool known = false;
   {
-    const std::lock_guard<std::mutex> hold(Store().lock);
+    const C_Lock_Guard hold(Store().lock);
     const int index = FindMark(name);
     known = index != -1;
     for (int j = 0; known && j <= Store().times[index].ticks.GetSize() - 2; ++j) {

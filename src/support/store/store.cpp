@@ -5,12 +5,12 @@
 #include <algorithm>
 #include <cstdlib>
 #include <functional>
-#include <mutex>
 #include <unordered_map>
 
 #include "support/dialog/message_box.h"
 #include "support/store/store_access.h"
 #include "support/store/store_words.h"
+#include "support/time/lock.h"
 
 namespace orsanta {
 
@@ -25,9 +25,9 @@ constexpr int Array_Record_Bytes = 12;  // 0, id of the type text, element count
 
 // Which class path an area id stands for, for the whole process.
 struct C_Areas {
-  std::mutex lock;
-  std::unordered_map<std::string, int> ids;
-  std::unordered_map<int, std::string> paths;
+  C_Leaf_Lock lock;
+  std::unordered_map<std::string, int> ids GUARDED_BY(lock);
+  std::unordered_map<int, std::string> paths GUARDED_BY(lock);
 };
 
 C_Areas& Areas() {
@@ -125,14 +125,14 @@ void Show(const std::wstring& message) {
 
 std::string Area_Path(int area_id) {
   C_Areas& areas = Areas();
-  const std::lock_guard holder(areas.lock);
+  const C_Lock_Guard hold(areas.lock);
   const auto place = areas.paths.find(area_id);
   return place == areas.paths.end() ? std::string() : place->second;
 }
 
 int Area_ID(const std::string& path) {
   C_Areas& areas = Areas();
-  const std::lock_guard holder(areas.lock);
+  const C_Lock_Guard hold(areas.lock);
   const auto known = areas.ids.find(path);
   if (known != areas.ids.end()) return known->second;
   uint32_t id = Hash_Of(path);

@@ -1,9 +1,9 @@
 #include "support/store/store_access.h"
 
 #include <cerrno>
-#include <mutex>
 
 #include "support/store/store_disk.h"
+#include "support/time/lock.h"
 
 namespace orsanta {
 
@@ -22,15 +22,15 @@ class C_Folder_Holder {
   int Error() const { return m_Error; }
 
  private:
-  static std::mutex& Lock() {
-    static std::mutex& lock = *new std::mutex;
+  static C_Leaf_Lock& Lock() {
+    static C_Leaf_Lock& lock = *new C_Leaf_Lock;
     return lock;
   }
 
   C_Disk& m_Disk;
   int m_Folder = -1;
   int m_Error;
-  std::lock_guard<std::mutex> m_Threads;
+  C_Lock_Guard<C_Leaf_Lock> m_Threads;
 };
 
 // Returns 0 or the error; the old store then stands.

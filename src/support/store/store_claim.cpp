@@ -1,4 +1,5 @@
 #include "support/store/store_claim.h"
+#include "support/time/lock.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -7,7 +8,6 @@
 #include <cerrno>
 #include <filesystem>
 #include <map>
-#include <mutex>
 
 namespace orsanta {
 
@@ -20,9 +20,9 @@ struct C_Claims {
     int file = -1;
     int holders = 0;
   };
-  std::mutex lock;
-  pid_t process = 0;
-  std::map<std::string, C_Held> held;  // by the whole path of the lock's file
+  C_Leaf_Lock lock;
+  pid_t process GUARDED_BY(lock) = 0;
+  std::map<std::string, C_Held> held GUARDED_BY(lock);  // by the whole path of the lock's file
 };
 
 C_Claims& Claims() {
@@ -30,8 +30,8 @@ C_Claims& Claims() {
   return claims;
 }
 
-// A process that was split off from the one that made the claims has none of them. The lock is held.
-void Forget_Claims_Of_Parent(C_Claims& claims) {
+// A process that was split off from the one that made the claims has none of them.
+void Forget_Claims_Of_Parent(C_Claims& claims) REQUIRES(claims.lock) {
   if (claims.process == getpid()) return;
   claims.process = getpid();
   for (const auto& [path, held] : claims.held) close(held.file);
@@ -74,7 +74,7 @@ int Open_Locked(const std::string& path, int& file) {
 C_Store_Claim::~C_Store_Claim() {
   if (m_Process != getpid()) return;
   C_Claims& claims = Claims();
-  const std::lock_guard holder(claims.lock);
+  const C_Lock_Guard hold(claims.lock);
   const auto place = claims.held.find(m_Path);
   if (--place->second.holders > 0) return;
   unlink(m_Path.c_str());  // first, so that nobody finds a file that is about to go
@@ -84,7 +84,7 @@ C_Store_Claim::~C_Store_Claim() {
 
 int C_Store_Claim::Take(const std::string& name) {
   C_Claims& claims = Claims();
-  const std::lock_guard holder(claims.lock);
+  const C_Lock_Guard hold(claims.lock);
   Forget_Claims_Of_Parent(claims);
   if (m_Process == claims.process) return 0;
   std::error_code none;

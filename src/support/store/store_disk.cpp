@@ -7,10 +7,10 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <mutex>
 
 #include "support/system/atomic_file.h"
 #include "support/time/clock.h"
+#include "support/time/lock.h"
 
 namespace orsanta {
 
@@ -20,8 +20,8 @@ constexpr mode_t Owner_Alone = 0600;
 constexpr int Longest_Lock_Wait_Ms = 5000;
 
 struct C_Disk_Place {
-  std::mutex lock;
-  std::unique_ptr<C_Disk> replacement;
+  C_Leaf_Lock lock;
+  std::unique_ptr<C_Disk> replacement GUARDED_BY(lock);
   C_Disk built_in;
 };
 
@@ -92,13 +92,13 @@ int C_Disk::Remove(const std::string& name) {
 
 C_Disk& Disk() {
   C_Disk_Place& place = Place();
-  const std::lock_guard holder(place.lock);
+  const C_Lock_Guard hold(place.lock);
   return place.replacement != nullptr ? *place.replacement : place.built_in;
 }
 
 std::unique_ptr<C_Disk> Replace_Disk(std::unique_ptr<C_Disk> disk) {
   C_Disk_Place& place = Place();
-  const std::lock_guard holder(place.lock);
+  const C_Lock_Guard hold(place.lock);
   std::swap(place.replacement, disk);
   return disk;
 }

@@ -1,4 +1,5 @@
 #include "support/threads/task_lanes.h"
+#include "support/time/lock.h"
 
 namespace orsanta {
 
@@ -9,7 +10,7 @@ void CQueueTask_Single_Base::Start(ICQueueTask_MutiTask_Base& owner, int lane) {
 }
 
 bool CQueueTask_Single_Base::Add(int code, void* data, int max_unfinished) {
-  const std::lock_guard<std::mutex> lock(m_Lock);
+  const C_Lock_Guard hold(m_Lock);
   if (m_Be_End || m_Unfinished >= max_unfinished) return false;
   m_Waiting.push_back({code, data});
   ++m_Unfinished;
@@ -18,12 +19,12 @@ bool CQueueTask_Single_Base::Add(int code, void* data, int max_unfinished) {
 }
 
 int CQueueTask_Single_Base::Unfinished() const {
-  const std::lock_guard<std::mutex> lock(m_Lock);
+  const C_Lock_Guard hold(m_Lock);
   return m_Unfinished;
 }
 
 void CQueueTask_Single_Base::Ask_To_End() {
-  const std::lock_guard<std::mutex> lock(m_Lock);
+  const C_Lock_Guard hold(m_Lock);
   m_Be_End = true;
   m_Unfinished -= static_cast<int>(m_Waiting.size());
   m_Waiting.clear();
@@ -36,19 +37,23 @@ void CQueueTask_Single_Base::Wait_For_End(int timeout_ms) {
 }
 
 void CQueueTask_Single_Base::Run() {
-  std::unique_lock<std::mutex> lock(m_Lock);
-  for (;;) {
-    while (m_Waiting.empty() && !m_Be_End) m_Changed.Wait(lock);
-    if (m_Be_End) break;
-    const C_Task task = m_Waiting.front();
-    m_Waiting.pop_front();
-    lock.unlock();
+  C_Task task{};
+  while (Wait_For_Task(task)) {
     m_Owner->OnProcessQueueTask(m_Lane, task.code, task.data);
-    lock.lock();
+    const C_Lock_Guard hold(m_Lock);
     --m_Unfinished;
   }
-  lock.unlock();
   m_Owner->OnPreEndProcessQueueTask(m_Lane);
+}
+
+// Takes the next task; false once the lane is to end.
+bool CQueueTask_Single_Base::Wait_For_Task(C_Task& task) {
+  const C_Lock_Guard hold(m_Lock);
+  while (m_Waiting.empty() && !m_Be_End) m_Changed.Wait(m_Lock);
+  if (m_Be_End) return false;
+  task = m_Waiting.front();
+  m_Waiting.pop_front();
+  return true;
 }
 
 int CQueueTask_MutiTask_Base::Init(int lanes, int, int timeout_ms) {

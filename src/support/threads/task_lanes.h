@@ -8,12 +8,12 @@
 
 #include <deque>
 #include <limits>
-#include <mutex>
 
 #include "support/base/array.h"
 #include "support/base/smart_pointer.h"
 #include "support/threads/thread.h"
 #include "support/time/clock.h"
+#include "support/time/lock.h"
 
 namespace orsanta {
 
@@ -49,13 +49,14 @@ class CQueueTask_Single_Base {
   };
 
   void Run();
+  bool Wait_For_Task(C_Task& task);
 
   ICQueueTask_MutiTask_Base* m_Owner = nullptr;
   int m_Lane = 0;
-  mutable std::mutex m_Lock;  // guards the three below
-  std::deque<C_Task> m_Waiting;
-  int m_Unfinished = 0;
-  bool m_Be_End = false;
+  mutable C_Leaf_Lock m_Lock;
+  std::deque<C_Task> m_Waiting GUARDED_BY(m_Lock);
+  int m_Unfinished GUARDED_BY(m_Lock) = 0;
+  bool m_Be_End GUARDED_BY(m_Lock) = false;
   C_Wait_Point m_Changed{"task lane"};
   C_Thread m_Thread;
 };

@@ -10,6 +10,7 @@
 
 #include "support/base/assertion.h"
 #include "support/system/wide_string.h"
+#include "support/time/lock.h"
 
 namespace orsanta {
 
@@ -29,7 +30,10 @@ std::string Readable_Type_Name(const std::type_info& type) {
 
 void C_Thread::Start(const std::string& name, std::function<void()> body, int level) {
   MY_ASSERT(!m_Thread.joinable());
-  m_Ended = false;
+  {
+    const C_Lock_Guard hold(m_Lock);
+    m_Ended = false;
+  }
   const uint64_t ticket = clock_thread::Announce(name);
   auto run = [this, ticket, name, level, body = std::move(body)] {
     SetThreadPriority(level);
@@ -37,7 +41,7 @@ void C_Thread::Start(const std::string& name, std::function<void()> body, int le
     clock_thread::Enter(ticket);
     body();
     {
-      const std::lock_guard<std::mutex> lock(m_Lock);
+      const C_Lock_Guard hold(m_Lock);
       m_Ended = true;
       m_End.Notify_All();
     }
@@ -53,12 +57,12 @@ void C_Thread::Start(const std::string& name, std::function<void()> body, int le
 bool C_Thread::Join(double timeout_ms) {
   if (!m_Thread.joinable()) return true;
   {
-    std::unique_lock<std::mutex> lock(m_Lock);
+    const C_Lock_Guard hold(m_Lock);
     const double until_ms = Now_Ms() + timeout_ms;
     while (!m_Ended) {
       if (timeout_ms < 0.0) {
-        m_End.Wait(lock);
-      } else if (!m_End.Wait_Until(lock, until_ms) && !m_Ended) {
+        m_End.Wait(m_Lock);
+      } else if (!m_End.Wait_Until(m_Lock, until_ms) && !m_Ended) {
         return false;
       }
     }

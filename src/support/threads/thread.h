@@ -8,12 +8,12 @@
 #include <atomic>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <thread>
 
 #include "support/system/priority.h"
 #include "support/time/clock.h"
+#include "support/time/lock.h"
 
 namespace orsanta {
 
@@ -34,8 +34,8 @@ class C_Thread {
 
  private:
   std::thread m_Thread;
-  std::mutex m_Lock;
-  bool m_Ended = false;
+  C_Leaf_Lock m_Lock;
+  bool m_Ended GUARDED_BY(m_Lock) = false;
   C_Wait_Point m_End{"C_Thread::Join"};
 };
 

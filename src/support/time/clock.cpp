@@ -2,7 +2,9 @@
 
 #include <sys/prctl.h>
 
+#include <cerrno>
 #include <chrono>
+#include <cmath>
 #include <ctime>
 #include <limits>
 #include <thread>
@@ -13,13 +15,11 @@ namespace orsanta {
 
 namespace {
 
-using C_Steady = std::chrono::steady_clock;
-
 constexpr double Forever_Ms = std::numeric_limits<double>::infinity();
 
-C_Steady::time_point To_Steady(double ms) {
-  return C_Steady::time_point(
-      std::chrono::duration_cast<C_Steady::duration>(std::chrono::duration<double, std::milli>(ms)));
+timespec To_Monotonic(double ms) {
+  const double whole_s = std::floor(ms / 1000.0);
+  return {static_cast<time_t>(whole_s), static_cast<long>((ms - whole_s * 1000.0) * 1e6)};
 }
 
 // The kernel may round a thread's sleeps up by its timer slack, 50 microseconds by default. A poll of 1 ms would then
@@ -37,7 +37,7 @@ bool Is_Simulated_Time() {
 
 double Now_Ms() {
   if (C_Simulation* simulation = C_Simulation::Current()) return simulation->Now_Ms();
-  return std::chrono::duration<double, std::milli>(C_Steady::now().time_since_epoch()).count();
+  return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now().time_since_epoch()).count();
 }
 
 C_Local_Time Local_Time_Now() {
@@ -71,25 +71,38 @@ void Sleep(int ms) {
   }
 }
 
-void C_Wait_Point::Wait(std::unique_lock<std::mutex>& lock) {
+C_Wait_Point::C_Wait_Point(const char* what) : m_What(what) {
+  pthread_condattr_t attributes;
+  pthread_condattr_init(&attributes);
+  pthread_condattr_setclock(&attributes, CLOCK_MONOTONIC);
+  pthread_cond_init(&m_Waiters, &attributes);
+  pthread_condattr_destroy(&attributes);
+}
+
+C_Wait_Point::~C_Wait_Point() {
+  pthread_cond_destroy(&m_Waiters);
+}
+
+void C_Wait_Point::Wait(C_Leaf_Lock& lock) {
   Wait_Until(lock, Forever_Ms);
 }
 
-bool C_Wait_Point::Wait_Until(std::unique_lock<std::mutex>& lock, double until_ms) {
+bool C_Wait_Point::Wait_Until(C_Leaf_Lock& lock, double until_ms) {
   if (C_Simulation* simulation = C_Simulation::Current()) return simulation->Wait(this, m_What, lock, until_ms);
   if (until_ms == Forever_Ms) {
-    m_Waiters.wait(lock);
+    pthread_cond_wait(&m_Waiters, &lock.m_Mutex);
     return true;
   }
   Ask_For_Sharp_Timers();
-  return m_Waiters.wait_until(lock, To_Steady(until_ms)) == std::cv_status::no_timeout;
+  const timespec until = To_Monotonic(until_ms);
+  return pthread_cond_timedwait(&m_Waiters, &lock.m_Mutex, &until) != ETIMEDOUT;
 }
 
 void C_Wait_Point::Notify_All() {
   if (C_Simulation* simulation = C_Simulation::Current()) {
     simulation->Notify(this);
   } else {
-    m_Waiters.notify_all();
+    pthread_cond_broadcast(&m_Waiters);
   }
 }
 

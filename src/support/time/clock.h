@@ -8,11 +8,13 @@
 // All calls may come from any thread; under the simulated clock only from threads that take part.
 #pragma once
 
-#include <condition_variable>
+#include <pthread.h>
+
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <string>
+
+#include "support/time/lock.h"
 
 namespace orsanta {
 
@@ -45,20 +47,21 @@ C_Local_Time Local_Time_Now();
 class C_Wait_Point {
  public:
   // what: names the place in the report of a run in which every thread waits.
-  explicit C_Wait_Point(const char* what) : m_What(what) {}
+  explicit C_Wait_Point(const char* what);
+  ~C_Wait_Point();
   C_Wait_Point(const C_Wait_Point&) = delete;
   C_Wait_Point& operator=(const C_Wait_Point&) = delete;
 
   // Waits until notified. May also return without cause.
-  void Wait(std::unique_lock<std::mutex>& lock);
+  void Wait(C_Leaf_Lock& lock) REQUIRES(lock);
   // As Wait, but not beyond the time until_ms of Now_Ms. Returns false when that time has come.
-  bool Wait_Until(std::unique_lock<std::mutex>& lock, double until_ms);
+  bool Wait_Until(C_Leaf_Lock& lock, double until_ms) REQUIRES(lock);
   // Wakes all waiters. The caller holds the lock that they wait with.
   void Notify_All();
 
  private:
   const char* m_What;
-  std::condition_variable m_Waiters;  // real ones; the simulation lists its own
+  pthread_cond_t m_Waiters;  // real ones; the simulation lists its own
 };
 
 // Runs the process on simulated time from construction to destruction, starting at 0 ms. The thread that makes it takes

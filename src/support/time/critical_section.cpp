@@ -13,38 +13,43 @@ uint64_t This_Thread() {
 
 }  // namespace
 
-int CMyCriticalSection::Lock() {
+int CMyCriticalSection::Lock() NO_THREAD_SAFETY_ANALYSIS {
   const uint64_t self = This_Thread();
   if (m_Owner.load(std::memory_order_relaxed) != self) {
-    uint64_t free = 0;
-    if (!m_Owner.compare_exchange_strong(free, self)) Lock_Contended(self);
+    Take();
+    m_Owner.store(self, std::memory_order_relaxed);
   }
   ++m_Depth;
   return 1;
 }
 
-int CMyCriticalSection::Lock_Contended(uint64_t self) {
-  std::unique_lock<std::mutex> lock(m_Wait_Lock);
-  // Announced before the next look at the owner: an Unlock either sees the waiter or is seen by it.
-  m_Waiting.fetch_add(1);
-  uint64_t free = 0;
-  while (!m_Owner.compare_exchange_strong(free, self)) {
-    m_Freed.Wait(lock);
-    free = 0;
-  }
-  m_Waiting.fetch_sub(1);
+int CMyCriticalSection::Unlock() NO_THREAD_SAFETY_ANALYSIS {
+  if (m_Owner.load(std::memory_order_relaxed) != This_Thread()) return 0;
+  if (--m_Depth > 0) return 1;
+  m_Owner.store(0, std::memory_order_relaxed);
+  Give_Back();
   return 1;
 }
 
-int CMyCriticalSection::Unlock() {
-  if (m_Owner.load(std::memory_order_relaxed) != This_Thread()) return 0;
-  if (--m_Depth > 0) return 1;
-  m_Owner.store(0);
-  if (m_Waiting.load() > 0) {
-    const std::lock_guard<std::mutex> lock(m_Wait_Lock);
-    m_Freed.Notify_All();
+// Under the simulated clock one thread runs at a time, and no other comes in between the look at the owner and the
+// taking.
+void CMyCriticalSection::Take() NO_THREAD_SAFETY_ANALYSIS {
+  if (Is_Simulated_Time()) {
+    const C_Lock_Guard hold(m_Lock);
+    while (m_Owner.load(std::memory_order_relaxed) != 0) m_Freed.Wait(m_Lock);
+    m_Simulated = true;
+  } else {
+    m_Lock.Lock();
+    m_Simulated = false;
   }
-  return 1;
+}
+
+void CMyCriticalSection::Give_Back() NO_THREAD_SAFETY_ANALYSIS {
+  if (m_Simulated) {
+    m_Freed.Notify_All();
+  } else {
+    m_Lock.Unlock();
+  }
 }
 
 }  // namespace orsanta

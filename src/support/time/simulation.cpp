@@ -91,15 +91,15 @@ void C_Simulation::Sleep(int ms) {
   Hand_Over(self);
 }
 
-bool C_Simulation::Wait(const void* point, const char* what, std::unique_lock<std::mutex>& lock, double until_ms) {
+bool C_Simulation::Wait(const void* point, const char* what, C_Leaf_Lock& lock, double until_ms) {
   C_Participant& self = Self();
   self.what = what;
   self.wake_ms = until_ms;
   self.point = point;
   self.notified = false;
-  lock.unlock();
+  lock.Unlock();
   Hand_Over(self);
-  lock.lock();
+  lock.Lock();
   return self.notified;
 }
 

@@ -15,10 +15,11 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <random>
 #include <string>
 #include <vector>
+
+#include "support/time/lock.h"
 
 namespace orsanta {
 
@@ -35,7 +36,7 @@ class C_Simulation {
   double Now_Ms() const { return m_Now_Ms.load(std::memory_order_relaxed); }
   void Sleep(int ms);
   // Waits at `point` with `lock` released. Returns false when until_ms came first.
-  bool Wait(const void* point, const char* what, std::unique_lock<std::mutex>& lock, double until_ms);
+  bool Wait(const void* point, const char* what, C_Leaf_Lock& lock, double until_ms) REQUIRES(lock);
   void Notify(const void* point);
 
   uint64_t Announce(const std::string& name);
