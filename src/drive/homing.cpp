@@ -14,8 +14,8 @@ namespace {
 
 constexpr int Shuttle_Passes = 5;
 constexpr double Stroke_Parts = 10.0;
-// Step of the interpolation class over its stroke. The stroke is in mm, so that both step loops take at most one step;
-// this is meant.
+// Step of the interpolation class over its stroke. Required: the stroke is in mm, so that both step loops take at most
+// one step; the self-test of a machine is timed for that.
 constexpr double Interpolation_Step = 16384000.0;
 
 constexpr double Stop_Search_Current = 1.0;  // amperes
@@ -40,8 +40,8 @@ constexpr const wchar_t* Reverse_Failed = L"反向运动无法到位";
 constexpr const wchar_t* Middle_Failed = L"无法回中";
 
 // Runs over the stroke in steps, out from min and back from max. go(x) moves and returns 1 on arrival. Returns null, or
-// the words of the first move that did not arrive. The comparisons leave out max on the way out and min on the way
-// back, give or take a rounded sum; this is meant.
+// the words of the first move that did not arrive. Required: max is left out on the way out and min on the way back,
+// give or take a rounded sum, since a machine may stop short of its own ends.
 template <class C_Go>
 const wchar_t* Step_Over_Stroke(C_Go go, double max, double min, double step) {
   for (double x = min; max > x; x += step) {

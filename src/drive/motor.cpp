@@ -105,7 +105,8 @@ int C_Kestrune_Motor_test::Set_Run_Dir(int dir) {
     m_Sign = 1.0;
     return 1;
   }
-  // Only a sign that was never set can be turned: once it is 1.0, -1.0 is out of reach. This is meant.
+  // Required: only a sign that was never set can be turned; once it is 1.0, -1.0 is out of reach. Stored positions of
+  // running stations count on it.
   if (m_Sign != 0.0) return 0;
   m_Sign = -1.0;
   return 1;

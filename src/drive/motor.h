@@ -9,7 +9,7 @@
 //     raw = mm * m_Sign * m_Scale + m_Offset
 // Inward:
 //     mm = raw / m_Scale
-// Sign and offset are not applied on the way in. This is meant, and every reader relies on it.
+// Required: sign and offset are not applied on the way in; every reader relies on it.
 //
 // Threads: every operation may be called from any thread, and the object has no lock of its own; a station takes its
 // own lock around a motion sequence. Waits block the calling thread, message boxes too. Construction and destruction

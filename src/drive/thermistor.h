@@ -32,8 +32,8 @@ struct rt2temp {
 struct temp2rt {
   float operator()(float celsius) const;
 };
-// Ohms to ADC counts, cut off to an integer. Its full scale is 4095, while ADC2Rt's is 4096: both are meant, and a
-// round trip is not exact.
+// Ohms to ADC counts, cut off to an integer. Required: its full scale is 4095, while ADC2Rt's is 4096, as the boards
+// were calibrated; a round trip is not exact.
 struct Rt2ADC {
   int operator()(float ohms) const;
 };

@@ -35,7 +35,7 @@ C_MyMutiMotorTest::~C_MyMutiMotorTest() {
 void C_MyMutiMotorTest::OnProcessTask(int queue, int /*code*/, void* /*object*/) {
   const int id = queue + 1;
   CMyStringW label = Format_Text("ID:%d的驱动器", id);
-  // All ten workers drive CAN id 1 on instruction thread 1, on purpose: the test loads one drive with ten clients. The
+  // Required: all ten workers drive CAN id 1 on instruction thread 1; the test loads one drive with ten clients. The
   // worker's own id stands in the texts alone.
   C_Kestrune_Motor_test drive(1, 1, 1);
   double Max = 0.0;

@@ -95,8 +95,10 @@ double OneDemVal(const FitData& fit, double x) {
     if (j >= centres) Fail_Index_Check(__func__, __LINE__, j + 1, centres, "BasisList");
     const double t = (x - fit.BasisList[j]) / fit.xscale;
     if (t > Saturation) {
-      y += 1.0;  // without its weight: that is meant
-    } else if (!(t < -Saturation)) {
+      y += 1.0;  // without its weight, see the header
+    } else if (t < -Saturation) {
+      y += 0.0;
+    } else {
       const double e = std::exp(t);
       y += fit.p[j] * e / (e + 1.0);
     }

@@ -2,8 +2,8 @@
 //
 //   y(x) = sum over j of p[j] * s((x - BasisList[j]) / xscale),    s(t) = e^t / (e^t + 1)
 //
-// Far from its centre a step is saturated: 0 for t below -37. For t above 37 it adds a plain 1, without its weight;
-// that is meant, and the curve jumps there.
+// Far from its centre a step is saturated: 0 for t below -37. Required: for t above 37 it adds a plain 1, without its
+// weight, and the curve jumps there, since stored fits are evaluated so.
 //
 // Nothing here holds data; any thread may call, each on records of its own. What is called a run-time check prints its
 // message and the routine on the standard error stream and ends the process with abort.

@@ -23,7 +23,8 @@ constexpr int Retries = 1;                   // attempts after the first before 
 }  // namespace
 
 int C_VoiceMotor::Land_To(float speed, float current, float target) {
-  // The travel figure is in seconds and stretches a limit in milliseconds: it adds next to nothing, and that is meant.
+  // Required: the travel figure is in seconds and stretches a limit in milliseconds, by next to nothing; the time of a
+  // failed landing is part of the contract with hosts.
   const double travel = std::fabs(target / speed);
   const C_Lock_Guard hold(m_TestLock);
   if (m_pMotor->Set_Speed(speed) != 1) return 0;

@@ -49,7 +49,7 @@ double C_VoiceMotor::Measure_Thickness(float speed, float current) {
     DetectorStep(det_model);
     const float limit_ms = test_distance / speed * 1000.0F + Settling_Grace_Ms;
     CMyArray<double> temp_val;
-    m_pMotor->Get_Pos_Window(temp_val);  // one read before the clock starts; that nothing uses it is meant
+    m_pMotor->Get_Pos_Window(temp_val);  // Required: one read before the clock starts, as the cycle times of hosts count
 
     m_CycleTimer.InitBeginTime(0.0);
     // The first leg ends where the last part was touched, so that the second starts from standstill close to the
@@ -87,8 +87,8 @@ double C_VoiceMotor::Measure_Thickness(float speed, float current) {
 //
 // A read does not drain the window, so that a sample comes again in later deliveries and is fed again. While the window
 // is shorter than the settling length the detector sees overlapping stretches and can accept with fewer different
-// samples than that; once it is longer, each delivery replaces the detector's whole window by the newest samples. This
-// is meant.
+// samples than that; once it is longer, each delivery replaces the detector's whole window by the newest samples.
+// Required: results of running stations compare with new ones only so.
 bool C_VoiceMotor::Wait_Until_Settled(DetectorState& det_model, CMyArray<double>& MotorTestData, float limit_ms) {
   CMyArray<double> temp_val;
   int fed = 0;  // samples of MotorTestData that the detector has seen

@@ -153,7 +153,7 @@ class C_VoiceMotor : public CAutoSaveClassData2 {
   double Sample_Value(double x) const;
   // The stored positions as a start margin and a key travel, mm. Always 1.
   int Get_Key_Window(double& start_margin, double& key_dis) const;
-  // Writes back what Get_Key_Window gives; both arguments are ignored, and that is meant. Always 1.
+  // Writes back what Get_Key_Window gives. Required: both arguments are ignored; hosts pass what they have. Always 1.
   int Set_Key_Window(double start_margin, double key_dis);
 
   // --- Calibration (calibration.cpp) and identification (identification.cpp) ---

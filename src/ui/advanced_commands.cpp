@@ -65,7 +65,7 @@ void C_ORS_Dlg::Carry_Out_Advanced(int index, int sub_id, C_VoiceMotor& station)
     case panel_id::Calibrate_Force:
       station.Calibrate_Force();
       break;
-    case panel_id::Force_Offset:  // the caption is that of the set force, and meant so
+    case panel_id::Force_Offset:  // Required: the caption is that of the set force, as operators know it
       C_Small_Dialog().Number(L"设定推力(g)", station.Val_Force_OffSet, -200, 200).Ask();
       break;
     case panel_id::Error_Threshold:
@@ -121,7 +121,8 @@ void C_ORS_Dlg::Show_Chart(int index, int kind) {
                                               0);
 }
 
-// Of the station that was charted last, which need not be the one of this dialog: that is meant.
+// Required: of the station that was charted last, which need not be the one of this dialog; operators clear what they
+// see.
 void C_ORS_Dlg::Clear_Charted_Data() {
   C_VoiceMotor& station = *m_pMotorBase->StationList[m_pMotorBase->SelectedStation];
   station.ThicknessArray.Clear();

@@ -97,7 +97,7 @@ C_ORS_Dlg::C_End C_ORS_Dlg::Test_Two_Forces(int index, C_VoiceMotor& station) {
   return C_End::Save;
 }
 
-// The caption's lone bracket is meant.
+// Required: the caption has a lone bracket; hosts that work the panel find the entry by it.
 void C_ORS_Dlg::Edit_Point_Count() {
   C_Small_Dialog().Number(L"显示结果数量)", m_pMotorBase->PlotPointNum, 10, 50000).Ask();
 }

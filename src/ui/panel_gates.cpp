@@ -61,8 +61,8 @@ bool C_ORS_Dlg::Pass_Operator_Gate() {
   return true;
 }
 
-// Runs once for each display, so that with several stations the panel locks that many times sooner; the setting is
-// meant to be read so.
+// Required: it runs once for each display, so that with several stations the panel locks that many times sooner; plants
+// have set their times by it.
 void C_ORS_Dlg::Count_Toward_Lock() {
   if (!m_BeUnlocked) {
     m_LockCounter = 0;

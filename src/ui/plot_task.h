@@ -2,7 +2,7 @@
 //
 // The panel's Plot_Last opens the window; from then on the thread redraws it twice a second from the station's history
 // until the operator closes it. The chart kind is one for all stations and is read from the supervisor at each pass, so
-// that choosing another kind turns all open charts to it, titles included: that is meant.
+// that choosing another kind turns all open charts to it, titles included. Required: operators compare stations so.
 //
 // A worker lives as long as its panel. Plot_Last may be called from any thread.
 #pragma once

@@ -74,8 +74,8 @@ class CMyArray {
     m_nCount = n;
   }
 
-  // Sets the count to n and fills the places that this call allocated, up to n - 1. Places below the old allocated size
-  // keep what they held, and nothing is filled when the block was large enough: both are meant.
+  // Sets the count to n and fills the places that this call allocated, up to n - 1. Required: places below the old
+  // allocated size keep what they held, and nothing is filled when the block was large enough; callers grow rows so.
   void SetArraySize(int n, T fill) {
     MY_ASSERT(n >= 0);
     if (m_nSize < n) {
