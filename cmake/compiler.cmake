@@ -2,6 +2,7 @@
 add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -fno-omit-frame-pointer)
 if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
   add_compile_options(-Wno-sign-conversion)  # GCC's -Wconversion does not include it
+  add_compile_options(-Wthread-safety)       # the rules of support/time/lock.h
 endif()
 if(ORSANTA_WERROR)
   add_compile_options(-Werror)
