@@ -42,6 +42,7 @@ TEST(Array, Grows_By_Doubling_And_Fills_Only_The_Places_Beyond_The_Old_Block) {
   array.SetArraySize(3, 9);
   EXPECT_THAT(Content(array), ElementsAre(7, 7, 7));
   array.ReallocateMem(16);
+  EXPECT_EQ(array.GetSize(), 16);
   EXPECT_EQ(*(array + 2), 7) << "the block was large enough";
   array.ReallocateMem(17);
   EXPECT_EQ(array.GetAllocatedSize(), 17);

@@ -185,6 +185,9 @@ TEST(Task_Lanes, Take_Tasks_From_Many_Threads_At_Once) {
 
 TEST(Stop_DeathTest, A_Thread_Or_Lane_That_Does_Not_End_Is_Reported_By_Its_Name) {
   const C_Temp_Folder folder;
+  C_Lanes made_twice(1);
+  EXPECT_NE(0, Failed_Check_Line([&] { made_twice.Init(1, 0, 300000); }));
+  made_twice.ReleaseSubClass_CQueueTask_MutiTask_Thread();  // before the processes split
   const auto stop_a_hanging = [](bool lane) {
     const C_Simulated_Clock clock(1);
     std::string begin;
