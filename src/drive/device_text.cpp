@@ -38,8 +38,8 @@ CMyStringW C_Device_Text::Device_Info_Text(int32_t word) const {
   const int type = word >> 16;  // keeps the sign: a negative word is an undefined device
   const int hardware = (word >> 8) & 255;
   const int software = word & 255;
-  return Format_Text("设备类型：%s \r\n软件版本：%d\r\n硬件版本：%d\r\n", To_Utf8(Device_Type_Name(type).Text()).c_str(), software,
-                     hardware);
+  return Format_Text("设备类型：%s \r\n软件版本：%d\r\n硬件版本：%d\r\n",
+                     To_Utf8(Device_Type_Name(type).Text()).c_str(), software, hardware);
 }
 
 CMyStringW C_Device_Text::Fault_Text(uint32_t mask) const {

@@ -22,8 +22,8 @@
 #include "support/base/array.h"
 #include "support/threads/thread.h"
 #include "support/time/critical_section.h"
-#include "support/time/shared.h"
 #include "support/time/lock.h"
+#include "support/time/shared.h"
 
 namespace orsanta {
 

@@ -100,8 +100,8 @@ class C_Interpolation_Voice_Motor {
   // The device has no outputs of its own: does nothing and returns 0.
   int Set_Output_Io(int io, int value);
 
-  // counts_per_mm: encoder counts for each millimetre, not 0. Required: a positive value turns the axis round; the scales
-  // that hosts have stored are of that sign.
+  // counts_per_mm: encoder counts for each millimetre, not 0. Required: a positive value turns the axis round; the
+  // scales that hosts have stored are of that sign.
   int SetScale(double counts_per_mm);
 
   // --- Status ---

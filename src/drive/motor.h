@@ -161,10 +161,10 @@ class C_Kestrune_Motor_test {
   Shared<double> m_Scale = 65536000.0;  // raw for each mm: 1000 counts of 65536
   const int m_ThreadNum;
 
-  static CMyCriticalSection theDriveLock;  // construction and destruction as a whole, boxes included
-  static int theDriveCount GUARDED_BY(theDriveLock);       // live objects
-  static int theServerConnected GUARDED_BY(theDriveLock);  // 1 once a constructor has connected
-  static CMyCriticalSection theMapLock;    // one Map_Once at a time
+  static CMyCriticalSection theDriveLock;                    // construction and destruction as a whole, boxes included
+  static int theDriveCount GUARDED_BY(theDriveLock);         // live objects
+  static int theServerConnected GUARDED_BY(theDriveLock);    // 1 once a constructor has connected
+  static CMyCriticalSection theMapLock;                      // one Map_Once at a time
   static CMyArray<int> theMappedIds GUARDED_BY(theMapLock);  // CAN ids whose channels stand
 };
 

@@ -50,8 +50,8 @@ void C_VoiceMotorBase::Serve_Station(int cursor) {
   C_VoiceMotor& station = *StationList[cursor];
   uint64_t fault = 0;
   station.m_pMotor->Get_Error_Code(fault);
-  // Required: the output is the one of the station's place in the list, without IoLock, while the task callbacks use the
-  // CAN id; machines are wired for it. The two are one output only where the ids start at 1.
+  // Required: the output is the one of the station's place in the list, without IoLock, while the task callbacks use
+  // the CAN id; machines are wired for it. The two are one output only where the ids start at 1.
   if (fault != 0) IoCard.Set_Io(cursor + 1, 0);
 
   Start_Task_For_Level(cursor, Trigger_Level(station));

@@ -5,7 +5,6 @@
 // so that trimming costs next to nothing for each value; the newest values are always kept.
 #pragma once
 
-
 #include "support/base/array.h"
 #include "support/time/lock.h"
 

@@ -49,7 +49,8 @@ double C_VoiceMotor::Measure_Thickness(float speed, float current) {
     DetectorStep(det_model);
     const float limit_ms = test_distance / speed * 1000.0F + Settling_Grace_Ms;
     CMyArray<double> temp_val;
-    m_pMotor->Get_Pos_Window(temp_val);  // Required: one read before the clock starts, as the cycle times of hosts count
+    m_pMotor->Get_Pos_Window(
+        temp_val);  // Required: one read before the clock starts, as the cycle times of hosts count
 
     m_CycleTimer.InitBeginTime(0.0);
     // The first leg ends where the last part was touched, so that the second starts from standstill close to the

@@ -32,9 +32,9 @@
 #include "support/services/vector_file.h"
 #include "support/store/store.h"
 #include "support/time/critical_section.h"
+#include "support/time/lock.h"
 #include "support/time/shared.h"
 #include "support/time/stopwatch.h"
-#include "support/time/lock.h"
 
 namespace orsanta {
 

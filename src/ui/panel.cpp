@@ -102,8 +102,7 @@ void C_ORS_Dlg::Add_Station_Column(int index) {
     AddBlank(index, C_Small_Dialog::Control_Width, 1, 1, 0, nullptr);
     Message_Box(Format_Text("CanID：%d的设备没有连接", can_id));
   }
-  CMyFileCopy::FileExist(
-      Format_Text("测试历史纪录%d.dat", index + 1));  // asked for; nothing depends on the answer yet
+  CMyFileCopy::FileExist(Format_Text("测试历史纪录%d.dat", index + 1));  // asked for; nothing depends on the answer yet
 }
 
 // Refreshes one status display, ten times a second: reads members of the station and nothing of its drive.

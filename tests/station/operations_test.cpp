@@ -35,7 +35,8 @@ class Operations : public C_Station_Test {
       if (!token.empty()) events.emplace_back(call.time_ms, token);
     }
     for (const C_Shown& shown : front->Shown()) {
-      if (shown.kind == C_Shown::Kind::Box) events.emplace_back(shown.at_ms, Format_Utf8("[%s]", To_Utf8(shown.text).c_str()));
+      if (shown.kind == C_Shown::Kind::Box)
+        events.emplace_back(shown.at_ms, Format_Utf8("[%s]", To_Utf8(shown.text).c_str()));
     }
     std::stable_sort(events.begin(), events.end(), [](auto& a, auto& b) { return a.first < b.first; });
 

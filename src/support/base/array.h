@@ -206,8 +206,7 @@ class CMyArray {
   }
 
   [[noreturn]] static void Report_No_Memory(int nNewSize) {
-    MY_ASSERT_REPORT(
-        Format_Utf8("CMyArray<T>::ExpandMem错误: T* pNewData = new T[nNewSize]; nNewSize = %d", nNewSize));
+    MY_ASSERT_REPORT(Format_Utf8("CMyArray<T>::ExpandMem错误: T* pNewData = new T[nNewSize]; nNewSize = %d", nNewSize));
   }
 
   T* m_pData = nullptr;

@@ -192,7 +192,7 @@ void Say_The_End(const C_Dump& dump) {
 
 }  // namespace
 
-void Claim_Process_End() {
+void Claim_Process_End() NO_THREAD_SAFETY_ANALYSIS {
   Limit_The_End();
   CVCDumpMessage::m_hErrorMsg().Lock();  // never given back
   if (the_Ending_Thread != 0) End_At_Once();

@@ -67,8 +67,7 @@ void C_Dialog_Thread::Step() {
   C_Dialog_Run* due_run = nullptr;
   size_t due_control = 0;
   const bool has_display = Find_Next_Due(due_run, due_control);
-  const double due_ms =
-      has_display ? due_run->controls[due_control].due_ms : std::numeric_limits<double>::infinity();
+  const double due_ms = has_display ? due_run->controls[due_control].due_ms : std::numeric_limits<double>::infinity();
   C_Dialog_Run* run = nullptr;
   C_Dialog_Event event;
   if (Take_Event(run, event, due_ms)) {

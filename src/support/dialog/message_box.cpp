@@ -1,6 +1,5 @@
 #include "support/dialog/message_box.h"
 
-
 #include "support/dialog/front.h"
 #include "support/time/clock.h"
 #include "support/time/lock.h"

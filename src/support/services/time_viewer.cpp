@@ -1,12 +1,11 @@
 #include "support/services/time_viewer.h"
 
-
 #include "support/dialog/chart.h"
 #include "support/dialog/message_box.h"
 #include "support/system/trace.h"
 #include "support/system/wide_string.h"
-#include "support/time/stopwatch.h"
 #include "support/time/lock.h"
+#include "support/time/stopwatch.h"
 
 namespace orsanta {
 

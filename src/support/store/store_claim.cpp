@@ -1,5 +1,4 @@
 #include "support/store/store_claim.h"
-#include "support/time/lock.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -8,6 +7,8 @@
 #include <cerrno>
 #include <filesystem>
 #include <map>
+
+#include "support/time/lock.h"
 
 namespace orsanta {
 

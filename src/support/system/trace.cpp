@@ -22,9 +22,9 @@ void TraceLog2File(const char* function, int line, const wchar_t* text) {
   const int file = open("orsanta_trace.log", O_WRONLY | O_CREAT | O_APPEND | O_NONBLOCK | O_CLOEXEC, 0644);
   if (file < 0) return;
   const C_Local_Time now = Local_Time_Now();
-  const std::string head = Format_Utf8("%04d-%02d-%02d %02d:%02d:%02d.%03d [%d] %s, line %d: ", now.year, now.month,
-                                      now.day, now.hour, now.minute, now.second, now.millisecond,
-                                      static_cast<int>(getpid()), function, line);
+  const std::string head =
+      Format_Utf8("%04d-%02d-%02d %02d:%02d:%02d.%03d [%d] %s, line %d: ", now.year, now.month, now.day, now.hour,
+                  now.minute, now.second, now.millisecond, static_cast<int>(getpid()), function, line);
   // One write, so that records of several threads and processes do not mix.
   const std::string record = head + To_Utf8(text) + "\n";
   const C_Signal_Blocker held;

@@ -1,4 +1,5 @@
 #include "support/threads/task_lanes.h"
+
 #include "support/time/lock.h"
 
 namespace orsanta {

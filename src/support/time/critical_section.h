@@ -1,7 +1,7 @@
 // CMyCriticalSection: the recursive lock that knows the clock.
 //
-// A lock that is held across a Sleep or a wait must be one of these: under the simulated clock a thread that waits for it
-// waits at the clock, so that simulated time goes on. Under the system clock it lends its waiters' priority to its
+// A lock that is held across a Sleep or a wait must be one of these: under the simulated clock a thread that waits for
+// it waits at the clock, so that simulated time goes on. Under the system clock it lends its waiters' priority to its
 // holder, as a leaf lock does. Any thread may lock; only the holder unlocks, as often as it locked.
 #pragma once
 

@@ -1,5 +1,5 @@
-// Locks whose rules the compiler checks: Clang, with -Wthread-safety, refuses code that touches a guarded member without
-// its lock. Other compilers read the marks as nothing.
+// Locks whose rules the compiler checks: Clang, with -Wthread-safety, refuses code that touches a guarded member
+// without its lock. Other compilers read the marks as nothing.
 //
 //   C_Leaf_Lock m_Lock;
 //   std::deque<int> m_Queue GUARDED_BY(m_Lock);
