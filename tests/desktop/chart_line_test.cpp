@@ -5,6 +5,7 @@
 
 #include <cmath>
 #include <limits>
+#include <map>
 #include <random>
 
 namespace orsanta {
@@ -12,13 +13,12 @@ namespace orsanta {
 namespace {
 
 // The vertical extent of a line in every pixel column, which is what the eye sees of it.
-std::vector<std::pair<double, double>> Extents(const QPolygonF& line, int width) {
-  std::vector<std::pair<double, double>> extents(static_cast<size_t>(width), {1e9, -1e9});
+std::map<double, std::pair<double, double>> Extents(const QPolygonF& line) {
+  std::map<double, std::pair<double, double>> extents;
   for (const QPointF& point : line) {
-    const auto column = static_cast<size_t>(std::floor(point.x()));
-    if (column >= extents.size()) continue;
-    extents[column].first = std::min(extents[column].first, point.y());
-    extents[column].second = std::max(extents[column].second, point.y());
+    auto& [least, greatest] = extents.try_emplace(std::floor(point.x()), point.y(), point.y()).first->second;
+    least = std::min(least, point.y());
+    greatest = std::max(greatest, point.y());
   }
   return extents;
 }
@@ -36,7 +36,7 @@ TEST(Chart_Line, Thinning_Changes_No_Pixel_Column) {
   }
   const QPolygonF line = Make_Line(x, y, x_axis, y_axis);
   EXPECT_LE(line.size(), 4 * 501);
-  EXPECT_EQ(Extents(line, 500), Extents(whole, 500));
+  EXPECT_EQ(Extents(line), Extents(whole));
   for (int i = 1; i < line.size(); ++i) ASSERT_GE(line[i].x(), line[i - 1].x());
   EXPECT_EQ(line.back(), whole.back());
 

@@ -2,10 +2,9 @@
 #pragma once
 
 #include <signal.h>
-#include <sys/prctl.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <string>
@@ -17,24 +16,12 @@ class C_Virtual_Display {
  public:
   // Starts the server and sets DISPLAY. False when there is none to start.
   static bool Start() {
-    int ends[2];
-    if (pipe(ends) != 0) return false;
-    thePid = fork();
-    if (thePid == 0) {
-      prctl(PR_SET_PDEATHSIG, SIGTERM);
-      close(ends[0]);
-      const std::string descriptor = std::to_string(ends[1]);
-      execlp("Xvfb", "Xvfb", "-displayfd", descriptor.c_str(), "-screen", "0", "1280x800x24", "-nolisten", "tcp",
-             "-noreset", static_cast<char*>(nullptr));
-      _exit(127);
-    }
-    close(ends[1]);
-    std::string number;
-    char letter = 0;
-    while (read(ends[0], &letter, 1) == 1 && letter != '\n') number += letter;
-    close(ends[0]);
-    if (number.empty()) return false;
-    setenv("DISPLAY", (":" + number).c_str(), 1);
+    // It tells its process and then, when it can be used, its number, and ends with the test whatever ends that.
+    theServer = popen(
+        "echo $$; exec setpriv --pdeathsig TERM Xvfb -displayfd 1 -screen 0 1280x800x24 -nolisten tcp -noreset", "re");
+    int number = 0;
+    if (fscanf(theServer, "%d %d", &thePid, &number) != 2) return false;
+    setenv("DISPLAY", (":" + std::to_string(number)).c_str(), 1);
     unsetenv("WAYLAND_DISPLAY");
     unsetenv("QT_QPA_PLATFORM");
     // Where the desktop gives no folder for running programs, the windows' library makes one and leaves it.
@@ -46,13 +33,14 @@ class C_Virtual_Display {
   static void Stop() {
     if (thePid <= 0) return;
     kill(thePid, SIGKILL);
-    waitpid(thePid, nullptr, 0);
+    pclose(theServer);
     thePid = 0;
     std::error_code ignored;
     std::filesystem::remove_all(theFolder, ignored);
   }
 
  private:
+  static inline FILE* theServer = nullptr;
   static inline pid_t thePid = 0;
   static inline std::string theFolder;
 };

@@ -7,6 +7,7 @@
 #include <QTest>
 #include <QWidget>
 #include <chrono>
+#include <condition_variable>
 #include <cstdio>
 #include <cstdlib>
 #include <deque>
@@ -19,24 +20,14 @@
 
 namespace orsanta {
 
-// Runs the work on the Qt thread and waits for it. The lock tells the thread sanitizer of the hand-over, which it does
-// not see inside Qt.
+// Runs the work on the Qt thread and waits for it.
 inline void On_Qt(const std::function<void()>& work) {
-  static std::mutex handed_over;
-  handed_over.lock();
-  handed_over.unlock();
-  const auto run = [&work] {
-    const std::lock_guard guard(handed_over);
-    work();
-  };
-  QMetaObject::invokeMethod(qApp, run, Qt::BlockingQueuedConnection);
-  handed_over.lock();
-  handed_over.unlock();
+  QMetaObject::invokeMethod(qApp, work, Qt::BlockingQueuedConnection);
 }
 
 // Asks on the Qt thread until the answer is yes; false after the time.
-inline bool Wait_On_Qt(const std::function<bool()>& question, int timeout_ms = 5000) {
-  for (int waited = 0; waited <= timeout_ms; waited += 5) {
+inline bool Wait_On_Qt(const std::function<bool()>& question) {
+  for (int waited_ms = 0; waited_ms <= 5000; waited_ms += 5) {
     bool answer = false;
     if (QCoreApplication::instance() != nullptr) On_Qt([&] { answer = question(); });
     if (answer) return true;
@@ -50,18 +41,15 @@ inline bool Wait_On_Qt(const std::function<bool()>& question, int timeout_ms = 5
 // The visible window whose title contains the text, the newest first; null when there is none.
 inline QWidget* Find_Window(const QString& title) {
   QWidget* found = nullptr;
-  for (QWidget* window : QApplication::topLevelWidgets()) {
+  for (QWidget* window : QApplication::topLevelWidgets())
     if (window->isVisible() && window->windowTitle().contains(title)) found = window;
-  }
   return found;
 }
 
 template <class T>
 T* Find_By_Text(QWidget* window, const QString& text) {
-  if (window == nullptr) return nullptr;
-  for (T* widget : window->findChildren<T*>()) {
+  for (T* widget : window == nullptr ? QList<T*>() : window->findChildren<T*>())
     if (widget->isVisible() && widget->text() == text) return widget;
-  }
   return nullptr;
 }
 
@@ -69,10 +57,8 @@ T* Find_By_Text(QWidget* window, const QString& text) {
 inline QList<QWidget*> Find_Boxes(const QString& text) {
   QList<QWidget*> boxes;
   for (QWidget* window : QApplication::topLevelWidgets()) {
-    if (window->isVisible() && window->objectName() == QLatin1String("message_box") &&
-        Find_By_Text<QLabel>(window, text) != nullptr) {
-      boxes.append(window);
-    }
+    const bool is_box = window->isVisible() && window->objectName() == QLatin1String("message_box");
+    if (is_box && Find_By_Text<QLabel>(window, text) != nullptr) boxes.append(window);
   }
   return boxes;
 }
@@ -91,9 +77,8 @@ inline void Click_With_Pointer(const std::function<QWidget*()>& find) {
     QWidget* widget = find();
     place = widget->mapToGlobal(widget->rect().center());
   });
-  const std::string command =
-      "xdotool mousemove " + std::to_string(place.x()) + " " + std::to_string(place.y()) + " click 1";
-  if (std::system(command.c_str()) != 0) fputs("xdotool failed; is it installed?\n", stderr);
+  const QString command = QStringLiteral("xdotool mousemove %1 %2 click 1").arg(place.x()).arg(place.y());
+  if (std::system(qPrintable(command)) != 0) fputs("xdotool failed; is it installed?\n", stderr);
 }
 
 // --- Sinks that keep what comes ---
@@ -103,24 +88,20 @@ class C_Kept_Events : public C_Dialog_Listener {
   void On_Dialog_Event(const C_Dialog_Event& event) override {
     const std::lock_guard guard(m_Lock);
     m_Events.push_back(event);
+    m_Came.notify_one();
   }
   std::optional<C_Dialog_Event> Take(int timeout_ms = 3000) {
-    for (int waited = 0; waited <= timeout_ms; waited += 2) {
-      {
-        const std::lock_guard guard(m_Lock);
-        if (!m_Events.empty()) {
-          C_Dialog_Event event = m_Events.front();
-          m_Events.pop_front();
-          return event;
-        }
-      }
-      std::this_thread::sleep_for(std::chrono::milliseconds(2));
-    }
-    return std::nullopt;
+    std::unique_lock hold(m_Lock);
+    const std::chrono::milliseconds time(timeout_ms);
+    if (!m_Came.wait_for(hold, time, [this] { return !m_Events.empty(); })) return std::nullopt;
+    const C_Dialog_Event event = m_Events.front();
+    m_Events.pop_front();
+    return event;
   }
 
  private:
   std::mutex m_Lock;
+  std::condition_variable m_Came;
   std::deque<C_Dialog_Event> m_Events;
 };
 

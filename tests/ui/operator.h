@@ -50,9 +50,6 @@ class Operator : public ::testing::Test {
 
   // What the operator does with the dialogs that come up, in this order; given before the panel runs.
   void Answer(const std::wstring& match, C_Script script) { m_Answers.emplace_back(match, std::move(script)); }
-  void Answer_First(const std::wstring& match, C_Script script) {
-    m_Answers.insert(m_Answers.begin(), {match, std::move(script)});
-  }
   void Answer_Edit(const std::wstring& caption, const std::wstring& value) {
     Answer(caption, C_Script().Fill(caption, value).Confirm());
   }
@@ -75,12 +72,10 @@ class Operator : public ::testing::Test {
     base->show();
   }
 
-  bool Wait_Idle(int index, int limit_ms = 60000) {
-    for (int waited = 0; base->GetDelayProcessFifoCount(index) > 0; waited += 10) {
-      if (waited > limit_ms) return false;
-      Sleep(10);
-    }
-    return true;
+  bool Wait_Idle(int index) {
+    const double until = Now_Ms() + 60000;
+    while (base->GetDelayProcessFifoCount(index) > 0 && Now_Ms() < until) Sleep(10);
+    return base->GetDelayProcessFifoCount(index) == 0;
   }
   // Waits until the first station rests and its display shows it.
   void Settle() {
@@ -89,18 +84,15 @@ class Operator : public ::testing::Test {
   }
   // What the display of a station shows.
   std::wstring Display(int index) { return front->Text_Of(Panel, L"微米仪" + std::to_wstring(index + 1) + L"状态"); }
-  // The number edits that came up, in order, as "caption: text, least to greatest".
-  std::vector<std::wstring> Edits() {
-    std::vector<std::wstring> edits;
+  // The number edits that came up, in order, each as "caption: text, least to greatest" on a line.
+  std::wstring Edits() {
+    std::wostringstream edits;
     for (const C_Shown& shown : front->Shown()) {
-      for (const C_Control_Model& control : shown.dialog.controls) {
-        if (control.has_range)
-          edits.push_back(
-              control.caption +
-              Format_Text(": %s, %g to %g", To_Utf8(control.text).c_str(), control.min, control.max).Text());
-      }
+      for (const C_Control_Model& edit : shown.dialog.controls)
+        if (edit.has_range)
+          edits << edit.caption << L": " << edit.text << L", " << edit.min << L" to " << edit.max << L'\n';
     }
-    return edits;
+    return edits.str();
   }
   // What went out to the drive of a station since the last call, as "speed 20, up 1.5, to 4.2, ".
   static std::string Sent(int station) {
@@ -116,17 +108,14 @@ class Operator : public ::testing::Test {
     simulator::Journal_Clear();
     return sent.str();
   }
-  int Count_Dialogs(const std::wstring& name) {
-    int count = 0;
-    for (const C_Shown& shown : front->Shown()) count += shown.kind == C_Shown::Kind::Dialog && shown.name == name;
-    return count;
+  // Whatever of that kind was shown under a name with these words, in order.
+  std::vector<C_Shown> Shown(C_Shown::Kind kind, const std::wstring& words) {
+    std::vector<C_Shown> shown = front->Shown();
+    std::erase_if(shown, [&](const C_Shown& one) { return one.kind != kind || one.name.find(words) == words.npos; });
+    return shown;
   }
-  std::vector<C_Shown> Charts() {
-    std::vector<C_Shown> charts;
-    for (const C_Shown& shown : front->Shown())
-      if (shown.kind == C_Shown::Kind::Chart) charts.push_back(shown);
-    return charts;
-  }
+  int64_t Count_Dialogs(const std::wstring& name) { return std::ssize(Shown(C_Shown::Kind::Dialog, name)); }
+  std::vector<C_Shown> Charts() { return Shown(C_Shown::Kind::Chart, L""); }
 
   C_Simulated_Clock clock;
   C_Temp_Folder folder;
