@@ -27,16 +27,16 @@ struct Settings {
   uint64_t seed = 1;
   int first_drive_id = 1;  // CAN ids of the drives: first_drive_id, first_drive_id + 1, ...
   int drives = 14;
-  bool io_card = true;                  // at CAN id 15
-  std::vector<int> temperature_boards;  // CAN ids of temperature boards (interpolation devices)
-  double anvil_mm = 9.0;                // position of the anvil of every station
-  double sample_ms = 2.0;               // period of the drives' sample streams
-  double instruction_ms = 0.0;          // what the motion server takes for each instruction
-  bool cyclic_stroke = false;           // drives send the ends of their stroke all the time, not once when measured
-  double counts_per_mm = 1000.0;        // the encoder's; a raw position has 16 fraction bits of a count
+  bool io_card = true;                       // at CAN id 15
+  std::vector<int> temperature_boards = {};  // CAN ids of temperature boards (interpolation devices)
+  double anvil_mm = 9.0;                     // position of the anvil of every station
+  double sample_ms = 2.0;                    // period of the drives' sample streams
+  double instruction_ms = 0.0;               // what the motion server takes for each instruction
+  bool cyclic_stroke = false;     // drives send the ends of their stroke all the time, not once when measured
+  double counts_per_mm = 1000.0;  // the encoder's; a raw position has 16 fraction bits of a count
   double encoder_step_mm = 0.0001;
   double noise_mm = 0.0003;  // standard deviation of each position sample; 0 for none
-  Force_Truth force;
+  Force_Truth force = {};
   int refused_connects = 0;  // this many of the next connects fail
 };
 

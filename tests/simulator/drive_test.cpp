@@ -1,20 +1,40 @@
 // The drives: motion under the clamps, landing, homing, samples, faults; and the journal. The run flag is held by the
 // waits of those who use it.
 #include <algorithm>
+#include <cmath>
+#include <numeric>
 #include <set>
 
+#include "drive/motor.h"
 #include "simulator_line.h"
 
 namespace {
 
+using orsanta::C_Kestrune_Motor_test;
 using orsanta::Now_Ms;
 using orsanta::Sleep;
 using simulator_test::Raw_Per_Mm;
+using simulator_test::Room;
 using simulator_test::Take;
 
-class Drive : public simulator_test::Room {
+class Drive : public Room {
  protected:
-  const simulator_test::C_Test_Drive m_Drive{1};
+  Drive() { EXPECT_EQ(m_Drive.Map_Once(), 1); }
+  // Presses on what lies there, with that current.
+  void Land(double ampere) {
+    m_Drive.Set_Current_Pos(ampere);
+    m_Drive.Go_Pos(20.0);
+  }
+  // The mean of the position samples of the next tenth of a second, mm.
+  double Mean_Position() {
+    Sleep(10);  // what was sampled before has come in
+    m_Drive.m_PosWindow.Clear_Window();
+    Sleep(100);
+    orsanta::CMyArray<double> samples;
+    m_Drive.Get_Pos_Window(samples);
+    return std::accumulate(samples.begin(), samples.end(), 0.0) / samples.GetSize();
+  }
+  C_Kestrune_Motor_test m_Drive{1, 1, 0};
 };
 
 TEST_F(Drive, Lands_With_The_Force_Of_The_Clamp) {
@@ -24,27 +44,27 @@ TEST_F(Drive, Lands_With_The_Force_Of_The_Clamp) {
     for (const double part : {0.0, 6.0}) {
       SCOPED_TRACE(testing::Message() << ampere << " A on " << part << " mm");
       simulator::Place_Part(1, part);
-      m_Drive.Land(ampere);
+      Land(ampere);
       Sleep(100);
       const double contact = 9.0 - part;
       EXPECT_NEAR(simulator::True_Position(1), contact, 0.0012);
       EXPECT_NEAR(simulator::True_Force(1),
                   p[0] + ampere * p[1] + contact * (p[2] + ampere * p[3] + ampere * contact * p[4]), 0.3);
       EXPECT_NEAR(simulator::Force_Gauge(1), simulator::True_Force(1), 0.0051);
-      EXPECT_NEAR(m_Drive.Mean_Position(50), simulator::True_Position(1), 0.0002);
-      EXPECT_NEAR(Take(m_Drive.Channel(9)).back(), ampere, 0.01);
-      m_Drive.Go_And_Wait(0.0);
+      EXPECT_NEAR(Mean_Position(), simulator::True_Position(1), 0.0002);
+      EXPECT_NEAR(Take(29).back(), ampere, 0.01);
+      m_Drive.Go_Pos(0.0);
       EXPECT_EQ(simulator::True_Force(1), 0.0);
-      m_Drive.Clamp(40.0);
+      m_Drive.Set_Current_Pos(40.0);
     }
   }
 }
 
 TEST_F(Drive, Lands_At_The_Commanded_Speed_Bounces_And_Rings_Out) {
   simulator::Place_Part(1, 3.0);
-  m_Drive.Clamp(0.6);
-  m_Drive.Till_Idle();
-  m_Drive.Go(10.0);
+  m_Drive.Set_Current_Pos(0.6);
+  m_Drive.TillStop();
+  m_Drive.Send_Pos(10.0);
   double before = simulator::True_Position(1), fastest = 0.0, last_motion = 0.0, highest_bounce = 0.0, touched = 0.0;
   while (touched == 0.0 || Now_Ms() < touched + 200.0) {
     Sleep(1);
@@ -63,18 +83,18 @@ TEST_F(Drive, Lands_At_The_Commanded_Speed_Bounces_And_Rings_Out) {
 // A command on the way - further, short of the braking way, back, at a lower speed - starts from the present speed.
 TEST_F(Drive, Goes_Over_To_A_New_Command_Within_The_Acceleration) {
   const double commands[][2] = {{8.5, 80.0}, {2.0, 80.0}, {0.0, 80.0}, {8.5, 20.0}};
-  m_Drive.Send(8, 1000.0);
+  m_Drive.Set_Acc(1000.0);
   for (const auto& [target, speed] : commands) {
     SCOPED_TRACE(testing::Message() << target << " mm at " << speed << " mm/s");
-    m_Drive.Speed(80.0);
-    m_Drive.Go_And_Wait(0.0);
-    m_Drive.Go(8.0);
+    m_Drive.Set_Speed(80.0);
+    m_Drive.Go_Pos(0.0);
+    m_Drive.Send_Pos(8.0);
     double way[4] = {};  // at the last four milliseconds
     double most = 0.0;
     for (int ms = 0; ms < 1000; ++ms) {
       if (ms == 60) {
-        m_Drive.Speed(speed);
-        m_Drive.Go(target);
+        m_Drive.Set_Speed(speed);
+        m_Drive.Send_Pos(target);
       }
       Sleep(1);
       std::rotate(way, way + 1, way + 4);
@@ -86,14 +106,14 @@ TEST_F(Drive, Goes_Over_To_A_New_Command_Within_The_Acceleration) {
   }
 }
 
-TEST_F(Drive, Samples_Come_Every_Two_Milliseconds_Staggered_And_With_The_Encoders_Noise) {
-  const simulator_test::C_Test_Drive other(2);
+TEST_F(Room, Samples_Come_Every_Two_Milliseconds_Staggered_And_With_The_Encoders_Noise) {
+  for (const int drive : {1, 2}) simulator_test::Map_Position(drive);
   std::vector<double> values(4096), others(4096);
   std::vector<uint64_t> stamps(4096), other_stamps(4096);
   int count = 0;
   Sleep(4000);
-  GetInputChannelData(other.Position(), 4096, &count, others.data(), other_stamps.data());
-  GetInputChannelData(m_Drive.Position(), 4096, &count, values.data(), stamps.data());
+  GetInputChannelData(2, 4096, &count, others.data(), other_stamps.data());
+  GetInputChannelData(1, 4096, &count, values.data(), stamps.data());
   ASSERT_EQ(count, 2000);
   EXPECT_NE(stamps[0] % 100, other_stamps[0] % 100);
   EXPECT_NE(values, others);
@@ -110,86 +130,74 @@ TEST_F(Drive, Samples_Come_Every_Two_Milliseconds_Staggered_And_With_The_Encoder
 
   // Hours in which nobody calls: the FIFO holds the oldest samples, and the instants stay where they were.
   Sleep(5 * 3600 * 1000);
-  EXPECT_EQ(Take(m_Drive.Position()).size(), 4096U);
+  EXPECT_EQ(Take(1).size(), 4096U);
   Sleep(2);
-  GetInputChannelData(m_Drive.Position(), 4096, &count, values.data(), stamps.data() + 1);
+  GetInputChannelData(1, 4096, &count, values.data(), stamps.data() + 1);
   EXPECT_EQ(stamps[1] - stamps[0], 100u * (2000u + 5u * 3600u * 500u));
 }
 
-TEST(Homing, Measures_The_Stroke_Keeps_Commands_For_Later_And_Tells_When_It_Cannot) {
+TEST_F(Room, Homing_Measures_The_Stroke_Keeps_Commands_For_Later_And_Tells_When_It_Cannot) {
   for (const bool cyclic : {false, true}) {
-    orsanta::C_Simulated_Clock clock(1);
-    simulator::Settings settings;
-    settings.cyclic_stroke = cyclic;
-    simulator_test::Connect(settings);
-    const simulator_test::C_Test_Drive drive(1);
+    simulator_test::Connect({.cyclic_stroke = cyclic});
+    C_Kestrune_Motor_test drive(1, 1, 0);
+    drive.Map_Once();
     simulator::Place_Part(1, 4.0);
-    drive.Speed(50.0);
-    drive.Send(1, 0.0);
+    drive.Set_Speed(50.0);
+    OUTPUT_DATA(1, 21, 0.0);
     Sleep(100);
     const double start = Now_Ms();
-    drive.Go(3.0);
-    drive.Speed(80.0);
-    while (drive.Newest(drive.Ready()) == 0) Sleep(1);
+    drive.Send_Pos(3.0);
+    drive.Set_Speed(80.0);
+    while (drive.Check_Ready() == 0) Sleep(1);
     EXPECT_NEAR(Now_Ms() - start, 500.0, 30.0) << "the homing kept its own 20 mm/s";
     EXPECT_NEAR(simulator::True_Position(1), 0.0, 0.1);
-    EXPECT_NEAR(drive.Till_Idle(), 3.0 / 80.0 * 1000.0 + 16.0, 10.0) << "the speed last commanded";
+    const double homed = Now_Ms();
+    drive.TillStop();
+    EXPECT_NEAR(Now_Ms() - homed, 3.0 / 80.0 * 1000.0 + 16.0, 10.0) << "the speed last commanded";
     EXPECT_NEAR(simulator::True_Position(1), 3.0, 0.001);
-    const std::vector<double> lower = Take(drive.Channel(2));
+    const std::vector<double> lower = Take(22);
     EXPECT_EQ(lower.size(), cyclic ? 256u : 1u) << "of the time before the homing";
     EXPECT_NEAR(lower.front() / Raw_Per_Mm, cyclic ? 0.0 : -0.45, 0.01);
     Sleep(100);
-    EXPECT_EQ(Take(drive.Channel(2)).size(), cyclic ? 50u : 0u);
-    EXPECT_NEAR(Take(drive.Channel(3)).back() / Raw_Per_Mm, 4.95, 0.01);
+    EXPECT_EQ(Take(22).size(), cyclic ? 50u : 0u);
+    EXPECT_NEAR(Take(23).back() / Raw_Per_Mm, 4.95, 0.01);
 
     for (const bool stuck : {true, false}) {
       simulator::Set_Stuck(1, stuck);
-      drive.Send(1, 0.0);
-      drive.Till_Idle();
+      OUTPUT_DATA(1, 21, 0.0);
+      drive.TillStop();
       Sleep(3);
-      EXPECT_EQ(drive.Newest(drive.Ready()), stuck ? 0 : 1);
-      EXPECT_EQ(drive.Newest(drive.Channel(1)), stuck ? 2 : 0);
+      EXPECT_EQ(drive.Check_Ready(), stuck ? 0 : 1);
+      double fault = 77.0;
+      EXPECT_EQ(drive.Read_Latest(21, fault), 1);
+      EXPECT_EQ(fault, stuck ? 2.0 : 0.0);
     }
   }
 }
 
 TEST_F(Drive, Faults_Come_And_Go) {
   simulator::Set_Stuck(1, true);
-  m_Drive.Go_And_Wait(5.0);
+  m_Drive.Go_Pos(5.0);
   EXPECT_NEAR(simulator::True_Position(1), 0.0, 0.001);
   simulator::Set_Stuck(1, false);
   Sleep(500);
   simulator::Set_Frozen(1, true);
-  m_Drive.Go_And_Wait(4.0);
-  EXPECT_NEAR(m_Drive.Mean_Position(50), 5.0, 0.001);
+  m_Drive.Go_Pos(4.0);
+  EXPECT_NEAR(Mean_Position(), 5.0, 0.001);
   simulator::Set_Frozen(1, false);
-  EXPECT_NEAR(m_Drive.Mean_Position(50), 4.0, 0.001);
+  EXPECT_NEAR(Mean_Position(), 4.0, 0.001);
 
   simulator::Place_Part(1, 2.0);
-  m_Drive.Land(1.0);
+  Land(1.0);
   simulator::Set_Weak_Lift(1, true);
-  m_Drive.Go_And_Wait(0.0);
+  m_Drive.Go_Pos(0.0);
   EXPECT_GT(simulator::True_Position(1), 6.9);
   simulator::Set_Weak_Lift(1, false);
   Sleep(500);
   EXPECT_NEAR(simulator::True_Position(1), 0.0, 0.001);
 
-  // A restless part shakes the probe that lies on it.
-  m_Drive.Land(1.0);
-  simulator::Set_Restless(1, 0.05);
-  double least = 9.0, greatest = 0.0;
-  for (int ms = 0; ms < 100; ++ms) {
-    Sleep(1);
-    least = std::min(least, simulator::True_Position(1));
-    greatest = std::max(greatest, simulator::True_Position(1));
-  }
-  EXPECT_NEAR(least, 6.95, 0.01);
-  EXPECT_NEAR(greatest, 7.05, 0.01);
-  simulator::Set_Restless(1, 0.0);
-  m_Drive.Go_And_Wait(0.0);
-
   // A part that is pushed under a lowered probe lifts it, and the head's height moves the anvil.
-  m_Drive.Land(1.0);
+  Land(1.0);
   simulator::Place_Part(1, 4.0);
   EXPECT_LE(simulator::True_Position(1), 5.001);
   simulator::Set_Head_Height(1, -1.5);
@@ -198,7 +206,7 @@ TEST_F(Drive, Faults_Come_And_Go) {
   EXPECT_EQ(simulator::True_Contact_Position(1), 3.5);
 }
 
-TEST_F(Drive, Calls_Stand_In_The_Journal_And_Reads_When_Asked) {
+TEST_F(Room, Calls_Stand_In_The_Journal_And_Reads_When_Asked) {
   simulator::Journal_Clear();
   Sleep(5);
   std::set<uint64_t> sums{simulator::Journal_Checksum()};

@@ -1,4 +1,5 @@
 // The motion server: FIFOs, instruction threads and their waits, connection, errors, IO, many callers at once.
+#include <cmath>
 #include <cstdlib>
 #include <limits>
 #include <thread>
@@ -9,9 +10,10 @@ namespace {
 
 using orsanta::Now_Ms;
 using orsanta::Sleep;
-using simulator_test::C_Test_Drive;
 using simulator_test::Connect;
 using simulator_test::Map_Input;
+using simulator_test::Map_Position;
+using simulator_test::Raw_Per_Mm;
 using simulator_test::Take;
 
 // The errors since the last look, each as "thread/point number:subject ".
@@ -27,10 +29,7 @@ std::string Told() {
   return told;
 }
 
-class Server : public simulator_test::Room {
- protected:
-  Server() : Room(simulator_test::With_Board()) {}
-};
+using Server = simulator_test::Room;
 
 TEST_F(Server, Fifo_Keeps_Old_Samples_When_Full_And_Loses_Only_What_A_Reset_Finds) {
   Map_Input(1, 1, 4, 4, 25, 8);
@@ -61,49 +60,42 @@ TEST_F(Server, Fifo_Keeps_Old_Samples_When_Full_And_Loses_Only_What_A_Reset_Find
   EXPECT_EQ(count, 0);
 }
 
-TEST(Fifo, Carries_The_Width_Of_The_Port_And_Goes_Over_To_A_New_Port) {
-  orsanta::C_Simulated_Clock clock(1);
-  simulator::Settings settings;
-  settings.noise_mm = 0.0;
-  settings.anvil_mm = 100.0;
-  settings.force = {{0.0, 100.0, 0.0, 0.0, 0.0}};
-  Connect(settings);
+TEST_F(Server, Fifo_Carries_The_Width_Of_The_Port_And_Goes_Over_To_A_New_Port) {
+  Connect({.anvil_mm = 100.0, .noise_mm = 0.0, .force = {{0.0, 100.0, 0.0, 0.0, 0.0}}});
   EXPECT_EQ(simulator::True_Contact_Position(1), 60.0) << "the lower stop";
-  const C_Test_Drive drive(1);
-  drive.Speed(200.0);
-  drive.Go_And_Wait(40.0);
-  Map_Input(1, 1, 4, 6, 900, 16);
-  Sleep(3);
-  EXPECT_NEAR(Take(900).back() / simulator_test::Raw_Per_Mm, 40.0, 0.002);
-  EXPECT_NEAR(Take(drive.Position()).back() / simulator_test::Raw_Per_Mm, 40.0 - 65.536, 0.002) << "32 bits wrap";
+  Map_Position(1);
+  Map_Input(1, 1, 4, 6, 900, 4096);
+  SET_OUTPUT_DATA_MAP(1, 1, 0, 6, 901);
+  SET_OUTPUT_DATA_MAP(1, 1, 0, 3, 902);
+  OUTPUT_DATA(1, 901, 40.0 * Raw_Per_Mm);
+  Sleep(3000);
+  EXPECT_NEAR(Take(900).back() / Raw_Per_Mm, 40.0, 0.002);
+  EXPECT_NEAR(Take(1).back() / Raw_Per_Mm, 40.0 - 65.536, 0.002) << "32 bits wrap";
   SET_INPUT_DATA_MAP(1, 1, 200, 6, 900);
   Sleep(10);
   EXPECT_EQ(Take(900).back(), 0x202405180203.0p0);
 
   // Outwards a whole number is cut off, and one that does not fit is refused.
   SET_INPUT_DATA_MAP(1, 1, 20, 8, 900);
-  SET_OUTPUT_DATA_MAP(1, 1, 0, 3, 901);
   const double commanded[][2] = {{65536.9, 65536}, {-65536.9, -65536}, {8388607.9, 8388607}, {8388608, 8388607}};
   for (const auto& [value, raw] : commanded) {
-    OUTPUT_DATA(1, 901, value);
-    drive.Till_Idle();
-    Take(900);
-    Sleep(3);
-    EXPECT_NEAR(Take(900).back() * simulator_test::Raw_Per_Mm, raw, 1e-3) << value;
+    OUTPUT_DATA(1, 902, value);
+    Sleep(3000);
+    EXPECT_NEAR(Take(900).back() * Raw_Per_Mm, raw, 1e-3) << value;
   }
-  EXPECT_EQ(Told(), "1/30 6:901 ");
+  EXPECT_EQ(Told(), "1/12 6:902 ");
 }
 
 TEST_F(Server, A_Wait_Holds_Its_Own_Thread_Alone) {
-  const C_Test_Drive drive(1);
   TILLTIME(5, 300);
-  RESET_INPUT_DATA_FIFO(5, drive.Position(), 16);
+  RESET_INPUT_DATA_FIFO(5, 1, 16);
   TILL_THREAD_INS_FINISH(6, 5);
   TILLTIME(6, 50);
-  drive.Clamp(2.0);
+  Map_Position(1);
+  WaitForAllInsFinish(1);
   EXPECT_EQ(Now_Ms(), 0.0) << "an idle thread runs inside the call";
   Sleep(290);
-  EXPECT_GT(Take(drive.Position()).size(), 100u) << "the reset behind the wait came too early";
+  EXPECT_GT(Take(1).size(), 100u) << "the reset behind the wait came too early";
   int places = 0, all_places = 0, running = 1, finished = 0;
   GetThreadInsBufferRemainCount(5, &places, &running);
   EXPECT_EQ(WaitForAllInsFinish(5), 1);
@@ -126,9 +118,7 @@ TEST(Threads, Take_Their_Pace_For_Each_Instruction_Side_By_Side) {
   for (const double pace_ms : {0.0, 1.0, 2.5, -1.0}) {
     SCOPED_TRACE(pace_ms);
     orsanta::C_Simulated_Clock clock(1);
-    simulator::Settings settings;
-    settings.instruction_ms = pace_ms;
-    Connect(settings);
+    Connect({.instruction_ms = pace_ms});
     const double each = std::max(pace_ms, 0.0);
     for (const int thread : {5, 6, 5, 6, 5, 6}) USE_LOCAL_REG(thread);
     TILLTIME(5, 20);
@@ -146,11 +136,8 @@ TEST(Threads, Take_Their_Pace_For_Each_Instruction_Side_By_Side) {
   }
 }
 
-TEST(Connection, Refuses_Until_Prepared_And_Drops_Everything_With_A_Rebuild) {
-  orsanta::C_Simulated_Clock clock(1);
-  simulator::Settings settings;
-  settings.refused_connects = 2;
-  simulator::Reset(settings);
+TEST_F(Server, Refuses_Until_Prepared_And_Drops_Everything_With_A_Rebuild) {
+  simulator::Reset({.refused_connects = 2});
   const wchar_t* reason = nullptr;
   int exists = 1;
   EXPECT_EQ(ConnectControlServer(L"", 0, &reason) + CheckDeviceExist(1, &exists), 0);
@@ -160,59 +147,52 @@ TEST(Connection, Refuses_Until_Prepared_And_Drops_Everything_With_A_Rebuild) {
   EXPECT_EQ(ConnectControlServer(L"", 0, &reason) + ConnectControlServer(nullptr, 0, nullptr), 0);
   EXPECT_EQ(ConnectControlServer(L"127.0.0.1", 0, nullptr), 1);
 
-  const C_Test_Drive drive(1);
+  Map_Position(1);
   Sleep(20);
-  EXPECT_FALSE(Take(drive.Position()).empty());
+  EXPECT_FALSE(Take(1).empty());
   TILLTIME(1, 1000000);
   EXPECT_EQ(OpenCloseErrorMsgAutoAssert(0) + ReBuildSystem(), 2);
   double value = 0.0;
   int count = 0;
-  EXPECT_EQ(GetInputChannelData(drive.Position(), 1, &count, &value, nullptr) + WaitForAllInsFinish(1), 0);
+  EXPECT_EQ(GetInputChannelData(1, 1, &count, &value, nullptr) + WaitForAllInsFinish(1), 0);
   EXPECT_EQ(ConnectControlServer(L"", 0, nullptr) + WaitForAllInsFinish(1), 2);
-  EXPECT_EQ(GetInputChannelData(drive.Position(), 1, &count, &value, nullptr), 0);
+  EXPECT_EQ(GetInputChannelData(1, 1, &count, &value, nullptr), 0);
   EXPECT_EQ(CloseMotionControlerServer() + CheckDeviceExist(1, &exists), 1);
   EXPECT_EQ(ReleaseDevice(), 1);
   EXPECT_EQ(ConnectControlServer(L"", 0, nullptr), 0) << "a released client is prepared anew";
 }
 
 TEST_F(Server, Tells_Each_Step_Past_A_Limit_And_Leaves_Everything_As_It_Was) {
-  const C_Test_Drive drive(1);
   const double infinity = std::numeric_limits<double>::infinity();
-  for (const double bad : {std::nan(""), infinity, 1e300, -1e15}) drive.Send(0, bad);
-  drive.Speed(0.0);
-  drive.Clamp(1e6);
-  EXPECT_EQ(Told(), "1/20 6:20 1/21 6:20 1/22 6:20 1/23 6:20 1/24 6:23 1/25 6:22 ");
-  EXPECT_EQ(drive.Run_Flag(), 0);
-
   const int lowest = std::numeric_limits<int>::min();
   const int highest = std::numeric_limits<int>::max();
+  const int outputs[][3] = {{0, 6, 20}, {4, 8, 22}, {6, 8, 23}};  // position, current, speed
+  for (const auto& [port, format, channel] : outputs) SET_OUTPUT_DATA_MAP(1, 1, port, format, channel);
+  for (const double bad : {std::nan(""), infinity, 1e300, -1e15}) OUTPUT_DATA(1, 20, bad);
+  OUTPUT_DATA(1, 23, 0.0);
+  OUTPUT_DATA(1, 22, 1e6);
+  Map_Input(1, 1, 5, 1, 26, 4);
+  Sleep(3);
+  EXPECT_EQ(Take(26).back(), 0.0) << "the run flag";
   for (const int n : {lowest, -1, 0, 255, 256, highest}) EXPECT_EQ(TILLTIME(n, 0), n == 0 || n == 255 ? 1 : 0);
-  EXPECT_EQ(Told(), "-2147483648/0 1:-2147483648 -1/0 1:-1 256/0 1:256 2147483647/0 1:2147483647 ");
   for (const int n : {lowest, -1, 0, 1, 65535, 65536, highest}) {
     SET_INPUT_DATA_MAP(2, 1, 4, 4, n);
     SET_OUTPUT_DATA_MAP(2, 1, 0, 6, n);
     RESET_INPUT_DATA_FIFO(2, 0, n);
   }
   for (const int n : {-1, 0, 65536, 65537}) SetBackJmpInsSize(2, n);
-  EXPECT_EQ(Told(),
-            "2/0 5:-2147483648 2/1 5:-2147483648 2/2 5:0 2/3 5:-1 2/4 5:-1 2/5 5:0 2/8 6:0 2/15 5:65536 2/16 5:65536 "
-            "2/18 5:2147483647 2/19 5:2147483647 2/20 6:2147483647 2/21 6:-1 2/24 6:65537 ");
   for (const int n : {-1, 0, 8, 9}) {
     SET_INPUT_DATA_MAP(2, 1, 4, n, 0);
     SET_OUTPUT_DATA_MAP(2, 1, 0, n, 0);
     SET_IOIN_MAP(2, 15, 4, n, 0, 0);
     SET_IOOUT_MAP(2, 15, 3, n, 0);
   }
-  EXPECT_EQ(Told(), "2/25 6:-1 2/26 6:-1 2/27 4:-1 2/28 4:-1 2/35 4:8 2/36 4:8 2/37 6:9 2/38 6:9 2/39 4:9 2/40 4:9 ");
   for (const int n : {-1, 0, 1023, 1024}) {
     SET_IOIN_MAP(2, 15, 4, 0, 0, n);
     SET_IOOUT_MAP(2, 15, 3, 0, n);
     ADD_R_C(2, n, n, infinity);
   }
   for (const int n : {-1, 0, 63, 64}) SET_AXIS_MAP(2, 20, 0, n);
-  EXPECT_EQ(Told(),
-            "2/41 7:-1 2/42 7:-1 2/43 10:-1 2/43 10:-1 2/50 7:1024 2/51 7:1024 2/52 10:1024 2/52 10:1024 2/53 8:-1 "
-            "2/56 8:64 ");
   SET_INPUT_DATA_MAP(2, 64, 4, 4, 0);
   SET_INPUT_DATA_MAP(2, 1, 3, 4, 0);
   SET_OUTPUT_DATA_MAP(2, 1, 2, 6, 0);
@@ -223,7 +203,14 @@ TEST_F(Server, Tells_Each_Step_Past_A_Limit_And_Leaves_Everything_As_It_Was) {
   SGO(2, 9, 1.0);
   TILLSTOP(2, 9);
   TILL_THREAD_INS_FINISH(2, 2);
-  EXPECT_EQ(Told(), "2/57 3:64 2/58 4:3 2/59 4:2 2/60 4:1 2/61 5:7 2/62 7:7 2/63 7:7 2/64 8:9 2/65 8:9 2/66 11:2 ");
+  EXPECT_EQ(Told(),
+            "1/3 6:20 1/4 6:20 1/5 6:20 1/6 6:20 1/7 6:23 1/8 6:22 "
+            "-2147483648/0 1:-2147483648 -1/0 1:-1 256/0 1:256 2147483647/0 1:2147483647 "
+            "2/0 5:-2147483648 2/1 5:-2147483648 2/2 5:0 2/3 5:-1 2/4 5:-1 2/5 5:0 2/8 6:0 2/15 5:65536 2/16 5:65536 "
+            "2/18 5:2147483647 2/19 5:2147483647 2/20 6:2147483647 2/21 6:-1 2/24 6:65537 "
+            "2/25 6:-1 2/26 6:-1 2/27 4:-1 2/28 4:-1 2/35 4:8 2/36 4:8 2/37 6:9 2/38 6:9 2/39 4:9 2/40 4:9 "
+            "2/41 7:-1 2/42 7:-1 2/43 10:-1 2/43 10:-1 2/50 7:1024 2/51 7:1024 2/52 10:1024 2/52 10:1024 2/53 8:-1 "
+            "2/56 8:64 2/57 3:64 2/58 4:3 2/59 4:2 2/60 4:1 2/61 5:7 2/62 7:7 2/63 7:7 2/64 8:9 2/65 8:9 2/66 11:2 ");
   EXPECT_EQ(GetInputChannelData(0, 5, nullptr, nullptr, nullptr) + GetCurOutputPos(nullptr, nullptr), 0);
   simulator::Set_Input(highest, 1);
   simulator::Place_Part(highest, infinity);
@@ -247,11 +234,12 @@ TEST(Callers, Many_Threads_At_Once_Do_Not_Hold_Each_Other) {
   threads.emplace_back([] { EXPECT_EQ(WaitForAllInsFinish(9), 0); });
   for (int id = 1; id <= 4; ++id) {
     threads.emplace_back([id] {
-      const C_Test_Drive drive(id);
-      for (int i = 0; i < 200; ++i) drive.Go(i % 2 == 0 ? 2.0 : 0.0);
+      Map_Position(id);
+      SET_OUTPUT_DATA_MAP(id, id, 0, 6, id);
+      for (int i = 0; i < 200; ++i) OUTPUT_DATA(id, id, i % 2 == 0 ? Raw_Per_Mm : 0.0);
     });
     threads.emplace_back([id] {
-      for (size_t samples = 0; samples < 200; simulator::True_Position(id)) samples += Take(id * 20 + 5).size();
+      for (size_t samples = 0; samples < 200; simulator::True_Position(id)) samples += Take(id).size();
     });
   }
   for (size_t i = 1; i < threads.size(); ++i) threads[i].join();
@@ -263,9 +251,9 @@ TEST(Callers, Many_Threads_At_Once_Do_Not_Hold_Each_Other) {
 TEST(Callers_DeathTest, A_Process_May_End_Under_Its_Readers) {
   const auto leave_under_a_reader = [] {
     Connect();
-    const C_Test_Drive drive(1);
-    std::thread([&] {
-      for (;;) Take(drive.Position());
+    Map_Position(1);
+    std::thread([] {
+      for (;;) Take(1);
     }).detach();
     Sleep(20);
     std::exit(0);
