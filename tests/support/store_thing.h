@@ -1,13 +1,10 @@
 // A class with persisted members, and the folder and front of a test of the store.
 #pragma once
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <functional>
-#include <string>
-#include <vector>
-
+#include "common/arrays.h"
 #include "common/scripted_front.h"
 #include "common/temp_folder.h"
 #include "support/store/store.h"
@@ -23,7 +20,7 @@ class C_Thing : public CAutoSaveClassData2 {
   Shared<float> level{2.0F};
   CMyArray<double> first;
   CMyArray<double> second;
-  std::function<void()> on_pass;  // called at the end of each pass
+  std::function<void()> on_pass = [] {};  // called at the end of each pass
 
   int Save() { return SaveAllClassParameterToHashOpt(L"音圈电机3参数", 1); }
   int Own() { return Own_Store(L"音圈电机3参数"); }
@@ -41,14 +38,10 @@ class C_Thing : public CAutoSaveClassData2 {
       Process_Member("Val_Pos_Friction[0].MyArrayP", first, data);
       Process_Member("Val_Pos_Friction[1].MyArrayP", second, data);
     }
-    if (on_pass) on_pass();
+    on_pass();
     CAutoSaveClassData2::OptSaveAndLoadDataStore(data);
   }
 };
-
-inline std::vector<double> Values(const CMyArray<double>& array) {
-  return {array.begin(), array.end()};
-}
 
 class C_Store_Test : public ::testing::Test {
  protected:
@@ -57,14 +50,16 @@ class C_Store_Test : public ::testing::Test {
   static void Write(const std::string& text) { std::ofstream(File, std::ios::binary | std::ios::trunc) << text; }
   // The one box since the last call.
   std::string Only_Box() {
-    const std::vector<std::wstring> boxes = front->Boxes();
+    std::vector<std::wstring> boxes = front->Boxes();
     front->Clear_Record();
     EXPECT_EQ(boxes.size(), 1U);
-    return boxes.empty() ? "" : To_Utf8(boxes[0]);
+    boxes.resize(1);
+    return To_Utf8(boxes[0]);
   }
 
   C_Temp_Folder folder;
   C_Scripted_Front_Holder front;
+  const std::string store_name = "参数文件 " + (folder.Path() / File).string();  // as an operator is told it
 };
 
 }  // namespace orsanta
