@@ -21,10 +21,6 @@ C_Outcome Orsanta(const std::string& arguments) {
   return Shell(BUILT_PROGRAM " " + arguments + " 2>&1");
 }
 
-C_Outcome Study(const std::string& arguments) {
-  return Orsanta("study " + arguments);
-}
-
 void Put(const std::string& name, const std::string& text) {
   std::ofstream(name, std::ios::binary) << text;
 }
@@ -41,7 +37,7 @@ constexpr char Crossed[] =
 TEST(Program, Works_Out_Files_And_Loses_None) {
   const C_Temp_Folder folder;
   Put("grr.csv", Crossed);
-  const C_Outcome ran = Study("grr --data grr.csv --tolerance 20 --out out --language en");
+  const C_Outcome ran = Orsanta("study grr --data grr.csv --tolerance 20 --out out --language en");
   EXPECT_EQ(ran.status, 0);
   EXPECT_THAT(ran.output, HasSubstr("%GRR of the tolerance: 3.91 %"));
   const nlohmann::json grr = Result("out");
@@ -57,10 +53,10 @@ TEST(Program, Works_Out_Files_And_Loses_None) {
   EXPECT_EQ(File_Text("out/data.csv"), Crossed);
 
   // The same values with another tolerance; other values do not go over them.
-  EXPECT_EQ(Study("grr --data out/data.csv --tolerance 1 --out out").status, 0);
+  EXPECT_EQ(Orsanta("study grr --data out/data.csv --tolerance 1 --out out").status, 0);
   EXPECT_EQ(Result("out")["verdict"], "rejected");
   Put("other.csv", std::string(Crossed).substr(0, 120));
-  const C_Outcome other = Study("grr --data other.csv --out out");
+  const C_Outcome other = Orsanta("study grr --data other.csv --out out");
   EXPECT_EQ(other.status, 2);
   EXPECT_THAT(other.output, HasSubstr("\"out\" holds other values"));
 
@@ -69,12 +65,12 @@ TEST(Program, Works_Out_Files_And_Loses_None) {
     references += std::to_string(1 + i % 5) + "," + std::to_string(1 + i % 5 + (i * 7 % 11 - 5) * 1e-4) + "\n";
   }
   Put("references.csv", references);
-  EXPECT_EQ(Study("linearity --data references.csv --tolerance 20 --out line").status, 0);
+  EXPECT_EQ(Orsanta("study linearity --data references.csv --tolerance 20 --out line").status, 0);
   EXPECT_EQ(Result("line")["linearity"]["sizes"].size(), 5U);
-  EXPECT_EQ(Study("uncertainty --data references.csv --grr grr.csv --tolerance 20 --out budget").status, 0);
+  EXPECT_EQ(Orsanta("study uncertainty --data references.csv --grr grr.csv --tolerance 20 --out budget").status, 0);
   EXPECT_LT(Result("budget")["uncertainty"]["process"]["Q_MP"].get<double>(), 30.0);
   Put("force.csv", "height,set,true\n1,100,99\n1,200,203\n");
-  EXPECT_EQ(Study("force --data force.csv --out force").status, 0);
+  EXPECT_EQ(Orsanta("study force --data force.csv --out force").status, 0);
   EXPECT_EQ(Result("force")["verdict"], "conditional");
 }
 
@@ -82,19 +78,16 @@ TEST(Program, Says_In_One_Line_What_Is_Wrong_And_What_Is_Allowed) {
   const C_Temp_Folder folder;
   Put("two_bad.csv", "part,appraiser,trial,value\n1,A,1,x\n1,A\n");
   Put("short.csv", "value\n1\n2\n");
-  Put("grr.csv", std::string(Crossed).substr(0, 120));
   struct C_Case {
     std::string arguments;
     int status;
-    const char* told;
-    int lines = 1;
+    std::string told;
   };
   for (const C_Case& item :
        {C_Case{"", 2, "measure"},
         C_Case{"weigh", 2, "measure"},
         C_Case{"measure --stations 15", 2, "1 to 14"},
         C_Case{"measure --stations 0", 2, "1 to 14"},
-        C_Case{"measure --stations two", 2, "1 to 14"},
         C_Case{"measure --parts=1.5", 2, "whole number"},
         C_Case{"measure --force nan", 2, "1 to 1000"},
         C_Case{"measure --force", 2, "--force"},
@@ -106,27 +99,26 @@ TEST(Program, Says_In_One_Line_What_Is_Wrong_And_What_Is_Allowed) {
         C_Case{"study grr --language de", 2, "zh"},
         C_Case{"study type1 --reference 3", 2, "--tolerance"},
         C_Case{"study type1 --tolerance 20", 2, "--reference"},
-        C_Case{"study type1 --tolerance 20 --reference 1 --data short.csv", 1, "at least 25 repeats, there are 2"},
+        C_Case{"study type1 --tolerance 20 --reference 1 --data short.csv", 1,
+               "orsanta: short.csv: a type 1 study needs at least 25 repeats, there are 2"},
         C_Case{"study linearity --references 1,2,3", 2, "at least 5"},
         C_Case{"study linearity --references 1,2,2,3,4", 2, "twice"},
-        C_Case{"study grr --data grr.csv", 1, "orsanta: grr.csv: the study is not balanced: part 2, appraiser"},
         C_Case{"study grr --data two_bad.csv", 1,
                "orsanta: two_bad.csv: line 2: the column \"value\" holds \"x\", which is no number\n"
-               "orsanta: two_bad.csv: line 3: 2 fields, not 4",
-               2},
+               "orsanta: two_bad.csv: line 3: 2 fields, not 4"},
         C_Case{"study grr --out new --resume", 1, "plan.json"},
         C_Case{"study grr --out new --resume --parts 5", 2, "leave out --parts"},
-        C_Case{"study grr --out /proc/none --data grr.csv", 1, "/proc/none"}}) {
+        C_Case{"study type1 --tolerance 20 --out /proc/none --data short.csv", 1, "/proc/none"}}) {
     const C_Outcome ran = Orsanta(item.arguments);
     EXPECT_EQ(ran.status, item.status) << item.arguments;
     EXPECT_THAT(ran.output, AllOf(StartsWith("orsanta: "), HasSubstr(item.told))) << item.arguments;
-    EXPECT_EQ(std::count(ran.output.begin(), ran.output.end(), '\n'), item.lines) << ran.output;
+    EXPECT_EQ(std::ranges::count(ran.output, '\n'), 1 + std::ranges::count(item.told, '\n')) << ran.output;
   }
   for (const std::string command : {"measure", "panel"}) {  // on a machine nothing places parts
     const C_Outcome ran = Shell("LD_LIBRARY_PATH=" MACHINE_FOLDER " " BUILT_PROGRAM " " + command + " 2>&1");
     EXPECT_EQ(ran.status, 1);
     EXPECT_THAT(ran.output, StartsWith("orsanta: " + command + " needs the simulator"));
-    EXPECT_EQ(std::count(ran.output.begin(), ran.output.end(), '\n'), 1) << ran.output;
+    EXPECT_EQ(std::ranges::count(ran.output, '\n'), 1) << ran.output;
   }
   for (const char* arguments : {"--help", "measure --help", "selftest --help"})
     EXPECT_THAT(Orsanta(arguments).output, HasSubstr("Example: orsanta")) << arguments;

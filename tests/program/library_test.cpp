@@ -2,14 +2,13 @@
 #include <dlfcn.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
-#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <set>
 #include <sstream>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "common/temp_folder.h"
@@ -67,30 +66,25 @@ std::vector<double> Work(void* library) {
   for (const int station : {1, 2}) Find<decltype(do_test)>(library, "do_test")(station, ORSANTA_TASK_MEASURE);
   auto* const recorded = Find<int(int, double*, int)>(library, "Recorded_Temperatures");
   std::vector<double> temperatures(2);
-  for (const int station : {1, 2}) {
-    for (int waits = 0; recorded(station, &temperatures[station - 1U], 1) < 1 && waits < 2000; ++waits)
-      std::this_thread::sleep_for(std::chrono::milliseconds(10));
-  }
+  for (const int station : {1, 2})
+    for (int n = 0; recorded(station, &temperatures[station - 1U], 1) < 1 && n < 2000; ++n) usleep(10000);
   Find<decltype(Orsanta_dll_uninit)>(library, "Orsanta_dll_uninit")();
   return temperatures;
-}
-
-auto Threads() {
-  return std::distance(std::filesystem::directory_iterator("/proc/self/task"), {});
 }
 
 // A host that loads the library, works, stops and unloads it, and does it all again in the same process.
 TEST_F(Real_Time, Every_Load_Of_The_Library_Reads_The_Boards_And_Leaves_No_Thread) {
   const C_Temp_Folder folder;
   Set_Up_Machine();
-  const auto threads_before = Threads();
+  const auto threads = [] { return std::distance(std::filesystem::directory_iterator("/proc/self/task"), {}); };
+  const auto threads_before = threads();
   for (const double celsius : {31.5, 18.0}) {
     for (const int board : Boards) simulator::Set_Temperature(board, celsius + board);
     void* const library = dlopen(LIBRARY_WITH_INSIDES, RTLD_NOW | RTLD_LOCAL);
     ASSERT_NE(library, nullptr) << dlerror();
     const auto near = [celsius](int board) { return testing::DoubleNear(celsius + board, 0.1); };
     EXPECT_THAT(Work(library), testing::ElementsAre(near(Boards[0]), near(Boards[1])));
-    EXPECT_EQ(Threads(), threads_before);
+    EXPECT_EQ(threads(), threads_before);
     dlclose(library);
     EXPECT_EQ(dlopen(LIBRARY_WITH_INSIDES, RTLD_NOW | RTLD_NOLOAD), nullptr) << "is still loaded";
   }

@@ -18,8 +18,10 @@
 namespace study {
 namespace {
 
+using ::testing::DoubleNear;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
+using ::testing::Pointwise;
 
 // SplitMix64, as in reference/make_reference.py.
 class C_Random {
@@ -42,6 +44,14 @@ C_Crossed Empty(int parts, int appraisers, int trials) {
   for (int i = 1; i <= parts; ++i) data.parts.push_back(std::to_string(i));
   for (int j = 0; j < appraisers; ++j) data.appraisers.emplace_back(1, static_cast<char>('A' + j));
   data.trials = trials;
+  return data;
+}
+
+C_Crossed Filled(int parts, int appraisers, int trials, double (*value)(int, int, int)) {
+  C_Crossed data = Empty(parts, appraisers, trials);
+  for (int i = 0; i < parts; ++i)
+    for (int j = 0; j < appraisers; ++j)
+      for (int k = 0; k < trials; ++k) data.values_mm.push_back(value(i, j, k));
   return data;
 }
 
@@ -81,14 +91,9 @@ std::vector<C_Reference_Values> Random_References(uint64_t seed) {
 
 std::vector<double> Numbers(const C_Anova& a) {
   const C_Components& c = a.components;
-  std::vector<double> numbers;
-  for (const auto* source : {&a.parts, &a.appraisers, &a.interaction, &a.equipment})
-    numbers.push_back(source->sum_of_squares);
-  for (const double number : {a.interaction.p, c.EV, c.AV, c.INT, c.PV, c.GRR, c.TV}) numbers.push_back(number);
-  for (const auto& interval : {a.EV, a.AV, a.INT, a.PV, a.GRR, a.TV}) {
-    numbers.push_back(interval.low);
-    numbers.push_back(interval.high);
-  }
+  std::vector<double> numbers{a.parts.sum_of_squares, a.appraisers.sum_of_squares, a.interaction.sum_of_squares};
+  numbers.insert(numbers.end(), {a.equipment.sum_of_squares, a.interaction.p, c.EV, c.AV, c.INT, c.PV, c.GRR, c.TV});
+  for (const auto& [low, high] : {a.EV, a.AV, a.INT, a.PV, a.GRR, a.TV}) numbers.insert(numbers.end(), {low, high});
   return numbers;
 }
 
@@ -120,22 +125,16 @@ TEST(Studies, Agree_With_A_Second_Computation_On_Random_Designs) {
 }
 
 C_Crossed Handbook_Data() {
-  constexpr double Trials[3][3][10] = {{{0.29, -0.56, 1.34, 0.47, -0.80, 0.02, 0.59, -0.31, 2.26, -1.36},
-                                        {0.41, -0.68, 1.17, 0.50, -0.92, -0.11, 0.75, -0.20, 1.99, -1.25},
-                                        {0.64, -0.58, 1.27, 0.64, -0.84, -0.21, 0.66, -0.17, 2.01, -1.31}},
-                                       {{0.08, -0.47, 1.19, 0.01, -0.56, -0.20, 0.47, -0.63, 1.80, -1.68},
-                                        {0.25, -1.22, 0.94, 1.03, -1.20, 0.22, 0.55, 0.08, 2.12, -1.62},
-                                        {0.07, -0.68, 1.34, 0.20, -1.28, 0.06, 0.83, -0.34, 2.19, -1.50}},
-                                       {{0.04, -1.38, 0.88, 0.14, -1.46, -0.29, 0.02, -0.46, 1.77, -1.49},
-                                        {-0.11, -1.13, 1.09, 0.20, -1.07, -0.67, 0.01, -0.56, 1.45, -1.77},
-                                        {-0.15, -0.96, 0.67, 0.11, -1.45, -0.49, 0.21, -0.49, 1.87, -2.16}}};
-  C_Crossed data = Empty(10, 3, 3);
-  for (size_t i = 0; i < 10; ++i) {
-    for (const auto& appraiser : Trials) {
-      for (const auto& trial : appraiser) data.values_mm.push_back(trial[i]);
-    }
-  }
-  return data;
+  static constexpr double Trials[3][3][10] = {{{0.29, -0.56, 1.34, 0.47, -0.80, 0.02, 0.59, -0.31, 2.26, -1.36},
+                                               {0.41, -0.68, 1.17, 0.50, -0.92, -0.11, 0.75, -0.20, 1.99, -1.25},
+                                               {0.64, -0.58, 1.27, 0.64, -0.84, -0.21, 0.66, -0.17, 2.01, -1.31}},
+                                              {{0.08, -0.47, 1.19, 0.01, -0.56, -0.20, 0.47, -0.63, 1.80, -1.68},
+                                               {0.25, -1.22, 0.94, 1.03, -1.20, 0.22, 0.55, 0.08, 2.12, -1.62},
+                                               {0.07, -0.68, 1.34, 0.20, -1.28, 0.06, 0.83, -0.34, 2.19, -1.50}},
+                                              {{0.04, -1.38, 0.88, 0.14, -1.46, -0.29, 0.02, -0.46, 1.77, -1.49},
+                                               {-0.11, -1.13, 1.09, 0.20, -1.07, -0.67, 0.01, -0.56, 1.45, -1.77},
+                                               {-0.15, -0.96, 0.67, 0.11, -1.45, -0.49, 0.21, -0.49, 1.87, -2.16}}};
+  return Filled(10, 3, 3, [](int i, int j, int k) { return Trials[j][k][i]; });
 }
 
 // The examples of the AIAG handbook, 4th edition.
@@ -147,11 +146,9 @@ TEST(Studies, Give_The_Published_Results) {
   EXPECT_EQ(anova.components.Ndc(), 4);
 
   const C_Components range = Work_Out_Average_Range(Handbook_Data())->components;
-  EXPECT_NEAR(range.EV, 0.20188, 5e-5);  // the handbook rounds its factors to four digits
-  EXPECT_NEAR(range.AV, 0.22963, 1.5e-4);
-  EXPECT_NEAR(range.GRR, 0.30575, 1.5e-4);
-  EXPECT_NEAR(range.PV, 1.10456, 1.5e-4);
-  EXPECT_NEAR(range.TV, 1.14610, 1.5e-4);
+  // The handbook rounds its factors to four digits.
+  EXPECT_THAT((std::vector{range.EV, range.AV, range.GRR, range.PV, range.TV}),
+              Pointwise(DoubleNear(1.5e-4), {0.20188, 0.22963, 0.30575, 1.10456, 1.14610}));
   EXPECT_EQ(range.Ndc(), 5);
 
   const C_Linearity line =
@@ -160,9 +157,8 @@ TEST(Studies, Give_The_Published_Results) {
                           {4, {5.1, 3.9, 4.2, 5.0, 3.8, 3.9, 3.9, 3.9, 3.9, 4.0, 4.1, 3.8}},
                           {6, {5.8, 5.7, 5.9, 5.9, 6.0, 6.1, 6.0, 6.1, 6.4, 6.3, 6.0, 6.1}},
                           {8, {7.6, 7.7, 7.8, 7.7, 7.8, 7.8, 7.8, 7.7, 7.8, 7.5, 7.6, 7.7}}});
-  EXPECT_NEAR(line.slope_t, -12.043, 5e-4);
-  EXPECT_NEAR(line.intercept_t, 10.158, 5e-4);
-  EXPECT_NEAR(line.Percent_Linearity(), 13.1667, 5e-4);
+  EXPECT_THAT((std::vector{line.slope_t, line.intercept_t, line.Percent_Linearity()}),
+              Pointwise(DoubleNear(5e-4), {-12.043, 10.158, 13.1667}));
   EXPECT_FALSE(line.Zero_In_Band());
 }
 
@@ -177,27 +173,20 @@ std::vector<double> Twenty_Five() {  // 3.0002 mm on the mean, standard deviatio
 
 TEST(Studies, Judge_A_Gauge_Against_A_Tolerance) {
   const C_Type1 type1 = Work_Out_Type1(Twenty_Five(), {3.0, 0.02, 0.0001, 0.95});
-  EXPECT_NEAR(type1.bias_mm, 0.0002, 1e-12);
-  EXPECT_NEAR(type1.values.deviation, 0.0001, 1e-12);
-  EXPECT_NEAR(type1.bias_test.t, 10.0, 1e-8);
   EXPECT_NEAR(type1.bias_test.high - type1.bias_mm, 2.063898562 * 0.0001 / 5.0, 1e-12);  // t(0.975, 24)
-  EXPECT_NEAR(type1.cg, 6.66666666667, 1e-8);
-  EXPECT_NEAR(type1.cgk, 6.0, 1e-8);
-  EXPECT_NEAR(type1.percent_resolution, 0.5, 1e-12);
+  EXPECT_THAT((std::vector{type1.bias_mm, type1.values.deviation, type1.bias_test.t, type1.cg, type1.cgk,
+                           type1.percent_resolution}),
+              Pointwise(DoubleNear(1e-8), {0.0002, 0.0001, 10.0, 20.0 / 3.0, 6.0, 0.5}));
 
-  C_Uncertainty_Settings settings;
-  settings.tolerance_mm = 0.02;
-  settings.resolution_mm = 0.0001;
-  settings.reference_uncertainty_mm = 0.0002;
-  settings.temperature_range_k = 2.0;
+  const C_Uncertainty_Settings settings{
+      .tolerance_mm = 0.02, .resolution_mm = 0.0001, .reference_uncertainty_mm = 0.0002, .temperature_range_k = 2.0};
   const C_Uncertainty alone = Work_Out_Uncertainty({{3.0, Twenty_Five()}}, {}, settings);
   const double bias = 0.0002 / std::sqrt(3.0), warming = 3.0 * 11.5e-6 * 2.0 / std::sqrt(3.0);
   const double system = std::sqrt(0.0001 * 0.0001 + 0.0001 * 0.0001 + bias * bias);  // certificate, repeats, bias
-  EXPECT_NEAR(alone.system.u_mm, system, 1e-12);
-  EXPECT_NEAR(alone.system.percent, 100.0 * 4.0 * system / 0.02, 1e-8);
-  EXPECT_NEAR(alone.system.capability, 0.3 * 0.02 / (6.0 * system), 1e-8);
-  EXPECT_NEAR(alone.system.df, 24.0 * std::pow(system / 0.0001, 4), 1e-6);
-  EXPECT_NEAR(alone.process.u_mm, std::hypot(system, warming), 1e-12);
+  const std::vector<double> told{alone.system.u_mm, alone.system.percent, alone.system.capability, alone.system.df,
+                                 alone.process.u_mm};
+  EXPECT_THAT(told, Pointwise(DoubleNear(1e-8), {system, 20000.0 * system, 0.001 / system,
+                                                 24.0 * std::pow(system / 0.0001, 4), std::hypot(system, warming)}));
 
   // A second size adds its linearity, a crossed study its appraisers; its repeats replace smaller ones.
   std::vector<double> second = Twenty_Five();
@@ -212,10 +201,9 @@ TEST(Studies, Judge_A_Gauge_Against_A_Tolerance) {
               0.0001 * 0.0001 + line * line + mean * mean + std::pow(warming * 4 / 3, 2) + c.GRR * c.GRR, 1e-12);
 
   const C_Force force = Work_Out_Force({{1, 100, 101}, {1, 200, 199}, {5, 100, 98}});
-  EXPECT_EQ(force.greatest_error_percent, 2.0);
-  EXPECT_EQ(force.worst.height_mm, 5.0);
-  EXPECT_EQ(force.forces[0].mean_error_percent, -0.5);
-  EXPECT_EQ(force.heights[0].greatest_error_percent, 1.0);
+  EXPECT_THAT((std::vector{force.greatest_error_percent, force.worst.height_mm, force.forces[0].mean_error_percent,
+                           force.heights[0].greatest_error_percent}),
+              ElementsAre(2.0, 5.0, -0.5, 1.0));
 }
 
 template <class F>
@@ -228,18 +216,10 @@ std::string Refusal(F&& work) {
   return "not refused";
 }
 
-C_Crossed Filled(int parts, int appraisers, int trials, double (*value)(int, int, int)) {
-  C_Crossed data = Empty(parts, appraisers, trials);
-  for (int i = 0; i < parts; ++i)
-    for (int j = 0; j < appraisers; ++j)
-      for (int k = 0; k < trials; ++k) data.values_mm.push_back(value(i, j, k));
-  return data;
-}
-
 TEST(Studies, Say_What_Cannot_Be_Worked_Out) {
   const auto anova = [](const C_Crossed& data) { return Work_Out_Anova(data); };
-  const auto thirds = [](int, int, int) { return 1.0 / 3.0; };
-  EXPECT_THAT(Refusal([&] { anova(Filled(5, 3, 2, thirds)); }), HasSubstr("all 30 values are identical"));
+  EXPECT_THAT(Refusal([&] { anova(Filled(5, 3, 2, [](int, int, int) { return 1.0 / 3.0; })); }),
+              HasSubstr("all 30 values are identical"));
   EXPECT_THAT(Refusal([&] { anova(Filled(1, 3, 2, [](int, int j, int k) { return j + k * 0.1; })); }),
               HasSubstr("at least 2 parts"));
   EXPECT_THAT(Refusal([&] { anova(Filled(5, 3, 1, [](int i, int, int) { return i * 1.0; })); }),
@@ -258,15 +238,13 @@ TEST(Studies, Say_What_Cannot_Be_Worked_Out) {
 TEST(Studies, Take_What_Little_There_Is) {
   // Identical trials: thirds, whose mean is not exact, must not pass for repeatability.
   const C_Anova exact = Work_Out_Anova(Filled(4, 2, 3, [](int i, int j, int) { return i * 0.1 + j / 3.0; }));
-  EXPECT_EQ(exact.components.EV, 0.0);
-  EXPECT_EQ(exact.components.INT, 0.0);
-  EXPECT_NEAR(exact.components.AV, std::sqrt(1.0 / 18.0), 1e-12);
+  EXPECT_THAT((std::vector{exact.components.EV, exact.components.INT, exact.components.AV}),
+              ElementsAre(0.0, 0.0, DoubleNear(std::sqrt(1.0 / 18.0), 1e-12)));
   // One appraiser; parts that do not differ.
   const C_Anova one = Work_Out_Anova(Filled(5, 1, 2, [](int, int, int k) { return 3.0 + k * 0.001; }));
-  EXPECT_EQ(one.components.AV, 0.0);
-  EXPECT_EQ(one.components.PV, 0.0);
+  EXPECT_THAT((std::vector{one.components.AV, one.components.PV, one.components.Percent_GRR()}),
+              ElementsAre(0.0, 0.0, DoubleNear(100.0, 1e-9)));
   EXPECT_THAT(one.negative, ElementsAre(testing::StrEq("PV")));
-  EXPECT_NEAR(one.components.Percent_GRR(), 100.0, 1e-9);
   EXPECT_EQ(one.components.Ndc(), 0);
   // No spread of the gauge at all.
   const C_Anova parts = Work_Out_Anova(Filled(5, 2, 2, [](int i, int, int) { return i * 1.0; }));
@@ -276,9 +254,8 @@ TEST(Studies, Take_What_Little_There_Is) {
 }
 
 TEST(Csv, Reads_What_Spreadsheets_Write) {
-  const std::vector<C_Reading> readings = Read_Crossed(
-      "\xEF\xBB\xBF"
-      "Value;note;Part;APPRAISER;trial\r\n3,002;;\"a;\"\"b\";A;1\r\n\r\n+2.5e0;x;2;B;1\r\n");
+  const std::vector<C_Reading> readings =
+      Read_Crossed("\uFEFFValue;note;Part;APPRAISER;trial\r\n3,002;;\"a;\"\"b\";A;1\r\n\r\n+2.5e0;x;2;B;1\r\n");
   ASSERT_EQ(readings.size(), 2U);
   EXPECT_EQ(readings[0].value_mm, 3.002);
   EXPECT_EQ(readings[0].part, "a;\"b");
@@ -291,8 +268,7 @@ TEST(Csv, Reads_What_Spreadsheets_Write) {
   EXPECT_THAT(references[0].values_mm, ElementsAre(1.5, 1.25));
   EXPECT_EQ(Read_References("value\n1\n2\n", 3.0).front().reference_mm, 3.0);
   EXPECT_EQ(Read_Forces("height,set,true\n\"1,5\",100,99.5").front().height_mm, 1.5);
-  EXPECT_EQ(Read_Crossed("part,appraiser,trial,value\n" + Csv_Line({"a,\"b\"", "c", "1", "2"})).front().part,
-            "a,\"b\"");
+  EXPECT_EQ(Csv_Line({"a,\"b\"", "c", "1"}), "\"a,\"\"b\"\"\",c,1");
 }
 
 TEST(Csv, Tells_Every_Bad_Line) {
