@@ -32,15 +32,15 @@ constexpr int Id_Span = 50;
 // Answers everything at once, so that a panel can be constructed without a person.
 class C_Absent_Person : public C_Front {
  public:
-  int Open_Dialog(const C_Dialog_Model&, C_Dialog_Listener& sink) override {
-    sink.On_Dialog_Event(C_Dialog_Event());
+  int Open_Dialog(const C_Dialog_Model&, C_Dialog_Listener& listener) override {
+    listener.On_Dialog_Event(C_Dialog_Event());
     return 1;
   }
   void Close_Dialog(int) override {}
   void Set_Control_Text(int, int, const std::wstring&) override {}
   void Refuse_Entry(int, int, const std::wstring&) override {}
   void Set_Busy(int, bool) override {}
-  void Post_Message(const C_Message_Model&, C_Message_Sink& sink) override { sink.On_Answer(1); }
+  void Post_Message(const C_Message_Model&, C_Message_Listener& listener) override { listener.On_Answer(1); }
   void Draw_Chart(unsigned, const C_Chart_Model&) override {}
   bool Is_Chart_Open(unsigned) override { return false; }
   void Close_Chart(unsigned) override {}
@@ -131,8 +131,8 @@ void Drawing_Of_Fourteen_Displays(benchmark::State& state) {
     display.text_scale = 1.5F;
     model.controls.push_back(display);
   }
-  C_No_Events sink;
-  const int dialog = Front().Open_Dialog(model, sink);
+  C_No_Events listener;
+  const int dialog = Front().Open_Dialog(model, listener);
   std::this_thread::sleep_for(std::chrono::seconds(1));
   const double cpu_before = Cpu_Seconds();
   const auto start = std::chrono::steady_clock::now();

@@ -12,7 +12,7 @@ constexpr int Period_Ms = 80;  // between two steps
 constexpr int Steps = 24;      // from one end to the other
 }  // namespace
 
-C_Busy_Mark::C_Busy_Mark() {
+C_Busy_Indicator::C_Busy_Indicator() {
   setFixedHeight(Height);
   QObject::connect(&m_Timer, &QTimer::timeout, this, [this] {
     m_Step = (m_Step + 1) % Steps;
@@ -20,7 +20,7 @@ C_Busy_Mark::C_Busy_Mark() {
   });
 }
 
-void C_Busy_Mark::Run(bool run) {
+void C_Busy_Indicator::Run(bool run) {
   if (run == m_Timer.isActive()) return;
   if (run) {
     m_Timer.start(Period_Ms);
@@ -30,9 +30,9 @@ void C_Busy_Mark::Run(bool run) {
   update();
 }
 
-void C_Busy_Mark::paintEvent(QPaintEvent*) {
+void C_Busy_Indicator::paintEvent(QPaintEvent*) {
   QPainter painter(this);
-  painter.fillRect(rect(), look::Ink);
+  painter.fillRect(rect(), theme::Ink);
   if (!m_Timer.isActive()) return;
   const int light = width() / 5;
   painter.fillRect(QRect((width() + light) * m_Step / Steps - light, 0, light, Height), QColor(0xFF, 0xB8, 0x2E));

@@ -6,9 +6,9 @@
 
 namespace orsanta {
 
-class C_Busy_Mark : public QWidget {
+class C_Busy_Indicator : public QWidget {
  public:
-  C_Busy_Mark();
+  C_Busy_Indicator();
   void Run(bool run);
 
  protected:

@@ -190,7 +190,7 @@ QString C_Chart_View::Crosshair_Text() const {
 
 void C_Chart_View::paintEvent(QPaintEvent*) {
   QPainter painter(this);
-  painter.fillRect(rect(), look::Paper);
+  painter.fillRect(rect(), theme::Paper);
   Draw_Grid(painter);
   Draw_Line(painter);
   Draw_Newest(painter);
@@ -202,21 +202,21 @@ void C_Chart_View::Draw_Grid(QPainter& painter) const {
   const int x_most = std::max(2, static_cast<int>(m_Plot.width()) / X_Tick_Width);
   for (const C_Chart_Tick& tick : Make_Ticks(m_X, x_most, true)) {
     const double pixel = std::round(m_X.To_Pixel(tick.value));
-    painter.setPen(look::Rule);
+    painter.setPen(theme::Rule);
     painter.drawLine(QPointF(pixel, m_Plot.top()), QPointF(pixel, m_Plot.bottom()));
-    painter.setPen(look::Quiet);
+    painter.setPen(theme::Quiet);
     painter.drawText(QRectF(pixel - X_Tick_Width / 2.0, m_Plot.bottom() + 4, X_Tick_Width, Bottom - 4),
                      Qt::AlignHCenter | Qt::AlignTop, tick.label);
   }
   const int y_most = std::max(2, static_cast<int>(m_Plot.height()) / Y_Tick_Height);
   for (const C_Chart_Tick& tick : Make_Ticks(m_Y, y_most, false)) {
     const double pixel = std::round(m_Y.To_Pixel(tick.value));
-    painter.setPen(look::Rule);
+    painter.setPen(theme::Rule);
     painter.drawLine(QPointF(m_Plot.left(), pixel), QPointF(m_Plot.right(), pixel));
-    painter.setPen(look::Quiet);
+    painter.setPen(theme::Quiet);
     painter.drawText(QRectF(0, pixel - 12, Left - 8, 24), Qt::AlignRight | Qt::AlignVCenter, tick.label);
   }
-  painter.setPen(look::Quiet);
+  painter.setPen(theme::Quiet);
   painter.drawRect(m_Plot);
 }
 
@@ -227,10 +227,10 @@ void C_Chart_View::Draw_Line(QPainter& painter) const {
   painter.setClipRect(m_Plot.adjusted(1, 1, 0, 0));
   const bool few = static_cast<double>(line.size()) * Point_Spacing < m_Plot.width();
   painter.setRenderHint(QPainter::Antialiasing, few || line.size() < 2000);
-  painter.setPen(QPen(look::Accent, few ? 1.8 : 1.0));
+  painter.setPen(QPen(theme::Accent, few ? 1.8 : 1.0));
   painter.drawPolyline(line);
   if (few) {
-    painter.setBrush(look::Accent);
+    painter.setBrush(theme::Accent);
     for (const QPointF& point : line) painter.drawEllipse(point, 2.6, 2.6);
   }
   painter.restore();
@@ -243,15 +243,15 @@ void C_Chart_View::Draw_Newest(QPainter& painter) const {
   font.setPixelSize(20);
   font.setBold(true);
   painter.setFont(font);
-  painter.setPen(look::Ink);
+  painter.setPen(theme::Ink);
   painter.drawText(QRectF(m_Plot.left(), 2, m_Plot.width(), Top - 4), Qt::AlignRight | Qt::AlignVCenter,
                    Value_Text(value, m_Y.high - m_Y.low));
   const QPointF place(m_X.To_Pixel(m_Model.x.back()), m_Y.To_Pixel(value));
   if (!std::isfinite(value) || !m_Plot.contains(place)) return;
   painter.save();
   painter.setRenderHint(QPainter::Antialiasing);
-  painter.setPen(QPen(look::Paper, 1.5));
-  painter.setBrush(look::Alarm);
+  painter.setPen(QPen(theme::Paper, 1.5));
+  painter.setBrush(theme::Alarm);
   painter.drawEllipse(place, 5.0, 5.0);
   painter.restore();
 }
@@ -261,7 +261,7 @@ void C_Chart_View::Draw_Crosshair(QPainter& painter) const {
   const QPointF place(m_X.To_Pixel(m_Model.x[*m_Nearest]), m_Y.To_Pixel(m_Model.y[*m_Nearest]));
   painter.save();
   painter.setClipRect(m_Plot);
-  painter.setPen(QPen(look::Ink, 1.0, Qt::DashLine));
+  painter.setPen(QPen(theme::Ink, 1.0, Qt::DashLine));
   painter.drawLine(QPointF(place.x(), m_Plot.top()), QPointF(place.x(), m_Plot.bottom()));
   painter.drawLine(QPointF(m_Plot.left(), place.y()), QPointF(m_Plot.right(), place.y()));
   painter.restore();
@@ -274,9 +274,9 @@ void C_Chart_View::Draw_Crosshair(QPainter& painter) const {
   if (label.top() < m_Plot.top()) label.moveTop(m_Plot.top() + 4);
   if (label.bottom() > m_Plot.bottom()) label.moveBottom(m_Plot.bottom() - 4);
   painter.setPen(Qt::NoPen);
-  painter.setBrush(look::Ink);
+  painter.setBrush(theme::Ink);
   painter.drawRoundedRect(label, 3, 3);
-  painter.setPen(look::Paper);
+  painter.setPen(theme::Paper);
   painter.drawText(label, Qt::AlignCenter, text);
 }
 

@@ -49,7 +49,7 @@ class C_Chart_View : public QWidget {
 
   C_Chart_Model m_Model;
   bool m_Has_View = false;  // the axes were set once
-  bool m_Following = true;  // until the person zooms or pans
+  bool m_Following = true;  // until the operator zooms or pans
   C_Chart_Axis m_X;
   C_Chart_Axis m_Y;
   QRectF m_Plot;  // within the axes

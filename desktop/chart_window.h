@@ -14,7 +14,7 @@ class C_Chart_View;
 
 class C_Chart_Window : public QWidget {
  public:
-  // closed: called when the person closes the window.
+  // closed: called when the operator closes the window.
   C_Chart_Window(const C_Chart_Model& model, std::function<void()> closed);
 
   void Redraw(const C_Chart_Model& model);

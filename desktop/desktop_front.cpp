@@ -10,13 +10,13 @@ namespace orsanta {
 bool C_Desktop_Front::Start(std::string& reason) {
   if (!m_Thread.Start(reason)) return false;
   m_Thread.On_Display_Lost([this] { Give_Up(); });
-  return m_Thread.Post([this] { m_Desk = std::make_unique<C_Window_Desk>(); });
+  return m_Thread.Post([this] { m_Windows = std::make_unique<C_Window_Manager>(); });
 }
 
 C_Desktop_Front::~C_Desktop_Front() {
   m_Thread.On_Display_Lost({});
   // Windows that can no longer be taken down go with the process.
-  if (!m_Thread.Run_And_Wait([this] { m_Desk.reset(); })) static_cast<void>(m_Desk.release());
+  if (!m_Thread.Run_And_Wait([this] { m_Windows.reset(); })) static_cast<void>(m_Windows.release());
 }
 
 std::shared_ptr<C_Dialog_Link> C_Desktop_Front::Find(int dialog) {
@@ -25,15 +25,15 @@ std::shared_ptr<C_Dialog_Link> C_Desktop_Front::Find(int dialog) {
   return found != m_Links.end() ? found->second : nullptr;
 }
 
-int C_Desktop_Front::Open_Dialog(const C_Dialog_Model& model, C_Dialog_Listener& sink) {
-  auto link = std::make_shared<C_Dialog_Link>(sink);
+int C_Desktop_Front::Open_Dialog(const C_Dialog_Model& model, C_Dialog_Listener& listener) {
+  auto link = std::make_shared<C_Dialog_Link>(listener);
   int dialog = 0;
   {
     const C_Lock_Guard hold(m_Lock);
     dialog = ++m_Last_Dialog;
     m_Links[dialog] = link;
   }
-  if (!m_Thread.Post([this, dialog, model, link] { m_Desk->Open_Dialog(dialog, model, link); })) {
+  if (!m_Thread.Post([this, dialog, model, link] { m_Windows->Open_Dialog(dialog, model, link); })) {
     link->Send(C_Dialog_Event());
   }
   return dialog;
@@ -47,47 +47,47 @@ void C_Desktop_Front::Close_Dialog(int dialog) {
     const C_Lock_Guard hold(m_Lock);
     m_Links.erase(dialog);
   }
-  m_Thread.Post([this, dialog] { m_Desk->Close_Dialog(dialog); });
+  m_Thread.Post([this, dialog] { m_Windows->Close_Dialog(dialog); });
 }
 
 void C_Desktop_Front::Set_Control_Text(int dialog, int control, const std::wstring& text) {
   const std::shared_ptr<C_Dialog_Link> link = Find(dialog);
   if (!link || !link->Put_Text(control, text)) return;
-  m_Thread.Post([this, dialog] { m_Desk->Show_Waiting_Texts(dialog); });
+  m_Thread.Post([this, dialog] { m_Windows->Show_Waiting_Texts(dialog); });
 }
 
 void C_Desktop_Front::Refuse_Entry(int dialog, int control, const std::wstring& reason) {
-  m_Thread.Post([this, dialog, control, reason] { m_Desk->Refuse_Entry(dialog, control, reason); });
+  m_Thread.Post([this, dialog, control, reason] { m_Windows->Refuse_Entry(dialog, control, reason); });
 }
 
 void C_Desktop_Front::Set_Busy(int dialog, bool busy) {
-  m_Thread.Post([this, dialog, busy] { m_Desk->Set_Busy(dialog, busy); });
+  m_Thread.Post([this, dialog, busy] { m_Windows->Set_Busy(dialog, busy); });
 }
 
-void C_Desktop_Front::Post_Message(const C_Message_Model& model, C_Message_Sink& sink) {
+void C_Desktop_Front::Post_Message(const C_Message_Model& model, C_Message_Listener& listener) {
   const int refusal = (model.flags & Box_Yes_No) != 0 ? Answer_No : Answer_Ok;
   int message = 0;
   {
     const C_Lock_Guard hold(m_Lock);
     message = ++m_Last_Message;
-    m_Messages[message] = {&sink, refusal};
+    m_Messages[message] = {&listener, refusal};
   }
   const auto answered = [this, message](int answer) { Answer(message, answer); };
-  if (m_Thread.Post([this, model, answered] { m_Desk->Show_Message(model, answered); })) return;
+  if (m_Thread.Post([this, model, answered] { m_Windows->Show_Message(model, answered); })) return;
   fprintf(stderr, "%s\n", To_Qt(model.text).toUtf8().constData());
   Answer(message, refusal);
 }
 
 void C_Desktop_Front::Answer(int message, int answer) {
-  C_Message_Sink* sink = nullptr;
+  C_Message_Listener* listener = nullptr;
   {
     const C_Lock_Guard hold(m_Lock);
     const auto found = m_Messages.find(message);
     if (found == m_Messages.end()) return;
-    sink = found->second.sink;
+    listener = found->second.listener;
     m_Messages.erase(found);
   }
-  sink->On_Answer(answer);
+  listener->On_Answer(answer);
 }
 
 void C_Desktop_Front::Give_Up() {
@@ -99,7 +99,7 @@ void C_Desktop_Front::Give_Up() {
     messages.swap(m_Messages);
     m_Charts.clear();
   }
-  for (const auto& [number, message] : messages) message.sink->On_Answer(message.refusal);
+  for (const auto& [number, message] : messages) message.listener->On_Answer(message.refusal);
   for (const auto& [number, link] : links) link->Send(C_Dialog_Event());
 }
 
@@ -123,7 +123,7 @@ void C_Desktop_Front::Draw_Waiting(unsigned chart) {
     if (found != m_Charts.end()) model = std::move(found->second.waiting);
   }
   if (!model) return;
-  m_Desk->Draw_Chart(chart, *model, [this, chart] {
+  m_Windows->Draw_Chart(chart, *model, [this, chart] {
     const C_Lock_Guard hold(m_Lock);
     m_Charts.erase(chart);
   });
@@ -140,7 +140,7 @@ void C_Desktop_Front::Close_Chart(unsigned chart) {
     const C_Lock_Guard hold(m_Lock);
     m_Charts.erase(chart);
   }
-  m_Thread.Post([this, chart] { m_Desk->Close_Chart(chart); });
+  m_Thread.Post([this, chart] { m_Windows->Close_Chart(chart); });
 }
 
 }  // namespace orsanta

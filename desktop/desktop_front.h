@@ -1,7 +1,7 @@
 // The desktop front: windows of Qt Widgets on a thread of their own.
 //
 // Any thread may call any operation; each posts its work to the Qt thread and returns. Only the open flags of charts,
-// the texts of displays and the sinks are shared between the threads, each behind a leaf lock.
+// the texts of displays and the listeners are shared between the threads, each behind a leaf lock.
 #pragma once
 
 #include <atomic>
@@ -24,12 +24,12 @@ class C_Desktop_Front : public C_Front {
   // Comes before everything else; false, with the reason, when there is no display.
   bool Start(std::string& reason);
 
-  int Open_Dialog(const C_Dialog_Model& model, C_Dialog_Listener& sink) override;
+  int Open_Dialog(const C_Dialog_Model& model, C_Dialog_Listener& listener) override;
   void Close_Dialog(int dialog) override;
   void Set_Control_Text(int dialog, int control, const std::wstring& text) override;
   void Refuse_Entry(int dialog, int control, const std::wstring& reason) override;
   void Set_Busy(int dialog, bool busy) override;
-  void Post_Message(const C_Message_Model& model, C_Message_Sink& sink) override;
+  void Post_Message(const C_Message_Model& model, C_Message_Listener& listener) override;
   void Draw_Chart(unsigned chart, const C_Chart_Model& model) override;
   bool Is_Chart_Open(unsigned chart) override;
   void Close_Chart(unsigned chart) override;
@@ -41,7 +41,7 @@ class C_Desktop_Front : public C_Front {
   };
 
   struct C_Open_Message {
-    C_Message_Sink* sink = nullptr;
+    C_Message_Listener* listener = nullptr;
     int refusal = 0;  // what counts as its answer when nobody can give one
   };
 
@@ -58,7 +58,7 @@ class C_Desktop_Front : public C_Front {
   int m_Last_Message GUARDED_BY(m_Lock) = 0;
   std::map<int, C_Open_Message> m_Messages GUARDED_BY(m_Lock);
   std::map<unsigned, C_Chart_State> m_Charts GUARDED_BY(m_Lock);
-  std::unique_ptr<C_Window_Desk> m_Desk;  // made, used and ended on the Qt thread
+  std::unique_ptr<C_Window_Manager> m_Windows;  // made, used and ended on the Qt thread
   C_Qt_Thread& m_Thread = C_Qt_Thread::Get();
 };
 

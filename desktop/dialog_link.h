@@ -1,4 +1,4 @@
-// What the two sides of one open dialog share: events go from the window to the sink, texts from the caller to the
+// What the two sides of one open dialog share: events go from the window to the listener, texts from the caller to the
 // window.
 //
 // Texts are taken on the caller's thread and only changed ones are kept, so that displays that ask ten times a second
@@ -17,16 +17,16 @@ namespace orsanta {
 
 class C_Dialog_Link {
  public:
-  explicit C_Dialog_Link(C_Dialog_Listener& sink) : m_Sink(&sink) {}
+  explicit C_Dialog_Link(C_Dialog_Listener& listener) : m_Listener(&listener) {}
 
   void Send(const C_Dialog_Event& event) {
     const C_Lock_Guard hold(m_Lock);
-    if (m_Sink != nullptr) m_Sink->On_Dialog_Event(event);
+    if (m_Listener != nullptr) m_Listener->On_Dialog_Event(event);
   }
-  // After the return the sink gets nothing more.
+  // After the return the listener gets nothing more.
   void Cut() {
     const C_Lock_Guard hold(m_Lock);
-    m_Sink = nullptr;
+    m_Listener = nullptr;
   }
 
   // Returns true when the window has to be told that texts wait.
@@ -43,7 +43,7 @@ class C_Dialog_Link {
     const C_Lock_Guard hold(m_Lock);
     return std::exchange(m_Waiting, {});
   }
-  // The person may have changed the control: the next text is taken even if it equals the last one.
+  // The operator may have changed the control: the next text is taken even if it equals the last one.
   void Forget(int control) {
     const C_Lock_Guard hold(m_Lock);
     m_Last.erase(control);
@@ -51,7 +51,7 @@ class C_Dialog_Link {
 
  private:
   C_Leaf_Lock m_Lock;
-  C_Dialog_Listener* m_Sink GUARDED_BY(m_Lock);
+  C_Dialog_Listener* m_Listener GUARDED_BY(m_Lock);
   std::map<int, std::wstring> m_Last GUARDED_BY(m_Lock);     // what each control shows, as far as it was told
   std::map<int, std::wstring> m_Waiting GUARDED_BY(m_Lock);  // not yet on the window
 };

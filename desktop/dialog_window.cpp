@@ -39,7 +39,7 @@ void Set_Mark(QWidget* widget, const char* mark, bool on) {
   widget->style()->polish(widget);
 }
 
-// A number as a person writes it, without an exponent and without idle zeros.
+// A number as an operator writes it, without an exponent and without idle zeros.
 QString Plain_Number(double value) {
   QString text = QString::number(value, 'f', 6);
   while (text.endsWith(QLatin1Char('0'))) text.chop(1);
@@ -71,7 +71,7 @@ C_Dialog_Window::C_Dialog_Window(int number, const C_Dialog_Model& model, std::s
   layout->setContentsMargins(1, 1, 1, 1);
   layout->setSpacing(0);
   layout->addWidget(Make_Head());
-  m_Busy_Mark = new C_Busy_Mark;
+  m_Busy_Mark = new C_Busy_Indicator;
   layout->addWidget(m_Busy_Mark);
   auto* scroll = new QScrollArea;
   scroll->setWidgetResizable(true);
@@ -119,7 +119,7 @@ int C_Dialog_Window::Choose_Row_Height(const C_Dialog_Model& model) const {
     most = std::max(most, rows[control.column] += control.rows);
   }
   const int space = std::min(Window_Height, screen()->availableGeometry().height()) - Window_Frame - Around_Columns;
-  return std::clamp(space / most - look::Row_Gap, look::Least_Row_Height, look::Row_Height);
+  return std::clamp(space / most - theme::Row_Gap, theme::Least_Row_Height, theme::Row_Height);
 }
 
 QWidget* C_Dialog_Window::Make_Columns(const C_Dialog_Model& model) {
@@ -139,7 +139,7 @@ QWidget* C_Dialog_Window::Make_Columns(const C_Dialog_Model& model) {
     column->setMinimumWidth(static_cast<int>(width * unit));
     auto* layout = new QVBoxLayout(column);
     layout->setContentsMargins(10, 10, 10, 10);
-    layout->setSpacing(m_Confirms ? 4 : look::Row_Gap);
+    layout->setSpacing(m_Confirms ? 4 : theme::Row_Gap);
     for (size_t i = 0; i < model.controls.size(); ++i) {
       if (model.controls[i].column == number) Add_Control(static_cast<int>(i), model.controls[i], *layout);
     }
@@ -205,7 +205,7 @@ QPushButton* C_Dialog_Window::Make_Button(int index, const C_Control_Model& mode
   auto* button = new QPushButton(To_Qt(model.caption));
   button->setMinimumHeight(model.rows * m_Row_Height);
   QFont text_font = font();
-  text_font.setPixelSize(static_cast<int>(look::Normal_Text * static_cast<double>(model.text_scale)));
+  text_font.setPixelSize(static_cast<int>(theme::Normal_Text * static_cast<double>(model.text_scale)));
   button->setFont(text_font);
   button->setAutoDefault(true);
   QObject::connect(button, &QPushButton::clicked, this, [this, index, button] { Press(index, button); });
@@ -246,7 +246,7 @@ QWidget* C_Dialog_Window::Make_Foot() {
   auto* cancel = new QPushButton(QStringLiteral("取消"));
   cancel->setObjectName(QStringLiteral("cancel"));
   for (QPushButton* button : {confirm, cancel}) {
-    button->setMinimumSize(120, look::Row_Height);
+    button->setMinimumSize(120, theme::Row_Height);
     row->addWidget(button);
   }
   confirm->setDefault(true);

@@ -18,7 +18,7 @@ class QVBoxLayout;
 
 namespace orsanta {
 
-class C_Busy_Mark;
+class C_Busy_Indicator;
 class C_Status_Display;
 
 class C_Dialog_Window : public QDialog {
@@ -66,7 +66,7 @@ class C_Dialog_Window : public QDialog {
   bool m_Busy = false;
   int m_Row_Height = 0;              // pixels
   QPushButton* m_Pressed = nullptr;  // the button whose command runs
-  C_Busy_Mark* m_Busy_Mark = nullptr;
+  C_Busy_Indicator* m_Busy_Mark = nullptr;
   QLabel* m_Busy_Text = nullptr;
   QWidget* m_Body = nullptr;
 };

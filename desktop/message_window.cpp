@@ -58,7 +58,7 @@ C_Message_Window::C_Message_Window(const C_Message_Model& model, int place, std:
   const auto add_button = [this, buttons](const QString& caption, const char* name, int answer) {
     auto* button = new QPushButton(caption);
     button->setObjectName(QLatin1String(name));
-    button->setMinimumSize(120, look::Row_Height);
+    button->setMinimumSize(120, theme::Row_Height);
     button->installEventFilter(this);
     QObject::connect(button, &QPushButton::clicked, this, [this, answer] { Answer(answer); });
     buttons->addWidget(button);

@@ -36,13 +36,13 @@ class C_Exported_Front : public C_Desktop_Front {
     if (!the_Qt_Runs.exchange(true)) std::atexit([] { C_Qt_Thread::Get().Halt(); });
   }
 
-  int Open_Dialog(const C_Dialog_Model& model, C_Dialog_Listener& sink) override {
+  int Open_Dialog(const C_Dialog_Model& model, C_Dialog_Listener& listener) override {
     Watch_Thread();
-    return C_Desktop_Front::Open_Dialog(model, sink);
+    return C_Desktop_Front::Open_Dialog(model, listener);
   }
-  void Post_Message(const C_Message_Model& model, C_Message_Sink& sink) override {
+  void Post_Message(const C_Message_Model& model, C_Message_Listener& listener) override {
     Watch_Thread();
-    C_Desktop_Front::Post_Message(model, sink);
+    C_Desktop_Front::Post_Message(model, listener);
   }
   void Draw_Chart(unsigned chart, const C_Chart_Model& model) override {
     Watch_Thread();

@@ -15,7 +15,7 @@ constexpr double Line_Height = 1.15;  // of the text size
 }  // namespace
 
 C_Status_Display::C_Status_Display(const QString& caption, int rows, double scale)
-    : m_Caption(caption), m_Largest_Text(static_cast<int>(2.0 * look::Normal_Text * scale)) {
+    : m_Caption(caption), m_Largest_Text(static_cast<int>(2.0 * theme::Normal_Text * scale)) {
   setMinimumHeight(Caption_Height + static_cast<int>(Line_Height * rows * m_Largest_Text) + Margin);
   setAccessibleName(caption);
 }
@@ -60,18 +60,18 @@ void C_Status_Display::paintEvent(QPaintEvent*) {
   QPainter painter(this);
   painter.setRenderHint(QPainter::Antialiasing);
   painter.setPen(Qt::NoPen);
-  painter.setBrush(look::Display_Back);
+  painter.setBrush(theme::Display_Back);
   painter.drawRoundedRect(rect(), 5, 5);
 
   QFont text_font = font();
   text_font.setPixelSize(14);
   painter.setFont(text_font);
-  painter.setPen(look::Display_Caption);
+  painter.setPen(theme::Display_Caption);
   painter.drawText(QRect(Margin, 2, width() - 2 * Margin, Caption_Height), Qt::AlignLeft | Qt::AlignVCenter, m_Caption);
 
   text_font.setPixelSize(m_Text_Size);
   painter.setFont(text_font);
-  painter.setPen(look::Display_Ink);
+  painter.setPen(theme::Display_Ink);
   const QRect area = Text_Area();
   const int line_height = static_cast<int>(Line_Height * m_Text_Size);
   int top = area.top() + std::max(0, (area.height() - line_height * static_cast<int>(m_Lines.size())) / 2);

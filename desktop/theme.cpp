@@ -62,15 +62,15 @@ bool Set_Up_Look() {
   QFont font = QApplication::font();
   const QString family = Find_Font();
   if (!family.isEmpty()) font.setFamily(family);
-  font.setPixelSize(look::Normal_Text);
+  font.setPixelSize(theme::Normal_Text);
   QApplication::setFont(font);
 
   QPalette palette;
   palette.setColor(QPalette::Window, QColor(0xEC, 0xEF, 0xF2));
-  palette.setColor(QPalette::WindowText, look::Ink);
-  palette.setColor(QPalette::Text, look::Ink);
-  palette.setColor(QPalette::Highlight, look::Accent);
-  palette.setColor(QPalette::HighlightedText, look::Paper);
+  palette.setColor(QPalette::WindowText, theme::Ink);
+  palette.setColor(QPalette::Text, theme::Ink);
+  palette.setColor(QPalette::Highlight, theme::Accent);
+  palette.setColor(QPalette::HighlightedText, theme::Paper);
   QApplication::setPalette(palette);
   qApp->setStyleSheet(QString::fromUtf8(Style_Sheet));
   return !family.isEmpty();

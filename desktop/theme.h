@@ -13,7 +13,7 @@ inline QString To_Qt(const std::wstring& text) {
   return QString::fromStdWString(text);
 }
 
-namespace look {
+namespace theme {
 const QColor Ink(0x14, 0x20, 0x2B);           // text
 const QColor Quiet(0x5A, 0x68, 0x76);         // secondary text
 const QColor Paper(0xFF, 0xFF, 0xFF);         // cards, charts
@@ -27,6 +27,6 @@ constexpr int Row_Height = 38;        // pixels of one row of controls
 constexpr int Row_Gap = 6;            // between rows
 constexpr int Least_Row_Height = 28;  // of a row, where many must fit
 constexpr int Normal_Text = 16;       // pixel size of text at scale 1
-}  // namespace look
+}  // namespace theme
 
 }  // namespace orsanta

@@ -17,19 +17,19 @@ constexpr int Chart_Places = 8;
 }  // namespace
 
 // Boxes that nobody will answer any more count as refused, so that no thread waits for them.
-C_Window_Desk::~C_Window_Desk() {
+C_Window_Manager::~C_Window_Manager() {
   for (C_Message_Window* box : std::vector<C_Message_Window*>(m_Messages)) box->reject();
   while (!m_Dialogs.empty()) Close_Dialog(m_Dialogs.back().first);
   for (const auto& [number, chart] : m_Charts) delete chart;
 }
 
-C_Dialog_Window* C_Window_Desk::Find(int number) const {
+C_Dialog_Window* C_Window_Manager::Find(int number) const {
   const auto found =
       std::find_if(m_Dialogs.begin(), m_Dialogs.end(), [number](const auto& entry) { return entry.first == number; });
   return found != m_Dialogs.end() ? found->second : nullptr;
 }
 
-void C_Window_Desk::Open_Dialog(int number, const C_Dialog_Model& model, std::shared_ptr<C_Dialog_Link> link) {
+void C_Window_Manager::Open_Dialog(int number, const C_Dialog_Model& model, std::shared_ptr<C_Dialog_Link> link) {
   QWidget* under = m_Dialogs.empty() ? nullptr : m_Dialogs.back().second;
   auto* window = new C_Dialog_Window(number, model, std::move(link), under);
   m_Dialogs.emplace_back(number, window);
@@ -39,7 +39,7 @@ void C_Window_Desk::Open_Dialog(int number, const C_Dialog_Model& model, std::sh
   for (C_Message_Window* box : m_Messages) box->raise();
 }
 
-void C_Window_Desk::Close_Dialog(int number) {
+void C_Window_Manager::Close_Dialog(int number) {
   C_Dialog_Window* window = Find(number);
   if (window == nullptr) return;
   QWidget* under = window->parentWidget();
@@ -56,19 +56,19 @@ void C_Window_Desk::Close_Dialog(int number) {
   if (under != nullptr) under->activateWindow();
 }
 
-void C_Window_Desk::Show_Waiting_Texts(int number) {
+void C_Window_Manager::Show_Waiting_Texts(int number) {
   if (C_Dialog_Window* window = Find(number)) window->Show_Waiting_Texts();
 }
 
-void C_Window_Desk::Refuse_Entry(int number, int control, const std::wstring& reason) {
+void C_Window_Manager::Refuse_Entry(int number, int control, const std::wstring& reason) {
   if (C_Dialog_Window* window = Find(number)) window->Refuse(control, To_Qt(reason));
 }
 
-void C_Window_Desk::Set_Busy(int number, bool busy) {
+void C_Window_Manager::Set_Busy(int number, bool busy) {
   if (C_Dialog_Window* window = Find(number)) window->Set_Busy(busy);
 }
 
-void C_Window_Desk::Show_Message(const C_Message_Model& model, std::function<void(int)> answered) {
+void C_Window_Manager::Show_Message(const C_Message_Model& model, std::function<void(int)> answered) {
   auto* box = new C_Message_Window(model, static_cast<int>(m_Messages.size()), std::move(answered));
   m_Messages.push_back(box);
   QObject::connect(box, &QObject::destroyed, qApp, [this, box] {
@@ -79,7 +79,7 @@ void C_Window_Desk::Show_Message(const C_Message_Model& model, std::function<voi
   box->activateWindow();
 }
 
-void C_Window_Desk::Draw_Chart(unsigned chart, const C_Chart_Model& model, std::function<void()> closed) {
+void C_Window_Manager::Draw_Chart(unsigned chart, const C_Chart_Model& model, std::function<void()> closed) {
   const auto found = m_Charts.find(chart);
   if (found != m_Charts.end()) {
     found->second->Redraw(model);
@@ -98,7 +98,7 @@ void C_Window_Desk::Draw_Chart(unsigned chart, const C_Chart_Model& model, std::
   window->show();
 }
 
-void C_Window_Desk::Close_Chart(unsigned chart) {
+void C_Window_Manager::Close_Chart(unsigned chart) {
   const auto found = m_Charts.find(chart);
   if (found != m_Charts.end()) found->second->close();
 }

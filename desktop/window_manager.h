@@ -15,9 +15,9 @@ class C_Chart_Window;
 class C_Dialog_Window;
 class C_Message_Window;
 
-class C_Window_Desk {
+class C_Window_Manager {
  public:
-  ~C_Window_Desk();
+  ~C_Window_Manager();
 
   void Open_Dialog(int number, const C_Dialog_Model& model, std::shared_ptr<C_Dialog_Link> link);
   void Close_Dialog(int number);
@@ -27,7 +27,7 @@ class C_Window_Desk {
 
   void Show_Message(const C_Message_Model& model, std::function<void(int)> answered);
 
-  // closed: the person closed the chart.
+  // closed: the operator closed the chart.
   void Draw_Chart(unsigned chart, const C_Chart_Model& model, std::function<void()> closed);
   void Close_Chart(unsigned chart);
 

@@ -16,14 +16,14 @@ constexpr int Failed = 1;
 // Prints each box on the standard output and counts the outcomes that they tell.
 class C_Selftest_Front : public orsanta::C_Console_Front {
  public:
-  void Post_Message(const orsanta::C_Message_Model& model, orsanta::C_Message_Sink& sink) override {
+  void Post_Message(const orsanta::C_Message_Model& model, orsanta::C_Message_Listener& listener) override {
     {
       const orsanta::C_Lock_Guard hold(m_Lock);
       std::printf("%s\n", orsanta::To_Utf8(model.text).c_str());
       std::fflush(stdout);
       if (model.text.find(L"测试成功") != std::wstring::npos) ++m_Passed;
     }
-    sink.On_Answer(orsanta::Answer_Ok);
+    listener.On_Answer(orsanta::Answer_Ok);
   }
 
   int Passed() {

@@ -274,10 +274,10 @@ int main(int argc, char** argv) {
   const C_Temp_Folder stores;
   simulator::Reset();
   for (int n = 1; n <= Stations; ++n) simulator::Place_Part(n, Block_Mm);
-  std::thread person([&] { C_Operator(folder).Work(); });
+  std::thread at_the_panel([&] { C_Operator(folder).Work(); });
   Orsanta_dll_init(0);
   show_dlg();
-  person.join();
+  at_the_panel.join();
   Orsanta_dll_uninit();
   return 0;
 }

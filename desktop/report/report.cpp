@@ -1,5 +1,5 @@
 // orsanta_report: the window with the report of a process that ended by a failed check. The library starts it once that
-// process is gone; the window stays until a person closes it.
+// process is gone; the window stays until an operator closes it.
 //
 // Usage: orsanta_report REPORT DUMP. DUMP is the path of the dump, empty where none could be written.
 #include <QApplication>

@@ -156,7 +156,7 @@ class C_Scripted_Front : public C_Front {
   }
 
   // --- C_Front ---
-  int Open_Dialog(const C_Dialog_Model& model, C_Dialog_Listener& sink) override;
+  int Open_Dialog(const C_Dialog_Model& model, C_Dialog_Listener& listener) override;
   void Close_Dialog(int dialog) override;
   void Set_Control_Text(int dialog, int control, const std::wstring& text) override {
     const C_Lock_Guard hold(m_Lock);
@@ -170,7 +170,7 @@ class C_Scripted_Front : public C_Front {
             open.model.controls.at(static_cast<size_t>(control)).caption + L": " + reason});
   }
   void Set_Busy(int dialog, bool busy) override;
-  void Post_Message(const C_Message_Model& model, C_Message_Sink& sink) override;
+  void Post_Message(const C_Message_Model& model, C_Message_Listener& listener) override;
   void Draw_Chart(unsigned chart, const C_Chart_Model& model) override {
     const C_Lock_Guard hold(m_Lock);
     Record({C_Shown::Kind::Chart, model.title, L"", 0, 0.0, {}, model});
@@ -190,7 +190,7 @@ class C_Scripted_Front : public C_Front {
     std::wstring name;
     C_Dialog_Model model;
     std::vector<std::wstring> texts;  // what stands in each control; of a button, its caption
-    C_Dialog_Listener* sink = nullptr;
+    C_Dialog_Listener* listener = nullptr;
     std::thread::id owner;
     bool closed = false;
     int refusals = 0;
@@ -241,9 +241,9 @@ class C_Scripted_Front : public C_Front {
     m_Shown.push_back(std::move(shown));
     m_Changed.Notify_All();
   }
-  // The sink is called under the lock, so that a closed dialog gets no event; sinks only queue.
+  // The listener is called under the lock, so that a closed dialog gets no event; listeners only queue.
   static bool Deliver(C_Open& open, const C_Dialog_Event& event) {
-    if (!open.closed) open.sink->On_Dialog_Event(event);
+    if (!open.closed) open.listener->On_Dialog_Event(event);
     return !open.closed;
   }
   void Play(C_Open& open, C_Script script);
@@ -259,7 +259,7 @@ class C_Scripted_Front : public C_Front {
   int m_Last_Dialog = 0;
 };
 
-inline int C_Scripted_Front::Open_Dialog(const C_Dialog_Model& model, C_Dialog_Listener& sink) {
+inline int C_Scripted_Front::Open_Dialog(const C_Dialog_Model& model, C_Dialog_Listener& listener) {
   const C_Lock_Guard hold(m_Lock);
   const int dialog = ++m_Last_Dialog;
   C_Open& open = m_Open[dialog];
@@ -269,7 +269,7 @@ inline int C_Scripted_Front::Open_Dialog(const C_Dialog_Model& model, C_Dialog_L
     open.texts.push_back(control.kind == C_Control_Kind::Button ? control.caption : control.text);
     if (open.name.empty()) open.name = control.caption;
   }
-  open.sink = &sink;
+  open.listener = &listener;
   open.owner = std::this_thread::get_id();
   Record({C_Shown::Kind::Dialog, open.name, L"", 0, 0.0, model});
 
@@ -345,7 +345,7 @@ inline void C_Scripted_Front::Set_Busy(int dialog, bool busy) {
   }
 }
 
-inline void C_Scripted_Front::Post_Message(const C_Message_Model& model, C_Message_Sink& sink) {
+inline void C_Scripted_Front::Post_Message(const C_Message_Model& model, C_Message_Listener& listener) {
   C_Queued_Answer reply{L"", (model.flags & Box_Yes_No) != 0 ? Answer_No : Answer_Ok, 0, {}};
   C_Thread* late = nullptr;
   {
@@ -360,10 +360,10 @@ inline void C_Scripted_Front::Post_Message(const C_Message_Model& model, C_Messa
     }
     if (reply.after_ms > 0) late = &m_Late_Answers.emplace_back();
   }
-  const auto answer = [&sink, reply] {
+  const auto answer = [&listener, reply] {
     if (reply.after_ms > 0) Sleep(reply.after_ms);
     if (reply.act) reply.act();
-    sink.On_Answer(reply.answer);
+    listener.On_Answer(reply.answer);
   };
   late != nullptr ? late->Start("late answer", answer) : answer();
 }

@@ -6,7 +6,7 @@
 //
 // A dump is the text file "<program>_<pid>_<time>.dmp" in the working directory, or in the folder for temporary files
 // where that does not take it whole. The last line on the standard error stream tells the report and the dump's name,
-// and a person at a display gets a window with both once the process is gone. The process ends with
+// and an operator at a display gets a window with both once the process is gone. The process ends with
 // CVCDumpMessage::Exit_Status, after 30 s at the latest, whatever hangs.
 //
 // Any thread may report. The first report keeps the lock m_hErrorMsg for good, so that a second failing thread waits

@@ -1,4 +1,4 @@
-// The window that shows a report to the person at the display, once the process that reported is gone.
+// The window that shows a report to the operator at the display, once the process that reported is gone.
 #pragma once
 
 namespace orsanta {

@@ -1,5 +1,5 @@
 // CKestrunePlot: a chart in a window of its own, drawn by the front. Any thread may plot; the window lives until the
-// person closes it or the object ends.
+// operator closes it or the object ends.
 #pragma once
 
 #include <string>

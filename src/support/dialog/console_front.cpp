@@ -31,18 +31,18 @@ void Print_Line(const std::wstring& line) {
 
 }  // namespace
 
-int C_Console_Front::Open_Dialog(const C_Dialog_Model& model, C_Dialog_Listener& sink) {
+int C_Console_Front::Open_Dialog(const C_Dialog_Model& model, C_Dialog_Listener& listener) {
   std::wstring name = model.title;
   for (size_t i = 0; name.empty() && i < model.controls.size(); ++i) name = model.controls[i].caption;
   Print_Line(L"没有显示器,对话框已取消: " + Fold(name));
   const int dialog = ++m_Last_Dialog;
-  sink.On_Dialog_Event({C_Dialog_Event::Kind::Cancel, -1, {}});
+  listener.On_Dialog_Event({C_Dialog_Event::Kind::Cancel, -1, {}});
   return dialog;
 }
 
-void C_Console_Front::Post_Message(const C_Message_Model& model, C_Message_Sink& sink) {
+void C_Console_Front::Post_Message(const C_Message_Model& model, C_Message_Listener& listener) {
   Print_Line(Fold(model.text));
-  sink.On_Answer((model.flags & Box_Yes_No) != 0 ? Answer_No : Answer_Ok);
+  listener.On_Answer((model.flags & Box_Yes_No) != 0 ? Answer_No : Answer_Ok);
 }
 
 }  // namespace orsanta

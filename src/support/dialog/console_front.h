@@ -12,13 +12,13 @@ namespace orsanta {
 
 class C_Console_Front : public C_Front {
  public:
-  int Open_Dialog(const C_Dialog_Model& model, C_Dialog_Listener& sink) override;
+  int Open_Dialog(const C_Dialog_Model& model, C_Dialog_Listener& listener) override;
   void Close_Dialog(int /*dialog*/) override {}
   void Set_Control_Text(int /*dialog*/, int /*control*/, const std::wstring& /*text*/) override {}
   void Refuse_Entry(int /*dialog*/, int /*control*/, const std::wstring& /*reason*/) override {}
   void Set_Busy(int /*dialog*/, bool /*busy*/) override {}
 
-  void Post_Message(const C_Message_Model& model, C_Message_Sink& sink) override;
+  void Post_Message(const C_Message_Model& model, C_Message_Listener& listener) override;
 
   void Draw_Chart(unsigned /*chart*/, const C_Chart_Model& /*model*/) override {}
   bool Is_Chart_Open(unsigned /*chart*/) override { return false; }

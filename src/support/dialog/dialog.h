@@ -93,7 +93,7 @@ class CParameterInOutDlg_Base {
   int DoParameterDlg(int reserved1, int reserved2, float reserved3, int confirms, CParameterInOutDlgInterface* callback,
                      void* parent, int reserved4);
 
-  // Sets the visible text of the control with that id, reads what the program has set last: what a person types is
+  // Sets the visible text of the control with that id, reads what the program has set last: what an operator types is
   // known at confirmation only. Returns 1, or 0 when there is no such control.
   int SetCtrlWindowText(int id, const std::wstring& text);
   int GetCtrlWindowText(int id, std::wstring& text);

@@ -1,4 +1,4 @@
-// How numbers stand in the edits of a dialog, and how what a person typed there is read. Independent of the locale.
+// How numbers stand in the edits of a dialog, and how what an operator typed there is read. Independent of the locale.
 #pragma once
 
 #include <string>
@@ -13,7 +13,7 @@ std::wstring Number_Text(double value, int decimals);
 bool Read_Typed(const std::wstring& text, double& value);
 bool Read_Typed(const std::wstring& text, int& value);
 
-// What the person is told about an entry that does not get in.
+// What the operator is told about an entry that does not get in.
 std::wstring Range_Reason(double min, double max);
 std::wstring No_Number_Reason(bool integer);
 

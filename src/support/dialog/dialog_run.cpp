@@ -180,7 +180,7 @@ void C_Dialog_Run::On_Dialog_Event(const C_Dialog_Event& event) {
 }
 
 // All entries are checked before the first is written, so that a refused dialog changes nothing. Every bad entry is
-// told, the first of them last: that is where the front leaves the person.
+// told, the first of them last: that is where the front leaves the operator.
 bool C_Dialog_Run::Take_Entries(const std::vector<C_Control_Entry>& entries) {
   if (entries.size() != controls.size()) return false;
   std::vector<std::function<void()>> writes(controls.size());

@@ -1,9 +1,9 @@
-// The front: whatever a person sees. Dialogs, message boxes and charts are plain data here; a front shows them.
+// The front: whatever an operator sees. Dialogs, message boxes and charts are plain data here; a front shows them.
 //
-// A front only draws and collects what the person does. It calls nobody back with work: each event goes to a sink,
-// which queues it and returns at once. The callbacks of a dialog therefore run on the thread that runs the dialog
-// (support/dialog/dialog.h), and a box from any thread waits at the clock (support/dialog/message_box.h), so that no
-// front can lock up.
+// A front only draws and collects what the operator does. It calls nobody back with work: each event goes to a
+// listener, which queues it and returns at once. The callbacks of a dialog therefore run on the thread that runs the
+// dialog (support/dialog/dialog.h), and a box from any thread waits at the clock (support/dialog/message_box.h), so
+// that no front can lock up.
 //
 // Three fronts exist: the console front (built in), the desktop front (a plug-in that Front() loads when there is a
 // display) and the scripted front of the tests. All operations may be called from any thread.
@@ -51,7 +51,7 @@ struct C_Dialog_Model {
   std::vector<C_Control_Model> controls;
 };
 
-// What stands in a control when the person confirms: text of an edit as it was typed, place of a drop-down or check
+// What stands in a control when the operator confirms: text of an edit as it was typed, place of a drop-down or check
 // box.
 struct C_Control_Entry {
   std::wstring text;
@@ -78,9 +78,9 @@ struct C_Message_Model {
 };
 
 // Takes the answer to one message box, an Answer_ value. Any thread; returns at once.
-class C_Message_Sink {
+class C_Message_Listener {
  public:
-  virtual ~C_Message_Sink() = default;
+  virtual ~C_Message_Listener() = default;
   virtual void On_Answer(int answer) = 0;
 };
 
@@ -99,20 +99,20 @@ class C_Front {
  public:
   virtual ~C_Front() = default;
 
-  // Opens a dialog and returns its handle, above 0. The sink gets its events until Close_Dialog has returned; a dialog
-  // that confirms stays open after a Confirm event until it is closed or its entries are refused.
-  virtual int Open_Dialog(const C_Dialog_Model& model, C_Dialog_Listener& sink) = 0;
+  // Opens a dialog and returns its handle, above 0. The listener gets its events until Close_Dialog has returned; a
+  // dialog that confirms stays open after a Confirm event until it is closed or its entries are refused.
+  virtual int Open_Dialog(const C_Dialog_Model& model, C_Dialog_Listener& listener) = 0;
   virtual void Close_Dialog(int dialog) = 0;
   // Sets the visible text of a control: the caption of a button, the content of a display or an edit.
   virtual void Set_Control_Text(int dialog, int control, const std::wstring& text) = 0;
-  // Says at the control why its entry does not get in, and lets the person go on there. Follows a Confirm event, once
+  // Says at the control why its entry does not get in, and lets the operator go on there. Follows a Confirm event, once
   // for each bad entry.
   virtual void Refuse_Entry(int dialog, int control, const std::wstring& reason) = 0;
   // Marks the dialog as busy while a command of its runs; its buttons still take presses.
   virtual void Set_Busy(int dialog, bool busy) = 0;
 
-  // Shows a box and returns at once; the sink gets exactly one answer, possibly before the return.
-  virtual void Post_Message(const C_Message_Model& model, C_Message_Sink& sink) = 0;
+  // Shows a box and returns at once; the listener gets exactly one answer, possibly before the return.
+  virtual void Post_Message(const C_Message_Model& model, C_Message_Listener& listener) = 0;
 
   // Opens the chart with that number or redraws it. Numbers are handed out by the charts' owner and never used twice.
   virtual void Draw_Chart(unsigned chart, const C_Chart_Model& model) = 0;

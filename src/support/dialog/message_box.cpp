@@ -8,7 +8,7 @@ namespace orsanta {
 
 namespace {
 
-class C_Answer : public C_Message_Sink {
+class C_Answer : public C_Message_Listener {
  public:
   void On_Answer(int answer) override {
     const C_Lock_Guard hold(m_Lock);

@@ -39,7 +39,7 @@ void Trace_Port(int port, const std::string& path, const std::string& what) {
 // The box that tells of a lost port. The threads that use a port must not wait for an operator, so the box is posted.
 // It may stand open for hours while a loose plug comes and goes: until it is answered it stands for the next losses
 // too.
-class C_Lost_Box : public C_Message_Sink {
+class C_Lost_Box : public C_Message_Listener {
  public:
   // One for each port number. Never freed: a front may answer until the process ends.
   static C_Lost_Box& Of_Port(int port) {

@@ -55,7 +55,7 @@ void Put_Bytes(CHashObject_Buffer& entry, C_Entry_Kind kind, std::string_view by
   std::copy(bytes.begin(), bytes.end(), entry.m_Buffer.GetBuffer());
 }
 
-// The entry of the key in hand as a person finds it on its line.
+// The entry of the key in hand as an operator finds it on its line.
 std::wstring Entry_Name(CAutoSaveClassData_Data& data) {
   return From_Utf8(Area_Path(data.m_AreaIDList.GetEndData())) + L" " + From_Utf8(std::string(data.m_Key.Text())) +
          L" " + std::to_wstring(data.m_IndexList.GetEndData());

@@ -1,4 +1,4 @@
-// The form of a store's file: UTF-8 text that a person can read and mend in an editor.
+// The form of a store's file: UTF-8 text that an operator can read and mend in an editor.
 //
 //   orsanta store 1
 //   C_InitDlg Num 0 = int 1
