@@ -48,7 +48,6 @@ int C_FIFO2Window::Get_Window(CMyArray<double>& out) {
     const C_Lock_Guard hold_indices(m_ReadIndexLock);
     Copy_Live_Part(m_Index, m_Start, m_ReadIndex);
   }
-  m_BeNewData = 0;
   return out.GetSize() > 0 ? 1 : 0;
 }
 
@@ -90,7 +89,6 @@ int C_FIFO2Window::Push_Sample(double value, uint64_t index) {
   if (Live_Count() >= m_WindowLen) Drop_Oldest();
   m_Data.Add(value);
   m_Index.Add(index);
-  m_BeNewData = 1;
   return 1;
 }
 

@@ -72,7 +72,6 @@ class C_FIFO2Window : public CBaseBindThread {
   Shared<int> m_WindowLen = Default_Window_Len;  // samples
   Shared<uint64_t> m_Passes = 0;                 // of the reader thread, finished
   CMyCriticalSection m_Lock;                     // held for a copy or a push
-  Shared<int> m_BeNewData = 0;                   // 1: samples came since the last Get_Window
   CMyArray<double> m_Data GUARDED_BY(m_Lock);
   CMyArray<uint64_t> m_Index GUARDED_BY(m_Lock);
   int m_Start GUARDED_BY(m_Lock) = 0;

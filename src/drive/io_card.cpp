@@ -31,14 +31,9 @@ void C_Io_Card::Set_Io_Mode(int IoInit) {
 }
 
 void C_Io_Card::Map_Io(int count, int can_id) {
+  // Required: the card is asked for and mapped whatever the answer; a machine without a card is no fault.
   int beExist = 0;
   CheckDeviceExist(can_id, &beExist);
-  if (beExist != 1) {
-    // Composed for a debugger and shown to nobody, which is meant: a machine without a card is no fault, and the maps
-    // are made all the same.
-    const CMyStringW str = Format_Text("CAN_ID:%d 的IO设备不存在", can_id);
-    static_cast<void>(str);
-  }
   if (m_NoCard == 0 && theIoMapped == 0) {
     m_CanId = can_id;
     m_ChannelCount = count;

@@ -9,7 +9,6 @@
 #include "station/voice_motor.h"
 #include "support/base/process.h"
 #include "support/dialog/message_box.h"
-#include "support/system/file.h"
 #include "support/system/priority.h"
 #include "support/time/clock.h"
 
@@ -21,20 +20,6 @@ constexpr int Io_Card_Can_Id = 15;
 constexpr int First_Position_Ms = 1000;  // for the first position of a device on the card's id
 constexpr double Pause_From_Um =
     100.0;  // a result beyond it, either way, leaves the host's line at rest for 1 ms first
-
-// What went out on the host's line since the process began, for a debugger to look at.
-struct C_Sent_Statistics {
-  Shared<int> count = 0;
-  Shared<double> largest = 0.0;
-  Shared<double> smallest = 0.0;
-
-  void Note(double value_um) {
-    if (count == 0 || value_um > largest) largest = value_um;
-    if (count == 0 || value_um < smallest) smallest = value_um;
-    count = count + 1;
-  }
-};
-C_Sent_Statistics theSentStatistics;
 
 // A drive sends positions all the time, the IO card never.
 bool Is_A_Drive(C_Kestrune_Motor_test& device) {
@@ -118,8 +103,6 @@ void C_VoiceMotorBase::Add_Station(int index, int IoInit) {
   } else {
     Message_Box(Format_Text("CanID：%d的设备没有连接", record.CanID));
   }
-  // A file of earlier results is looked for and its absence is no fault.
-  CMyFileCopy::FileExist(Format_Text("测试历史纪录%d.dat", index + 1));
 }
 
 int C_VoiceMotorBase::Earlier_Station_On_Id(int index) const {
@@ -181,7 +164,6 @@ void C_VoiceMotorBase::OnTestResult(C_VoiceMotor* station) {
   const double value_um = station->Test_Ans * 1000.0;
   if (const auto link = station->Debug_Com()) link->Send_Value(value_um);
   if (HostSerialOpen != 1) return;
-  theSentStatistics.Note(value_um);
   if (value_um > Pause_From_Um || value_um < -Pause_From_Um) Sleep(1);
   Send_Host_Line(Format_Text("%x%d%06.0f %04.0f\n", station->CanID, station->Ans_Valid.Get(), value_um,
                              station->Val_Force_Set[0].Get()));

@@ -9,7 +9,6 @@
 // message and the routine on the standard error stream and ends the process with abort.
 #pragma once
 
-#include "numeric/live_instances.h"
 #include "support/base/array.h"
 
 namespace orsanta {
@@ -29,7 +28,7 @@ void OneDemFit(const CMyArray<double>& x, const CMyArray<double>& y, double n, F
 // The curve at x. Run-time check: BasisList is not shorter than p.
 double OneDemVal(const FitData& fit, double x);
 
-class mExpFit : public C_Live_Instances<mExpFit> {
+class mExpFit {
  public:
   // Fits n steps to the samples y(x). Returns 1; 0, and leaves `fit` alone, if x and y differ in size or n is not
   // above 0. An empty x ends in a run-time check.

@@ -67,9 +67,7 @@ int C_My3DPolyfit::my3dfit(const CMyArray<double>& current, const CMyArray<doubl
   const std::span<const double> Current_matlab = View(current);
   const std::span<const double> Pos_matlab = View(position);
   const std::span<const double> Force_matlab = View(force);
-  // The size of the worst residual is worked out for whoever debugs a fit; no caller gets it.
-  [[maybe_unused]] const double max_err =
-      Fit_Force_Surface(Current_matlab, Pos_matlab, Force_matlab, View(coefficients).first<Term_Count>());
+  Fit_Force_Surface(Current_matlab, Pos_matlab, Force_matlab, View(coefficients).first<Term_Count>());
   return 1;
 }
 

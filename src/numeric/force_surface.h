@@ -10,7 +10,6 @@
 
 #include <span>
 
-#include "numeric/live_instances.h"
 #include "support/base/array.h"
 
 namespace orsanta {
@@ -23,7 +22,7 @@ namespace orsanta {
 double Fit_Force_Surface(std::span<const double> current, std::span<const double> position,
                          std::span<const double> force, std::span<double, 5> p);
 
-class C_My3DPolyfit : public C_Live_Instances<C_My3DPolyfit> {
+class C_My3DPolyfit {
  public:
   // Fits the model to triples of current (A), position (mm) and force (g), of equal sizes of at least 1.
   // coefficients: set to six elements; see Fit_Force_Surface for a set of samples that does not determine them. Always

@@ -6,12 +6,11 @@
 // The class holds no data; any thread may call, each on arrays of its own.
 #pragma once
 
-#include "numeric/live_instances.h"
 #include "support/base/array.h"
 
 namespace orsanta {
 
-class CMyPolyfit : public C_Live_Instances<CMyPolyfit> {
+class CMyPolyfit {
  public:
   // Fits y(x) by a polynomial in the least-squares sense.
   // x, y: samples, of equal size, more than `degree` of them; units are the caller's. degree: at least 1.

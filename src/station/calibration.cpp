@@ -134,8 +134,6 @@ double C_VoiceMotor::Fit_Cal_Samples(bool be_surface) {
   CMyArray<double> force_array2 = Currents_To_Forces(m_CalCurrent);
   if (be_surface) {
     Surface_Fit(m_CalCurrent, m_CalPos, m_CalForce);
-    // The way back, worked out for whoever debugs a calibration; nothing reads it.
-    [[maybe_unused]] const CMyArray<double> current_array2 = Surface_Currents(m_CalForce, m_CalPos);
     force_array2 = Surface_Forces(m_CalCurrent, m_CalPos);
   } else {
     Set_Surface({});

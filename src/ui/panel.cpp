@@ -4,7 +4,6 @@
 #include "station/voice_motor.h"
 #include "support/dialog/message_box.h"
 #include "support/dialog/small_dialog.h"
-#include "support/system/file.h"
 #include "ui/panel_ids.h"
 #include "ui/plot_task.h"
 
@@ -34,17 +33,6 @@ constexpr C_Button Global_Buttons[] = {
     {panel_id::Automatic_Stations, L"自动测量设置"},
     {panel_id::Automatic_Speed, L"自动测量速度"},
 };
-
-std::wstring Detail_Text(const C_VoiceMotor& station) {
-  if (station.Ans_Valid == 0) return L"电机错误检查驱动器与电机之间接线";
-  CMyStringW text = Format_Text("测量值: %3.4f\n\r", station.Test_Ans.Get());
-  text.Append(Format_Text("MAX: %3.3f\n\r", station.Ans_Max));
-  text.Append(Format_Text("MIN: %3.3f\n\r", station.Ans_Min));
-  text.Append(Format_Text("基准面: %3.3f\n\r", station.Cur_BaseDistance.Get()));
-  text.Append(Format_Text("测量时间: %4.2f\n\r", station.m_TestTime.Get()));
-  text.Append(Format_Text("观测值: %3.3f", station.m_Observed.Get()));
-  return text.Text();
-}
 
 // The day of the build as "Dec 15 2020".
 constexpr wchar_t Build_Date[] = L"" __DATE__;
@@ -102,7 +90,6 @@ void C_ORS_Dlg::Add_Station_Column(int index) {
     AddBlank(index, C_Small_Dialog::Control_Width, 1, 1, 0, nullptr);
     Message_Box(Format_Text("CanID：%d的设备没有连接", can_id));
   }
-  CMyFileCopy::FileExist(Format_Text("测试历史纪录%d.dat", index + 1));  // asked for; nothing depends on the answer yet
 }
 
 // Refreshes one status display, ten times a second: reads members of the station and nothing of its drive.
@@ -111,9 +98,7 @@ void C_ORS_Dlg::OnCtrlDynamicDisp(int id, std::wstring& text, long) {
   C_VoiceMotor& station = *m_pMotorBase->StationList[index];
   Count_Toward_Lock();
   if (station.Take_Test_Finish_Panel() == 1) {
-    // The display itself follows at the next refresh. A failed cycle empties the line. The detail is formed in the same
-    // step and deliberately shown nowhere: it is there for whoever stops here in a debugger.
-    [[maybe_unused]] const std::wstring detail = Detail_Text(station);
+    // The display itself follows at the next refresh. A failed cycle empties the line.
     m_ResultText[index] =
         station.Ans_Valid != 0 ? Format_Text("%3.4f  mm\r\n", station.Test_Ans.Get()).Text() : std::wstring();
     return;
