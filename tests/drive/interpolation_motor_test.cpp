@@ -18,12 +18,7 @@ constexpr double Second_Edge_Mm = 3.25;
 class Interpolation_Motor : public Room {
  protected:
   Interpolation_Motor() {
-    simulator::Settings settings;
-    settings.temperature_boards = {Id};
-    settings.sample_ms = 0.5;
-    settings.noise_mm = 0.0;
-    settings.encoder_step_mm = 0.0;
-    Reset(settings);
+    Reset({.temperature_boards = {Id}, .sample_ms = 0.5, .encoder_step_mm = 0.0, .noise_mm = 0.0});
     simulator::Set_Home_Sensor(Id, 2, Edge_Mm, false);
     simulator::Set_Home_Sensor(Id, 6, Second_Edge_Mm, true);
   }
@@ -36,18 +31,17 @@ class Interpolation_Motor : public Room {
 TEST_F(Interpolation_Motor, Connects_And_Maps_In_Order_And_Runs_Sixteen_Windows) {
   std::unique_ptr<C_Interpolation_Voice_Motor> motor;
   EXPECT_EQ(
-      Calls_Of([&] { motor = Make_Motor(); }),
+      Short_Maps("5", "20", Calls_Of([&] { motor = Make_Motor(); })),
       "InitDevice_PC_Local_Controler(1, 0); +100 ConnectControlServer(\"\", 0); ReBuildSystem(); "
       "OpenCloseErrorMsgAutoAssert(0); +100 ConnectControlServer(\"\", 0); OpenCloseErrorMsgAutoAssert(0); " +
-          Search_Calls(Id, "+50 ") + "+100 SetBackJmpInsSize(5, 100); " +
-          Map_Calls(
-              "5, 20",
-              "i 201 6 5321 256 i 199 6 5319 256 i 202 4 5322 256 i 203 4 5323 256 i 200 6 5320 256 w 30 8 580 "
-              "w 31 8 581 w 32 8 582 w 33 8 583 w 40 8 500 w 41 8 501 w 42 8 502 w 43 8 503 w 44 8 504 w 1 6 5125 "
-              "w 16 8 5136 w 17 8 5137 w 19 8 5139 w 25 8 5145 w 26 8 5146 w 20 8 5140 i 18 8 5138 4096 "
-              "i 15 8 5135 256 i 29 8 5149 256 i 50 8 5170 256 i 27 4 5147 256 i 28 4 5148 256 i 21 8 5141 4096 "
-              "i 22 8 5142 4096 i 23 8 5143 4096 i 24 8 5144 4096 o 4 8 5124 o 12 8 5132 o 16 4 5136 wait o 8 5 5128 "
-              "o 17 5 5137 o 15 4 5135 o 18 8 5138") +
+          For_Each(1, 63, "Exists(#); ") +
+          "+50 Exists(20); +100 SetBackJmpInsSize(5, 100); "
+          "i 201 6 5321 256 i 199 6 5319 256 i 202 4 5322 256 i 203 4 5323 256 i 200 6 5320 256 w 30 8 580 "
+          "w 31 8 581 w 32 8 582 w 33 8 583 w 40 8 500 w 41 8 501 w 42 8 502 w 43 8 503 w 44 8 504 w 1 6 5125 "
+          "w 16 8 5136 w 17 8 5137 w 19 8 5139 w 25 8 5145 w 26 8 5146 w 20 8 5140 i 18 8 5138 4096 "
+          "i 15 8 5135 256 i 29 8 5149 256 i 50 8 5170 256 i 27 4 5147 256 i 28 4 5148 256 i 21 8 5141 4096 "
+          "i 22 8 5142 4096 i 23 8 5143 4096 i 24 8 5144 4096 o 4 8 5124 o 12 8 5132 o 16 4 5136 Wait(5); o 8 5 5128 "
+          "o 17 5 5137 o 15 4 5135 o 18 8 5138 "
           "SET_AXIS_MAP(5, 20, 0, 2); SET_AXIS_SCALE(5, 2, 65536000); SET_MAX_VEL(5, 2, 1000); SET_MAX_ACC(5, 2, "
           "10000); SET_MAX_JERK(5, 2, 1e+06); SET_IOIN_MAP(5, 20, 1, 2, 0, 30); SET_IOIN_MAP(5, 20, 1, 6, 0, 31); "
           "Places(5); ");
@@ -179,17 +173,17 @@ TEST_F(Interpolation_Axis, Status_Reads_Their_Channels) {
                    m.Get_Output_Pos(commanded),
                    m.Get_Sensor(),
                    m.Get_Sensor2(),
-                   m.Get_Error(nullptr, nullptr, nullptr, nullptr, &number),
                    m.Get_Temperature(board, 1),
                    m.Read_Latest(5147, fresh),
                    m.Read_Latest(5138, fresh)};
+        results.push_back(m.Get_Error(nullptr, nullptr, nullptr, nullptr, &number));
       }),
       "Read(5135, 4096); Read(5149, 4096); Read(5170, 4096); Read(5322, 4096); Read(5323, 4096); Read(5320, 4096); "
-      "GetCurOutputPos(21); GetCurIoInput(30); GetCurIoInput(31); GetError(0); Read(5148, 4096); Read(5147, 4096); "
-      "Read(5138, 4096) x 2 +1; ");  // this one is full: what it holds may be old
-  EXPECT_EQ(results, (Results{1, 1, 1, 1, 1, 1, Id + 1, 0, 0, 0, 1, 1, 1}));
-  simulator::Set_Silent(Id,
-                        true);  // an array takes the first read that works, if empty; the fault words share the last
+      "GetCurOutputPos(21); GetCurIoInput(30); GetCurIoInput(31); Read(5148, 4096); Read(5147, 4096); "
+      "Read(5138, 4096) x 2 +1; GetError(0); ");  // this one is full: what it holds may be old
+  EXPECT_EQ(results, (Results{1, 1, 1, 1, 1, 1, Id + 1, 0, 0, 1, 1, 1, 0}));
+  // An array takes the first read that works, if empty; the fault words share the last.
+  simulator::Set_Silent(Id, true);
   EXPECT_EQ(Calls_Of([&] {
               results = {m.Get_Fifo(24, samples),      m.Get_Fifo(24, samples),         m.Read_Latest(5138, fresh),
                          m.Get_Temperature(t, 0),      m.Get_Temperature(t, 0),         m.Get_Error_Code(code),
@@ -215,10 +209,7 @@ TEST_F(Interpolation_Axis, Status_Reads_Their_Channels) {
 // The last eleven maps are waited for in 1000 looks, 1 ms apart.
 TEST_F(Interpolation_Motor, A_Server_Too_Slow_For_The_Axis_Map_Is_Told) {
   for (const double pace_ms : {90.0, 92.0}) {
-    simulator::Settings settings;
-    settings.temperature_boards = {Id};
-    settings.instruction_ms = pace_ms;
-    simulator::Reset(settings);
+    simulator::Reset({.temperature_boards = {Id}, .instruction_ms = pace_ms});
     EXPECT_EQ(Make_Motor()->Be_Mapped(), pace_ms < 91.0 ? 1 : 0);
   }
   EXPECT_EQ(m_Front->Boxes(), (Texts{L"map轴超时"}));

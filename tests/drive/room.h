@@ -6,9 +6,10 @@
 
 #include <cmath>
 #include <map>
-#include <set>
+#include <regex>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "common/scripted_front.h"
@@ -31,32 +32,24 @@ class Room : public testing::Test {
   // behind each. "+5 " stands before one that came 5 ms after the call before it, " x 41 +1" behind one that came 41
   // times, 1 ms apart. Reads are told while the journal keeps them, without those of the window threads.
   static std::string Calls() {
-    std::ostringstream calls;
-    std::string group;
-    double before = -1.0, each = 0.0;
-    int times = 0;
-    const auto end_group = [&] {
-      if (times > 1) calls << " x " << times;
-      if (times > 1 && each > 0.0) calls << " +" << each;
-      if (times > 0) calls << "; ";
-    };
+    std::vector<std::pair<std::string, double>> told;  // with the time since the one before
+    double before = -1.0;
     for (const simulator::Journal_Entry& call : simulator::Journal()) {
       if (Is_Of_A_Window(call)) continue;
-      const std::string text = Text_Of(call);
-      const double gap = before < 0.0 ? 0.0 : std::round(call.time_ms - before);
+      told.emplace_back(Text_Of(call), before < 0.0 ? 0.0 : std::round(call.time_ms - before));
       before = call.time_ms;
-      if (text == group && (times == 1 || gap == each)) {
-        each = gap;
-        ++times;
-        continue;
-      }
-      end_group();
+    }
+    std::ostringstream calls;
+    for (size_t first = 0, next = 0; first < told.size(); first = next) {
+      const auto& [text, gap] = told[first];
+      const double each = first + 1 < told.size() ? told[first + 1].second : 0.0;
+      for (next = first + 1; next < told.size() && told[next] == std::pair(text, each);) ++next;
       if (gap > 0.0) calls << '+' << gap << ' ';
       calls << text;
-      group = text;
-      times = 1;
+      if (next > first + 1) calls << " x " << next - first;
+      if (next > first + 1 && each > 0.0) calls << " +" << each;
+      calls << "; ";
     }
-    end_group();
     return calls.str();
   }
   // The same for one operation alone, reads included.
@@ -68,12 +61,11 @@ class Room : public testing::Test {
     simulator::Journal_Keep_Reads(false);
     return Calls();
   }
-  // The search of the bus, and the look for the one device.
-  static std::string Search_Calls(int can_id, const char* pause = "") {
-    std::ostringstream calls;
-    for (int id = 1; id <= 63; ++id) calls << "Exists(" << id << "); ";
-    calls << pause << "Exists(" << can_id << "); ";
-    return calls.str();
+  // The text once for each number from the first to the last, which stands in it for "#".
+  static std::string For_Each(int first, int last, const std::string& text) {
+    std::string all;
+    for (int n = first; n <= last; ++n) all += std::regex_replace(text, std::regex("#"), std::to_string(n));
+    return all;
   }
   // How many calls begin with the text.
   static int Count(const std::string& text) {
@@ -94,29 +86,17 @@ class Room : public testing::Test {
   }
   // How many reads of channels there are in the next `ms`.
   static int Reads_In(int ms) {
-    simulator::Journal_Clear();
-    simulator::Journal_Keep_Reads(true);
-    Sleep(ms);
-    simulator::Journal_Keep_Reads(false);
+    Calls_Of([ms] { Sleep(ms); });
     return Count("Read(");
   }
-  // The calls that a table of maps stands for, device as "thread, can id": "i PORT FORMAT CHANNEL DEPTH" an input, "w
-  // PORT FORMAT CHANNEL" a window, "o PORT FORMAT CHANNEL" an output, "wait" a wait for the server.
-  static std::string Map_Calls(const std::string& device, const std::string& table) {
-    const std::string thread = device.substr(0, device.find(','));
-    std::istringstream in(table);
-    std::string calls, kind, port, format, channel, depth;
-    while (in >> kind) {
-      if (kind != "wait") in >> port >> format >> channel;
-      depth = "4096";
-      if (kind == "i") in >> depth;
-      const std::string map = "PUT_DATA_MAP(" + device + ", " + port + ", " + format + ", " + channel + "); ";
-      if (kind == "o") calls += "SET_OUT" + map;
-      if (kind == "i" || kind == "w")
-        calls += "SET_IN" + map + "RESET_INPUT_DATA_FIFO(" + thread + ", " + channel + ", " + depth + "); ";
-      if (kind == "w" || kind == "wait") calls += "Wait(" + thread + "); ";
-    }
-    return calls;
+  // The calls with the maps of a device in short: "i PORT FORMAT CHANNEL DEPTH " an input, "w PORT FORMAT CHANNEL " a
+  // window, which has 4096 places and waits for the server, "o PORT FORMAT CHANNEL " an output.
+  static std::string Short_Maps(const std::string& thread, const std::string& can_id, std::string calls) {
+    const std::string map = "PUT_DATA_MAP\\(" + thread + ", " + can_id + R"(, (\d+), (\d+), (\d+)\); )";
+    const std::string reset = "RESET_INPUT_DATA_FIFO\\(" + thread + R"(, \3, (\d+)\); )";
+    calls = std::regex_replace(calls, std::regex("SET_OUT" + map), "o $1 $2 $3 ");
+    calls = std::regex_replace(calls, std::regex("SET_IN" + map + reset), "i $1 $2 $3 $4 ");
+    return std::regex_replace(calls, std::regex("i (\\d+ \\d+ \\d+) 4096 Wait\\(" + thread + "\\); "), "w $1 ");
   }
 
   C_Simulated_Clock m_Clock{1};
@@ -138,9 +118,10 @@ class Room : public testing::Test {
   }
   // Read by a window of one of the drives here: 3 with its position, 20 with its sixteen.
   static bool Is_Of_A_Window(const simulator::Journal_Entry& call) {
-    static const std::set<int> channels{65,  500,  501,  502,  503,  504,  580,  581, 582,
-                                        583, 5125, 5136, 5137, 5139, 5140, 5145, 5146};
-    return call.function == "GetInputChannelData" && channels.contains(std::stoi(call.arguments));
+    static const std::string channels =
+        " 65, 500, 501, 502, 503, 504, 580, 581, 582, 583, 5125, 5136, 5137, 5139, 5140, 5145, 5146, ";
+    const std::string channel = call.arguments.substr(0, call.arguments.find(' '));
+    return call.function == "GetInputChannelData" && channels.find(' ' + channel + ' ') != std::string::npos;
   }
 };
 
