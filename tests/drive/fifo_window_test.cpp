@@ -61,6 +61,7 @@ TEST(Fifo_Window, Readers_On_Many_Threads_See_Whole_Windows) {
       for (int i = 1; i < out.GetSize(); ++i) broken += out[i] == out[i - 1] + 1.0 ? 0 : 1;
       for (int i = 1; i < indices.GetSize(); ++i) broken += indices[i] == indices[i - 1] + 1 ? 0 : 1;
       if (look % 10 == 9) window.Clear_Window();
+      Sleep(1);  // the writer is not to starve
     }
   };
   C_Thread readers[3];

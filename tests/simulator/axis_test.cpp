@@ -36,7 +36,7 @@ void Expect_Within(const C_Trajectory& trajectory, const Motion_State& start, co
   EXPECT_NEAR(before.position, trajectory.End(), 1e-9);
 }
 
-TEST(Trajectory, Keeps_All_Limits_In_Moves_Of_Every_Shape_And_In_Stops_From_Anywhere) {
+TEST(Trajectory, Keeps_All_Limits_In_Moves_Of_Every_Shape_And_In_Stops_From_Anywhere_And_Loses_No_Time) {
   std::mt19937_64 random(5);
   const auto between = [&](double low, double high) {  // evenly over the orders of magnitude
     return std::exp(std::uniform_real_distribution<double>(std::log(low), std::log(high))(random));
@@ -55,9 +55,6 @@ TEST(Trajectory, Keeps_All_Limits_In_Moves_Of_Every_Shape_And_In_Stops_From_Anyw
     Expect_Within(stop, move.At(t), limits);
     EXPECT_LE(stop.Duration(), move.Duration() - t + 1e-6) << "a stop lasted longer than the move";
   }
-}
-
-TEST(Trajectory, Takes_The_Time_Of_The_Shape) {
   C_Trajectory move;
   move.Plan_Move(1.0, 1.0, {});
   EXPECT_EQ(move.Duration() + move.End(), 1.0);
@@ -78,10 +75,6 @@ class Axis : public simulator_test::Room {
     SET_OUTPUT_DATA_MAP(4, 20, 4, 8, 104);
     SET_OUTPUT_DATA_MAP(4, 20, 12, 8, 112);
     SET_OUTPUT_DATA_MAP(4, 20, 17, 5, 117);
-  }
-  static void Go_And_Hold(double position) {
-    SGO(4, 2, position);
-    TILLSTOP(4, 2);
   }
   static void Till_Stopped() {
     TILLSTOP(4, 2);
@@ -158,7 +151,7 @@ TEST_F(Axis, Sends_At_Each_Port_What_It_Stands_For) {
 }
 
 TEST_F(Axis, Scale_And_Zeros_Rename_Places_Without_Moving) {
-  Go_And_Hold(2.0);
+  Go_And_Wait(2.0);
   SET_AXIS_SCALE(4, 2, -2.0 * Raw_Per_Mm);  // one unit is two millimetres, turned round
   WaitForAllInsFinish(4);
   Sleep(50);
@@ -190,7 +183,8 @@ TEST_F(Axis, Stops_Pauses_Goes_On_And_Is_Stopped_From_Outside) {
   STOP_S(4, 2);
   Till_Stopped();
   Tell();
-  Go_And_Hold(8.0);
+  SGO(4, 2, 8.0);
+  TILLSTOP(4, 2);
   Sleep(50);
   TILL_AXIS_PAUSE(5, 2);
   WaitForAllInsFinish(5);
