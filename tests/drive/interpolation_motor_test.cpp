@@ -305,8 +305,7 @@ TEST_F(Interpolation_Axis, The_Check_Finds_The_Stops_And_Names_Its_Failure) {
   for (int pass = 0; pass < 5; ++pass)
     check += go("10") + (pass == 0 ? "" : "+1007 ") + go(middle) + "+1007 " + go("-10.001") + "+1007 " + go(middle) +
              (pass < 4 ? "+1007 " : "");
-  double max = 0.0;
-  double min = 0.0;
+  double max = 0.0, min = 0.0;
   simulator::Journal_Clear();
   EXPECT_EQ(m_Motor->Home_And_Check(9, max, min), 1);
   EXPECT_EQ(Calls(), check);
@@ -316,10 +315,8 @@ TEST_F(Interpolation_Axis, The_Check_Finds_The_Stops_And_Names_Its_Failure) {
   EXPECT_EQ(m_Motor->CheckStop() + m_Motor->Home_And_Check(9, max, min), 0);  // still moving
   m_Motor->Till_Stop(1);
   EXPECT_NEAR(simulator::True_Position(Id), 5.0, 0.05);
-  uint16_t ver = 0;
-  uint32_t bcd_date = 0;
   simulator::Set_Silent(Id, true);
-  m_Motor->Get_Version(ver, bcd_date);
+  RESET_INPUT_DATA_FIFO(5, 5320, 256);  // of the version
   EXPECT_EQ(m_Motor->Home_And_Check(9, max, min), 0);
   EXPECT_EQ(m_Front->Boxes(), (Texts{L"ID:9的驱动器无法回零", L"ID:9的驱动器无法获取版本号"}));
 }

@@ -110,11 +110,9 @@ class Room : public testing::Test {
                                                                 {"OUTPUT_DATA", "Out"},
                                                                 {"WaitForAllInsFinish", "Wait"}};
     const auto found = short_names.find(call.function);
-    std::ostringstream text;
-    text << (found == short_names.end() ? call.function : found->second) << '(';
-    if (call.thread >= 0) text << call.thread << (call.arguments.empty() ? "" : ", ");
-    text << call.arguments << ')';
-    return text.str();
+    const std::string name = found == short_names.end() ? call.function : found->second;
+    if (call.thread < 0) return name + '(' + call.arguments + ')';
+    return name + '(' + std::to_string(call.thread) + (call.arguments.empty() ? "" : ", ") + call.arguments + ')';
   }
   // Read by a window of one of the drives here: 3 with its position, 20 with its sixteen.
   static bool Is_Of_A_Window(const simulator::Journal_Entry& call) {

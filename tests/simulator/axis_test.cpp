@@ -7,16 +7,12 @@
 #include "simulator/trajectory.h"
 #include "simulator_line.h"
 
+namespace simulator_test {
 namespace {
 
-using orsanta::Now_Ms;
-using orsanta::Sleep;
 using simulator::C_Trajectory;
 using simulator::Motion_Limits;
 using simulator::Motion_State;
-using simulator_test::Map_Input;
-using simulator_test::Raw_Per_Mm;
-using simulator_test::Take;
 
 // Walks the whole trajectory: nothing jumps, and no limit is passed by more than a rounding.
 void Expect_Within(const C_Trajectory& trajectory, const Motion_State& start, const Motion_Limits& limits) {
@@ -64,7 +60,7 @@ TEST(Trajectory, Keeps_All_Limits_In_Moves_Of_Every_Shape_And_In_Stops_From_Anyw
 }
 
 // An interpolation device at CAN id 20 as axis 2 on instruction thread 4, user units of millimetres.
-class Axis : public simulator_test::Room {
+class Axis : public Room {
  protected:
   Axis() {
     SET_AXIS_MAP(4, 20, 0, 2);
@@ -72,8 +68,7 @@ class Axis : public simulator_test::Room {
     SET_MAX_VEL(4, 2, 20.0);
     SET_MAX_ACC(4, 2, 5000.0);
     SET_MAX_JERK(4, 2, 500000.0);
-    SET_OUTPUT_DATA_MAP(4, 20, 4, 8, 104);
-    SET_OUTPUT_DATA_MAP(4, 20, 12, 8, 112);
+    for (const int port : {4, 12}) SET_OUTPUT_DATA_MAP(4, 20, port, 8, 100 + port);
     SET_OUTPUT_DATA_MAP(4, 20, 17, 5, 117);
   }
   static void Till_Stopped() {
@@ -213,3 +208,4 @@ TEST_F(Axis, Stops_Pauses_Goes_On_And_Is_Stopped_From_Outside) {
 }
 
 }  // namespace
+}  // namespace simulator_test

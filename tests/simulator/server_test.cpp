@@ -5,16 +5,10 @@
 #include <thread>
 
 #include "simulator_line.h"
+#include "support/threads/thread.h"
 
+namespace simulator_test {
 namespace {
-
-using orsanta::Now_Ms;
-using orsanta::Sleep;
-using simulator_test::Connect;
-using simulator_test::Map_Input;
-using simulator_test::Map_Position;
-using simulator_test::Raw_Per_Mm;
-using simulator_test::Take;
 
 // The errors since the last look, each as "thread/point number:subject ".
 std::string Told() {
@@ -29,22 +23,22 @@ std::string Told() {
   return told;
 }
 
-using Server = simulator_test::Room;
+using Server = Room;
 
 TEST_F(Server, Fifo_Fills_To_Its_Depth_And_A_Reset_Loses_What_It_Finds) {
-  const auto count = [](size_t max_count = 16) { return Take(25, static_cast<int>(max_count)).size(); };
+  std::string counts;
+  const auto count = [&](int max_count) { counts += std::to_string(Take(25, max_count).size()) + ' '; };
   Map_Input(1, 1, 4, 4, 25, 8);
   Sleep(101);  // 50 samples, 8 places
-  EXPECT_EQ(count(3), 3U);
-  EXPECT_EQ(count(), 5U);
-  EXPECT_EQ(count(), 0U);
+  for (const int max_count : {3, 16, 16}) count(max_count);
   Sleep(6);
-  EXPECT_EQ(count(), 3U);
+  count(16);
   Sleep(6);
   RESET_INPUT_DATA_FIFO(1, 25, 4);
-  EXPECT_EQ(count(), 0U);
+  count(16);
   Sleep(100);
-  EXPECT_EQ(count(), 4U);
+  count(16);
+  EXPECT_EQ(counts, "3 5 0 3 0 4 ");
   double value = 0.0;
   int none = -1;
   EXPECT_EQ(GetInputChannelData(26, 1, &none, &value, nullptr) + none, 0);  // never mapped
@@ -141,6 +135,9 @@ TEST_F(Server, Refuses_Until_Prepared_And_Drops_Everything_With_A_Rebuild) {
   Sleep(20);
   EXPECT_FALSE(Take(1).empty());
   TILLTIME(1, 1000000);
+  orsanta::C_Thread waiter;
+  waiter.Start("waiter", [] { EXPECT_EQ(WaitForAllInsFinish(1), 0); });
+  Sleep(5);
   EXPECT_EQ(OpenCloseErrorMsgAutoAssert(0) + ReBuildSystem(), 2);
   double value = 0.0;
   int count = 0;
@@ -231,3 +228,4 @@ TEST(Callers_DeathTest, A_Process_May_End_Under_Its_Readers) {
 }
 
 }  // namespace
+}  // namespace simulator_test

@@ -11,6 +11,9 @@
 
 namespace simulator_test {
 
+using orsanta::Now_Ms;
+using orsanta::Sleep;
+
 constexpr double Raw_Per_Mm = 65536000.0;
 
 // The newest samples of a channel, oldest first.
