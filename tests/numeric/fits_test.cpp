@@ -1,14 +1,11 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <array>
 #include <cmath>
-#include <fstream>
-#include <limits>
+#include <iterator>
 #include <map>
 #include <numeric>
-#include <sstream>
-#include <string>
-#include <vector>
 
 #include "common/arrays.h"
 #include "common/failed_check.h"
@@ -20,11 +17,10 @@
 #include "numeric/runtime_check.h"
 
 namespace orsanta {
-namespace {
 
 using Rows = std::map<std::string, CMyArray<double>>;
 
-CMyArray<double> Fit(const std::string& kind, Rows& rows) {
+static CMyArray<double> Fit(const std::string& kind, Rows& rows) {
   CMyArray<double> p;
   if (kind == "polynomial") CMyPolyfit().My_PolyFit(rows["x"], rows["y"], static_cast<int>(rows["degree"][0]), p);
   if (kind == "surface") C_My3DPolyfit().my3dfit(rows["current"], rows["position"], rows["force"], p);
@@ -70,59 +66,43 @@ TEST(Fits, Agree_With_Lapack) {
 // A matrix of 1 and `second` on the diagonal: the second column counts from the tolerance on, which goes by the larger
 // dimension.
 TEST(Left_Division, Leaves_Out_What_Is_Below_The_Tolerance) {
-  struct {
-    int rows, columns;
-    double second;
-    bool counts;
-  } const cases[] = {{3, 2, 6.67e-15, true}, {3, 2, 6.65e-15, false}, {2, 7, 1.56e-14, true}, {2, 7, 1.55e-14, false}};
-  for (const auto& item : cases) {
-    C_Matrix matrix(item.rows, item.columns);
+  const auto solution = [](int rows, int columns, double second) {
+    C_Matrix matrix(rows, columns);
     matrix(0, 0) = 1.0;
-    matrix(1, 1) = item.second;
-    std::vector<double> right(static_cast<size_t>(item.rows));
-    right[1] = item.second;
-    EXPECT_EQ(Left_Divide(matrix, right)[1], item.counts ? 1.0 : 0.0) << item.rows << " " << item.second;
-  }
+    matrix(1, 1) = second;
+    std::vector<double> right(static_cast<size_t>(rows));
+    right[1] = second;
+    return Left_Divide(matrix, right)[1];
+  };
+  EXPECT_EQ(solution(3, 2, 6.67e-15), 1.0);
+  EXPECT_EQ(solution(3, 2, 6.65e-15), 0.0);
+  EXPECT_EQ(solution(2, 7, 1.56e-14), 1.0);
+  EXPECT_EQ(solution(2, 7, 1.55e-14), 0.0);
 }
 
-// A reflection of a column that starts with 0, of one whose rest is 1 long, and of one without a rest.
+// A reflection of a column that starts with 0, of one whose rest is 1 long, and of one without a rest. The matrix is
+// given column by column.
 TEST(Left_Division, Solves_By_Reflection_And_Leaves_Out_What_It_Cannot_Tell) {
-  const auto solve = [](int rows, const std::vector<double>& by_column, const std::vector<double>& right) {
-    C_Matrix matrix(rows, static_cast<int>(by_column.size()) / rows);
-    std::copy(by_column.begin(), by_column.end(), matrix.Column(0));
+  const auto solve = [](const std::string& columns, const std::vector<double>& right) {
+    std::istringstream text(columns);
+    const std::vector<double> numbers{std::istream_iterator<double>(text), {}};
+    C_Matrix matrix(static_cast<int>(right.size()), static_cast<int>(numbers.size() / right.size()));
+    std::copy(numbers.begin(), numbers.end(), matrix.Column(0));
     return Left_Divide(matrix, right);
   };
-  EXPECT_EQ(solve(3, {0, 1, 0, 0.5, 0, 0}, {3, 4, 0}), (std::vector<double>{4, 6}));
-  EXPECT_EQ(solve(3, {0, 0, 0, 0, 0, 0}, {1, 2, 3}), (std::vector<double>{0, 0}));
+  EXPECT_EQ(solve("0 1 0  0.5 0 0", {3, 4, 0}), (std::vector<double>{4, 6}));
+  EXPECT_EQ(solve("0 0 0  0 0 0", {1, 2, 3}), (std::vector<double>{0, 0}));
   EXPECT_EQ(Left_Divide(C_Matrix(0, 2), {}), (std::vector<double>{0, 0}));
   // Two columns that differ in sign alone, when a third and a fourth have cancelled most of both: the first serves.
-  const std::vector<double> p = solve(
-      3, {1, -1, 1, -1, 1, -1, -199.9999, 199.9998, -199.9997, 0.010003, -0.009999000000000001, 0.010003}, {1, 2, 3});
+  const std::vector<double> p =
+      solve("1 -1 1  -1 1 -1  -199.9999 199.9998 -199.9997  0.010003 -0.009999000000000001 0.010003", {1, 2, 3});
   EXPECT_NE(p[0], 0.0);
   EXPECT_EQ(p[1], 0.0);
   // Norms that cancel in two steps, each too small to be formed anew by itself.
-  const std::vector<double> q = solve(4,
-                                      {-300,
-                                       0,
-                                       -200,
-                                       100,
-                                       -300,
-                                       300,
-                                       -300,
-                                       0,
-                                       -300.29699999999997,
-                                       300.00100000000003,
-                                       -300.19699999999995,
-                                       0.10300000000000001,
-                                       -300.30002,
-                                       300.00001,
-                                       -300.19997,
-                                       0.10003,
-                                       -299.69997,
-                                       299.99999,
-                                       -299.79997000000003,
-                                       -0.09998000000000001},
-                                      {1, 2, 3, 4});
+  const std::vector<double> q = solve(
+      "-300 0 -200 100  -300 300 -300 0  -300.297 300.001 -300.197 0.103  -300.30002 300.00001 -300.19997 0.10003  "
+      "-299.69997 299.99999 -299.79997 -0.09998",
+      {1, 2, 3, 4});
   EXPECT_EQ(q[1], 0.0);
   EXPECT_NE(q[4], 0.0);
 }
@@ -133,11 +113,9 @@ TEST(Polynomial, Too_Few_Places_Give_No_Finite_Coefficients) {
   // Rounding would leave something beside the zero on the diagonal in most of these.
   for (const double place : {0.0, 0.1, 2.0, 3.7, -5.0, 49.0, 1000.0}) {
     for (int n = 2; n < 8; ++n) {
-      CMyArray<double> x, y;
-      for (int i = 0; i < n; ++i) {
-        x.Add(place);
-        y.Add(i);
-      }
+      CMyArray<double> x, y = Array({0, 1, 2, 3, 4, 5, 6});
+      y.SetArraySize(n);
+      while (x.GetSize() < n) x.Add(place);
       EXPECT_EQ(polynomial.My_PolyFit(x, y, 1, p), 1);
       EXPECT_FALSE(std::isfinite(p[0]) || std::isfinite(p[1])) << place << ", " << n << " samples";
     }
@@ -160,12 +138,11 @@ TEST(Force_Surface, Turns_Force_Into_Current_And_Back) {
   EXPECT_EQ(surface.my3dinvval(force, Array({2, 4}), model, current), 1);
   EXPECT_NEAR(current[1], 2.0, 1e-15);
   surface.my3dinvval(Array({100}), Array({2}), Array({2, 0, 0.5, 0, 0, 0}), current);
-  EXPECT_EQ(current[0], std::numeric_limits<double>::infinity());
+  EXPECT_EQ(current[0], HUGE_VAL);
 
   p = Array({7, 7, 7, 7, 7, 7, 7});  // as memory that was in use
   EXPECT_EQ(surface.my3dfit(Array({1, 2, 4, 8, 16}), Array({2, 2, 2, 2, 2}), Array({0, 0, 0, 0, 0}), p), 1);
-  EXPECT_EQ(p.GetSize(), 6);
-  for (int j = 0; j < 6; ++j) EXPECT_EQ(p[j], 0.0) << "a square set with forces of 0 divides by no pivot";
+  EXPECT_EQ(Values(p), std::vector<double>(6)) << "a square set with forces of 0 divides by no pivot";
   // Forces 4 and 0 at one place: the model says 2, which is 2 too little for one and 2 too much for the other.
   double q[5];
   EXPECT_NEAR(Fit_Force_Surface(std::vector{1.0, 1.0}, std::vector{0.0, 0.0}, std::vector{4.0, 0.0}, q), 2.0, 1e-14);
@@ -175,22 +152,18 @@ TEST(Force_Surface, Turns_Force_Into_Current_And_Back) {
 
 TEST(Fits, Refuse_Samples_That_Do_Not_Belong_Together) {
   const C_Temp_Folder folder;  // for the reports
-  const auto of = [](int size) {
-    CMyArray<double> array;
-    array.SetArraySize(size);
-    return array;
-  };
-  CMyArray<double> out;
+  CMyArray<double> of[7], out;
+  for (int size = 0; size < 7; ++size) of[size].SetArraySize(size);
   double y = 0.0;
   const auto expect_refusal = [](auto action) { EXPECT_NE(Failed_Check_Line(action), 0); };
   for (const auto& n : {std::array{5, 2, 1}, {2, 2, 2}, {2, 2, 0}})
-    expect_refusal([&] { CMyPolyfit().My_PolyFit(of(n[0]), of(n[1]), n[2], out); });
-  expect_refusal([&] { CMyPolyfit().My_PolyVal(of(1), 1.0, y); });
+    expect_refusal([&] { CMyPolyfit().My_PolyFit(of[n[0]], of[n[1]], n[2], out); });
+  expect_refusal([&] { CMyPolyfit().My_PolyVal(of[1], 1.0, y); });
   for (const auto& n : {std::array{2, 1, 2}, {2, 2, 1}, {0, 0, 0}})
-    expect_refusal([&] { C_My3DPolyfit().my3dfit(of(n[0]), of(n[1]), of(n[2]), out); });
+    expect_refusal([&] { C_My3DPolyfit().my3dfit(of[n[0]], of[n[1]], of[n[2]], out); });
   for (const auto& n : {std::array{2, 1, 6}, {2, 2, 5}}) {
-    expect_refusal([&] { C_My3DPolyfit().my3dval(of(n[0]), of(n[1]), of(n[2]), out); });
-    expect_refusal([&] { C_My3DPolyfit().my3dinvval(of(n[0]), of(n[1]), of(n[2]), out); });
+    expect_refusal([&] { C_My3DPolyfit().my3dval(of[n[0]], of[n[1]], of[n[2]], out); });
+    expect_refusal([&] { C_My3DPolyfit().my3dinvval(of[n[0]], of[n[1]], of[n[2]], out); });
   }
 }
 
@@ -199,10 +172,8 @@ TEST(Basis_Fit, Saturated_Steps_Count_As_One_And_Odd_Samples_Are_Fitted) {
   FitData fit{Array({1, 2, 3}), Array({10, 20, 30}), 0.5};
   CMyArray<double> y;
   EXPECT_EQ(basis.Evaluate(fit, Array({100, -100, 2}), y), 1);
-  EXPECT_EQ(y.GetSize(), 3);
-  EXPECT_EQ(y[0], 3.0);
-  EXPECT_EQ(y[1], 0.0);
-  EXPECT_NEAR(y[2], 10 / (1 + std::exp(-2.0)) + 10 + 30 / (1 + std::exp(2.0)), 1e-13);
+  const double middle = 10 / (1 + std::exp(-2.0)) + 10 + 30 / (1 + std::exp(2.0));
+  EXPECT_THAT(Values(y), testing::ElementsAre(3.0, 0.0, testing::DoubleNear(middle, 1e-13)));
 
   // A step is full beyond 37 widths and nothing beyond as many on the other side.
   const FitData step{Array({0}), Array({10}), 1.0};
@@ -225,20 +196,17 @@ TEST(Basis_Fit, Saturated_Steps_Count_As_One_And_Odd_Samples_Are_Fitted) {
   EXPECT_TRUE(std::isnan(OneDemVal(fit, 3.0)));
   // A not-a-number place does not count for the range, the ends are exact, and a range beyond the largest number has a
   // middle.
-  const double infinity = std::numeric_limits<double>::infinity();
   const std::vector<std::pair<CMyArray<double>, std::vector<double>>> ranges = {
       {Array({std::nan(""), -3, 1, 3}), {-3, -1.5, 0, 1.5, 3}},
       {Array({0.1, 0.3}), {0.1, 1 / 6.0, 7 / 30.0, 0.3}},
       {Array({-1.7e308, 0.3e308}), {-1.7e308, -0.7e308, 0.3e308}},
       {Array({-0.5e308, 1.7e308}), {-0.5e308, 0.6e308, 1.7e308}},
-      {Array({-infinity, infinity}), {-infinity, 0, infinity}},
+      {Array({-HUGE_VAL, HUGE_VAL}), {-HUGE_VAL, 0, HUGE_VAL}},
       {Array({7, 5}), {7}},
       {Array({7, 5}), {5, 7}}};
   for (const auto& [x, centres] : ranges) {
     basis.Fit(x, x, static_cast<int>(centres.size()), fit);
-    ASSERT_EQ(std::ssize(centres), fit.BasisList.GetSize());
-    for (int k = 0; k < fit.BasisList.GetSize(); ++k)
-      EXPECT_DOUBLE_EQ(fit.BasisList[k], centres[static_cast<size_t>(k)]);
+    EXPECT_THAT(Values(fit.BasisList), testing::Pointwise(testing::DoubleEq(), centres));
     EXPECT_EQ(fit.BasisList.GetEndData(), centres.back());
   }
   basis.Fit(Array({-0.3, 0.3}), Array({1, 2}), 4, fit);
@@ -259,5 +227,4 @@ TEST(Basis_Fit_DeathTest, Run_Time_Checks_Print_And_Abort) {
   EXPECT_DEATH(OneDemVal(fit, 1.0), "Index value 1 exceeds valid range \\[1-0\\] of array BasisList.\n");
 }
 
-}  // namespace
 }  // namespace orsanta

@@ -5,15 +5,11 @@
 #include <bit>
 #include <cmath>
 #include <cstdint>
-#include <limits>
 #include <random>
 
 #include "tests/numeric/literal_detector.h"
 
 namespace orsanta {
-namespace {
-
-constexpr double Not_A_Number = std::numeric_limits<double>::quiet_NaN();
 
 class Settling_Detector : public testing::Test {
  protected:
@@ -49,7 +45,7 @@ TEST_F(Settling_Detector, Settles_When_The_Window_Holds_Still_Below_The_Threshol
   Start(2, 0.25);
   Step(1.0);
   EXPECT_FALSE(Step(1.25)) << "a range equal to the threshold";
-  for (const double window : {1e9, 1000.5, Not_A_Number}) {
+  for (const double window : {1e9, 1000.5, std::nan("")}) {
     Start(window, 5.0);
     EXPECT_TRUE(Step(4.0));
     EXPECT_EQ(m_State.Mean, 4.0 / 1000) << "a window beyond the ring is cut to it";
@@ -72,8 +68,8 @@ TEST_F(Settling_Detector, Equals_The_Literal_Pass_To_The_Bit) {
       if (below(300) == 0) level = 0.1 * below(100) - 3;
       double input = level + 1e-5 * below(1000);
       const bool burst = i % 1500 > 1400;
-      if (below(burst ? 2 : 150) == 0) input = Not_A_Number;
-      if (below(500) == 0) input = std::numeric_limits<double>::infinity();
+      if (below(burst ? 2 : 150) == 0) input = std::nan("");
+      if (below(500) == 0) input = HUGE_VAL;
       if (below(100) == 0) input = -0.0;
       literal.Input = input;
       Literal_Step(literal);
@@ -88,5 +84,4 @@ TEST_F(Settling_Detector, Equals_The_Literal_Pass_To_The_Bit) {
   }
 }
 
-}  // namespace
 }  // namespace orsanta
