@@ -3,7 +3,6 @@
 
 #include <sys/wait.h>
 
-#include <array>
 #include <cstdio>
 #include <string>
 
@@ -20,14 +19,11 @@ class C_Command {
   explicit C_Command(const std::string& line)
       : m_Pipe(popen(("unset DISPLAY WAYLAND_DISPLAY; " + line).c_str(), "r")) {}
   ~C_Command() { Wait(); }
-  C_Command(const C_Command&) = delete;
-  C_Command& operator=(const C_Command&) = delete;
+  C_Command& operator=(C_Command&&) = delete;  // neither copied nor moved
 
   const C_Outcome& Wait() {
     if (m_Pipe == nullptr) return m_Outcome;
-    std::array<char, 4096> part;
-    for (size_t count; (count = fread(part.data(), 1, part.size(), m_Pipe)) > 0;)
-      m_Outcome.output.append(part.data(), count);
+    for (int byte; (byte = std::fgetc(m_Pipe)) != EOF;) m_Outcome.output += static_cast<char>(byte);
     m_Outcome.status = WEXITSTATUS(pclose(m_Pipe));
     m_Pipe = nullptr;
     return m_Outcome;

@@ -39,8 +39,7 @@ class C_Other_Process {
     close(ends[0]);
   }
   ~C_Other_Process() { Kill(); }
-  C_Other_Process(const C_Other_Process&) = delete;
-  C_Other_Process& operator=(const C_Other_Process&) = delete;
+  C_Other_Process& operator=(C_Other_Process&&) = delete;  // neither copied nor moved
 
   int Id() const { return m_Id; }
   void Kill() {

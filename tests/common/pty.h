@@ -20,8 +20,7 @@ class C_Pty {
  public:
   explicit C_Pty(int port) : m_Link("COM" + std::to_string(port)) { Plug_In(); }
   ~C_Pty() { Pull_Out(); }
-  C_Pty(const C_Pty&) = delete;
-  C_Pty& operator=(const C_Pty&) = delete;
+  C_Pty& operator=(C_Pty&&) = delete;  // neither copied nor moved
 
   // Takes the device away, as pulling an adapter out does, and brings a new one under the same name.
   void Pull_Out() {

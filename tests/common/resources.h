@@ -1,7 +1,6 @@
 // The table of stations that a host hands over, one record for each CAN id.
 #pragma once
 
-#include <numeric>
 #include <vector>
 
 #include "orsanta/orsanta.h"
@@ -20,8 +19,8 @@ inline CMyArray<VCM_Resource_struct> Resource_Table(const std::vector<int>& can_
 
 // Stations on the CAN ids 1, 2, ...
 inline CMyArray<VCM_Resource_struct> Numbered_Resources(int stations) {
-  std::vector<int> can_ids(static_cast<size_t>(stations));
-  std::iota(can_ids.begin(), can_ids.end(), 1);
+  std::vector<int> can_ids;
+  for (int id = 1; id <= stations; ++id) can_ids.push_back(id);
   return Resource_Table(can_ids);
 }
 

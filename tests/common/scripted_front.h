@@ -14,13 +14,12 @@
 #pragma once
 
 #include <algorithm>
-#include <cstdio>
-#include <cstdlib>
 #include <functional>
 #include <list>
 #include <map>
 #include <memory>
 #include <set>
+#include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
@@ -33,33 +32,26 @@
 
 namespace orsanta {
 
-// What a person does with one dialog, step by step. Controls are named by their caption; where several columns repeat
-// it, by the column too (-1 takes the first).
+// What a person does with one dialog, step by step. Controls are named by their caption; a button whose caption several
+// columns repeat, by the column too (-1 takes the first).
 class C_Script {
  public:
   using C_Text = std::function<std::wstring()>;
-  C_Script& Fill(std::wstring caption, std::wstring text, int column = -1) {
-    return Fill(
-        std::move(caption), [text] { return text; }, column);
+  C_Script& Fill(std::wstring caption, std::wstring text) {
+    return Fill(std::move(caption), [text] { return text; });
   }
   // The text is asked for when the dialog is open, as of an instrument that the person reads.
-  C_Script& Fill(std::wstring caption, C_Text text, int column = -1) {
-    return Add({C_Kind::Fill, std::move(caption), column, 0, std::move(text)});
+  C_Script& Fill(std::wstring caption, C_Text text) {
+    return Add({C_Kind::Fill, std::move(caption), -1, 0, std::move(text)});
   }
   // Drop-down or tick box.
-  C_Script& Select(std::wstring caption, int place, int column = -1) {
-    return Add({C_Kind::Select, std::move(caption), column, place});
-  }
+  C_Script& Select(std::wstring caption, int place) { return Add({C_Kind::Select, std::move(caption), -1, place}); }
   // Goes on when the press was handled.
   C_Script& Press(std::wstring caption, int column = -1) { return Add({C_Kind::Press, std::move(caption), column}); }
   C_Script& Wait(int ms) { return Add({C_Kind::Wait, L"", -1, ms}); }
   C_Script& Run(std::function<void()> function) { return Add({C_Kind::Run, L"", -1, 0, {}, std::move(function)}); }
   C_Script& Confirm() { return Add({C_Kind::Confirm}); }  // goes on when the dialog was closed or an entry refused
   C_Script& Cancel() { return Add({C_Kind::Cancel}); }
-  C_Script& Repeat() {  // answers every such dialog, not only the next
-    m_Repeats = true;
-    return *this;
-  }
 
  private:
   friend class C_Scripted_Front;
@@ -77,7 +69,6 @@ class C_Script {
     return *this;
   }
   std::vector<C_Step> m_Steps;
-  bool m_Repeats = false;
 };
 
 // One thing that was shown.
@@ -97,7 +88,7 @@ class C_Scripted_Front : public C_Front {
   // --- The answers ---
   void On_Dialog(std::wstring match, C_Script script) {
     const C_Lock_Guard hold(m_Lock);
-    m_Scripts.push_back({std::move(match), std::move(script)});
+    m_Scripts.emplace_back(std::move(match), std::move(script));
   }
   void Next_Dialog(C_Script script) { On_Dialog(L"", std::move(script)); }
   // after_ms: how long the box stands open. act: what the person does before the answer.
@@ -111,23 +102,12 @@ class C_Scripted_Front : public C_Front {
     const C_Lock_Guard hold(m_Lock);
     return m_Shown;
   }
-  std::vector<std::wstring> Boxes(const std::wstring& match = L"") const {
-    const C_Lock_Guard hold(m_Lock);
-    return Texts(C_Shown::Kind::Box, match);
-  }
-  std::vector<std::wstring> Refusals() const {
-    const C_Lock_Guard hold(m_Lock);
-    return Texts(C_Shown::Kind::Refusal, L"");
-  }
-  int Count_Boxes(const std::wstring& match) const { return static_cast<int>(Boxes(match).size()); }
-  // Waits until `count` boxes with the match were shown; false when the time ran out.
-  bool Wait_For_Box(const std::wstring& match, double timeout_ms, int count = 1) {
-    const double until = Now_Ms() + timeout_ms;
-    const C_Lock_Guard hold(m_Lock);
-    const auto shown = [&] { return std::ssize(Texts(C_Shown::Kind::Box, match)) >= count; };
-    while (!shown())
-      if (!m_Changed.Wait_Until(m_Lock, until)) return shown();
-    return true;
+  std::vector<std::wstring> Boxes() const { return Texts(C_Shown::Kind::Box); }
+  std::vector<std::wstring> Refusals() const { return Texts(C_Shown::Kind::Refusal); }
+  int Count_Boxes(const std::wstring& match) const {
+    const std::vector<std::wstring> boxes = Boxes();
+    const auto has_match = [&match](const std::wstring& text) { return text.find(match) != std::wstring::npos; };
+    return static_cast<int>(std::count_if(boxes.begin(), boxes.end(), has_match));
   }
   void Clear_Record() {
     const C_Lock_Guard hold(m_Lock);
@@ -200,10 +180,6 @@ class C_Scripted_Front : public C_Front {
     int open_at_press = 0;  // dialogs that the owner had open when it began
     C_Thread thread;
   };
-  struct C_Queued_Script {
-    std::wstring match;
-    C_Script script;
-  };
   struct C_Queued_Answer {
     std::wstring match;
     int answer;
@@ -230,10 +206,11 @@ class C_Scripted_Front : public C_Front {
         std::find_if(m_Open.rbegin(), m_Open.rend(), [&](auto& item) { return Matches(item.second.model, match); });
     return place == m_Open.rend() ? nullptr : &place->second;
   }
-  std::vector<std::wstring> Texts(C_Shown::Kind kind, const std::wstring& match) const {
+  std::vector<std::wstring> Texts(C_Shown::Kind kind) const {
+    const C_Lock_Guard hold(m_Lock);
     std::vector<std::wstring> texts;
     for (const C_Shown& shown : m_Shown)
-      if (shown.kind == kind && shown.text.find(match) != std::wstring::npos) texts.push_back(shown.text);
+      if (shown.kind == kind) texts.push_back(shown.text);
     return texts;
   }
   void Record(C_Shown shown) {
@@ -250,7 +227,7 @@ class C_Scripted_Front : public C_Front {
 
   mutable C_Leaf_Lock m_Lock;  // guards all below
   C_Wait_Point m_Changed{"C_Scripted_Front"};
-  std::list<C_Queued_Script> m_Scripts;
+  std::list<std::pair<std::wstring, C_Script>> m_Scripts;  // each behind its match
   std::list<C_Queued_Answer> m_Answers;
   std::vector<C_Shown> m_Shown;
   std::map<int, C_Open> m_Open;
@@ -273,14 +250,14 @@ inline int C_Scripted_Front::Open_Dialog(const C_Dialog_Model& model, C_Dialog_L
   open.owner = std::this_thread::get_id();
   Record({C_Shown::Kind::Dialog, open.name, L"", 0, 0.0, model});
 
-  const auto queued = std::find_if(m_Scripts.begin(), m_Scripts.end(),
-                                   [&](const C_Queued_Script& item) { return Matches(model, item.match); });
+  const auto queued =
+      std::find_if(m_Scripts.begin(), m_Scripts.end(), [&](auto& item) { return Matches(model, item.first); });
   if (queued == m_Scripts.end()) {
     Deliver(open, {});
     return dialog;
   }
-  const C_Script script = queued->script;
-  if (!script.m_Repeats) m_Scripts.erase(queued);
+  const C_Script script = queued->second;
+  m_Scripts.erase(queued);
   open.thread.Start("script", [this, &open, script] { Play(open, script); });
   return dialog;
 }
@@ -295,11 +272,8 @@ inline void C_Scripted_Front::Play(C_Open& open, C_Script script) {
     const std::wstring text = step.text ? step.text() : L"";
     const C_Lock_Guard hold(m_Lock);
     const int control = Find_Control(&open, step.caption, step.column);
-    if (control < 0 && !step.caption.empty()) {
-      std::fprintf(stderr, "scripted front: no control '%s' in '%s'\n", To_Utf8(step.caption).c_str(),
-                   To_Utf8(open.name).c_str());
-      std::abort();
-    }
+    if (control < 0 && !step.caption.empty())
+      throw std::out_of_range("no control '" + To_Utf8(step.caption) + "' in '" + To_Utf8(open.name) + "'");
     if (step.kind == C_Kind::Fill) entries[static_cast<size_t>(control)].text = text;
     if (step.kind == C_Kind::Select) entries[static_cast<size_t>(control)].selected = step.number;
     if (step.kind == C_Kind::Press && Deliver(open, {C_Dialog_Event::Kind::Press, control, {}})) {
@@ -347,7 +321,6 @@ inline void C_Scripted_Front::Set_Busy(int dialog, bool busy) {
 
 inline void C_Scripted_Front::Post_Message(const C_Message_Model& model, C_Message_Listener& listener) {
   C_Queued_Answer reply{L"", (model.flags & Box_Yes_No) != 0 ? Answer_No : Answer_Ok, 0, {}};
-  C_Thread* late = nullptr;
   {
     const C_Lock_Guard hold(m_Lock);
     Record({C_Shown::Kind::Box, L"", model.text, model.flags});
@@ -358,33 +331,27 @@ inline void C_Scripted_Front::Post_Message(const C_Message_Model& model, C_Messa
       reply = *queued;
       m_Answers.erase(queued);
     }
-    if (reply.after_ms > 0) late = &m_Late_Answers.emplace_back();
   }
   const auto answer = [&listener, reply] {
     if (reply.after_ms > 0) Sleep(reply.after_ms);
     if (reply.act) reply.act();
     listener.On_Answer(reply.answer);
   };
-  late != nullptr ? late->Start("late answer", answer) : answer();
+  if (reply.after_ms == 0) return answer();
+  const C_Lock_Guard hold(m_Lock);
+  m_Late_Answers.emplace_back().Start("late answer", answer);
 }
 
 // Puts a scripted front in place for the span of a scope. Stands after the simulated clock of its test.
 class C_Scripted_Front_Holder {
  public:
-  C_Scripted_Front_Holder() {
-    auto front = std::make_unique<C_Scripted_Front>();
-    m_Front = front.get();
-    m_Before = Replace_Front(std::move(front));
-  }
   ~C_Scripted_Front_Holder() { Replace_Front(std::move(m_Before)); }
-  C_Scripted_Front_Holder(const C_Scripted_Front_Holder&) = delete;
-  C_Scripted_Front_Holder& operator=(const C_Scripted_Front_Holder&) = delete;
   C_Scripted_Front* operator->() const { return m_Front; }
   C_Scripted_Front& operator*() const { return *m_Front; }
 
  private:
-  C_Scripted_Front* m_Front;
-  std::unique_ptr<C_Front> m_Before;
+  C_Scripted_Front* const m_Front = new C_Scripted_Front;  // which belongs to whoever holds the present front
+  std::unique_ptr<C_Front> m_Before = Replace_Front(std::unique_ptr<C_Front>(m_Front));
 };
 
 }  // namespace orsanta

@@ -27,8 +27,7 @@ class C_Temp_Folder {
     std::filesystem::current_path(m_Old, ignored);
     std::filesystem::remove_all(m_Path, ignored);
   }
-  C_Temp_Folder(const C_Temp_Folder&) = delete;
-  C_Temp_Folder& operator=(const C_Temp_Folder&) = delete;
+  C_Temp_Folder& operator=(C_Temp_Folder&&) = delete;  // neither copied nor moved
 
   const std::filesystem::path& Path() const { return m_Path; }
 

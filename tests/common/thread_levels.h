@@ -34,8 +34,7 @@ inline std::map<std::string, std::set<std::string>> Thread_Levels() {
 
 // Leaves the calling thread in a real-time class, as a host's thread may be, where the system grants it.
 inline void Become_Real_Time() {
-  sched_param parameter{};
-  parameter.sched_priority = 5;
+  const sched_param parameter{.sched_priority = 5};
   pthread_setschedparam(pthread_self(), SCHED_RR, &parameter);
 }
 

@@ -4,7 +4,7 @@
 #include <unistd.h>
 
 #include <atomic>
-#include <memory>
+#include <list>
 
 #include "common/arrays.h"
 #include "common/pty.h"
@@ -20,11 +20,9 @@
 #include "support/time/clock.h"
 
 namespace orsanta {
-namespace {
 
 TEST(All_Threads, Work_On_The_Same_Stations) {
   constexpr int Stations = 3;
-  constexpr int Span_Ms = 2500;
   const C_Temp_Folder folder;
   C_Pty host(1);
   C_Pty link(2);
@@ -33,24 +31,22 @@ TEST(All_Threads, Work_On_The_Same_Stations) {
   for (int n = 1; n <= Stations; ++n) simulator::Place_Part(n, 5.0);
   C_VoiceMotorBase base(Resource_Table({1, 2, 3}), 1, 115200, 0, 1);
 
-  const double until = Now_Ms() + Span_Ms;
+  const double until = Now_Ms() + 2500.0;
   std::atomic<int> results{0};
-  std::vector<std::unique_ptr<C_Thread>> threads;
+  std::list<C_Thread> threads;
   const auto repeat = [&](int pause_ms, std::function<void(int)> work) {
-    threads.push_back(std::make_unique<C_Thread>());
-    threads.back()->Start("worker", [until, pause_ms, work = std::move(work)] {
+    threads.emplace_back().Start("worker", [until, pause_ms, work = std::move(work)] {
       for (int i = 0; Now_Ms() < until; ++i) {
         work(i);
         Sleep(pause_ms);
       }
     });
   };
-  const auto poll = [&](int i) {
-    double thickness = 0.0, force = 0.0;
-    results += base.get_ans(1 + i % Stations, &thickness, &force);
-  };
-  repeat(1, poll);
-  repeat(1, poll);
+  for (int caller = 0; caller < 2; ++caller)
+    repeat(1, [&](int i) {
+      double thickness = 0.0, force = 0.0;
+      results += base.get_ans(1 + i % Stations, &thickness, &force);
+    });
   repeat(200, [&](int i) { base.do_test(1 + i % Stations, i % 2 == 0 ? Task_Force_Difference : Task_Force_Back); });
   repeat(3, [&](int i) { simulator::Set_Input(1 + i % Stations, i / 200 % 2); });
   repeat(5, [&](int i) {
@@ -72,7 +68,7 @@ TEST(All_Threads, Work_On_The_Same_Stations) {
     EXPECT_EQ(base.StationList[0]->Debug_Com()->Is_Open(), 1);
   });
   repeat(50, [&](int i) { base.LoopPaused = i % 4 == 0 ? 1 : 0; });
-  for (auto& thread : threads) thread->Join();
+  for (C_Thread& thread : threads) thread.Join();
   base.LoopPaused = 0;
   EXPECT_GT(results, 0);
 
@@ -84,5 +80,4 @@ TEST(All_Threads, Work_On_The_Same_Stations) {
   EXPECT_EQ(levels["C_FIFO2Window"], std::set<std::string>{"real-time 11"});
 }
 
-}  // namespace
 }  // namespace orsanta

@@ -1,35 +1,24 @@
 // The supervisor at its serial lines, with both ends real, and the loop behind them.
 #include "host/motor_base.h"
 
-#include <gtest/gtest.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <chrono>
-#include <csignal>
-#include <memory>
 #include <thread>
+#include <tuple>
 
+#include "common/other_process.h"
 #include "common/pty.h"
 #include "common/resources.h"
-#include "common/scripted_front.h"
-#include "common/temp_folder.h"
+#include "common/simulated_test.h"
 #include "host/task_app.h"
-#include "simulator/simulator.h"
 #include "station/link_settings.h"
 #include "station/voice_motor.h"
-#include "support/time/clock.h"
 
 namespace orsanta {
-namespace {
 
 constexpr int Host_Port = 1;
 
-class Supervisor : public ::testing::Test {
+class Supervisor : public C_Simulated_Test {
  protected:
-  Supervisor() { simulator::Reset(); }
-  ~Supervisor() override { base.reset(); }
-
   void Start(const std::vector<int>& can_ids, int host_port, int io_mode = 0) {
     base = std::make_unique<C_VoiceMotorBase>(Resource_Table(can_ids), host_port, 19200, 1, io_mode);
     Sleep(1000);  // the first lift-offs end
@@ -48,44 +37,40 @@ class Supervisor : public ::testing::Test {
   }
   // The kernel hands bytes over in real time, while simulated time stands still.
   static void Let_Bytes_Cross() { std::this_thread::sleep_for(std::chrono::milliseconds(20)); }
+  static void Send(C_Pty& line, const char* bytes) {
+    line.Send(bytes);
+    Let_Bytes_Cross();
+  }
 
-  C_Simulated_Clock clock{1};
-  C_Temp_Folder folder;
-  C_Scripted_Front_Holder front;
   std::unique_ptr<C_VoiceMotorBase> base;
 };
 
 TEST_F(Supervisor, Result_Lines_Are_Exact) {
-  simulator::Settings settings;
-  settings.first_drive_id = 0x1A;
-  simulator::Reset(settings);
+  simulator::Reset({.first_drive_id = 0x1A});
   C_Pty host(Host_Port);
   C_Pty link(2);
   Store_Link(0x1A, 2);
   Start({0x1A}, Host_Port);
   EXPECT_EQ(host.Rate(), 19200);
   EXPECT_EQ(base->AdvancedUser, 1);
-  struct {
-    int valid;
-    double thickness_mm, force;
-    std::string line, link_line;
-  } const cases[] = {{1, 1.234, 50.0, "1a1001234 0050\n", "  1234\n"},
-                     {0, -0.5, 50.0, "1a0-00500 0050\n", "  -500\n"},
-                     {1, 1234.5678, 12345.6, "1a11234568 12346\n", "1234568\n"},
-                     {0, -99.0, 200.0, "1a0-99000 0200\n", "-99000\n"},
-                     {1, 0.1, 0.0, "1a1000100 0000\n", "   100\n"},
-                     {1, -0.1001, 0.0, "1a1-00100 0000\n", "  -100\n"},
-                     {1, -0.0004, 0.0, "1a1-00000 0000\n", "    -0\n"},
-                     {1, -4321.0, -7.0, "1a1-4321000 -007\n", "-4321000\n"}};
-  for (const auto& item : cases) {
-    Station(0).Ans_Valid = item.valid;
-    Station(0).Test_Ans = item.thickness_mm;
-    Station(0).Val_Force_Set[0] = item.force;
+  const std::tuple<int, double, double, std::string, std::string> cases[] = {
+      {1, 1.234, 50.0, "1a1001234 0050\n", "  1234\n"},
+      {0, -0.5, 50.0, "1a0-00500 0050\n", "  -500\n"},
+      {1, 1234.5678, 12345.6, "1a11234568 12346\n", "1234568\n"},
+      {0, -99.0, 200.0, "1a0-99000 0200\n", "-99000\n"},
+      {1, 0.1, 0.0, "1a1000100 0000\n", "   100\n"},
+      {1, -0.1001, 0.0, "1a1-00100 0000\n", "  -100\n"},
+      {1, -0.0004, 0.0, "1a1-00000 0000\n", "    -0\n"},
+      {1, -4321.0, -7.0, "1a1-4321000 -007\n", "-4321000\n"}};
+  for (const auto& [valid, thickness_mm, force, line, link_line] : cases) {
+    Station(0).Ans_Valid = valid;
+    Station(0).Test_Ans = thickness_mm;
+    Station(0).Val_Force_Set[0] = force;
     const double begin_ms = Now_Ms();
     base->OnTestResult(&Station(0));
-    EXPECT_EQ(Now_Ms() - begin_ms, std::abs(item.thickness_mm) > 0.1 ? 1.0 : 0.0);  // the line rests before most values
-    EXPECT_EQ(host.Take_At_Least(item.line.size()), item.line);
-    EXPECT_EQ(link.Take_At_Least(item.link_line.size()), item.link_line);
+    EXPECT_EQ(Now_Ms() - begin_ms, std::abs(thickness_mm) > 0.1 ? 1.0 : 0.0);  // the line rests before most values
+    EXPECT_EQ(host.Take_At_Least(line.size()), line);
+    EXPECT_EQ(link.Take_At_Least(link_line.size()), link_line);
   }
 }
 
@@ -95,13 +80,11 @@ TEST_F(Supervisor, Answers_The_Status_Query_And_Nothing_Else) {
   Start({10, 11, 12}, Host_Port);
   const std::string answer = "ID:a State:1\nID:b State:0\nID:c State:1\n";
   for (const char* query : {"C", "C", "CCC", "xTC\r\n", "CT"}) {
-    host.Send(query);
-    Let_Bytes_Cross();
+    Send(host, query);
     EXPECT_EQ(Collect(host, answer.size()), answer) << query;
   }
   const auto stays_silent = [&](const char* bytes) {
-    host.Send(bytes);
-    Let_Bytes_Cross();
+    Send(host, bytes);
     Sleep(500);
     Let_Bytes_Cross();
     return host.Take() == "" && base->BeAtLeaseOneDelayTaskInProcess() == 0;
@@ -115,10 +98,8 @@ TEST_F(Supervisor, Answers_The_Status_Query_And_Nothing_Else) {
   Station(0).Motor_Ready = 0;  // as a station that rests
   simulator::Set_Silent(12, true);
   Sleep(100);
-  const std::string none_alive = "ID:a State:0\nID:b State:0\nID:c State:0\n";
-  host.Send("C");
-  Let_Bytes_Cross();
-  EXPECT_EQ(Collect(host, answer.size()), none_alive);
+  Send(host, "C");
+  EXPECT_EQ(Collect(host, answer.size()), "ID:a State:0\nID:b State:0\nID:c State:0\n");
 }
 
 // Whoever reports waits for the lock, and does what comes after the report only then.
@@ -147,8 +128,7 @@ TEST_F(Supervisor, Io_Lock_Holds_Back_Every_Report) {
   base->do_test(1, Task_Force_Back);
   EXPECT_EQ(state(), "0110");
   base->LoopPaused = 0;
-  host.Send("C");
-  Let_Bytes_Cross();
+  Send(host, "C");
   EXPECT_EQ(state(), "0110");
   base->IoLock.Unlock();
   EXPECT_EQ(Collect(host, 13), "ID:1 State:1\n");
@@ -158,20 +138,13 @@ using Supervisor_DeathTest = Supervisor;
 
 // Disabled among the others, since it would end any of them that starts a system meanwhile; ctest runs it alone.
 TEST_F(Supervisor_DeathTest, DISABLED_A_Second_Process_Of_The_Name_Ends_At_Once) {
-  const auto run_namesake = [] {
-    const pid_t process = fork();
-    if (process == 0) _exit(execl("/bin/sleep", "Orsanta.exe", "60", nullptr));
-    std::this_thread::sleep_for(std::chrono::milliseconds(100));
-    return process;
-  };
-  const pid_t first = run_namesake();
+  const auto run = [] { execl("/bin/sleep", "Orsanta.exe", "60", nullptr); };
+  const C_Other_Process first(run);
   Start({1}, 0);  // one of the name may run: it could be this one
   base.reset();
-  const pid_t second = run_namesake();
+  const C_Other_Process second(run);
   front->On_Box(L"Orsanta.exe 已经在运行", Answer_Ok, 0, [] { std::fputs("told", stderr); });
   EXPECT_EXIT(Start({1}, 0), ::testing::ExitedWithCode(0), "told");
-  for (const pid_t process : {first, second}) kill(process, SIGKILL);
-  while (wait(nullptr) > 0) continue;
 }
 
 TEST_F(Supervisor, Goes_On_Without_A_Host_Port_That_Does_Not_Open) {
@@ -197,12 +170,10 @@ TEST_F(Supervisor, A_Trigger_Byte_Runs_The_Whole_Handshake) {
   simulator::Place_Part(1, 1.5);
   Station(0).Val_Force_OffSet = 44.0;  // belongs to the automatic cycle alone
   for (int round = 0; round < 3; ++round) {
-    link.Send("Tx");
-    Let_Bytes_Cross();
+    Send(link, "Tx");
     Sleep(1000);
     EXPECT_EQ(Station(0).Force_Back_Finish, 1);
-    link.Send("T");
-    Let_Bytes_Cross();
+    Send(link, "T");
     EXPECT_EQ(Collect(link, 7), "  -500\n");
     EXPECT_EQ(Collect(host, 14), "11-00500 0200\n");
     EXPECT_EQ(Station(0).Test_Force[0], 244.0);
@@ -229,5 +200,4 @@ TEST_F(Supervisor, A_Link_That_Is_Replaced_Starts_Nothing) {
   EXPECT_EQ(Station(0).Force_Back_Finish, 0);
 }
 
-}  // namespace
 }  // namespace orsanta

@@ -1,18 +1,11 @@
 #include "host/motor_self_test.h"
 
-#include <gtest/gtest.h>
-
 #include <atomic>
-#include <barrier>
 #include <thread>
 
-#include "common/scripted_front.h"
-#include "common/temp_folder.h"
-#include "simulator/simulator.h"
-#include "support/time/clock.h"
+#include "common/simulated_test.h"
 
 namespace orsanta {
-namespace {
 
 TEST(Thread_Numbers, Hands_Out_The_Lowest_Free_Number) {
   CMyArray<int> pool;
@@ -31,53 +24,46 @@ TEST(Thread_Numbers, Many_Threads_Share_One_Pool) {
   for (int i = 0; i < Taken; ++i) Take_Thread_Number(pool);
   std::atomic<int> holders[Thread_Number_Max + 1] = {};
   std::atomic<int> shared{0};
-  std::barrier begin(4);
-  std::vector<std::thread> threads;
-  for (int i = 0; i < 4; ++i)
-    threads.emplace_back([&] {
-      begin.arrive_and_wait();
-      for (int round = 0; round < Rounds; ++round) {
-        const int number = Take_Thread_Number(pool);
-        shared += holders[number]++;
-        --holders[number];
-        if (Give_Back_Thread_Number(pool, number) != 1) ++shared;
-      }
-    });
+  const auto take_and_give_back = [&] {
+    for (int round = 0; round < Rounds; ++round) {
+      const int number = Take_Thread_Number(pool);
+      shared += holders[number]++;
+      --holders[number];
+      if (Give_Back_Thread_Number(pool, number) != 1) ++shared;
+    }
+  };
+  std::thread threads[4];
+  for (std::thread& thread : threads) thread = std::thread(take_and_give_back);
   for (std::thread& thread : threads) thread.join();
   EXPECT_EQ(shared, 0);
   EXPECT_EQ(pool.GetSize(), Taken);
 }
 
-// Runs the test and gives how many workers passed; each of the ten must tell its outcome once.
-int Run_Self_Test() {
-  const C_Temp_Folder folder;
-  C_Scripted_Front_Holder front;
-  {
-    C_MyMutiMotorTest test;
-    while (test.BeAtLeaseOneDelayTaskInProcess() != 0) Sleep(10);
-  }
-  int passed = 0;
-  for (int id = 1; id <= C_MyMutiMotorTest::Worker_Count; ++id) {
-    const int good = front->Count_Boxes(Format_Text("ID:%d的驱动器测试成功", id).Text());
-    EXPECT_EQ(good + front->Count_Boxes(Format_Text("ID:%d的驱动器测试失败", id).Text()), 1) << id;
-    passed += good;
-  }
-  for (const C_Shown& shown : front->Shown()) {
-    const bool failure = shown.text.find(L"测试失败") != std::wstring::npos;
-    EXPECT_EQ(shown.flags, failure ? Box_Stop_Icon : Box_Plain) << To_Utf8(shown.text);
-  }
-  return passed;
-}
+using Self_Test = C_Simulated_Test;
 
 // The ten share one drive: while the first lets it home, the others find it not ready.
-TEST(Self_Test, One_Worker_Gets_Through_On_A_Good_Drive_And_None_Without_A_Drive) {
-  const C_Simulated_Clock clock(1);
-  simulator::Reset();
-  EXPECT_EQ(Run_Self_Test(), 1);
+TEST_F(Self_Test, One_Worker_Gets_Through_On_A_Good_Drive_And_None_Without_A_Drive) {
+  // Runs the test and gives how many workers passed; each of the ten must tell its outcome once.
+  const auto run = [this] {
+    front->Clear_Record();
+    {
+      C_MyMutiMotorTest test;
+      while (test.BeAtLeaseOneDelayTaskInProcess() != 0) Sleep(10);
+    }
+    int passed = 0;
+    for (int id = 1; id <= C_MyMutiMotorTest::Worker_Count; ++id) {
+      const int good = front->Count_Boxes(Format_Text("ID:%d的驱动器测试成功", id).Text());
+      EXPECT_EQ(good + front->Count_Boxes(Format_Text("ID:%d的驱动器测试失败", id).Text()), 1) << id;
+      passed += good;
+    }
+    for (const C_Shown& shown : front->Shown())
+      EXPECT_EQ(shown.flags, shown.text.ends_with(L"测试失败") ? Box_Stop_Icon : Box_Plain) << To_Utf8(shown.text);
+    return passed;
+  };
+  EXPECT_EQ(run(), 1);
   EXPECT_EQ(simulator::Journal().back().function, "ReleaseDevice");  // with the last worker
   simulator::Set_Absent(1, true);
-  EXPECT_EQ(Run_Self_Test(), 0);
+  EXPECT_EQ(run(), 0);
 }
 
-}  // namespace
 }  // namespace orsanta

@@ -1,20 +1,16 @@
 // What a host sees when something is wrong: with the bus, with a drive, with its own calls.
 #include <gmock/gmock.h>
 
-#include <filesystem>
-#include <fstream>
 #include <limits>
+#include <tuple>
 
 #include "common/failed_check.h"
 #include "scenario/system.h"
 #include "support/threads/thread.h"
 
 namespace orsanta {
-namespace {
 
-using testing::AllOf;
 using testing::HasSubstr;
-using testing::Not;
 
 using Failures = System;
 using Failures_DeathTest = System;
@@ -24,8 +20,6 @@ TEST_F(Failures, An_Absent_Drive_Is_Told_And_Its_Station_Stays) {
   Start({1, 2});
   EXPECT_EQ(front->Count_Boxes(L"CanID：2的设备没有连接"), 1);
   EXPECT_EQ(front->Count_Boxes(L"的设备没有连接"), 1);
-  Correct_Reference(1);
-  EXPECT_NEAR(Measure(1, 2.0), 2.0, 0.001);
   Set_Force(2, 77.0);  // its parameters can be set and are kept
   Stop();
 
@@ -58,21 +52,16 @@ TEST_F(Failures, A_Silent_Drive_Gives_A_Result_And_Comes_Back) {
 
 // The station rests, and neither the measuring nor the store nor the stop of the others suffers.
 TEST_F(Failures, A_Station_On_An_Id_That_Is_Taken_Is_Told_And_Rests) {
-  struct C_Case {
-    int can_id;
-    int io_mode;
-    std::wstring told;
-  };
   const std::wstring on_card = L"电机2的CANID 15是IO卡的地址，电机2停用，请改为不同的CANID后重新启动";
-  for (const C_Case& item : {C_Case{1, 1, L"电机2的CANID 1与电机1相同，电机2停用，请改为不同的CANID后重新启动"},
-                             C_Case{15, 0, on_card}, C_Case{15, 1, on_card}}) {
+  const std::wstring twice = L"电机2的CANID 1与电机1相同，电机2停用，请改为不同的CANID后重新启动";
+  for (const auto& [can_id, io_mode, refusal] : {std::tuple(1, 1, twice), {15, 0, on_card}, {15, 1, on_card}}) {
     std::vector<std::wstring> told = front->Boxes();
     for (int bit = 0; bit < 8; ++bit) simulator::Set_Input(bit, 1);
-    Start({1, item.can_id}, item.io_mode);
+    Start({1, can_id}, io_mode);
     Correct_Reference(1, 123.0);
     EXPECT_NEAR(Measure(1, 2.0), 2.0, 0.001);
     simulator::Set_Input(1, 0);  // also the input of a second station on id 1
-    if (item.io_mode == 1) {
+    if (io_mode == 1) {
       EXPECT_NEAR(Next_Result(1), 2.0, 0.001);
       Sleep(3000);
       EXPECT_TRUE(No_Result(2));
@@ -81,7 +70,7 @@ TEST_F(Failures, A_Station_On_An_Id_That_Is_Taken_Is_Told_And_Rests) {
     EXPECT_EQ(do_test(2, ORSANTA_TASK_MEASURE), 0);
     EXPECT_EQ(GoZero(2), 0);
     Check_User_Zero(2);
-    told.insert(told.end(), 4, item.told);
+    told.insert(told.end(), 4, refusal);
     EXPECT_EQ(front->Boxes(), told);
     Stop();
 
@@ -95,10 +84,7 @@ TEST_F(Failures, A_Station_On_An_Id_That_Is_Taken_Is_Told_And_Rests) {
 }
 
 TEST_F(Failures, Without_A_Card_Its_Id_Is_Free_For_A_Drive) {
-  simulator::Settings settings;
-  settings.io_card = false;
-  settings.first_drive_id = 15;
-  simulator::Reset(settings);
+  simulator::Reset({.first_drive_id = 15, .io_card = false});
   Start({15});
   EXPECT_EQ(do_test(1, ORSANTA_TASK_MEASURE), 1);
   EXPECT_NEAR(Next_Result(1), -9.0, 0.001);  // the bare anvil against a reference at 0
@@ -110,9 +96,9 @@ TEST_F(Failures, A_Second_Start_Is_Told_And_The_System_Goes_On) {
   Correct_Reference(1);
   ORSA_resource_alloc(nullptr, 0);
   Orsanta_dll_init(1);
-  EXPECT_EQ(front->Boxes(),
-            std::vector<std::wstring>{
-                L"Orsanta_dll_init：系统已经在运行，本次调用不起作用；需要重新启动时请先调用Orsanta_dll_uninit"});
+  EXPECT_THAT(front->Boxes(),
+              testing::ElementsAre(
+                  L"Orsanta_dll_init：系统已经在运行，本次调用不起作用；需要重新启动时请先调用Orsanta_dll_uninit"));
   EXPECT_NEAR(Measure(1, 2.0), 2.0, 0.001);
   EXPECT_EQ(GetIO(0), 3);
   Stop();
@@ -125,25 +111,23 @@ TEST_F(Failures, A_Second_Start_Is_Told_And_The_System_Goes_On) {
 
 TEST_F(Failures, Arguments_That_Make_No_Sense_Are_Told_And_Change_Nothing) {
   Start({1}, 1);
-  Set_Force(1, 50.0);
-  Set_Force2(1, 60.0);
-  Set_Ans_Offset(1, 5.0);
-  set_test_distance(1, 8.0);
+  const std::pair<const char*, decltype(&Set_Force)> setters[] = {{"set_test_distance", set_test_distance},
+                                                                  {"Set_Ans_Offset", Set_Ans_Offset},
+                                                                  {"Set_Force", Set_Force},
+                                                                  {"Set_Force2", Set_Force2}};
+  for (const auto& [name, set] : setters) set(1, 8.0);
   Save_Parameter2file(1);
   SetIO(7, 1);
   const std::string store = File_Text("音圈电机1参数");
   std::vector<std::wstring> told;
-  for (const double value : {__builtin_nan(""), __builtin_inf(), -__builtin_inf()}) {
-    Set_Force(1, value);
-    Set_Force2(1, value);
-    Set_Ans_Offset(1, value);
-    set_test_distance(1, value);
-    for (const char* name : {"Set_Force", "Set_Force2", "Set_Ans_Offset", "set_test_distance"})
-      told.emplace_back(
-          Format_Text("%s：电机1的参数%g不是有效数字，没有作任何更改，请检查上位机程序", name, value).Text());
-  }
-  set_test_distance(1, 1e300);  // beyond single precision
-  told.emplace_back(L"set_test_distance：电机1的参数inf不是有效数字，没有作任何更改，请检查上位机程序");
+  const auto refuse = [&told](const char* name, auto set, double value, double shown) {
+    set(1, value);
+    told.emplace_back(
+        Format_Text("%s：电机1的参数%g不是有效数字，没有作任何更改，请检查上位机程序", name, shown).Text());
+  };
+  for (const double value : {__builtin_nan(""), __builtin_inf(), -__builtin_inf()})
+    for (const auto& [name, set] : setters) refuse(name, set, value, value);
+  refuse("set_test_distance", set_test_distance, 1e300, __builtin_inf());  // beyond single precision
   for (const int channel : {-1, 8}) {
     EXPECT_EQ(SetIO(channel, 1), 1);
     EXPECT_EQ(GetIO(channel), -1);
@@ -171,33 +155,35 @@ TEST_F(Failures, A_Station_Number_Above_The_Count_Names_The_Export) {
   Get_Ans_Offset(3, &b);
   EXPECT_EQ(a, -5.0);
   EXPECT_EQ(b, -6.0);
-  std::vector<std::wstring> expected;
-  for (const wchar_t* name :
-       {L"do_test", L"get_ans", L"Get_Force_Back_Finish", L"GoZero", L"Set_Force", L"Set_Force2", L"Set_Ans_Offset",
-        L"set_test_distance", L"Check_User_Zero", L"Save_Parameter2file", L"Get_Force", L"Get_Ans_Offset"})
-    expected.push_back(std::wstring(name) + L"前没有初始化电机3");
-  EXPECT_EQ(front->Boxes(), expected);
+  std::istringstream names(
+      "do_test get_ans Get_Force_Back_Finish GoZero Set_Force Set_Force2 Set_Ans_Offset set_test_distance "
+      "Check_User_Zero Save_Parameter2file Get_Force Get_Ans_Offset");
+  std::vector<std::wstring> told;
+  for (std::string name; names >> name;) told.emplace_back(Format_Text("%s前没有初始化电机3", name.c_str()).Text());
+  EXPECT_EQ(front->Boxes(), told);
 }
 
 // Nothing of what a destructor would do: no thread ended under another ("pure virtual method called"), no store saved.
-void Expect_End_Where_It_Stood(const std::vector<std::string>& dump_says) {
+template <class Action>
+static void Expect_End_Where_It_Stands(Action action, const std::string& told,
+                                       const std::vector<std::string>& dump_says) {
+  EXPECT_EXIT(action(), Ends_By_A_Failed_Check,
+              testing::AllOf(HasSubstr(told), testing::Not(HasSubstr("pure virtual"))));
   const std::string dump = Take_Dump();
   for (const std::string& text : dump_says) EXPECT_THAT(dump, HasSubstr(text));
   EXPECT_FALSE(std::filesystem::exists("音圈电机2参数"));
 }
 
 TEST_F(Failures_DeathTest, A_Start_That_Fails_Ends_The_Process_Where_It_Stands) {
+  const auto start = [this] { Start({2, 3}); };
   simulator::Set_Refused_Connects(202);
-  EXPECT_EXIT(Start({2, 3}), Ends_By_A_Failed_Check,
-              AllOf(HasSubstr("the motion server refused the connection"), Not(HasSubstr("pure virtual"))));
-  Expect_End_Where_It_Stood(
+  Expect_End_Where_It_Stands(
+      start, "the motion server refused the connection",
       {"C_Kestrune_Motor_test::C_Kestrune_Motor_test(", "C_VoiceMotorBase::C_VoiceMotorBase(", " Orsanta_dll_init "});
   simulator::Set_Refused_Connects(0);
-
   std::ofstream("音圈电机3参数") << "orsanta store 1\nC_VoiceMotor m_P 0 = array CMyArray<int> 0\nend\n";
-  EXPECT_EXIT(Start({2, 3}), Ends_By_A_Failed_Check,
-              AllOf(HasSubstr("音圈电机3参数 第2行"), Not(HasSubstr("pure virtual"))));
-  Expect_End_Where_It_Stood({"应为 array CMyArray<double>", "C_VoiceMotorBase::C_VoiceMotorBase("});
+  Expect_End_Where_It_Stands(start, "音圈电机3参数 第2行",
+                             {"应为 array CMyArray<double>", "C_VoiceMotorBase::C_VoiceMotorBase("});
 }
 
 TEST_F(Failures_DeathTest, A_Check_That_Fails_On_A_Lane_Ends_The_Process_Under_Measurements_Elsewhere) {
@@ -210,8 +196,8 @@ TEST_F(Failures_DeathTest, A_Check_That_Fails_On_A_Lane_Ends_The_Process_Under_M
     for (const int station : {1, 2, 1, 2}) do_test(station, ORSANTA_TASK_MEASURE);
     Sleep(60000);
   };
-  EXPECT_EXIT(measure_on_both(), Ends_By_A_Failed_Check, Not(HasSubstr("pure virtual")));
-  Expect_End_Where_It_Stood({" (lane 1):\n", "C_My3DPolyfit::my3dinvval(", "C_Muti_Task_app::OnProcessTask("});
+  Expect_End_Where_It_Stands(measure_on_both, "",
+                             {" (lane 1):\n", "C_My3DPolyfit::my3dinvval(", "C_Muti_Task_app::OnProcessTask("});
 }
 
 TEST_F(Failures_DeathTest, Calls_Outside_The_Contract_End_The_Process_With_Their_Name) {
@@ -221,9 +207,8 @@ TEST_F(Failures_DeathTest, Calls_Outside_The_Contract_End_The_Process_With_Their
     GoZero(1);
   };
   EXPECT_EXIT(twice(), Ends_By_A_Failed_Check, "GoZero was called before Orsanta_dll_init or after");
-  for (const int station : {0, -1, std::numeric_limits<int>::min()}) {
+  for (const int station : {0, -1, std::numeric_limits<int>::min()})
     EXPECT_EXIT((Start({2}), do_test(station, 1)), Ends_By_A_Failed_Check, "GetAt");
-  }
 }
 
 TEST_F(Failures, The_Panel_Holds_Off_The_Stop) {
@@ -242,5 +227,4 @@ TEST_F(Failures, The_Panel_Holds_Off_The_Stop) {
   EXPECT_EQ(front->Boxes().size(), 2U);
 }
 
-}  // namespace
 }  // namespace orsanta

@@ -2,7 +2,6 @@
 #include "scenario/system.h"
 
 namespace orsanta {
-namespace {
 
 class Handshake : public System {
  protected:
@@ -110,5 +109,4 @@ TEST_F(Handshake, Stop_Waits_For_The_Tasks) {
   EXPECT_EQ(do_test(2, ORSANTA_TASK_MEASURE), 0);
 }
 
-}  // namespace
 }  // namespace orsanta

@@ -5,15 +5,12 @@
 #include "support/store/store_claim.h"
 
 namespace orsanta {
-namespace {
 
 using Settings = System;
 
 TEST_F(Settings, The_First_Start_Asks_And_Later_Starts_Go_By_The_Answer) {
   C_Pty host(2);
-  simulator::Settings room;
-  room.temperature_boards = {20};
-  simulator::Reset(room);
+  simulator::Reset({.temperature_boards = {20}});
   std::ofstream("音圈电机6参数") << "orsanta store 1\nC_VoiceMotor Val_TempSensorCanID 0 = double 20\nend\n";
   for (const int bit : {5, 6}) simulator::Set_Input(bit, 1);
   front->Next_Dialog(
@@ -26,12 +23,11 @@ TEST_F(Settings, The_First_Start_Asks_And_Later_Starts_Go_By_The_Answer) {
     EXPECT_TRUE(Wait_For([&] { return (answer += host.Take()) == "ID:5 State:1\nID:6 State:1\n"; })) << answer;
     Stop();
   }
-  // The drives map on instruction threads 2 and 4.
-  EXPECT_NE(simulator::Journal_Text().find(" 2 SET_INPUT_DATA_MAP(5, "), std::string::npos);
-  EXPECT_NE(simulator::Journal_Text().find(" 4 SET_INPUT_DATA_MAP(6, "), std::string::npos);
-  EXPECT_NE(simulator::Journal_Text().find(" 4 SET_AXIS_MAP(20, 0, 2)"),
-            std::string::npos);  // by the place, not the id
-  Init(0);                       // the host's word stands above the settings
+  // The drives map on instruction threads 2 and 4, and a board with its drive.
+  const std::string journal = simulator::Journal_Text();
+  for (const char* map : {" 2 SET_INPUT_DATA_MAP(5, ", " 4 SET_INPUT_DATA_MAP(6, ", " 4 SET_AXIS_MAP(20, 0, 2)"})
+    EXPECT_NE(journal.find(map), std::string::npos) << map << ": by the place, not the id";
+  Init(0);  // the host's word stands above the settings
   EXPECT_EQ(GetIO(5), 3);
   const auto shown = front->Shown();
   EXPECT_EQ(std::count_if(shown.begin(), shown.end(), [](auto& one) { return one.kind == C_Shown::Kind::Dialog; }), 1);
@@ -60,5 +56,4 @@ TEST_F(Settings, Two_Programs_In_One_Folder_Do_Not_Overwrite_Each_Other) {
   EXPECT_EQ(front->Boxes().size(), 1U);
 }
 
-}  // namespace
 }  // namespace orsanta

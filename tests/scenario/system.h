@@ -2,34 +2,17 @@
 // it.
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <fstream>
-#include <functional>
-#include <vector>
-
 #include "common/resources.h"
-#include "common/scripted_front.h"
-#include "common/server_pace.h"
-#include "common/temp_folder.h"
+#include "common/simulated_test.h"
 #include "orsanta/orsanta.h"
-#include "simulator/simulator.h"
-#include "support/time/clock.h"
 
 namespace orsanta {
 
 constexpr double Block_Mm = 5.0;  // the reference block
 
-class System : public ::testing::Test {
+class System : public C_Simulated_Test {
  protected:
-  // seed: of the clock's choices and of everything random on the simulator.
-  explicit System(uint64_t seed = 1) : clock(seed) {
-    simulator::Settings settings;
-    settings.seed = seed;
-    settings.instruction_ms = Server_Pace_Ms();
-    simulator::Reset(settings);
-  }
+  explicit System(uint64_t seed = 1) : C_Simulated_Test({}, seed) {}
   ~System() override { Stop(); }
 
   // Stations on these CAN ids.
@@ -84,10 +67,6 @@ class System : public ::testing::Test {
     Set_Ans_Offset(station, Block_Mm);
     Check_User_Zero(station);
   }
-
-  C_Simulated_Clock clock;
-  C_Temp_Folder folder;
-  C_Scripted_Front_Holder front;
 
  private:
   bool m_Running = false;

@@ -2,9 +2,6 @@
 // what the force gauge under the probe reads.
 #pragma once
 
-#include <string>
-#include <vector>
-
 #include "common/scripted_front.h"
 #include "simulator/simulator.h"
 

@@ -2,9 +2,6 @@
 #include "station_room.h"
 
 namespace orsanta {
-namespace {
-
-using testing::StartsWith;
 
 constexpr const wchar_t* First_Dialog = L"请输入测试最大电流(A)";
 constexpr const wchar_t* Force_Dialog = L"请输入当前推力(g)";
@@ -19,10 +16,10 @@ class Calibration : public C_Station_Test {
   // What the newest dialog offers: each caption with its text, range and decimals.
   std::string Offered() {
     std::ostringstream offered;
-    const std::vector<C_Shown> shown = front->Shown();
-    const auto last = std::find_if(shown.rbegin(), shown.rend(),
-                                   [](const C_Shown& item) { return item.kind == C_Shown::Kind::Dialog; });
-    for (const C_Control_Model& control : last->dialog.controls) {
+    C_Dialog_Model newest;
+    for (const C_Shown& shown : front->Shown())
+      if (shown.kind == C_Shown::Kind::Dialog) newest = shown.dialog;
+    for (const C_Control_Model& control : newest.controls) {
       offered << To_Utf8(control.caption) << "=" << To_Utf8(control.text) << " ";
       if (control.has_range) offered << control.min << ".." << control.max << "/" << control.digits << " ";
     }
@@ -60,7 +57,7 @@ TEST_F(Calibration, Five_Heights_Bring_The_True_Force_On_Every_Part) {
   C_Calibration_Operator person{5.0, 0.5, 10, {-8.0, -6.0, -4.0, -2.0, 0.0}};  // to some 450 g on parts to 7 mm
   person.Prepare(*front);
   EXPECT_EQ(station->Calibrate_Force(), 1);
-  EXPECT_THAT(front->Boxes().back(), StartsWith(L"3D推力拟合误差0."));
+  EXPECT_THAT(front->Boxes().back(), testing::StartsWith(L"3D推力拟合误差0."));
   for (const double force : {50.0, 400.0}) {
     for (const double part : {1.0, 6.0}) {
       simulator::Place_Part(Id, part);
@@ -122,7 +119,7 @@ TEST_F(Calibration, Cancel_Leaves_The_Model_And_The_Probe_Up) {
   station->Val_Speed_Set[1] = std::nan("");  // refused at the first landing, which ends the calibration
   front->On_Dialog(First_Dialog, settings);
   EXPECT_EQ(station->Calibrate_Force(), 0);
-  EXPECT_THAT(front->Boxes().back(), StartsWith(L"ID:1 速度不是有效数字"));
+  EXPECT_THAT(front->Boxes().back(), testing::StartsWith(L"ID:1 速度不是有效数字"));
   station->Val_Speed_Set[1] = 20.0;
 
   // A position that cannot be read is told, and the sequence goes on.
@@ -133,5 +130,4 @@ TEST_F(Calibration, Cancel_Leaves_The_Model_And_The_Probe_Up) {
   EXPECT_EQ(front->Count_Boxes(L"位置数据err"), 1);
 }
 
-}  // namespace
 }  // namespace orsanta

@@ -1,14 +1,12 @@
 #include <cmath>
-#include <limits>
 
 #include "station_room.h"
 
 namespace orsanta {
-namespace {
 
 using testing::ElementsAre;
 
-class Force_Model : public C_Station_Test {};
+using Force_Model = C_Station_Test;
 
 TEST_F(Force_Model, Polynomial_Takes_The_Root_That_Grows_And_Knows_Its_Limits) {
   EXPECT_NEAR(station->Force_To_Current(200.0), 14.14163563256984, 1e-13);  // the defaults
@@ -18,7 +16,7 @@ TEST_F(Force_Model, Polynomial_Takes_The_Root_That_Grows_And_Knows_Its_Limits) {
   station->Val_Force_KK = 1e-9;
   EXPECT_EQ(station->Force_To_Current(110.0), 2.0);  // linear, the limit included
   station->Val_Force_KK = station->Val_Force_K = 0.0;
-  EXPECT_EQ(station->Force_To_Current(110.0), std::numeric_limits<double>::infinity());
+  EXPECT_EQ(station->Force_To_Current(110.0), HUGE_VAL);
 
   double currents[] = {0.0, 1.0, 2.0};
   double forces[] = {5.0, 12.0, 23.0};  // 2 I^2 + 5 I + 5
@@ -77,5 +75,4 @@ TEST_F(Force_Model, Sample_Correction_Forgets_The_Oldest_And_The_Key_Window_Goes
               ElementsAre(3.0, 0.0));
 }
 
-}  // namespace
 }  // namespace orsanta

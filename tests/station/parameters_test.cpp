@@ -1,16 +1,12 @@
-#include <fstream>
-#include <sstream>
-
 #include "station_room.h"
 
 namespace orsanta {
-namespace {
 
 using testing::ElementsAre;
 
 const char* const Store = "音圈电机1参数";
 
-class Parameters : public C_Station_Test {};
+using Parameters = C_Station_Test;
 
 TEST_F(Parameters, Every_Key_Stands_In_Order_And_Comes_Back_From_The_Store) {
   Give_Surface();
@@ -101,5 +97,4 @@ TEST_F(Parameters, Small_Dialogs_Edit_Their_Parameter) {
   EXPECT_EQ(front->Refusals().size(), 7U);
 }
 
-}  // namespace
 }  // namespace orsanta

@@ -2,39 +2,21 @@
 #pragma once
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <fstream>
-#include <functional>
-#include <memory>
-#include <string>
-#include <vector>
 
 #include "common/arrays.h"
-#include "common/scripted_front.h"
-#include "common/server_pace.h"
-#include "common/temp_folder.h"
+#include "common/simulated_test.h"
 #include "drive/motor.h"
-#include "simulator/simulator.h"
 #include "station/voice_motor.h"
 #include "support/threads/thread.h"
-#include "support/time/clock.h"
 
 namespace orsanta {
 
 constexpr int Id = 1;      // of the station's drive
 constexpr int Board = 40;  // id of the temperature board, which no station reads by default
 
-class C_Station_Test : public testing::Test {
+class C_Station_Test : public C_Simulated_Test {
  protected:
-  C_Station_Test() {
-    simulator::Settings settings;
-    settings.drives = 1;
-    settings.temperature_boards = {Board};
-    settings.instruction_ms = Server_Pace_Ms();
-    simulator::Reset(settings);
-    Make_Station();
-  }
+  C_Station_Test() : C_Simulated_Test({.drives = 1, .temperature_boards = {Board}}) { Make_Station(); }
 
   // Builds the station as the supervisor does, anew if there was one: the old one saves first.
   void Make_Station() {
@@ -61,8 +43,7 @@ class C_Station_Test : public testing::Test {
   // Cuts the drive's streams off and takes out what still waits in them.
   void Fall_Silent() {
     simulator::Set_Silent(Id, true);
-    while (station->m_pMotor->Get_InterRunFlag() != 2) {
-    }
+    while (station->m_pMotor->Get_InterRunFlag() != 2) continue;
     station->m_pMotor->Clear_Pos_Window(station->m_pMotor->m_PosWindow);
     front->Clear_Record();
   }
@@ -100,9 +81,6 @@ class C_Station_Test : public testing::Test {
     return values;
   }
 
-  C_Simulated_Clock clock{1};
-  C_Temp_Folder folder;
-  C_Scripted_Front_Holder front;
   std::unique_ptr<C_VoiceMotor> station;
 };
 

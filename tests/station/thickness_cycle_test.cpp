@@ -1,10 +1,8 @@
-#include <algorithm>
 #include <cmath>
 
 #include "station_room.h"
 
 namespace orsanta {
-namespace {
 
 using testing::ElementsAre;
 
@@ -75,5 +73,38 @@ TEST_F(Thickness_Cycle, What_Is_No_Number_Is_Never_Sent_Never_Valid_And_Never_Th
   EXPECT_EQ(station->Cur_BaseDistance, reference);
 }
 
-}  // namespace
+TEST(History, Keeps_The_Newest_Within_Its_Limit) {
+  C_History history(8);
+  for (int i = 0; i < 30; ++i) {
+    history.Append(i);
+    EXPECT_LE(history.GetSize(), 8);
+    EXPECT_GE(history.GetSize(), std::min(i + 1, 6));
+    EXPECT_EQ(history.Copy().GetEndData(), i);
+  }
+  history.Append(Array({1, 2, 3, 4, 5, 6, 7, 8, 9, 10}));  // more than the limit at once
+  EXPECT_THAT(Values(history.Copy()), testing::ElementsAre(3, 4, 5, 6, 7, 8, 9, 10));
+  history.Append(Array({11, 12, 13}));
+  EXPECT_THAT(Values(history.Copy()), testing::ElementsAre(6, 7, 8, 9, 10, 11, 12, 13));
+  history.Append(CMyArray<double>());
+  history.Clear();
+  EXPECT_EQ(history.GetSize(), 0);
+}
+
+using Export = C_Station_Test;
+
+TEST_F(Export, Writes_Four_Files_Of_One_Time) {
+  C_VoiceMotor& s = *station;
+  const std::tuple<std::string, C_History&, double> histories[] = {{"ThicknessArray1", s.ThicknessArray, 1.0 / 3.0},
+                                                                   {"TempArray1", s.TempArray, 31.5},
+                                                                   {"TestTimeArray1", s.TestTimeArray, 900.0},
+                                                                   {"SlowTestData1", s.SlowTestData, 7.0}};
+  for (const auto& [name, history, value] : histories) history.Append(Array({0.1, value}));
+  Sleep(63000);
+  s.Export_History();
+  // The simulated day begins at midnight of the first of January.
+  for (const auto& [name, history, value] : histories)
+    EXPECT_THAT(Load(name + " 1月1日0时1分3秒.txt"), testing::ElementsAre(0.1, value));
+  EXPECT_EQ(s.ThicknessArray.GetSize(), 2);
+}
+
 }  // namespace orsanta

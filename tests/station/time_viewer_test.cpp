@@ -4,12 +4,10 @@
 #include "station_room.h"
 
 namespace orsanta {
-namespace {
 
-TEST(Time_Viewer, Instances_Share_Marks_And_Plot_All_But_The_Newest_Run) {
-  C_Simulated_Clock clock(1);
-  C_Temp_Folder folder;  // for the trace log
-  C_Scripted_Front_Holder front;
+using Time_Viewer = C_Simulated_Test;
+
+TEST_F(Time_Viewer, Instances_Share_Marks_And_Plot_All_But_The_Newest_Run) {
   C_TimeViewer first;
   for (const int ms : {20, 30}) {
     const C_Time_Mark mark(first, L"shared");
@@ -37,5 +35,4 @@ TEST(Time_Viewer, Instances_Share_Marks_And_Plot_All_But_The_Newest_Run) {
   EXPECT_NE(0, Failed_Check_Line([&] { second.TimeEnd(L"never begun"); }));
 }
 
-}  // namespace
 }  // namespace orsanta

@@ -1,10 +1,39 @@
-// One seed replays a whole run: lanes, loop, windows and drives, to the byte.
+// Runs of several stations at once: how well the gauge measures, and that one seed replays a run to the byte.
+#include <cmath>
+#include <random>
+
 #include "common/other_process.h"
 #include "scenario/system.h"
 #include "support/threads/thread.h"
 
 namespace orsanta {
-namespace {
+
+using Accuracy = System;
+
+// Every station measures its parts on a host thread of its own.
+TEST_F(Accuracy, Four_Stations_Of_Fifty_Parts) {
+  constexpr int Parts = 50;
+  Start({1, 2, 3, 4});
+  C_Thread hosts[4];
+  for (int n = 1; n <= 4; ++n)
+    hosts[n - 1].Start("host " + std::to_string(n), [n] {
+      Correct_Reference(n);
+      std::mt19937_64 random(static_cast<uint64_t>(n));
+      std::uniform_real_distribution<double> thickness(1.0, 6.0);
+      double sum = 0.0, squares = 0.0;
+      for (int k = 0; k < Parts; ++k) {
+        const double part_mm = thickness(random);
+        const double error_um = (Measure(n, part_mm) - part_mm) * 1000.0;
+        EXPECT_LE(std::abs(error_um), 1.0);
+        sum += error_um;
+        squares += error_um * error_um;
+      }
+      EXPECT_LE(std::sqrt((squares - sum * sum / Parts) / (Parts - 1)), 0.4);
+    });
+  for (auto& host : hosts) host.Join();
+  EXPECT_TRUE(front->Boxes().empty());
+  for (int n = 1; n <= 4; ++n) EXPECT_TRUE(No_Result(n));  // one result for each task, no more
+}
 
 class Replayed_Run : public System {
  public:
@@ -30,7 +59,7 @@ class Replayed_Run : public System {
 };
 
 // In a process of its own, since the loop's place in the round of stations outlives a system.
-std::string Record_Of(uint64_t seed) {
+static std::string Record_Of(uint64_t seed) {
   const C_Temp_Folder folder;
   const auto run = [seed, path = folder.Path() / "record"] {
     std::ofstream(path) << Replayed_Run(seed).Record();
@@ -46,5 +75,4 @@ TEST(Replay, One_Seed_Gives_One_Run_To_The_Byte) {
   EXPECT_FALSE(Record_Of(8) == first);
 }
 
-}  // namespace
 }  // namespace orsanta
