@@ -16,8 +16,6 @@
 #include <atomic>
 #include <clocale>
 #include <cmath>
-#include <filesystem>
-#include <thread>
 
 #include "common/command.h"
 #include "common/failed_check.h"
@@ -36,14 +34,20 @@ namespace orsanta {
 
 namespace {
 
+using ::testing::_;
 using ::testing::Each;
+using ::testing::ElementsAre;
+using ::testing::FieldsAre;
 using ::testing::StartsWith;
 
-C_Control_Model Control(C_Control_Kind kind, const std::wstring& caption, int column = 0) {
+using enum C_Control_Kind;
+
+C_Control_Model Control(C_Control_Kind kind, const std::wstring& caption, int column, const wchar_t* text = L"") {
   C_Control_Model control;
   control.kind = kind;
   control.caption = caption;
   control.column = column;
+  control.text = text;
   return control;
 }
 
@@ -52,13 +56,12 @@ C_Dialog_Model Panel_Model(int stations) {
   C_Dialog_Model model;
   model.title = L"面板";
   for (int i = 0; i < stations; ++i) {
-    for (int k = 0; k < 11; ++k)
-      model.controls.push_back(Control(C_Control_Kind::Button, L"按钮" + std::to_wstring(k), i));
-    model.controls.push_back(Control(C_Control_Kind::Dynamic_Display, L"状态", i));
+    for (int k = 0; k < 11; ++k) model.controls.push_back(Control(Button, L"按钮" + std::to_wstring(k), i));
+    model.controls.push_back(Control(Dynamic_Display, L"状态", i));
     model.controls.back().rows = 2;
     model.controls.back().text_scale = 1.5F;
   }
-  model.controls.push_back(Control(C_Control_Kind::Button, L"全部", stations));
+  model.controls.push_back(Control(Button, L"全部", stations));
   return model;
 }
 
@@ -67,15 +70,12 @@ C_Dialog_Model Form_Model() {
   C_Dialog_Model model;
   model.title = L"推力";
   model.confirms = true;
-  model.controls = {Control(C_Control_Kind::Number_Edit, L"设定推力(g)"),
-                    Control(C_Control_Kind::Check_Box, L"更改密码"), Control(C_Control_Kind::Dropdown, L"波特率"),
-                    Control(C_Control_Kind::Text_Display, L"矫正")};
-  model.controls[0].text = L"100.000";
+  model.controls = {Control(Number_Edit, L"设定推力(g)", 0, L"100.000"), Control(Check_Box, L"更改密码", 0),
+                    Control(Dropdown, L"波特率", 0), Control(Text_Display, L"矫正", 0, L"请放好基准量块")};
   model.controls[0].has_range = true;
   model.controls[0].max = 10000.0;
   model.controls[2].items = {L"9600", L"19200", L"115200"};
   model.controls[2].selected = 2;
-  model.controls[3].text = L"请放好基准量块";
   return model;
 }
 
@@ -195,10 +195,7 @@ TEST_F(Windows, A_Form_Gives_Its_Entries_And_Refuses_And_Goes_On) {
     QTest::keyClicks(edit(), "20000");  // over the number, which is selected
     QTest::keyClick(edit(), Qt::Key_Return);
   });
-  const C_Dialog_Event first = Next(Kind::Confirm);
-  EXPECT_EQ(first.entries.at(0).text, L"20000");
-  EXPECT_EQ(first.entries.at(1).selected, 1);
-  EXPECT_EQ(first.entries.at(2).selected, 1);
+  EXPECT_THAT(Next(Kind::Confirm).entries, ElementsAre(FieldsAre(L"20000", _), FieldsAre(_, 1), FieldsAre(_, 1), _));
   Click_With_Pointer([] { return Panel_Button("按钮1"); });
   EXPECT_TRUE(Is_Silent()) << "under a modal dialog the panel is dead";
 
@@ -250,9 +247,7 @@ TEST_F(Windows, Boxes_Of_Any_Thread_Stand_Together) {
   std::this_thread::sleep_for(std::chrono::milliseconds(450));
   On_Qt([] { QTest::keyClick(Find_Boxes("第一").front(), Qt::Key_Escape); });
   first.join();
-  EXPECT_EQ(answers[0], Answer_Ok);
-  EXPECT_EQ(answers[1], Answer_No);
-  EXPECT_EQ(answers[2], Answer_Ok);
+  EXPECT_THAT(std::vector<int>(answers, std::end(answers)), ElementsAre(Answer_Ok, Answer_No, Answer_Ok));
   Close(dialog);
   Close(panel);
 }

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <fstream>
 #include <nlohmann/json.hpp>
+#include <tuple>
 
 #include "common/command.h"
 #include "common/temp_folder.h"
@@ -15,6 +16,7 @@ namespace {
 
 using ::testing::AllOf;
 using ::testing::HasSubstr;
+using ::testing::MatchesRegex;
 using ::testing::StartsWith;
 
 C_Outcome Orsanta(const std::string& arguments) {
@@ -43,11 +45,9 @@ TEST(Program, Works_Out_Files_And_Loses_None) {
   const nlohmann::json grr = Result("out");
   EXPECT_EQ(grr["version"], 1);
   EXPECT_EQ(grr["verdict"], "accepted");
-  for (const char* method : {"anova", "range"}) {
-    for (const char* key : {"EV", "AV", "INT", "GRR", "PV", "TV", "percent_GRR", "ndc"}) {
+  for (const char* method : {"anova", "range"})
+    for (const char* key : {"EV", "AV", "INT", "GRR", "PV", "TV", "percent_GRR", "ndc"})
       EXPECT_TRUE(grr[method][key].is_number()) << method << " " << key;
-    }
-  }
   EXPECT_NEAR(grr["anova"]["PV"].get<double>(), 0.01 / std::sqrt(2.0), 1e-6);
   EXPECT_GT(grr["anova"]["interaction_p"].get<double>(), 0.25);
   EXPECT_EQ(File_Text("out/data.csv"), Crossed);
@@ -61,9 +61,8 @@ TEST(Program, Works_Out_Files_And_Loses_None) {
   EXPECT_THAT(other.output, HasSubstr("\"out\" holds other values"));
 
   std::string references = "reference,value\n";
-  for (int i = 0; i < 60; ++i) {
+  for (int i = 0; i < 60; ++i)
     references += std::to_string(1 + i % 5) + "," + std::to_string(1 + i % 5 + (i * 7 % 11 - 5) * 1e-4) + "\n";
-  }
   Put("references.csv", references);
   EXPECT_EQ(Orsanta("study linearity --data references.csv --tolerance 20 --out line").status, 0);
   EXPECT_EQ(Result("line")["linearity"]["sizes"].size(), 5U);
@@ -78,47 +77,42 @@ TEST(Program, Says_In_One_Line_What_Is_Wrong_And_What_Is_Allowed) {
   const C_Temp_Folder folder;
   Put("two_bad.csv", "part,appraiser,trial,value\n1,A,1,x\n1,A\n");
   Put("short.csv", "value\n1\n2\n");
-  struct C_Case {
-    std::string arguments;
-    int status;
-    std::string told;
-  };
-  for (const C_Case& item :
-       {C_Case{"", 2, "measure"},
-        C_Case{"weigh", 2, "measure"},
-        C_Case{"measure --stations 15", 2, "1 to 14"},
-        C_Case{"measure --stations 0", 2, "1 to 14"},
-        C_Case{"measure --parts=1.5", 2, "whole number"},
-        C_Case{"measure --force nan", 2, "1 to 1000"},
-        C_Case{"measure --force", 2, "--force"},
-        C_Case{"measure --speed 3", 2, "--stations"},
-        C_Case{"measure --csv /no/such/folder/x.csv", 2, "/no/such/folder/x.csv"},
-        C_Case{"study", 2, "grr"},
-        C_Case{"study grr --data nowhere.csv", 2, "\"nowhere.csv\""},
-        C_Case{"study grr --parts 1", 2, "--parts"},
-        C_Case{"study grr --language de", 2, "zh"},
-        C_Case{"study type1 --reference 3", 2, "--tolerance"},
-        C_Case{"study type1 --tolerance 20", 2, "--reference"},
-        C_Case{"study type1 --tolerance 20 --reference 1 --data short.csv", 1,
-               "orsanta: short.csv: a type 1 study needs at least 25 repeats, there are 2"},
-        C_Case{"study linearity --references 1,2,3", 2, "at least 5"},
-        C_Case{"study linearity --references 1,2,2,3,4", 2, "twice"},
-        C_Case{"study grr --data two_bad.csv", 1,
-               "orsanta: two_bad.csv: line 2: the column \"value\" holds \"x\", which is no number\n"
-               "orsanta: two_bad.csv: line 3: 2 fields, not 4"},
-        C_Case{"study grr --out new --resume", 1, "plan.json"},
-        C_Case{"study grr --out new --resume --parts 5", 2, "leave out --parts"},
-        C_Case{"study type1 --tolerance 20 --out /proc/none --data short.csv", 1, "/proc/none"}}) {
-    const C_Outcome ran = Orsanta(item.arguments);
-    EXPECT_EQ(ran.status, item.status) << item.arguments;
-    EXPECT_THAT(ran.output, AllOf(StartsWith("orsanta: "), HasSubstr(item.told))) << item.arguments;
-    EXPECT_EQ(std::ranges::count(ran.output, '\n'), 1 + std::ranges::count(item.told, '\n')) << ran.output;
+  const std::tuple<std::string, int, std::string> cases[] = {
+      {"", 2, "measure"},
+      {"weigh", 2, "measure"},
+      {"measure --stations 15", 2, "1 to 14"},
+      {"measure --stations 0", 2, "1 to 14"},
+      {"measure --parts=1.5", 2, "whole number"},
+      {"measure --force nan", 2, "1 to 1000"},
+      {"measure --force", 2, "--force"},
+      {"measure --speed 3", 2, "--stations"},
+      {"measure --csv /no/such/folder/x.csv", 2, "/no/such/folder/x.csv"},
+      {"study", 2, "grr"},
+      {"study grr --data nowhere.csv", 2, "\"nowhere.csv\""},
+      {"study grr --parts 1", 2, "--parts"},
+      {"study grr --language de", 2, "zh"},
+      {"study type1 --reference 3", 2, "--tolerance"},
+      {"study type1 --tolerance 20", 2, "--reference"},
+      {"study type1 --tolerance 20 --reference 1 --data short.csv", 1,
+       "orsanta: short.csv: a type 1 study needs at least 25 repeats, there are 2"},
+      {"study linearity --references 1,2,3", 2, "at least 5"},
+      {"study linearity --references 1,2,2,3,4", 2, "twice"},
+      {"study grr --data two_bad.csv", 1,
+       "orsanta: two_bad.csv: line 2: the column \"value\" holds \"x\", which is no number\n"
+       "orsanta: two_bad.csv: line 3: 2 fields, not 4"},
+      {"study grr --out new --resume", 1, "plan.json"},
+      {"study grr --out new --resume --parts 5", 2, "leave out --parts"},
+      {"study type1 --tolerance 20 --out /proc/none --data short.csv", 1, "/proc/none"}};
+  for (const auto& [arguments, status, told] : cases) {
+    const C_Outcome ran = Orsanta(arguments);
+    EXPECT_EQ(ran.status, status) << arguments;
+    EXPECT_THAT(ran.output, AllOf(StartsWith("orsanta: "), HasSubstr(told))) << arguments;
+    EXPECT_EQ(std::ranges::count(ran.output, '\n'), 1 + std::ranges::count(told, '\n')) << ran.output;
   }
   for (const std::string command : {"measure", "panel"}) {  // on a machine nothing places parts
     const C_Outcome ran = Shell("LD_LIBRARY_PATH=" MACHINE_FOLDER " " BUILT_PROGRAM " " + command + " 2>&1");
     EXPECT_EQ(ran.status, 1);
-    EXPECT_THAT(ran.output, StartsWith("orsanta: " + command + " needs the simulator"));
-    EXPECT_EQ(std::ranges::count(ran.output, '\n'), 1) << ran.output;
+    EXPECT_THAT(ran.output, MatchesRegex("orsanta: " + command + " needs the simulator[^\n]*\n"));
   }
   for (const char* arguments : {"--help", "measure --help", "selftest --help"})
     EXPECT_THAT(Orsanta(arguments).output, HasSubstr("Example: orsanta")) << arguments;

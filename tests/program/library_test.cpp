@@ -11,7 +11,6 @@
 #include <string>
 #include <vector>
 
-#include "common/temp_folder.h"
 #include "orsanta/orsanta.h"
 #include "program/real_time.h"
 #include "simulator/simulator.h"
@@ -37,22 +36,6 @@ TEST(Built_Library, Shows_The_Functions_Of_Its_Header_And_Nothing_Else) {
 
 constexpr int Boards[] = {20, 21};  // of the stations 1 and 2
 
-void Set_Up_Machine() {
-  unsetenv("DISPLAY");
-  unsetenv("WAYLAND_DISPLAY");
-  simulator::Settings settings;
-  settings.drives = 2;
-  settings.temperature_boards = {Boards[0], Boards[1]};
-  simulator::Reset(settings);
-  // No question at the first start: a thread that once ran a dialog holds the library until it ends.
-  std::ofstream("全局电机参数") << "orsanta store 1\nC_InitDlg Num 0 = int 2\nend\n";
-  for (const int station : {1, 2}) {
-    simulator::Place_Part(station, 4.0);
-    std::ofstream("音圈电机" + std::to_string(station) + "参数")
-        << "orsanta store 1\nC_VoiceMotor Val_TempSensorCanID 0 = double " << Boards[station - 1] << "\nend\n";
-  }
-}
-
 template <class Function>
 Function* Find(void* library, const char* name) {
   return reinterpret_cast<Function*>(dlsym(library, name));
@@ -75,7 +58,19 @@ std::vector<double> Work(void* library) {
 // A host that loads the library, works, stops and unloads it, and does it all again in the same process.
 TEST_F(Real_Time, Every_Load_Of_The_Library_Reads_The_Boards_And_Leaves_No_Thread) {
   const C_Temp_Folder folder;
-  Set_Up_Machine();
+  unsetenv("DISPLAY");
+  unsetenv("WAYLAND_DISPLAY");
+  simulator::Settings settings;
+  settings.drives = 2;
+  settings.temperature_boards = {Boards[0], Boards[1]};
+  simulator::Reset(settings);
+  // No question at the first start: a thread that once ran a dialog holds the library until it ends.
+  std::ofstream("全局电机参数") << "orsanta store 1\nC_InitDlg Num 0 = int 2\nend\n";
+  for (const int station : {1, 2}) {
+    simulator::Place_Part(station, 4.0);
+    std::ofstream("音圈电机" + std::to_string(station) + "参数")
+        << "orsanta store 1\nC_VoiceMotor Val_TempSensorCanID 0 = double " << Boards[station - 1] << "\nend\n";
+  }
   const auto threads = [] { return std::distance(std::filesystem::directory_iterator("/proc/self/task"), {}); };
   const auto threads_before = threads();
   for (const double celsius : {31.5, 18.0}) {

@@ -6,6 +6,7 @@
 #include <chrono>
 #include <cmath>
 #include <fstream>
+#include <functional>
 #include <sstream>
 
 #include "study/average_range.h"
@@ -18,8 +19,10 @@
 namespace study {
 namespace {
 
+using ::testing::ContainsRegex;
 using ::testing::DoubleNear;
 using ::testing::ElementsAre;
+using ::testing::FieldsAre;
 using ::testing::HasSubstr;
 using ::testing::Pointwise;
 
@@ -66,10 +69,8 @@ C_Crossed Random_Design(uint64_t seed) {
   for (int j = 0; j < appraisers; ++j) appraiser.push_back(random.Around(spreads[1]));
   for (const int of_part : part) {
     for (const int of_appraiser : appraiser) {
-      const int cell = random.Around(spreads[2]);
-      for (int k = 0; k < trials; ++k) {
-        data.values_mm.push_back((300000 + of_part + of_appraiser + cell + random.Around(100)) / 100000.0);
-      }
+      const int mean = 300000 + of_part + of_appraiser + random.Around(spreads[2]);
+      for (int k = 0; k < trials; ++k) data.values_mm.push_back((mean + random.Around(100)) / 100000.0);
     }
   }
   return data;
@@ -79,12 +80,10 @@ std::vector<C_Reference_Values> Random_References(uint64_t seed) {
   C_Random random(seed);
   std::vector<C_Reference_Values> references(static_cast<size_t>(5 + random.Below(4)));
   int size = 0;
-  for (C_Reference_Values& one : references) {
-    one.reference_mm = ++size * 0.5;
+  for (auto& [reference_mm, values_mm] : references) {
+    reference_mm = ++size * 0.5;
     const int bias = random.Around(60), count = 10 + random.Below(6);
-    for (int k = 0; k < count; ++k) {
-      one.values_mm.push_back((size * 50000 + bias + random.Around(100)) / 100000.0);
-    }
+    for (int k = 0; k < count; ++k) values_mm.push_back((size * 50000 + bias + random.Around(100)) / 100000.0);
   }
   return references;
 }
@@ -162,17 +161,14 @@ TEST(Studies, Give_The_Published_Results) {
   EXPECT_FALSE(line.Zero_In_Band());
 }
 
-std::vector<double> Twenty_Five() {  // 3.0002 mm on the mean, standard deviation 0.0001 sqrt(25 / 24)
-  std::vector<double> values(25, 3.0002);
-  for (size_t i = 0; i < 24; i += 2) {
-    values[i] += 0.0001;
-    values[i + 1] -= 0.0001;
-  }
+std::vector<double> Twenty_Five(double mean) {  // with a standard deviation of 0.0001
+  std::vector<double> values(25, mean);
+  for (size_t i = 0; i < 24; ++i) values[i] += i % 2 == 0 ? 0.0001 : -0.0001;
   return values;
 }
 
 TEST(Studies, Judge_A_Gauge_Against_A_Tolerance) {
-  const C_Type1 type1 = Work_Out_Type1(Twenty_Five(), {3.0, 0.02, 0.0001, 0.95});
+  const C_Type1 type1 = Work_Out_Type1(Twenty_Five(3.0002), {3.0, 0.02, 0.0001, 0.95});
   EXPECT_NEAR(type1.bias_test.high - type1.bias_mm, 2.063898562 * 0.0001 / 5.0, 1e-12);  // t(0.975, 24)
   EXPECT_THAT((std::vector{type1.bias_mm, type1.values.deviation, type1.bias_test.t, type1.cg, type1.cgk,
                            type1.percent_resolution}),
@@ -180,7 +176,7 @@ TEST(Studies, Judge_A_Gauge_Against_A_Tolerance) {
 
   const C_Uncertainty_Settings settings{
       .tolerance_mm = 0.02, .resolution_mm = 0.0001, .reference_uncertainty_mm = 0.0002, .temperature_range_k = 2.0};
-  const C_Uncertainty alone = Work_Out_Uncertainty({{3.0, Twenty_Five()}}, {}, settings);
+  const C_Uncertainty alone = Work_Out_Uncertainty({{3.0, Twenty_Five(3.0002)}}, {}, settings);
   const double bias = 0.0002 / std::sqrt(3.0), warming = 3.0 * 11.5e-6 * 2.0 / std::sqrt(3.0);
   const double system = std::sqrt(0.0001 * 0.0001 + 0.0001 * 0.0001 + bias * bias);  // certificate, repeats, bias
   const std::vector<double> told{alone.system.u_mm, alone.system.percent, alone.system.capability, alone.system.df,
@@ -189,16 +185,16 @@ TEST(Studies, Judge_A_Gauge_Against_A_Tolerance) {
                                                  24.0 * std::pow(system / 0.0001, 4), std::hypot(system, warming)}));
 
   // A second size adds its linearity, a crossed study its appraisers; its repeats replace smaller ones.
-  std::vector<double> second = Twenty_Five();
-  for (double& value : second) value += 1.0002;
   const C_Anova anova = Work_Out_Anova(Random_Design(7));
-  const C_Uncertainty both = Work_Out_Uncertainty({{3.0, Twenty_Five()}, {4.0, second}}, anova, settings);
+  const C_Uncertainty both =
+      Work_Out_Uncertainty({{3.0, Twenty_Five(3.0002)}, {4.0, Twenty_Five(4.0004)}}, anova, settings);
   const double line = 0.0001 / std::sqrt(3.0), mean = 0.0003 / std::sqrt(3.0);
-  const C_Components& c = anova.components;
-  ASSERT_GT(c.EV, 0.0001);
+  ASSERT_GT(anova.components.EV, 0.0001);
   EXPECT_NEAR(both.system.u_mm, std::sqrt(0.0001 * 0.0001 * 2 + line * line + mean * mean), 1e-12);
-  EXPECT_NEAR(both.process.u_mm * both.process.u_mm,
-              0.0001 * 0.0001 + line * line + mean * mean + std::pow(warming * 4 / 3, 2) + c.GRR * c.GRR, 1e-12);
+  EXPECT_NEAR(
+      both.process.u_mm * both.process.u_mm,
+      0.0001 * 0.0001 + line * line + mean * mean + std::pow(warming * 4 / 3, 2) + std::pow(anova.components.GRR, 2),
+      1e-12);
 
   const C_Force force = Work_Out_Force({{1, 100, 101}, {1, 200, 199}, {5, 100, 98}});
   EXPECT_THAT((std::vector{force.greatest_error_percent, force.worst.height_mm, force.forces[0].mean_error_percent,
@@ -206,8 +202,7 @@ TEST(Studies, Judge_A_Gauge_Against_A_Tolerance) {
               ElementsAre(2.0, 5.0, -0.5, 1.0));
 }
 
-template <class F>
-std::string Refusal(F&& work) {
+std::string Refusal(const std::function<void()>& work) {
   try {
     work();
   } catch (const C_Refused& refused) {
@@ -217,15 +212,14 @@ std::string Refusal(F&& work) {
 }
 
 TEST(Studies, Say_What_Cannot_Be_Worked_Out) {
-  const auto anova = [](const C_Crossed& data) { return Work_Out_Anova(data); };
-  EXPECT_THAT(Refusal([&] { anova(Filled(5, 3, 2, [](int, int, int) { return 1.0 / 3.0; })); }),
+  EXPECT_THAT(Refusal([] { Work_Out_Anova(Filled(5, 3, 2, [](int, int, int) { return 1.0 / 3.0; })); }),
               HasSubstr("all 30 values are identical"));
-  EXPECT_THAT(Refusal([&] { anova(Filled(1, 3, 2, [](int, int j, int k) { return j + k * 0.1; })); }),
+  EXPECT_THAT(Refusal([] { Work_Out_Anova(Filled(1, 3, 2, [](int, int j, int k) { return j + k * 0.1; })); }),
               HasSubstr("at least 2 parts"));
-  EXPECT_THAT(Refusal([&] { anova(Filled(5, 3, 1, [](int i, int, int) { return i * 1.0; })); }),
+  EXPECT_THAT(Refusal([] { Work_Out_Anova(Filled(5, 3, 1, [](int i, int, int) { return i * 1.0; })); }),
               HasSubstr("at least twice"));
   EXPECT_THAT(Refusal([] { Work_Out_Type1(std::vector<double>(24, 1.0), {}); }), HasSubstr("there are 24"));
-  EXPECT_THAT(Refusal([] { Work_Out_Type1(Twenty_Five(), {}); }), HasSubstr("--tolerance"));
+  EXPECT_THAT(Refusal([] { Work_Out_Type1(Twenty_Five(3.0), {}); }), HasSubstr("--tolerance"));
   EXPECT_THAT(Refusal([] { Work_Out_Type1(std::vector<double>(30, 1.0), {1.0, 1.0}); }), HasSubstr("identical"));
   std::vector<C_Reference_Values> references = Random_References(1);
   references[1].values_mm.resize(9);
@@ -254,18 +248,13 @@ TEST(Studies, Take_What_Little_There_Is) {
 }
 
 TEST(Csv, Reads_What_Spreadsheets_Write) {
-  const std::vector<C_Reading> readings =
-      Read_Crossed("\uFEFFValue;note;Part;APPRAISER;trial\r\n3,002;;\"a;\"\"b\";A;1\r\n\r\n+2.5e0;x;2;B;1\r\n");
-  ASSERT_EQ(readings.size(), 2U);
-  EXPECT_EQ(readings[0].value_mm, 3.002);
-  EXPECT_EQ(readings[0].part, "a;\"b");
-  EXPECT_EQ(readings[1].value_mm, 2.5);
-  EXPECT_EQ(readings[1].line, 4);
+  const char marked[] = "\uFEFFValue;note;Part;APPRAISER;trial\r\n3,002;;\"a;\"\"b\";A;1\r\n\r\n+2.5e0;x;2;B;1\r\n";
+  EXPECT_THAT(Read_Crossed(marked),
+              ElementsAre(FieldsAre("a;\"b", "A", "1", 3.002, 2), FieldsAre("2", "B", "1", 2.5, 4)));
   EXPECT_THAT(Cross(Read_Crossed("part,appraiser,trial,value\n10,B,1,1\n9,B,1,1\n9,A,1,1\n10,A,1,1\n")).parts,
               ElementsAre("9", "10"));
-  const auto references = Read_References("reference\tvalue\n1\t1,5\n2\t2.5\n1,0\t1.25");
-  ASSERT_EQ(references.size(), 2U);
-  EXPECT_THAT(references[0].values_mm, ElementsAre(1.5, 1.25));
+  EXPECT_THAT(Read_References("reference\tvalue\n1\t1,5\n2\t2.5\n1,0\t1.25"),
+              ElementsAre(FieldsAre(1.0, ElementsAre(1.5, 1.25)), FieldsAre(2.0, ElementsAre(2.5))));
   EXPECT_EQ(Read_References("value\n1\n2\n", 3.0).front().reference_mm, 3.0);
   EXPECT_EQ(Read_Forces("height,set,true\n\"1,5\",100,99.5").front().height_mm, 1.5);
   EXPECT_EQ(Csv_Line({"a,\"b\"", "c", "1"}), "\"a,\"\"b\"\"\",c,1");
@@ -281,8 +270,7 @@ TEST(Csv, Tells_Every_Bad_Line) {
             "line 5: the column \"value\" holds \"1e999\", which is no number");
   std::string many = head;
   for (int i = 0; i < 30; ++i) many += "x\n";
-  EXPECT_THAT(crossed(many), HasSubstr("line 21: 1 fields"));
-  EXPECT_THAT(crossed(many), HasSubstr("\nand 10 more"));
+  EXPECT_THAT(crossed(many), ContainsRegex("\nline 21: 1 fields.*\nand 10 more"));
   EXPECT_THAT(crossed(head + "1,A,1,3\n1,A,2,3\n2,A,1,3\n1,B,1,3\n1,B,2,3\n2,B,2,3\n2,B,1,3\n"),
               HasSubstr("not balanced: part 2, appraiser A, trial 2 is missing"));
   EXPECT_THAT(crossed(head + "1,A,1,3\n1,A,1,3\n"), HasSubstr("part 1, appraiser A, trial 1 is there twice (line 3)"));

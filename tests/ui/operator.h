@@ -35,10 +35,9 @@ class Operator : public ::testing::Test {
   ~Operator() override {
     base.reset();
     // The cells of every dialog that takes entries, whichever a test opened, are alike.
-    for (const C_Shown& shown : front->Shown()) {
+    for (const C_Shown& shown : front->Shown())
       for (const C_Control_Model& cell : shown.dialog.controls)
         EXPECT_TRUE(!shown.dialog.confirms || (cell.column == 0 && Size(cell).empty())) << To_Utf8(cell.caption);
-    }
   }
 
   void Start(int stations, int io_mode = 0) {
@@ -87,11 +86,10 @@ class Operator : public ::testing::Test {
   // The number edits that came up, in order, each as "caption: text, least to greatest" on a line.
   std::wstring Edits() {
     std::wostringstream edits;
-    for (const C_Shown& shown : front->Shown()) {
+    for (const C_Shown& shown : front->Shown())
       for (const C_Control_Model& edit : shown.dialog.controls)
         if (edit.has_range)
           edits << edit.caption << L": " << edit.text << L", " << edit.min << L" to " << edit.max << L'\n';
-    }
     return edits.str();
   }
   // What went out to the drive of a station since the last call, as "speed 20, up 1.5, to 4.2, ".
