@@ -52,6 +52,9 @@ TEST(Trajectory, Keeps_All_Limits_In_Moves_Of_Every_Shape_And_In_Stops_From_Anyw
     EXPECT_LE(stop.Duration(), move.Duration() - t + 1e-6) << "a stop lasted longer than the move";
   }
   C_Trajectory move;
+  // 10 mm at 20 mm/s: 0.5 s, and once more the time of speeding up, v/a + a/j
+  move.Plan_Move(0.0, 10.0, {20.0, 1000.0, 100000.0});
+  EXPECT_NEAR(move.Duration(), 0.5 + 0.02 + 0.01, 1e-9);
   move.Plan_Move(1.0, 1.0, {});
   EXPECT_EQ(move.Duration() + move.End(), 1.0);
   // too short for the acceleration: four ramps of cbrt(way / 2 j)
