@@ -35,10 +35,8 @@ namespace orsanta {
 namespace {
 
 using ::testing::_;
-using ::testing::Each;
 using ::testing::ElementsAre;
 using ::testing::FieldsAre;
-using ::testing::StartsWith;
 
 using enum C_Control_Kind;
 
@@ -130,7 +128,8 @@ class Windows : public ::testing::Test {
 };
 
 TEST_F(Windows, Buttons_Answer_Mouse_And_Keys_And_Show_Their_Press) {
-  for (const auto& [thread, levels] : Thread_Levels()) EXPECT_THAT(levels, Each(StartsWith("nice"))) << thread;
+  for (const auto& [thread, levels] : Thread_Levels())
+    EXPECT_THAT(levels, testing::Each(testing::StartsWith("nice"))) << thread;
   const int dialog = Open(Panel_Model(2));
   On_Qt([] {
     Click(Panel_Button("按钮3"));

@@ -14,10 +14,7 @@
 namespace orsanta {
 namespace {
 
-using ::testing::AllOf;
 using ::testing::HasSubstr;
-using ::testing::MatchesRegex;
-using ::testing::StartsWith;
 
 C_Outcome Orsanta(const std::string& arguments) {
   return Shell(BUILT_PROGRAM " " + arguments + " 2>&1");
@@ -106,13 +103,13 @@ TEST(Program, Says_In_One_Line_What_Is_Wrong_And_What_Is_Allowed) {
   for (const auto& [arguments, status, told] : cases) {
     const C_Outcome ran = Orsanta(arguments);
     EXPECT_EQ(ran.status, status) << arguments;
-    EXPECT_THAT(ran.output, AllOf(StartsWith("orsanta: "), HasSubstr(told))) << arguments;
+    EXPECT_THAT(ran.output, testing::AllOf(testing::StartsWith("orsanta: "), HasSubstr(told))) << arguments;
     EXPECT_EQ(std::ranges::count(ran.output, '\n'), 1 + std::ranges::count(told, '\n')) << ran.output;
   }
   for (const std::string command : {"measure", "panel"}) {  // on a machine nothing places parts
     const C_Outcome ran = Shell("LD_LIBRARY_PATH=" MACHINE_FOLDER " " BUILT_PROGRAM " " + command + " 2>&1");
     EXPECT_EQ(ran.status, 1);
-    EXPECT_THAT(ran.output, MatchesRegex("orsanta: " + command + " needs the simulator[^\n]*\n"));
+    EXPECT_THAT(ran.output, testing::MatchesRegex("orsanta: " + command + " needs the simulator[^\n]*\n"));
   }
   for (const char* arguments : {"--help", "measure --help", "selftest --help"})
     EXPECT_THAT(Orsanta(arguments).output, HasSubstr("Example: orsanta")) << arguments;

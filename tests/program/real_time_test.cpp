@@ -11,9 +11,7 @@
 namespace orsanta {
 namespace {
 
-using ::testing::EndsWith;
 using ::testing::HasSubstr;
-using ::testing::StartsWith;
 
 nlohmann::json Result(const std::string& folder) {
   return nlohmann::json::parse(File_Text(folder + "/result.json"));
@@ -41,7 +39,7 @@ TEST_F(Real_Time, A_Study_Asks_A_Person_On_A_Machine_And_Is_Taken_Up_Again) {
   std::ofstream("machine/out/data.csv") << kept << "5,23,4.99";
   const C_Outcome ended = Shell("yes '' | (" + On_Machine(study + "--resume") + ")");
   EXPECT_EQ(ended.status, 0) << ended.output;
-  EXPECT_THAT(File_Text("machine/out/data.csv"), StartsWith(kept + "5,23,5.00"));
+  EXPECT_THAT(File_Text("machine/out/data.csv"), testing::StartsWith(kept + "5,23,5.00"));
   const nlohmann::json result = Result("machine/out");
   EXPECT_EQ(result["type1"]["count"], 25);
   EXPECT_NEAR(result["type1"]["bias_mm"].get<double>(), 0.0, 0.0005);
@@ -63,7 +61,7 @@ std::vector<C_Csv_Part> Read_Parts(const std::string& path) {
     C_Csv_Part part;
     part.tried = std::sscanf(line.c_str(), "%*d,%*d,%lf,%lf,%*f,%lf,%*f,%*d,%d", &part.true_mm, &part.measured_mm,
                              &part.true_force_g, &part.failed) == 4;
-    EXPECT_THAT(line, EndsWith(part.tried == 1 ? ",1," + std::to_string(part.failed) : ",,,,,0,0"));
+    EXPECT_THAT(line, testing::EndsWith(part.tried == 1 ? ",1," + std::to_string(part.failed) : ",,,,,0,0"));
     parts.push_back(part);
   }
   return parts;

@@ -12,7 +12,6 @@ namespace study {
 namespace {
 
 using ::testing::HasSubstr;
-using ::testing::Not;
 
 // Looks at the page after it was laid out and writes what it sees into it, one line for each chart: the marks inside
 // the plot, and whatever is wrong.
@@ -53,7 +52,8 @@ std::string Chromium(const std::string& what) {
 // What the browser sees of the report.
 std::string Seen(const C_Report& report, C_Language language) {
   std::string page = Html(report, language);
-  for (const char* foreign : {"<script", "href", "src=", "url(", "@import"}) EXPECT_THAT(page, Not(HasSubstr(foreign)));
+  for (const char* foreign : {"<script", "href", "src=", "url(", "@import"})
+    EXPECT_THAT(page, testing::Not(HasSubstr(foreign)));
   page.replace(page.find("</body>"), 7, Look);
   std::ofstream("page.html") << page;
   const std::string shown = Chromium("--dump-dom");

@@ -19,7 +19,6 @@
 namespace study {
 namespace {
 
-using ::testing::ContainsRegex;
 using ::testing::DoubleNear;
 using ::testing::ElementsAre;
 using ::testing::FieldsAre;
@@ -270,7 +269,7 @@ TEST(Csv, Tells_Every_Bad_Line) {
             "line 5: the column \"value\" holds \"1e999\", which is no number");
   std::string many = head;
   for (int i = 0; i < 30; ++i) many += "x\n";
-  EXPECT_THAT(crossed(many), ContainsRegex("\nline 21: 1 fields.*\nand 10 more"));
+  EXPECT_THAT(crossed(many), testing::ContainsRegex("\nline 21: 1 fields.*\nand 10 more"));
   EXPECT_THAT(crossed(head + "1,A,1,3\n1,A,2,3\n2,A,1,3\n1,B,1,3\n1,B,2,3\n2,B,2,3\n2,B,1,3\n"),
               HasSubstr("not balanced: part 2, appraiser A, trial 2 is missing"));
   EXPECT_THAT(crossed(head + "1,A,1,3\n1,A,1,3\n"), HasSubstr("part 1, appraiser A, trial 1 is there twice (line 3)"));

@@ -7,12 +7,8 @@ namespace orsanta {
 
 namespace {
 
-using ::testing::Each;
 using ::testing::ElementsAre;
-using ::testing::Field;
 using ::testing::HasSubstr;
-using ::testing::MatchesRegex;
-using ::testing::StartsWith;
 
 class Advanced_Dialog : public Operator {
  protected:
@@ -100,7 +96,8 @@ TEST_F(Advanced_Dialog, Stands_Once_And_Leaves_The_Panel_Alive) {
   Answer(L"串口号", C_Script().Select(L"波特率", 0).Confirm());
   Measure(0, 3.0);
   Work(script.Press(L"调试串口").Press(L"导出调试数据"));
-  EXPECT_THAT(Shown(C_Shown::Kind::Dialog, Title(0))[0].dialog.controls, Each(Field(&C_Control_Model::width, 20.0F)));
+  EXPECT_THAT(Shown(C_Shown::Kind::Dialog, Title(0))[0].dialog.controls,
+              testing::Each(testing::Field(&C_Control_Model::width, 20.0F)));
   EXPECT_EQ(Station(1).ThicknessArray.GetSize(), 1);
   EXPECT_NE(Station(0).Debug_Com(), old_link);
   EXPECT_EQ(Station(0).Debug_Com()->ValBaud, 9600);
@@ -181,7 +178,7 @@ TEST_F(Advanced_Dialog, Linearity_Compares_Two_Blocks) {
     EXPECT_TRUE(Wait_Idle(0));
     EXPECT_EQ(Station(0).Get_Force_Back_Finish(), 1);
   }));
-  EXPECT_THAT(To_Utf8(front->Boxes().back()), MatchesRegex("线性比例结果0\\.(799|800)."));
+  EXPECT_THAT(To_Utf8(front->Boxes().back()), testing::MatchesRegex("线性比例结果0\\.(799|800)."));
   EXPECT_EQ(Station(0).Test_Force[0], 70.0);
   const std::wstring edit = L"请输入量块尺寸: 0.0000000000000000, 0 to 64\n";
   EXPECT_EQ(Edits(), edit + edit);
@@ -196,7 +193,7 @@ TEST_F(Advanced_Dialog, Calibrates_The_Force_With_A_Gauge) {
   EXPECT_EQ(person.readings.size(), 12U);
   EXPECT_THAT(File_Text("音圈电机1参数"), HasSubstr("m_P 0 = array CMyArray<double> 6"))
       << "the surface, saved by the press";
-  EXPECT_THAT(front->Boxes().back(), StartsWith(L"3D推力拟合误差0."));
+  EXPECT_THAT(front->Boxes().back(), testing::StartsWith(L"3D推力拟合误差0."));
 }
 
 }  // namespace

@@ -9,8 +9,6 @@ namespace orsanta {
 namespace {
 
 using ::testing::ElementsAre;
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
 
 constexpr const char* Store = "全局电机参数";
 
@@ -58,7 +56,7 @@ TEST_F(Init_Dialog, Takes_The_Choices_And_Gives_Them_Back_At_Later_Starts) {
   front->On_Dialog(L"电机数量", C_Script().Select(L"电机数量", 0).Select(L"IO控制", 0).Cancel());
   for (int i = 0; i < 2; ++i) later.Settings_Dialog();
   EXPECT_THAT(Settings_Of(later), ElementsAre(14, 6, 14400, 0, 1, 5));
-  EXPECT_THAT(File_Text(Store), HasSubstr("C_InitDlg Num 0 = int 14\n"));
+  EXPECT_THAT(File_Text(Store), testing::HasSubstr("C_InitDlg Num 0 = int 14\n"));
 }
 
 TEST_F(Init_Dialog, Keeps_A_Port_Beyond_The_List_Until_Another_Is_Chosen) {
@@ -77,7 +75,7 @@ TEST_F(Init_Dialog, Keeps_A_Port_Beyond_The_List_Until_Another_Is_Chosen) {
 TEST_F(Init_Dialog, Starts_Whatever_Stands_In_Its_Place) {
   std::ofstream(Store) << "orsanta store 1\nC_InitDlg Baud 0 = int 4800\nC_InitDlg Num 0 = int 20\nend\n";
   EXPECT_THAT(Settings_Of(C_InitDlg()), ElementsAre(20, 0, 4800, 0, 0, 1)) << "what no list offers, too";
-  EXPECT_THAT(front->Shown(), IsEmpty());
+  EXPECT_THAT(front->Shown(), testing::IsEmpty());
   std::filesystem::remove(Store);
   std::filesystem::create_directory(Store);
   for (size_t start = 1; start <= 2; ++start) {  // a folder stays, and so it is asked and told again

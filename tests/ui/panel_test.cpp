@@ -7,13 +7,12 @@ namespace {
 
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
-using ::testing::IsEmpty;
 using Operator_Panel = Operator;
 
 TEST_F(Operator_Panel, Stands_In_Columns_And_An_Absent_Station_Stays_Blank) {
   Start(0);
   base->show();
-  EXPECT_THAT(front->Shown(), IsEmpty()) << "without stations there is no panel";
+  EXPECT_THAT(front->Shown(), testing::IsEmpty()) << "without stations there is no panel";
   base.reset();
   simulator::Set_Absent(2, true);
   simulator::Set_Input(1, 1);
