@@ -3,19 +3,13 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <clocale>
 #include <cmath>
 #include <filesystem>
-#include <iterator>
-#include <limits>
-#include <string>
-#include <vector>
 
 #include "common/other_process.h"
 #include "common/temp_folder.h"
 #include "support/base/process.h"
 #include "support/services/vector_file.h"
-#include "support/system/atomic_file.h"
 #include "support/system/file.h"
 #include "support/system/trace.h"
 #include "support/system/wide_string.h"
@@ -24,16 +18,12 @@
 namespace orsanta {
 namespace {
 
-TEST(Wide_String, Formats_In_Every_Locale) {
-  for (const char* locale : {"C.UTF-8", "C"}) {
-    std::setlocale(LC_ALL, locale);
-    CMyStringW text;
-    text.Format(L"%s|%5s|%-3s|%d%%|%x|%06.0f|%3.3f|%c", L"微米仪", L"厚度", L"a", -3, 255, 42.4, 1.0005, L'秒');
-    EXPECT_EQ(text.Text(), L"微米仪|   厚度|a  |-3%|ff|000042|1.000|秒") << locale;
-  }
-  CMyStringW own = L"x";
-  own.Format(L"%s%s", own.GetBuffer(), own.GetBuffer());  // its own text as an argument
-  EXPECT_EQ(own.Text(), L"xx");
+TEST(Wide_String, Formats_Wide_Texts_Numbers_And_Texts_Of_Any_Length) {
+  CMyStringW text;
+  text.Format(L"%s|%5s|%-3s|%d%%|%x|%06.0f|%3.3f|%c", L"微米仪", L"厚度", L"a", -3, 255, 42.4, 1.0005, L'秒');
+  EXPECT_EQ(text.Text(), L"微米仪|   厚度|a  |-3%|ff|000042|1.000|秒");
+  text = L"x";
+  EXPECT_EQ(text.Format(L"%s%s", text.GetBuffer(), text.GetBuffer()).Text(), L"xx") << "its own text as an argument";
   const std::wstring longer(5000, L'长');
   EXPECT_EQ(Format_Text("<%s>", To_Utf8(longer).c_str()).Text(), L"<" + longer + L">");
 }
@@ -43,12 +33,12 @@ TEST(Wide_String, Converts_Utf8_Both_Ways_And_Marks_What_Is_None) {
   EXPECT_EQ(To_Utf8(all),
             "\x7F\xC2\x80\xDF\xBF\xE0\xA0\x80\xED\x9F\xBF\xEE\x80\x80厚\xEF\xBF\xBF\xF0\x90\x80\x80\xF4\x8F\xBF\xBF");
   EXPECT_EQ(From_Utf8(To_Utf8(all)), all);
-  // A lone continuation and a cut sequence; the longest forms of shorter ones, surrogates, a value beyond the last.
-  EXPECT_EQ(From_Utf8("\x80z\xE5\x8E"), L"\xFFFDz\xFFFD\xFFFD");
-  for (const std::string none : {"\xC1\xBF", "\xE0\x9F\xBF", "\xF0\x8F\xBF\xBF", "\xED\xA0\x80", "\xED\xBF\xBF",
-                                 "\xF4\x90\x80\x80", "\xF8\x88\x80\x80"})
-    EXPECT_EQ(From_Utf8(none), std::wstring(none.size(), L'\xFFFD'));
-  for (const int none : {0xD800, 0xDFFF, 0x110000}) EXPECT_EQ(To_Utf8({static_cast<wchar_t>(none)}), "\xEF\xBF\xBD");
+  // A lone continuation; the longest forms of shorter ones, surrogates, a value beyond the last; a cut sequence.
+  const std::string none =
+      "\x80\xC1\xBF\xE0\x9F\xBF\xF0\x8F\xBF\xBF\xED\xA0\x80\xED\xBF\xBF\xF4\x90\x80\x80"
+      "\xF8\x88\x80\x80\xE5\x8E";
+  EXPECT_EQ(From_Utf8(none), std::wstring(none.size(), L'\xFFFD'));
+  EXPECT_EQ(To_Utf8({wchar_t{0xD800}, wchar_t{0xDFFF}, wchar_t{0x110000}}), "\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD");
 }
 
 TEST(Trace, Writes_Whole_Lines_To_The_Stream_And_Dated_Records_To_The_Log) {
@@ -66,88 +56,71 @@ TEST(Trace, Writes_Whole_Lines_To_The_Stream_And_Dated_Records_To_The_Log) {
   TraceLog2File("int F()", 9, L"nobody reads it");
 }
 
-TEST(Files, Are_Written_Whole_Or_Not_At_All) {
-  const C_Temp_Folder folder;
-  EXPECT_EQ(CMyFileCopy::FileExist(L"全局电机参数"), 0);
-  for (const char* text : {"old", "new"}) ASSERT_EQ(Write_Atomically("全局电机参数", text, 0604), "");
-  EXPECT_EQ(std::filesystem::status("全局电机参数").permissions(), std::filesystem::perms(0604));
-  EXPECT_EQ(File_Text("全局电机参数"), "new");
-  EXPECT_EQ(CMyFileCopy::FileExist(L"全局电机参数"), 1);
-  EXPECT_EQ(CMyFileCopy::FileExist(L"."), 0) << "a folder is no file";
-  std::filesystem::create_directory("taken");
-  EXPECT_EQ(Write_Atomically("taken", "x", 0600), "Is a directory");
-  EXPECT_EQ(Write_Atomically("missing/store", "x", 0600), "No such file or directory");
-  // Nothing half written stays behind.
-  EXPECT_EQ(std::distance(std::filesystem::directory_iterator("."), std::filesystem::directory_iterator()), 2);
+TEST(Files, Exist_Unless_They_Are_Folders) {
+  EXPECT_EQ(CMyFileCopy::FileExist(L"/proc/self/exe"), 1);
+  for (const wchar_t* none : {L"/proc", L"missing"}) EXPECT_EQ(CMyFileCopy::FileExist(none), 0);
 }
 
 TEST(Processes, Paths_Are_Cut_At_Their_Last_Separator_And_Dot) {
-  const std::wstring paths[][5] = {
-      {L"/opt/ors.d/orsanta.bin.exe", L"", L"/opt/ors.d/", L"orsanta.bin", L".exe"},
-      {L"D:\\设备\\Orsanta.exe", L"D:", L"\\设备\\", L"Orsanta", L".exe"},
-      {L"/a.b/c", L"", L"/a.b/", L"c", L""},
-      {L".hidden", L"", L"", L".hidden", L""},
-      {L"C:x", L"C:", L"", L"x", L""},
-  };
-  for (const auto& [path, drive, dir, name, ext] : paths) {
-    std::wstring parts[4];
-    CMyExecuteProc::SplitPath(path.c_str(), parts[0], parts[1], parts[2], parts[3]);
-    EXPECT_THAT(parts, testing::ElementsAre(drive, dir, name, ext));
+  for (const std::wstring expected :
+       {L"|/opt/ors.d/|orsanta.bin|.exe", L"D:|\\设备\\|Orsanta|.exe", L"|/a.b/|c|", L"||.hidden|", L"C:||x|"}) {
+    std::wstring path = expected, drive, dir, name, ext;
+    std::erase(path, L'|');
+    CMyExecuteProc::SplitPath(path, drive, dir, name, ext);
+    EXPECT_EQ(drive + L'|' + dir + L'|' + name + L'|' + ext, expected);
   }
 }
 
 TEST(Processes, Are_Found_By_Their_Executable_And_By_The_Name_They_Were_Started_As) {
   const C_Temp_Folder folder;
   std::filesystem::copy_file("/bin/sleep", "replaced");
-  CMyArray<int> ids;
-  const auto count = [&ids](const wchar_t* name) {
-    return CProcessAndThreadSnapShot::GetProcessIDFromProcessName(name, ids, 0);
-  };
   const C_Other_Process child([] { execl("./replaced", "C:\\设备\\Orsanta_of_a_test.exe", "60", nullptr); });
   std::filesystem::remove("replaced");
-  EXPECT_EQ(count(L"Orsanta_of_a_test.exe") + count(L"replaced") + count(L"no such program"), 2);
+  CMyArray<int> ids;
+  int found = 0;
+  for (const wchar_t* name : {L"Orsanta_of_a_test.exe", L"replaced", L"no such program"})
+    found += CProcessAndThreadSnapShot::GetProcessIDFromProcessName(name, ids, 0);
+  EXPECT_EQ(found, 2);
   EXPECT_THAT(std::vector<int>(ids.begin(), ids.end()), testing::ElementsAre(child.Id(), child.Id()));
 }
 
 // As GNU Octave writes such a file and NumPy reads it.
 TEST(Vector_Files, Keep_Every_Bit_Under_Any_Name_And_Are_Replaced_Whole) {
   const C_Temp_Folder folder;
-  const double values[] = {0.1,          -1.0 / 3.0, 5e-324,   std::numeric_limits<double>::max(), -0.0, 1e22,
+  const double values[] = {0.1,          -1.0 / 3.0, 5e-324,   1.7976931348623157e308, -0.0, 1e22,
                            std::nan(""), HUGE_VAL,   -HUGE_VAL};
-  const struct {
-    const wchar_t* name;
-    int count;
-    const char* file;
-    const char* text;
-  } files[] = {
-      {L"x_data.dat", 1, "历史数据/x_data.dat",
-       "# x_data.dat\n# name: x_data\n# type: matrix\n# rows: 1\n# columns: 1\n0.10000000000000001\n"},
-      {L"x_data.dat", 9, "历史数据/x_data.dat",
-       "# x_data.dat\n# name: x_data\n# type: matrix\n# rows: 9\n# columns: 1\n0.10000000000000001\n"
-       "-0.33333333333333331\n4.9406564584124654e-324\n1.7976931348623157e+308\n-0\n1e+22\nNaN\nInf\n-Inf\n"},
-      {L"Ab1 12月\n5/9\\秒\r", 1, "历史数据/Ab1 12月_5_9_秒_.txt",
-       "# Ab1 12月_5_9_秒_\n# name: Ab1_12__5_9___\n# type: matrix\n# rows: 1\n# columns: 1\n0.10000000000000001\n"},
-      {L"7az.txt", 0, "历史数据/7az.txt", "# 7az.txt\n# name: _7az\n# type: matrix\n# rows: 0\n# columns: 1\n"},
-      {L"", 0, "历史数据/.txt", "# \n# name: _\n# type: matrix\n# rows: 0\n# columns: 1\n"},
+  const std::string one = "0.10000000000000001\n";
+  const std::tuple<const wchar_t*, std::string, std::string, int, std::string> files[] = {
+      {L"x_data.dat", "x_data.dat", "x_data.dat\n# name: x_data", 9,
+       one + "-0.33333333333333331\n4.9406564584124654e-324\n1.7976931348623157e+308\n-0\n1e+22\nNaN\nInf\n-Inf\n"},
+      {L"x_data.dat", "x_data.dat", "x_data.dat\n# name: x_data", 1, one},
+      {L"Ab1 12月\n5/9\\秒\r", "Ab1 12月_5_9_秒_.txt", "Ab1 12月_5_9_秒_\n# name: Ab1_12__5_9___", 1, one},
+      {L"7az.txt", "7az.txt", "7az.txt\n# name: _7az", 0, ""},
+      {L"", ".txt", "\n# name: _", 0, ""},
   };
   CMatLab_Matrix_Data exporter;
   exporter.SetBaseSaveFileDir_SubDir(L"历史数据", 1);
-  for (const auto& file : files) {
-    EXPECT_EQ(exporter.Save_Double_Vector(values, file.count, file.name), 1);
-    EXPECT_EQ(File_Text(file.file), file.text);
-    EXPECT_EQ(std::filesystem::status(file.file).permissions(), std::filesystem::perms(0644));
+  for (const auto& [name, file, head, count, lines] : files) {
+    EXPECT_EQ(exporter.Save_Double_Vector(values, count, name), 1);
+    EXPECT_EQ(File_Text("历史数据/" + file),
+              Format_Utf8("# %s\n# type: matrix\n# rows: %d\n# columns: 1\n", head.c_str(), count) + lines);
+    EXPECT_EQ(std::filesystem::status("历史数据/" + file).permissions(), std::filesystem::perms(0644));
   }
 }
 
-TEST(Vector_Files, A_Failure_Is_Shown_Once_With_File_And_Reason) {
+TEST(Vector_Files, A_Failure_Is_Shown_Once_With_File_And_Reason_And_Leaves_Nothing) {
   const C_Temp_Folder folder;
-  ASSERT_EQ(Write_Atomically("历史数据", "a file where the folder should be", 0600), "");
+  std::filesystem::create_directories("taken/y_data.dat");
+  std::ofstream("file");
   CMatLab_Matrix_Data exporter;
-  exporter.SetBaseSaveFileDir_SubDir(L"历史数据", 1);
-  testing::internal::CaptureStderr();
-  EXPECT_EQ(exporter.Save_Double_Vector(nullptr, 0, L"y_data.dat"), 0);
-  EXPECT_THAT(testing::internal::GetCapturedStderr(),
-              testing::MatchesRegex("[^\n]*历史数据/y_data.dat[^\n]*Not a directory[^\n]*\n"));
+  for (const wchar_t* where : {L"taken", L"file"}) {
+    exporter.SetBaseSaveFileDir_SubDir(where, 1);
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(exporter.Save_Double_Vector(nullptr, 0, L"y_data.dat"), 0);
+    EXPECT_THAT(testing::internal::GetCapturedStderr(),
+                testing::MatchesRegex("[^\n]*" + To_Utf8(where) + "/y_data.dat[^\n]*(Is|Not) a directory[^\n]*\n"));
+  }
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator("taken"), {}), 1);
 }
 
 }  // namespace
