@@ -47,6 +47,13 @@ bool Find_Program(char (&path)[PATH_MAX]) {
   return Is_Beside(host, path);
 }
 
+// Nobody ever writes: the stream ends when the last who could is gone.
+void Wait_For_End_Of(int stream) {
+  char nothing = 0;
+  while (read(stream, &nothing, 1) < 0 && errno == EINTR) {
+  }
+}
+
 // The waiting child is a copy of a broken process with one thread: it calls the system and nothing else. It keeps
 // nothing of the process but the end of `pipe`: no file, lock or port, no terminal, no raised priority.
 [[noreturn]] void Wait_And_Run(const char* program, int pipe, const char* report, const char* dump) {
@@ -63,10 +70,7 @@ bool Find_Program(char (&path)[PATH_MAX]) {
   sigemptyset(&none);
   sigprocmask(SIG_SETMASK, &none, nullptr);
 
-  // The process never writes: the stream ends with the process.
-  char nothing = 0;
-  while (read(STDIN_FILENO, &nothing, 1) < 0 && errno == EINTR) {
-  }
+  Wait_For_End_Of(STDIN_FILENO);  // that is, of the process
   execl(program, Program_Name, report, dump, static_cast<char*>(nullptr));
   _exit(127);
 }
@@ -76,10 +80,14 @@ bool Find_Program(char (&path)[PATH_MAX]) {
 void Show_Report_After_End(const char* report, const char* dump) {
   char program[PATH_MAX];
   if ((!Is_Set("DISPLAY") && !Is_Set("WAYLAND_DISPLAY")) || !Find_Program(program)) return;
-  int ends[2];
-  if (pipe2(ends, O_CLOEXEC) != 0) return;
+  int ends[2], kept[2];
+  if (pipe2(ends, O_CLOEXEC) != 0 || pipe2(kept, O_CLOEXEC) != 0) return;
   // _Fork, since fork would wait for the locks of the heap.
-  if (_Fork() == 0) Wait_And_Run(program, ends[0], report, dump);
+  const pid_t child = _Fork();
+  if (child == 0) Wait_And_Run(program, ends[0], report, dump);
+  close(kept[1]);
+  // The process ends once the child has let go of what it has a copy of: a lock must not outlive its process.
+  if (child > 0) Wait_For_End_Of(kept[0]);
 }
 
 }  // namespace orsanta
