@@ -20,7 +20,7 @@ std::string Build_Id(const dl_phdr_info& module) {
   for (int i = 0; i < module.dlpi_phnum; ++i) {
     const ElfW(Phdr)& segment = module.dlpi_phdr[i];
     if (segment.p_type != PT_NOTE) continue;
-    const char* place = reinterpret_cast<const char*>(module.dlpi_addr + segment.p_vaddr);
+    const char* place = reinterpret_cast<const char*>(module.dlpi_addr + segment.p_vaddr);  // NOLINT: a number there
     const char* end = place + segment.p_memsz;
     while (place + sizeof(ElfW(Nhdr)) <= end) {
       ElfW(Nhdr) note;
