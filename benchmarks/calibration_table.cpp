@@ -49,8 +49,8 @@ void Print_Table(const char* title, C_VoiceMotor& station) {
 }
 
 void Calibrate(C_VoiceMotor& station, C_Scripted_Front& front, const char* title, std::vector<double> heights) {
-  C_Calibration_Operator person = Whole_Range();
-  person.heights = std::move(heights);
+  // Currents that cover forces to some 450 g on parts to 7 mm.
+  C_Calibration_Operator person{5.0, 0.5, 10, std::move(heights)};
   person.Prepare(front);
   station.Calibrate_Force();
   simulator::Set_Head_Height(Id, 0.0);

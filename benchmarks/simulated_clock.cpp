@@ -16,14 +16,14 @@ namespace {
 void Hand_Over(benchmark::State& state) {
   const C_Simulated_Clock clock(1);
   bool be_end = false;
-  std::mutex lock;
+  C_Leaf_Lock lock;
   C_Wait_Point end("end");
   std::vector<std::unique_ptr<C_Thread>> idle;
   for (int64_t i = 0; i < state.range(0); ++i) {
     idle.push_back(std::make_unique<C_Thread>());
     idle.back()->Start("idle", [&] {
-      std::unique_lock<std::mutex> holder(lock);
-      while (!be_end) end.Wait(holder);
+      const C_Lock_Guard hold(lock);
+      while (!be_end) end.Wait(lock);
     });
   }
   C_Thread other;
@@ -33,7 +33,7 @@ void Hand_Over(benchmark::State& state) {
   });
   for (auto _ : state) Sleep(2);
   {
-    const std::lock_guard<std::mutex> holder(lock);
+    const C_Lock_Guard hold(lock);
     be_end = true;
     end.Notify_All();
   }

@@ -26,8 +26,8 @@ inline void On_Qt(const std::function<void()>& work) {
 }
 
 // Asks on the Qt thread until the answer is yes; false after the time.
-inline bool Wait_On_Qt(const std::function<bool()>& question) {
-  for (int waited_ms = 0; waited_ms <= 5000; waited_ms += 5) {
+inline bool Wait_On_Qt(const std::function<bool()>& question, int longest_ms = 5000) {
+  for (int waited_ms = 0; waited_ms <= longest_ms; waited_ms += 5) {
     bool answer = false;
     if (QCoreApplication::instance() != nullptr) On_Qt([&] { answer = question(); });
     if (answer) return true;
