@@ -61,15 +61,15 @@ class get_time {
 
 void C_VoiceMotor::Export_History() {
   const std::wstring time_text = get_time().Time_Text();  // once, so that the four files share it
-  const auto save = [&](const wchar_t* prefix, const C_History& history) {
+  const auto save = [&](const CMyStringW& prefix, const C_History& history) {
     const CMyArray<double> values = history.Copy();
-    const std::wstring name = prefix + std::to_wstring(CanID) + L" " + time_text;
+    const std::wstring name = prefix.Text() + time_text;
     m_MatData.Save_Double_Vector(values.GetData(), values.GetSize(), name.c_str());
   };
-  save(L"ThicknessArray", ThicknessArray);
-  save(L"TempArray", TempArray);
-  save(L"TestTimeArray", TestTimeArray);
-  save(L"SlowTestData", SlowTestData);
+  save(Format_Text("ThicknessArray%d ", CanID), ThicknessArray);
+  save(Format_Text("TempArray%d ", CanID), TempArray);
+  save(Format_Text("TestTimeArray%d ", CanID), TestTimeArray);
+  save(Format_Text("SlowTestData%d ", CanID), SlowTestData);
 }
 
 }  // namespace orsanta
