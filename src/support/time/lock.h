@@ -29,7 +29,8 @@
 namespace orsanta {
 
 // A mutex that lends its waiters' priority to its holder, so that a time-critical thread never waits for one that a
-// busy machine does not run.
+// busy machine does not run. It holds nothing that an end would have to give back: a static one serves threads that
+// still run while the process ends.
 class CAPABILITY("leaf lock") C_Leaf_Lock {
  public:
   C_Leaf_Lock() {
@@ -39,7 +40,6 @@ class CAPABILITY("leaf lock") C_Leaf_Lock {
     pthread_mutex_init(&m_Mutex, &attributes);
     pthread_mutexattr_destroy(&attributes);
   }
-  ~C_Leaf_Lock() { pthread_mutex_destroy(&m_Mutex); }
   C_Leaf_Lock(const C_Leaf_Lock&) = delete;
   C_Leaf_Lock& operator=(const C_Leaf_Lock&) = delete;
 
