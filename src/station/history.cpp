@@ -1,11 +1,6 @@
-// The station's histories and their export. The files are a snapshot that nothing reads back.
 #include "station/history.h"
 
 #include <algorithm>
-
-#include "station/voice_motor.h"
-#include "support/system/wide_string.h"
-#include "support/time/clock.h"
 
 namespace orsanta {
 
@@ -44,32 +39,6 @@ int C_History::GetSize() const {
 void C_History::Clear() {
   const C_Lock_Guard hold(m_Lock);
   m_Values.Clear();
-}
-
-namespace {
-
-// The local date and time as it stands in file names; the year is left out.
-class get_time {
- public:
-  std::wstring Time_Text() const {
-    const C_Local_Time now = Local_Time_Now();
-    return Format_Text("%d月%d日%d时%d分%d秒", now.month, now.day, now.hour, now.minute, now.second).Text();
-  }
-};
-
-}  // namespace
-
-void C_VoiceMotor::Export_History() {
-  const std::wstring time_text = get_time().Time_Text();  // once, so that the four files share it
-  const auto save = [&](const CMyStringW& prefix, const C_History& history) {
-    const CMyArray<double> values = history.Copy();
-    const std::wstring name = prefix.Text() + time_text;
-    m_MatData.Save_Double_Vector(values.GetData(), values.GetSize(), name.c_str());
-  };
-  save(Format_Text("ThicknessArray%d ", CanID), ThicknessArray);
-  save(Format_Text("TempArray%d ", CanID), TempArray);
-  save(Format_Text("TestTimeArray%d ", CanID), TestTimeArray);
-  save(Format_Text("SlowTestData%d ", CanID), SlowTestData);
 }
 
 }  // namespace orsanta

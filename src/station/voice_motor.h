@@ -18,8 +18,8 @@
 // Store. The parameters live in the store "音圈电机%d参数" (with CanID) in the working directory. The constructor loads
 // them, Save and the destructor write them. A parameter that the store lacks keeps its default.
 //
-// The cycles stand in one file each: thickness_cycle.cpp, landing.cpp, force_model.cpp, calibration.cpp,
-// identification.cpp, history.cpp, parameters.cpp, station_dialogs.cpp.
+// The sequences stand in one file each: thickness_cycle.cpp, landing.cpp, calibration.cpp; beside them force_model.cpp
+// and station_dialogs.cpp.
 #pragma once
 
 #include <memory>
@@ -62,7 +62,7 @@ class C_VoiceMotor : public CAutoSaveClassData2 {
   C_VoiceMotor(const C_VoiceMotor&) = delete;
   C_VoiceMotor& operator=(const C_VoiceMotor&) = delete;
 
-  // --- Parameters (parameters.cpp) ---
+  // --- Parameters ---
 
   // Writes the parameters to the station's store. Any thread.
   void Save();
@@ -77,7 +77,7 @@ class C_VoiceMotor : public CAutoSaveClassData2 {
   // 0 to 9; returns 1, or 0 for any other mode, which is refused.
   int Set_TestMode(int mode);
 
-  // --- State flags (parameters.cpp); any thread. Take_ reads and clears ---
+  // --- State flags; any thread. Take_ reads and clears ---
 
   int Get_Motor_Ready() const { return Motor_Ready; }
   void Set_Test_Finish();  // Test_Finish and Test_Finish_Panel := 1
@@ -156,7 +156,7 @@ class C_VoiceMotor : public CAutoSaveClassData2 {
   // Writes back what Get_Key_Window gives. Required: both arguments are ignored; hosts pass what they have. Always 1.
   int Set_Key_Window(double start_margin, double key_dis);
 
-  // --- Calibration (calibration.cpp) and identification (identification.cpp) ---
+  // --- Calibration (calibration.cpp) ---
 
   // The force calibration with the operator's help, in dialogs on the calling thread. Returns 1 when it ended with
   // parameters set, 0 when the operator cancelled.
@@ -167,7 +167,7 @@ class C_VoiceMotor : public CAutoSaveClassData2 {
   // The friction force of the fit at each position.
   CMyArray<double> Friction_Forces(CMyArray<double> positions, FitData fit) const;
 
-  // --- History (history.cpp) ---
+  // --- History ---
 
   // Writes the four histories to vector files, with the station and the local time in their names.
   void Export_History();

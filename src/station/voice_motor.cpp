@@ -1,11 +1,12 @@
-// What a station is apart from its cycles: its life, its store, its flags and its link.
+// What a station is apart from its cycles: its life, its store, its flags, its link and the export of its histories.
+#include "station/voice_motor.h"
+
 #include <cmath>
 #include <utility>
 
 #include "drive/interpolation_motor.h"
 #include "drive/motor.h"
 #include "station/debug_com.h"
-#include "station/voice_motor.h"
 #include "support/dialog/message_box.h"
 #include "support/time/clock.h"
 
@@ -15,6 +16,15 @@ namespace {
 
 constexpr int First_Fault_Read_Ms = 1000;  // for the drive's first fault word
 constexpr double Last_Can_Id = 63.0;       // of a bus
+
+// The local date and time as it stands in file names; the year is left out.
+class get_time {
+ public:
+  std::wstring Time_Text() const {
+    const C_Local_Time now = Local_Time_Now();
+    return Format_Text("%d月%d日%d时%d分%d秒", now.month, now.day, now.hour, now.minute, now.second).Text();
+  }
+};
 
 }  // namespace
 
@@ -211,6 +221,20 @@ void C_VoiceMotor::Renew_Debug_Com() {
   link = std::make_shared<C_VoiceDebugCom>(CanID);
   const C_Lock_Guard hold(m_Link_Lock);
   m_pDebugCom = std::move(link);
+}
+
+// The files are a snapshot that nothing reads back.
+void C_VoiceMotor::Export_History() {
+  const std::wstring time_text = get_time().Time_Text();  // once, so that the four files share it
+  const auto save = [&](const CMyStringW& prefix, const C_History& history) {
+    const CMyArray<double> values = history.Copy();
+    const std::wstring name = prefix.Text() + time_text;
+    m_MatData.Save_Double_Vector(values.GetData(), values.GetSize(), name.c_str());
+  };
+  save(Format_Text("ThicknessArray%d ", CanID), ThicknessArray);
+  save(Format_Text("TempArray%d ", CanID), TempArray);
+  save(Format_Text("TestTimeArray%d ", CanID), TestTimeArray);
+  save(Format_Text("SlowTestData%d ", CanID), SlowTestData);
 }
 
 }  // namespace orsanta
