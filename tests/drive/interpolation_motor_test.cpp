@@ -4,7 +4,7 @@
 #include <memory>
 
 #include "common/temp_folder.h"
-#include "drive/room.h"
+#include "drive/testbed.h"
 #include "drive/tremalink.h"
 
 namespace orsanta {
@@ -15,7 +15,7 @@ constexpr double Count_Mm = 0.001;  // one encoder count at the start scale
 constexpr double Edge_Mm = -4.0;
 constexpr double Second_Edge_Mm = 3.25;
 
-class Interpolation_Motor : public Room {
+class Interpolation_Motor : public Testbed {
  protected:
   Interpolation_Motor() {
     Reset({.temperature_boards = {Id}, .sample_ms = 0.5, .encoder_step_mm = 0.0, .noise_mm = 0.0});

@@ -1,12 +1,12 @@
 #include "drive/io_card.h"
 
-#include "drive/room.h"
+#include "drive/testbed.h"
 #include "drive/tremalink.h"
 
 namespace orsanta {
 namespace {
 
-using Io_Card = Room;
+using Io_Card = Testbed;
 
 TEST_F(Io_Card, Maps_Eight_Channels_Once_And_Reads_And_Writes_Them) {
   Reset();

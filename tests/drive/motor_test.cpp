@@ -3,7 +3,7 @@
 #include <cmath>
 #include <memory>
 
-#include "drive/room.h"
+#include "drive/testbed.h"
 #include "drive/tremalink.h"
 
 namespace orsanta {
@@ -13,7 +13,7 @@ constexpr int Id = 3;
 constexpr int Server_Thread = 2;
 constexpr double Raw_Per_Mm = 65536000.0;
 
-class Motor : public Room {
+class Motor : public Testbed {
  protected:
   Motor() { Reset({.first_drive_id = Id, .drives = 3, .io_card = false, .noise_mm = 0.0}); }
 };
@@ -81,7 +81,7 @@ TEST_F(Motor, Tells_What_Keeps_A_Drive_From_Its_Map) {
 }
 
 // The check of a drive that homes by itself: over its whole stroke when it is sound, then with a failure at each step.
-TEST_F(Room, The_Check_Of_A_Drive_Runs_Over_Its_Stroke_Or_Ends_With_The_Words_Of_The_First_Failure) {
+TEST_F(Testbed, The_Check_Of_A_Drive_Runs_Over_Its_Stroke_Or_Ends_With_The_Words_Of_The_First_Failure) {
   Reset({.counts_per_mm = 2000.0});
   C_Kestrune_Motor_test motor(3, 1, 1);
   motor.SetScale(2000.0);

@@ -22,7 +22,7 @@ namespace orsanta {
 using Texts = std::vector<std::wstring>;
 using Results = std::vector<int>;  // of operations, in the order of the calls
 
-class Room : public testing::Test {
+class Testbed : public testing::Test {
  protected:
   // A room with the pace of this run.
   static void Reset(simulator::Settings settings = {}) {
