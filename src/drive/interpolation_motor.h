@@ -145,7 +145,7 @@ class C_Interpolation_Voice_Motor {
   // The samples that wait on a port without a window: 18, or 21 to 24.
   int Get_Fifo(int port, CMyArray<double>& samples);
 
-  // --- Homing (homing.cpp) ---
+  // --- Homing (interpolation_homing.cpp) ---
 
   // Maps, measures the stroke and runs the axis back and forth. can_id goes into the report texts only. max, min in mm.
   int Home_And_Check(int can_id, double& max, double& min);

@@ -25,7 +25,6 @@ constexpr double Raw_Per_Count = 65536.0;
 constexpr double Sleep_Above_Current = 11.0;  // amperes
 constexpr double Open_Clamp_Current = 40.0;   // amperes, beyond what the coil ever draws
 
-constexpr int Poll_Budget = 5000;  // polls of 1 ms
 constexpr int Busy_Sleep_Ms = 10;
 constexpr int Run_Flag_Unreadable = 2;
 
@@ -272,27 +271,6 @@ int C_Kestrune_Motor_test::TillStop() {
     if (polls > Poll_Budget) Message_Box(L"到位超时");
     if (flag == 0) return 1;
   }
-}
-
-int C_Kestrune_Motor_test::Wait_For_Ready_Flag(int wanted, int& flag, int& polls) {
-  while (flag != wanted) {
-    Sleep(1);
-    flag = Check_Ready();
-    ++polls;
-    if (polls > Poll_Budget) return 0;
-  }
-  return 1;
-}
-
-int C_Kestrune_Motor_test::Measure_Stroke(double& max, double& min) {
-  Output(Out_Home, "回零命令", 0.0);
-  int flag = 1;
-  int polls = 0;  // one budget for the start and the end of the drive's homing
-  if (Wait_For_Ready_Flag(0, flag, polls) != 1) return 0;
-  if (Wait_For_Ready_Flag(1, flag, polls) != 1) return 0;
-  Sleep(1);
-  if (Read_Once(In_Stroke_Lower, min) != 1) return 0;
-  return Read_Once(In_Stroke_Upper, max);
 }
 
 int C_Kestrune_Motor_test::Go_Zero() {

@@ -118,13 +118,16 @@ class C_Kestrune_Motor_test {
   // Waits until the run flag reads 0. After 5000 polls of 1 ms each further poll shows the time-out box and the wait
   // goes on. 0 when the flag cannot be read.
   int TillStop();
+  // The drive's zero routine: a pass over its 256 registers and device instruction 0x55.
+  int Go_Zero();
+
+  // --- Homing (motor_homing.cpp) ---
+
   // Runs the drive's own homing and stroke measurement. max, min: the ends of the stroke, raw. 0 when the drive takes
   // more than 5000 polls of 1 ms or sends no ends.
   int Measure_Stroke(double& max, double& min);
-  // The drive's zero routine: a pass over its 256 registers and device instruction 0x55.
-  int Go_Zero();
-  // Maps, homes and runs the drive over its stroke in steps and back and forth (homing.cpp). can_id goes into the
-  // report texts only. max, min: the ends of the stroke in mm. The first failure is told in a box and ends it with 0.
+  // Maps, homes and runs the drive over its stroke in steps and back and forth. can_id goes into the report texts only.
+  // max, min: the ends of the stroke in mm. The first failure is told in a box and ends it with 0.
   int Home_And_Check(int can_id, double& max, double& min);
 
   // --- Channel reads ---
@@ -142,6 +145,8 @@ class C_Kestrune_Motor_test {
   C_FIFO2Window m_PosWindow;  // the actual position, raw
 
  private:
+  static constexpr int Poll_Budget = 5000;  // polls of 1 ms: for a move, and for a homing from start to end
+
   int Input_Channel(int k) const;
   int Output_Channel(int k) const;
   // Writes a value to output channel k: the one way out to the drive. what: the operator's word for the value.

@@ -1,9 +1,7 @@
-// Homing and the check of a motor over its stroke, for both drive classes.
-#include <cmath>
-
+// Homing on a sensor edge under the server's control, and the check of an axis over its stroke.
 #include "drive/interpolation_motor.h"
-#include "drive/motor.h"
 #include "drive/sent_value.h"
+#include "drive/stroke_check.h"
 #include "drive/tremalink.h"
 #include "support/dialog/message_box.h"
 #include "support/time/clock.h"
@@ -12,117 +10,34 @@ namespace orsanta {
 
 namespace {
 
-constexpr int Shuttle_Passes = 5;
-constexpr double Stroke_Parts = 10.0;
-// Step of the interpolation class over its stroke. Required: the stroke is in mm, so that both step loops take at most
-// one step; the self-test of a machine is timed for that.
-constexpr double Interpolation_Step = 16384000.0;
-
-constexpr double Stop_Search_Current = 1.0;  // amperes
-constexpr double Stop_Search_Speed = 10.0;   // mm/s
-constexpr double Stop_Search_End = 15.0;     // mm, beyond the mechanical stop
-
 constexpr double Home_Acceleration = 5000.0;  // mm/s^2
 constexpr double Home_Jerk = 500000.0;        // mm/s^3
-constexpr double Approach_Jerk = 1000000.0;   // mm/s^3
-constexpr double Pass_Speed_Factor = 10.0;    // each pass is this much slower than the one before
-constexpr int Home_Passes = 3;
-constexpr int Watch_Sleep_Ms = 100;
-constexpr double Current_Settle_Ms = 100.0;
-constexpr double Zero_Settle_Ms = 200.0;
 
 constexpr int Home_Mode_Simple = 1;
 constexpr int Home_Mode_Approach = 2;
 constexpr int Home_Timed_Out = -1;
 
-constexpr const wchar_t* Forward_Failed = L"正向运动无法到位";
-constexpr const wchar_t* Reverse_Failed = L"反向运动无法到位";
-constexpr const wchar_t* Middle_Failed = L"无法回中";
-
-// Runs over the stroke in steps, out from min and back from max. go(x) moves and returns 1 on arrival. Returns null, or
-// the words of the first move that did not arrive. Required: max is left out on the way out and min on the way back,
-// give or take a rounded sum, since a machine may stop short of its own ends.
-template <class C_Go>
-const wchar_t* Step_Over_Stroke(C_Go go, double max, double min, double step) {
-  for (double x = min; max > x; x += step) {
-    if (go(x) != 1) return Forward_Failed;
-  }
-  for (double x = max; x > min; x -= step) {
-    if (go(x) != 1) return Reverse_Failed;
-  }
-  return nullptr;
-}
-
-// Runs back and forth between the ends with a stop in the middle. Results as above.
-template <class C_Go>
-const wchar_t* Shuttle(C_Go go, double max, double min) {
-  const double middle = (max + min) / 2;
-  for (int pass = 0; pass < Shuttle_Passes; ++pass) {
-    if (go(max) != 1) return Forward_Failed;
-    if (go(middle) != 1) return Middle_Failed;
-    if (go(min) != 1) return Reverse_Failed;
-    if (go(middle) != 1) return Middle_Failed;
-  }
-  return nullptr;
-}
-
-// Tells the operator which drive failed at what. Returns 0, the result of the failed check.
-int Report_Failure(int can_id, const wchar_t* words) {
-  CMyStringW str = Format_Text("ID:%d的驱动器", can_id);
-  str.Append(words);
-  Message_Box(str);
-  return 0;
-}
-
 }  // namespace
-
-// --- C_Kestrune_Motor_test: the drive homes by itself ---
-
-int C_Kestrune_Motor_test::Home_And_Check(int can_id, double& max, double& min) {
-  if (Map_Once() != 1) return 0;  // "无法映射ID:%d" would say no more than the report that the mapping has shown
-  if (Check_Ready() != 1) return Report_Failure(can_id, L"无法回零");
-  if (Measure_Stroke(max, min) != 1) return Report_Failure(can_id, L"无法测量行程");
-  max /= m_Scale;
-  min /= m_Scale;
-
-  const auto go = [this](double mm) { return Go_Pos(mm); };
-  const wchar_t* failure = Step_Over_Stroke(go, max, min, (max - min) / Stroke_Parts);
-  if (failure != nullptr) return Report_Failure(can_id, failure);
-  uint16_t ver = 0;
-  uint32_t bcd_date = 0;
-  if (Get_Version(ver, bcd_date) != 1)
-    return Report_Failure(can_id, L"无法获取版本号");  // a proof of the link, no more
-  failure = Shuttle(go, max, min);
-  if (failure != nullptr) return Report_Failure(can_id, failure);
-  Go_Pos(min);
-  return 1;
-}
-
-// --- C_Interpolation_Voice_Motor: homing on a sensor, under the server's control ---
 
 int C_Interpolation_Voice_Motor::Home_And_Check(int can_id, double& max, double& min) {
   if (Map_Once() != 1) return 0;
-  if (Check_Map_Stop() != 1) return Report_Failure(can_id, L"无法回零");
-  if (Measure_Stroke(max, min) != 1) return Report_Failure(can_id, L"无法测量行程");
-
-  const auto go = [this](double mm) { return Go_Wait(mm); };
-  const wchar_t* failure = Step_Over_Stroke(go, max, min, Interpolation_Step);
-  if (failure != nullptr) return Report_Failure(can_id, failure);
-  uint16_t ver = 0;
-  uint32_t bcd_date = 0;
-  if (Get_Version(ver, bcd_date) != 1) return Report_Failure(can_id, L"无法获取版本号");
-  failure = Shuttle(go, max, min);
-  if (failure != nullptr) return Report_Failure(can_id, failure);
-  return 1;
+  if (Check_Map_Stop() != 1) return stroke_check::Report_Failure(can_id, stroke_check::Home_Failed);
+  if (Measure_Stroke(max, min) != 1) return stroke_check::Report_Failure(can_id, stroke_check::Stroke_Failed);
+  // Required: the step is longer than any stroke in mm, so that both step loops take at most one step; the self-test of
+  // a machine is timed for that.
+  constexpr double Step = 16384000.0;
+  return stroke_check::Run(*this, &C_Interpolation_Voice_Motor::Go_Wait, can_id, max, min, Step);
 }
 
 int C_Interpolation_Voice_Motor::Measure_Stroke(double& max, double& min) {
-  Set_Current_Pos(Stop_Search_Current);
-  Set_Current_Neg(-Stop_Search_Current);
-  Set_Max_Vel(Stop_Search_Speed);
-  Go_Wait(Stop_Search_End);
+  constexpr double Current = 1.0;  // amperes
+  constexpr double End = 15.0;     // mm, beyond the mechanical stop
+  Set_Current_Pos(Current);
+  Set_Current_Neg(-Current);
+  Set_Max_Vel(10.0);
+  Go_Wait(End);
   Get_Cur_Pos(max);
-  Go_Wait(-Stop_Search_End);
+  Go_Wait(-End);
   Get_Cur_Pos(min);
   Go_Wait(0.0);
   return 1;
@@ -144,7 +59,7 @@ int C_Interpolation_Voice_Motor::Go_Home(int dir, double offset) {
   SET_AXIS_ZEROS(m_ThreadNum, m_Axis, 0.0);
   Reset_Current_Limit();
   Till_Stop(0);
-  Till_Time(Current_Settle_Ms);
+  Till_Time(100.0);  // until the currents have settled
   WaitForAllInsFinish(m_ThreadNum);
 
   Queue_Home_Passes(dir);
@@ -176,7 +91,7 @@ void C_Interpolation_Voice_Motor::Queue_Home_Passes(int dir) {
     STOP_S(m_ThreadNum, m_Axis);
   }
   double speed = m_HomeSpeed;
-  for (int pass = 0; pass < Home_Passes; ++pass) {
+  for (int pass = 0; pass < 3; ++pass) {
     if (pass % 2 == 0) {
       Sgo(-distance);
       TILLIO(m_ThreadNum, m_HomeIo);
@@ -185,7 +100,7 @@ void C_Interpolation_Voice_Motor::Queue_Home_Passes(int dir) {
       TILLIO_NEG(m_ThreadNum, m_HomeIo);
     }
     STOP_S(m_ThreadNum, m_Axis);
-    speed /= Pass_Speed_Factor;
+    speed /= 10.0;
     Set_Max_Vel(speed);
   }
   Till_Stop(0);
@@ -206,12 +121,13 @@ bool C_Interpolation_Voice_Motor::Is_Thread_Finished() {
 // tells the operator again: the watch ends only when the thread has finished, since an axis that may still move is not
 // to be commanded. Returns 1, or -1 when the time was up.
 int C_Interpolation_Voice_Motor::Watch_Home(int timeout_ms) {
+  constexpr int Look_Ms = 100;
   int result = 1;
   int elapsed_ms = 0;
   for (;;) {
     if (Is_Thread_Finished()) return result;
-    Sleep(Watch_Sleep_Ms);
-    elapsed_ms += Watch_Sleep_Ms;
+    Sleep(Look_Ms);
+    elapsed_ms += Look_Ms;
     if (elapsed_ms <= timeout_ms) continue;
     // The way back that was sent last time has had the sleep to leave the queue: to send it again would only hold up
     // the end of the watch.
@@ -236,7 +152,7 @@ int C_Interpolation_Voice_Motor::Go_Home_Approach(int dir, double offset, double
   Set_Enable(1);
   Set_Max_Vel(m_HomeSpeed);
   Set_Max_Acc(Home_Acceleration);
-  Set_Max_Jerk(Approach_Jerk);
+  Set_Max_Jerk(1000000.0);
   Till_Stop(0);
   USE_LOCAL_REG(m_ThreadNum);
   SET_AXIS_ZEROS(m_ThreadNum, m_Axis, 0.0);
@@ -257,7 +173,7 @@ int C_Interpolation_Voice_Motor::Zero_Correct(double x) {
   if (!May_Send(m_CanId, "零位", x)) return 0;
   SET_AXIS_ZEROS(m_ThreadNum, m_Axis, x);
   Till_Stop(1);
-  Till_Time(Zero_Settle_Ms);
+  Till_Time(200.0);  // until the axis has settled
   const C_Lock_Guard hold(m_Lock);
   double position = 0.0;
   Get_Cur_Pos(position);
