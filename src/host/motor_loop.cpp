@@ -1,14 +1,5 @@
-// The loop of the supervisor: IO inputs and serial bytes become tasks, one station for each pass.
-//
-//   level 0 asks for a measurement, level 1 for the probe to go back, and each can start only when the other has
-//   finished:
-//
-//                      level 0, Force_Back_Finish taken
-//        probe up  ------------------------------------------>  task 1, which sets Test_Finish
-//            ^                                                      |
-//            |                                                      v
-//     task 2, which sets Force_Back_Finish  <-------------------  probe on the part
-//                      level 1, Test_Finish taken
+// The loop of the supervisor: IO inputs and serial bytes become tasks, one station for each pass. Which level
+// may start which task is told in station/handshake.h.
 #include <cstring>
 
 #include "drive/motor.h"

@@ -1,4 +1,4 @@
-// What a station is apart from its cycles: its life, its store, its flags, its link and the export of its histories.
+// What a station is apart from its cycles: its life, its store, its link and the export of its histories.
 #include "station/voice_motor.h"
 
 #include <cmath>
@@ -170,29 +170,6 @@ int C_VoiceMotor::Set_TestMode(int mode) {
   if (mode < 0 || mode > 9) return 0;
   m_TestMode = mode;
   return 1;
-}
-
-void C_VoiceMotor::Set_Test_Finish() {
-  Test_Finish = 1;
-  Test_Finish_Panel = 1;
-}
-
-int C_VoiceMotor::Take_Test_Finish() {
-  const int old = Test_Finish;
-  if (old == 1) Test_Finish = 0;
-  return old;
-}
-
-int C_VoiceMotor::Take_Test_Finish_Panel() {
-  const int old = Test_Finish_Panel;
-  if (old == 1) Test_Finish_Panel = 0;
-  return old;
-}
-
-int C_VoiceMotor::Take_Force_Back_Finish() {
-  const int old = Force_Back_Finish;
-  Force_Back_Finish = 0;
-  return old;
 }
 
 int C_VoiceMotor::Report_Fault() {

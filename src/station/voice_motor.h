@@ -6,10 +6,9 @@
 //
 // Threads. The motion sequences (Detection_thickness, Land_To, Force_Back, Correct_Base) hold m_TestLock from start to
 // end and may be called from any thread: the station's task lane, the panel, the host. The lock is recursive and is
-// released on every way out. Parameters, results and flags are read and written by several threads without a lock; a
-// flag's read-and-clear is two steps. The histories, the force surface and the serial link each have a leaf lock of
-// their own, so that they may be read, replaced and cleared while a cycle runs. Dialogs and the calibration belong to
-// one panel thread.
+// released on every way out. Parameters and results are read and written by several threads without a lock. The
+// histories, the force surface and the serial link each have a leaf lock of their own, so that they may be read,
+// replaced and cleared while a cycle runs. Dialogs and the calibration belong to one panel thread.
 //
 // Memory. SlowTestData keeps at most the newest 1,000,000 position samples (Max_History_Samples), the three histories
 // with one value for each cycle at most the newest 200,000 cycles (Max_History_Cycles): some 25 megabytes a station,
@@ -27,6 +26,7 @@
 
 #include "numeric/basis_fit.h"
 #include "numeric/settling_detector.h"
+#include "station/handshake.h"
 #include "station/history.h"
 #include "support/base/array.h"
 #include "support/services/vector_file.h"
@@ -42,7 +42,7 @@ class C_Interpolation_Voice_Motor;
 class C_Kestrune_Motor_test;
 class C_VoiceDebugCom;
 
-class C_VoiceMotor : public CAutoSaveClassData2 {
+class C_VoiceMotor : public CAutoSaveClassData2, public C_Handshake {
  public:
   // Greatest lengths of the histories; the newest values are kept.
   static constexpr int Max_History_Samples = 1000000;
@@ -77,16 +77,9 @@ class C_VoiceMotor : public CAutoSaveClassData2 {
   // 0 to 9; returns 1, or 0 for any other mode, which is refused.
   int Set_TestMode(int mode);
 
-  // --- State flags; any thread. Take_ reads and clears ---
+  // --- The drive's state; any thread ---
 
   int Get_Motor_Ready() const { return Motor_Ready; }
-  void Set_Test_Finish();  // Test_Finish and Test_Finish_Panel := 1
-  int Get_Test_Finish() const { return Test_Finish; }
-  int Take_Test_Finish();        // clears only a 1
-  int Take_Test_Finish_Panel();  // clears only a 1
-  void Set_Force_Back_Finish() { Force_Back_Finish = 1; }
-  int Get_Force_Back_Finish() const { return Force_Back_Finish; }
-  int Take_Force_Back_Finish();  // always writes 0
   // Reads the drive's fault word and shows a message box for each fault. Returns 1 if the word could be read, else 0.
   int Report_Fault();
 
@@ -208,9 +201,6 @@ class C_VoiceMotor : public CAutoSaveClassData2 {
   CMyCriticalSection m_TestLock;                // held across every motion sequence
   CMatLab_Matrix_Data m_MatData;                // writes the vector files
   Shared<int> Motor_Ready;                      // 1 when the drive answered at start-up
-  Shared<int> Test_Finish;                      // 1 after each measuring task; taken by the supervisor's loop
-  Shared<int> Force_Back_Finish{1};             // 1 after each force-back task
-  Shared<int> Test_Finish_Panel;                // as Test_Finish; taken by the panel
   CPerformanceTimeValue m_BackTimer;            // since the retract command
   const int AxisNum;                            // of the resource record; kept, not read again
   Shared<double> Last_Land_Pos;                 // observed position of the last cycle, 0.0 until the first one
