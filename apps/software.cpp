@@ -6,6 +6,8 @@
 #include <cstdio>
 #include <cstring>
 
+#include "orsanta/version.h"
+
 namespace app {
 
 namespace {
@@ -46,7 +48,8 @@ int Add_Module(dl_phdr_info* module, size_t /*size*/, void* out) {
   const std::string path = module->dlpi_name;
   const std::string name = path.substr(path.rfind('/') + 1);
   if (path.empty() && text.empty()) text = std::string("orsanta ") + ORSANTA_VERSION + " (" + Build_Id(*module) + ")";
-  if (name == "liborsanta.so" || name == "libtremalink.so") text += ", " + name + " (" + Build_Id(*module) + ")";
+  for (const char* shown : {"liborsanta.so", "libtremalink.so"})  // the file's name goes on with a version
+    if (name.starts_with(shown)) text += std::string(", ") + shown + " (" + Build_Id(*module) + ")";
   return 0;
 }
 
