@@ -25,11 +25,6 @@ namespace orsanta {
 
 namespace {
 
-constexpr const wchar_t* Server_Address = L"";  // empty: the local server
-constexpr int Server_Is_Local = 1;
-constexpr int Connect_Tries = 100;  // the operator is asked after the first try beyond
-constexpr int Connect_Sleep_Ms = 100;
-
 constexpr int Depth_Status = 256;
 constexpr int Depth_Stream = 4096;
 constexpr int Fast_Window_Len = 10240;
@@ -51,67 +46,8 @@ constexpr int Second_Sensor_Bit = 6;
 
 }  // namespace
 
-CMyCriticalSection C_Interpolation_Voice_Motor::theDriveLock;
-int C_Interpolation_Voice_Motor::theDriveCount = 0;
-int C_Interpolation_Voice_Motor::theServerConnected = 0;
-CMyArray<int> C_Interpolation_Voice_Motor::theMappedIds;
-
-C_Interpolation_Voice_Motor::C_Interpolation_Voice_Motor(int can_id, int axis, int sensor_io, int thread_num,
-                                                         int connect_server, int io_can_id, int sensor_io2, int io_bit)
-    : m_ThreadNum(thread_num),
-      m_CanId(can_id),
-      m_Axis(axis),
-      m_IoCanId(io_can_id == -1 ? can_id : io_can_id),
-      m_IoBit(io_bit == -1 ? 0 : io_bit),  // without a bit the sensor is the device's own, which has a fixed one
-      m_SensorIo(sensor_io),
-      m_HomeIo(sensor_io),
-      m_SensorIo2(sensor_io2 == -1 ? sensor_io + 1 : sensor_io2) {
-  const C_Lock_Guard hold(theDriveLock);
-  ++theDriveCount;
-  if (connect_server == 1 && theServerConnected == 0) Connect();
-  m_BeMapped = Map_Once();
-}
-
-C_Interpolation_Voice_Motor::~C_Interpolation_Voice_Motor() {
-  const C_Lock_Guard hold(theDriveLock);
-  m_ThreadNum = -1;
-  for (C_FIFO2Window* window : m_WindowList) window->ReleaseSubClass_CBaseBindThread();
-  m_WindowList.Clear();
-  --theDriveCount;
-  if (theDriveCount != 0) return;
-  theMappedIds.Clear();
-  ReBuildSystem();  // the server itself goes on: other clients may stand on it
-  theServerConnected = 0;
-}
-
-void C_Interpolation_Voice_Motor::Connect() {
-  InitDevice_PC_Local_Controler(Server_Is_Local, 0);
-  Connect_Loop();
-  // What an earlier client left in the server goes; it drops the connection, so that the second loop makes the one that
-  // counts.
-  ReBuildSystem();
-  OpenCloseErrorMsgAutoAssert(0);
-  const int connected = Connect_Loop();
-  OpenCloseErrorMsgAutoAssert(0);
-  MY_DEBUG_ASSERT(connected != 0);
-  static_cast<void>(connected);
-  theServerConnected = 1;  // whatever came of it: the operator has had the question
-}
-
-// Tries until the server takes the connection or the operator gives up. After 101 failed tries each further one asks.
-int C_Interpolation_Voice_Motor::Connect_Loop() {
-  for (int count = 1;; ++count) {
-    Sleep(Connect_Sleep_Ms);
-    const wchar_t* error_code_str = nullptr;
-    const int connected = ConnectControlServer(Server_Address, 0, &error_code_str);
-    if (connected != 0) return connected;
-    if (count <= Connect_Tries) continue;
-    if (Message_Box(L"连接服务端失败，请重启服务端，或重启电脑", Box_Yes_No) != Answer_Yes) return 0;
-  }
-}
-
 int C_Interpolation_Voice_Motor::Map_Once() {
-  const C_Lock_Guard hold(theDriveLock);  // the constructor holds it already; a later call takes it here
+  const C_Lock_Guard hold(theServer.theDriveLock);  // the constructor holds it already; a later call takes it here
   for (const int id : theMappedIds) {
     if (id == m_CanId) return 1;
   }

@@ -7,6 +7,7 @@
 #include "drive/sent_value.h"
 #include "drive/thermistor.h"
 #include "drive/tremalink.h"
+#include "support/dialog/message_box.h"
 #include "support/time/clock.h"
 
 namespace orsanta {
@@ -41,6 +42,40 @@ constexpr int Port_Fault = 201;
 constexpr int Port_Encoder_Errors = 202;  // of encoder 0; the next port is encoder 1
 
 }  // namespace
+
+// The server itself goes on when the last object goes: other clients may stand on it.
+C_Server_Connection C_Interpolation_Voice_Motor::theServer(
+    {.refused_words = L"连接服务端失败，请重启服务端，或重启电脑",
+     .refused_box = Box_Yes_No,
+     .sleep_first = true,
+     .library_dialogs_off = true,
+     .last_object_goes = ReBuildSystem});
+CMyArray<int> C_Interpolation_Voice_Motor::theMappedIds;
+
+C_Interpolation_Voice_Motor::C_Interpolation_Voice_Motor(int can_id, int axis, int sensor_io, int thread_num,
+                                                         int connect_server, int io_can_id, int sensor_io2, int io_bit)
+    : m_ThreadNum(thread_num),
+      m_CanId(can_id),
+      m_Axis(axis),
+      m_IoCanId(io_can_id == -1 ? can_id : io_can_id),
+      m_IoBit(io_bit == -1 ? 0 : io_bit),  // without a bit the sensor is the device's own, which has a fixed one
+      m_SensorIo(sensor_io),
+      m_HomeIo(sensor_io),
+      m_SensorIo2(sensor_io2 == -1 ? sensor_io + 1 : sensor_io2) {
+  const C_Lock_Guard hold(theServer.theDriveLock);
+  const int connected = theServer.Join(connect_server);
+  MY_DEBUG_ASSERT(connected == 1);
+  static_cast<void>(connected);  // whatever came of it: the operator has had the question
+  m_BeMapped = Map_Once();
+}
+
+C_Interpolation_Voice_Motor::~C_Interpolation_Voice_Motor() {
+  const C_Lock_Guard hold(theServer.theDriveLock);
+  m_ThreadNum = -1;
+  for (C_FIFO2Window* window : m_WindowList) window->ReleaseSubClass_CBaseBindThread();
+  m_WindowList.Clear();
+  if (theServer.Leave() == 0) theMappedIds.Clear();
+}
 
 // --- Instruction stream ---
 

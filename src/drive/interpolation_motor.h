@@ -11,7 +11,7 @@
 // Threads: any thread may call. Instructions of one object go to one instruction thread of the server, in the order of
 // the calls. m_Lock keeps the scale and the zero offset together with a position read. Homing runs on the calling
 // thread, blocks it for seconds, and takes m_Lock only to move the zero offset. Construction and destruction are
-// guarded by theDriveLock.
+// guarded by theServer.theDriveLock.
 //
 // Unless told otherwise an operation returns 1 for success and 0 for failure. A value that is no number is never sent:
 // the operation tells the operator and returns 0. Broken preconditions (a scale of 0, an unmapped axis) are assertion
@@ -21,6 +21,7 @@
 #include <cstdint>
 
 #include "drive/fifo_window.h"
+#include "drive/server_connection.h"
 #include "support/base/array.h"
 #include "support/time/critical_section.h"
 #include "support/time/shared.h"
@@ -182,8 +183,6 @@ class C_Interpolation_Voice_Motor {
   int Output_Port(int port, const char* what, double value);
   int Is_Direction_Turned() const;
   int Get_Code(int port, uint64_t& code);
-  void Connect() REQUIRES(theDriveLock);
-  int Connect_Loop();
   void Map_Input(int can_id, int port, int format, int depth);
   void Map_Inputs(int can_id);
   void Map_Outputs(int can_id);
@@ -225,10 +224,8 @@ class C_Interpolation_Voice_Motor {
   Shared<double> m_Scale = 65536000.0;  // raw for each mm
   Shared<double> m_ZeroOffset = 0.0;    // mm
 
-  static CMyCriticalSection theDriveLock;  // construction and destruction as a whole, boxes included
-  static int theDriveCount GUARDED_BY(theDriveLock);
-  static int theServerConnected GUARDED_BY(theDriveLock);
-  static CMyArray<int> theMappedIds GUARDED_BY(theDriveLock);
+  static C_Server_Connection theServer;
+  static CMyArray<int> theMappedIds GUARDED_BY(theServer.theDriveLock);
 };
 
 }  // namespace orsanta

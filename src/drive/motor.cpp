@@ -15,12 +15,6 @@ namespace {
 
 using namespace motor_channels;
 
-// Empty: the local server, which the client library reaches over the loopback address "127.0.0.1".
-constexpr const wchar_t* Server_Address = L"";
-constexpr int Server_Is_Local = 1;
-constexpr int Connect_Tries = 100;  // a pass ends with the first try beyond
-constexpr int Connect_Sleep_Ms = 100;
-
 constexpr double Raw_Per_Count = 65536.0;
 constexpr double Sleep_Above_Current = 11.0;  // amperes
 constexpr double Open_Clamp_Current = 40.0;   // amperes, beyond what the coil ever draws
@@ -36,53 +30,30 @@ constexpr int Array_Tries = 3;
 constexpr int Register_Count = 256;
 constexpr int Zero_Instruction = 0x55;
 
-int Connect_Pass() {
-  int connected = 0;
-  int count = 0;
-  do {
-    connected = ConnectControlServer(Server_Address, 0, nullptr);
-    Sleep(Connect_Sleep_Ms);  // after the try that works too
-    ++count;
-  } while (connected == 0 && count <= Connect_Tries);
-  if (connected == 0) Message_Box(L"连接服务端失败");
-  return connected;
-}
-
 }  // namespace
 
-CMyCriticalSection C_Kestrune_Motor_test::theDriveLock;
-int C_Kestrune_Motor_test::theDriveCount = 0;
-int C_Kestrune_Motor_test::theServerConnected = 0;
+C_Server_Connection C_Kestrune_Motor_test::theServer({.refused_words = L"连接服务端失败",
+                                                      .refused_box = Box_Plain,
+                                                      .sleep_first = false,
+                                                      .library_dialogs_off = false,
+                                                      .last_object_goes = ReleaseDevice});
 CMyCriticalSection C_Kestrune_Motor_test::theMapLock;
 CMyArray<int> C_Kestrune_Motor_test::theMappedIds;
 
 C_Kestrune_Motor_test::C_Kestrune_Motor_test(int can_id, int thread_num, int connect_server)
     : m_CanId(can_id), m_ThreadNum(thread_num) {
-  const C_Lock_Guard hold(theDriveLock);
-  ++theDriveCount;
-  if (theServerConnected == 0 && connect_server == 1) {
-    InitDevice_PC_Local_Controler(Server_Is_Local, 0);
-    Connect_Pass();
-    // What an earlier client left in the server goes; it drops the connection, so that a second pass makes the one that
-    // counts, whatever became of the first.
-    ReBuildSystem();
-    if (Connect_Pass() == 0) {
-      MY_ASSERT_REPORT("the motion server refused the connection; restart the motion server, then the program");
-    }
-    theServerConnected = 1;
+  const C_Lock_Guard hold(theServer.theDriveLock);
+  if (theServer.Join(connect_server) != 1) {
+    MY_ASSERT_REPORT("the motion server refused the connection; restart the motion server, then the program");
   }
   Set_Run_Dir(0);  // the direction stays as it is, see there
 }
 
 C_Kestrune_Motor_test::~C_Kestrune_Motor_test() {
-  const C_Lock_Guard hold(theDriveLock);
+  const C_Lock_Guard hold(theServer.theDriveLock);
   for (C_FIFO2Window* window : m_WindowList) window->ReleaseSubClass_CBaseBindThread();
   m_WindowList.Clear();
-  --theDriveCount;
-  if (theDriveCount != 0) return;
-  theMappedIds.Clear();
-  theServerConnected = 0;
-  ReleaseDevice();
+  if (theServer.Leave() == 0) theMappedIds.Clear();
 }
 
 int C_Kestrune_Motor_test::Input_Channel(int k) const {

@@ -13,7 +13,7 @@
 //
 // Threads: every operation may be called from any thread, and the object has no lock of its own; a station takes its
 // own lock around a motion sequence. Waits block the calling thread, message boxes too. Construction and destruction
-// are guarded by theDriveLock, Map_Once by theMapLock.
+// are guarded by theServer.theDriveLock, Map_Once by theMapLock.
 //
 // Unless told otherwise an operation returns 1 for success and 0 for failure; millimetres, mm/s, mm/s^2, amperes and
 // milliseconds are the units. No operation but the constructor throws.
@@ -22,6 +22,7 @@
 #include <cstdint>
 
 #include "drive/fifo_window.h"
+#include "drive/server_connection.h"
 #include "support/base/array.h"
 #include "support/system/wide_string.h"
 #include "support/time/critical_section.h"
@@ -166,9 +167,7 @@ class C_Kestrune_Motor_test {
   Shared<double> m_Scale = 65536000.0;  // raw for each mm: 1000 counts of 65536
   const int m_ThreadNum;
 
-  static CMyCriticalSection theDriveLock;                    // construction and destruction as a whole, boxes included
-  static int theDriveCount GUARDED_BY(theDriveLock);         // live objects
-  static int theServerConnected GUARDED_BY(theDriveLock);    // 1 once a constructor has connected
+  static C_Server_Connection theServer;
   static CMyCriticalSection theMapLock;                      // one Map_Once at a time
   static CMyArray<int> theMappedIds GUARDED_BY(theMapLock);  // CAN ids whose channels stand
 };
