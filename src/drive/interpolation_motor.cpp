@@ -14,8 +14,6 @@ namespace orsanta {
 
 namespace {
 
-constexpr double Raw_Per_Count = 65536.0;
-constexpr int Count_Fraction_Bits = 16;
 constexpr double Open_Clamp_Current = 50.0;  // amperes, beyond what the coil ever draws
 constexpr int Lowest_Port15 = 250;
 constexpr int Highest_Port15 = 2000;
@@ -50,11 +48,11 @@ C_Server_Connection C_Interpolation_Voice_Motor::theServer(
      .sleep_first = true,
      .library_dialogs_off = true,
      .last_object_goes = ReBuildSystem});
-CMyArray<int> C_Interpolation_Voice_Motor::theMappedIds;
+C_Mapped_Ids C_Interpolation_Voice_Motor::theMappedIds;
 
 C_Interpolation_Voice_Motor::C_Interpolation_Voice_Motor(int can_id, int axis, int sensor_io, int thread_num,
                                                          int connect_server, int io_can_id, int sensor_io2, int io_bit)
-    : m_ThreadNum(thread_num),
+    : C_Mapped_Device(thread_num),
       m_CanId(can_id),
       m_Axis(axis),
       m_IoCanId(io_can_id == -1 ? can_id : io_can_id),
@@ -72,8 +70,7 @@ C_Interpolation_Voice_Motor::C_Interpolation_Voice_Motor(int can_id, int axis, i
 C_Interpolation_Voice_Motor::~C_Interpolation_Voice_Motor() {
   const C_Lock_Guard hold(theServer.theDriveLock);
   m_ThreadNum = -1;
-  for (C_FIFO2Window* window : m_WindowList) window->ReleaseSubClass_CBaseBindThread();
-  m_WindowList.Clear();
+  End_Windows();
   if (theServer.Leave() == 0) theMappedIds.Clear();
 }
 

@@ -4,9 +4,9 @@
 // commands it through the instruction stream. Any drive of the family can be run this way; a station uses the class to
 // read its temperature board.
 //
-// Channels are can_id * 256 + port; the two window groups have numbers of their own (interpolation_map.cpp has the
-// table). Axis positions are user units, millimetres here. Position samples are raw, m_Scale for each millimetre, and
-// every position handed out has m_ZeroOffset subtracted.
+// Channels are can_id * 256 + port; the position and the two window groups have numbers of their own
+// (interpolation_map.cpp has the table). Axis positions are user units, millimetres here. Position samples are raw,
+// m_Scale for each millimetre, and every position handed out has m_ZeroOffset subtracted.
 //
 // Threads: any thread may call. Instructions of one object go to one instruction thread of the server, in the order of
 // the calls. m_Lock keeps the scale and the zero offset together with a position read. Homing runs on the calling
@@ -20,7 +20,9 @@
 
 #include <cstdint>
 
+#include "drive/channel_map.h"
 #include "drive/fifo_window.h"
+#include "drive/raw_position.h"
 #include "drive/server_connection.h"
 #include "support/base/array.h"
 #include "support/time/critical_section.h"
@@ -28,7 +30,7 @@
 
 namespace orsanta {
 
-class C_Interpolation_Voice_Motor {
+class C_Interpolation_Voice_Motor : public C_Mapped_Device {
  public:
   // can_id: CAN id of the device. axis: its axis in the server. sensor_io: IO number of the home sensor. thread_num:
   // instruction thread. connect_server: 1 lets this object open the connection when none is open.
@@ -49,7 +51,6 @@ class C_Interpolation_Voice_Motor {
   // Searches the bus and maps the device. A device that does not answer is reported, and the operator is asked whether
   // to search again, without a limit.
   int MapMotorID(int can_id);
-  int Map_Fifo_Channel(int can_id, int port, int channel, C_FIFO2Window* window, int format);
   // 1 when the constructor mapped the device.
   int Be_Mapped() const { return m_BeMapped; }
 
@@ -183,17 +184,14 @@ class C_Interpolation_Voice_Motor {
   int Output_Port(int port, const char* what, double value);
   int Is_Direction_Turned() const;
   int Get_Code(int port, uint64_t& code);
-  void Map_Input(int can_id, int port, int format, int depth);
-  void Map_Inputs(int can_id);
-  void Map_Outputs(int can_id);
+  void Map_Ports(int can_id);
   int Map_Axis(int can_id);
   double Axis_Scale() const;
   void Queue_Home_Passes(int dir);
   bool Is_Thread_Finished();
   int Watch_Home(int timeout_ms);
 
-  CMyCriticalSection m_Lock;  // also holds the scale and the zero offset together with a position read
-  Shared<int> m_ThreadNum;
+  CMyCriticalSection m_Lock;    // also holds the scale and the zero offset together with a position read
   Shared<int> m_Dir = 0;        // 1: the axis scale goes negative and the two current channels swap
   Shared<int> m_DirInvert = 0;  // 1: turns m_Dir round for the current channels; nothing sets it
   const int m_CanId;
@@ -215,17 +213,16 @@ class C_Interpolation_Voice_Motor {
   C_FIFO2Window m_Window25;
   C_FIFO2Window m_Window26;
   C_FIFO2Window m_SlowWindow[Slow_Windows];
-  CMyArray<C_FIFO2Window*> m_WindowList;  // started windows; not owned
   double m_HomeStroke = 15.0;
   double m_HomeSpeed = 20.0;
   const int m_SensorIo;
   int m_HomeIo;  // the IO number that the running homing watches
   const int m_SensorIo2;
-  Shared<double> m_Scale = 65536000.0;  // raw for each mm
-  Shared<double> m_ZeroOffset = 0.0;    // mm
+  Shared<double> m_Scale = Start_Scale;
+  Shared<double> m_ZeroOffset = 0.0;  // mm
 
   static C_Server_Connection theServer;
-  static CMyArray<int> theMappedIds GUARDED_BY(theServer.theDriveLock);
+  static C_Mapped_Ids theMappedIds;
 };
 
 }  // namespace orsanta

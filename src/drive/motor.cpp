@@ -15,7 +15,6 @@ namespace {
 
 using namespace motor_channels;
 
-constexpr double Raw_Per_Count = 65536.0;
 constexpr double Sleep_Above_Current = 11.0;  // amperes
 constexpr double Open_Clamp_Current = 40.0;   // amperes, beyond what the coil ever draws
 
@@ -37,11 +36,10 @@ C_Server_Connection C_Kestrune_Motor_test::theServer({.refused_words = L"连接�
                                                       .sleep_first = false,
                                                       .library_dialogs_off = false,
                                                       .last_object_goes = ReleaseDevice});
-CMyCriticalSection C_Kestrune_Motor_test::theMapLock;
-CMyArray<int> C_Kestrune_Motor_test::theMappedIds;
+C_Mapped_Ids C_Kestrune_Motor_test::theMappedIds;
 
 C_Kestrune_Motor_test::C_Kestrune_Motor_test(int can_id, int thread_num, int connect_server)
-    : m_CanId(can_id), m_ThreadNum(thread_num) {
+    : C_Mapped_Device(thread_num), m_CanId(can_id) {
   const C_Lock_Guard hold(theServer.theDriveLock);
   if (theServer.Join(connect_server) != 1) {
     MY_ASSERT_REPORT("the motion server refused the connection; restart the motion server, then the program");
@@ -51,8 +49,7 @@ C_Kestrune_Motor_test::C_Kestrune_Motor_test(int can_id, int thread_num, int con
 
 C_Kestrune_Motor_test::~C_Kestrune_Motor_test() {
   const C_Lock_Guard hold(theServer.theDriveLock);
-  for (C_FIFO2Window* window : m_WindowList) window->ReleaseSubClass_CBaseBindThread();
-  m_WindowList.Clear();
+  End_Windows();
   if (theServer.Leave() == 0) theMappedIds.Clear();
 }
 

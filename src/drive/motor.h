@@ -5,15 +5,15 @@
 // motor_channels.h. The drive is always position-commanded: a force is a clamp on the coil current, and a landing
 // commands a position beyond the part, so that the probe comes to rest pressing with that current.
 //
-// Raw positions are fixed-point numbers with 16 fraction bits of an encoder count. Outward:
+// Raw positions (raw_position.h) go outward as
 //     raw = mm * m_Sign * m_Scale + m_Offset
-// Inward:
+// and come inward as
 //     mm = raw / m_Scale
 // Required: sign and offset are not applied on the way in; every reader relies on it.
 //
 // Threads: every operation may be called from any thread, and the object has no lock of its own; a station takes its
 // own lock around a motion sequence. Waits block the calling thread, message boxes too. Construction and destruction
-// are guarded by theServer.theDriveLock, Map_Once by theMapLock.
+// are guarded by theServer.theDriveLock, Map_Once by theMappedIds.
 //
 // Unless told otherwise an operation returns 1 for success and 0 for failure; millimetres, mm/s, mm/s^2, amperes and
 // milliseconds are the units. No operation but the constructor throws.
@@ -21,16 +21,17 @@
 
 #include <cstdint>
 
+#include "drive/channel_map.h"
 #include "drive/fifo_window.h"
+#include "drive/raw_position.h"
 #include "drive/server_connection.h"
 #include "support/base/array.h"
 #include "support/system/wide_string.h"
-#include "support/time/critical_section.h"
 #include "support/time/shared.h"
 
 namespace orsanta {
 
-class C_Kestrune_Motor_test {
+class C_Kestrune_Motor_test : public C_Mapped_Device {
  public:
   // can_id: CAN id of the drive, 1 to 63. thread_num: instruction thread of the motion server for this drive's
   // instructions. connect_server: 1 lets this object open the connection when none is open.
@@ -51,8 +52,6 @@ class C_Kestrune_Motor_test {
   // Searches the bus, ids 1 to 63, and maps the channels of the drive can_id. A drive that does not answer is reported
   // in one box with the list of the ids that do, and the result is 0.
   int MapMotorID(int can_id);
-  // Ties a port to an input channel with a FIFO of 4096 samples and starts the window on it. Returns 1.
-  int Map_Fifo_Channel(int can_id, int port, int channel, C_FIFO2Window* window, int format);
 
   // --- Scaling ---
 
@@ -161,15 +160,12 @@ class C_Kestrune_Motor_test {
   // Polls the ready flag until it has the wanted value. polls: spent so far of the poll budget; 0 once it is used up.
   int Wait_For_Ready_Flag(int wanted, int& flag, int& polls);
 
-  CMyArray<C_FIFO2Window*> m_WindowList;  // the windows whose threads this object started; not owned
   Shared<double> m_Sign = 1.0;
   Shared<double> m_Offset = 0.0;
-  Shared<double> m_Scale = 65536000.0;  // raw for each mm: 1000 counts of 65536
-  const int m_ThreadNum;
+  Shared<double> m_Scale = Start_Scale;
 
   static C_Server_Connection theServer;
-  static CMyCriticalSection theMapLock;                      // one Map_Once at a time
-  static CMyArray<int> theMappedIds GUARDED_BY(theMapLock);  // CAN ids whose channels stand
+  static C_Mapped_Ids theMappedIds;
 };
 
 }  // namespace orsanta

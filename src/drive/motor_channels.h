@@ -26,8 +26,4 @@ constexpr int In_Current = 9;  // measured coil current, amperes
 constexpr int In_Stream_10 = 10;
 constexpr int In_Load = 11;
 
-// FIFO depths in samples: of a status value, and of a stream that must not lose samples.
-constexpr int Depth_Status = 256;
-constexpr int Depth_Stream = 4096;
-
 }  // namespace orsanta::motor_channels
