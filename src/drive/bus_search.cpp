@@ -4,11 +4,8 @@
 
 namespace orsanta {
 
-namespace {
-constexpr int Last_Can_Id = 63;
-}
-
 CMyStringW Search_Bus() {
+  constexpr int Last_Can_Id = 63;
   CMyStringW id_list = L"总线上搜索到的设备id\r\n";
   bool found = false;
   for (int id = 1; id <= Last_Can_Id; ++id) {

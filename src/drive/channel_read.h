@@ -1,10 +1,11 @@
-// Reads of single values from input channels, as both drive classes make them. Any thread. Count is the number of
-// samples that one read takes at most, which is the depth of the status FIFOs that the class reads.
+// Reads of input channels, as both drive classes make them. Any thread. Count is the number of samples that one read
+// takes at most, which is the depth of the status FIFOs that the class reads.
 #pragma once
 
 #include <cstdint>
 
 #include "drive/tremalink.h"
+#include "support/base/array.h"
 #include "support/time/clock.h"
 
 namespace orsanta {
@@ -47,6 +48,27 @@ int Read_Fresh_Sample(int channel, int tries, double& value) {
   }
   if (result == 0 || nLen < 1) return 0;
   value = pdata[nLen - 1];
+  return 1;
+}
+
+// samples := all that wait, 65536 at most. Up to three reads 1 ms apart, until one brings a sample; with or_none the
+// first that works will do, even an empty one. Returns 1, or 0 and leaves samples as they are when there is none.
+inline int Read_All_Samples(int channel, bool or_none, CMyArray<double>& samples) {
+  constexpr int Count = 65536;
+  constexpr int Tries = 3;
+  CMyArray<double> pdata;
+  pdata.SetArraySize(Count);
+  int nLen = 0;
+  int result = 0;
+  for (int reads = 1;; ++reads) {
+    nLen = 0;
+    result = GetInputChannelData(channel, Count, &nLen, pdata.GetData(), nullptr);
+    if (or_none ? result == 1 : nLen >= 1) break;
+    Sleep(1);
+    if (reads >= Tries) return 0;
+  }
+  if (result != 1 || nLen < 1) return 0;
+  pdata.GetSubArray(0, nLen, samples);
   return 1;
 }
 

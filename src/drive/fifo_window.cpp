@@ -10,10 +10,6 @@ namespace orsanta {
 
 namespace {
 
-constexpr int Pass_Sleep_Ms = 2;
-constexpr int Pass_Limit_Ms = 2000;  // counted in sleeps
-constexpr int Stop_Timeout_Ms = 300000;
-
 template <class T>
 void Copy_Live_Part(const CMyArray<T>& from, int start, CMyArray<T>& to) {
   const int count = from.GetSize() - start;
@@ -37,6 +33,7 @@ int C_FIFO2Window::Set_Window_Len(int length) {
 
 int C_FIFO2Window::Start_Read(int channel) {
   if (channel > 0) m_Channel = channel;
+  constexpr int Stop_Timeout_Ms = 300000;
   BeginThread(nullptr, Priority_Sample_Reader, 2, Stop_Timeout_Ms, nullptr);
   return 1;
 }
@@ -49,6 +46,13 @@ int C_FIFO2Window::Get_Window(CMyArray<double>& out) {
     Copy_Live_Part(m_Index, m_Start, m_ReadIndex);
   }
   return out.GetSize() > 0 ? 1 : 0;
+}
+
+int C_FIFO2Window::Newest(double& value) {
+  const C_Lock_Guard hold(m_Lock);
+  if (Live_Count() < 1) return 0;
+  value = m_Data.GetEndData();
+  return 1;
 }
 
 int C_FIFO2Window::Get_Read_Index(CMyArray<uint64_t>& out) const {
@@ -75,10 +79,11 @@ int C_FIFO2Window::Clear_Window() {
 }
 
 int C_FIFO2Window::Wait_Pass() {
+  constexpr int Limit_Ms = 2000;  // counted in sleeps
   if (m_Channel == -1) return 0;
   const uint64_t passes = m_Passes + 2;  // the one under way may have read before this call
   for (int waited_ms = 0; m_Passes < passes; ++waited_ms) {
-    if (waited_ms >= Pass_Limit_Ms) return 0;
+    if (waited_ms >= Limit_Ms) return 0;
     Sleep(1);
   }
   return 1;
@@ -125,7 +130,7 @@ void C_FIFO2Window::OnThreadLoop(void*) {
   // The lock is taken for each sample, so that a reader gets in between.
   for (int i = 0; i < nLen; ++i) Push_Sample(m_PassData[i], m_PassIndex[i]);
   m_Passes = m_Passes + 1;
-  Sleep(Pass_Sleep_Ms);
+  Sleep(2);
 }
 
 }  // namespace orsanta

@@ -44,6 +44,9 @@ class C_FIFO2Window : public CBaseBindThread {
   // out := the live samples, oldest first, raw as the library delivered them. They stay in the window: the next reader
   // sees them again. Keeps their indices for Get_Read_Index. Returns 1 if there was at least one, else 0.
   int Get_Window(CMyArray<double>& out);
+  // value := the newest live sample, raw, at the cost of that one; no indices are kept. Returns 1, or 0 without
+  // touching value while the window is empty.
+  int Newest(double& value);
   // out := the indices of the samples of the last Get_Window, by whichever thread called it. Returns 1.
   int Get_Read_Index(CMyArray<uint64_t>& out) const;
   // The same as a returned copy.

@@ -8,15 +8,6 @@
 
 namespace orsanta {
 
-namespace {
-
-constexpr int Kind_Own_Input = 1;
-constexpr int Kind_Card_Input = 4;
-constexpr int Home_Sensor_Bit = 2;
-constexpr int Second_Sensor_Bit = 6;
-
-}  // namespace
-
 int C_Interpolation_Voice_Motor::Map_Once() {
   return theMappedIds.Map_Once(m_CanId, [this] { return MapMotorID(m_CanId); });
 }
@@ -93,6 +84,10 @@ int C_Interpolation_Voice_Motor::Map_Axis(int can_id) {
   Set_Max_Vel(1000.0);
   Set_Max_Acc(10000.0);
   Set_Max_Jerk(1000000.0);
+  constexpr int Kind_Own_Input = 1;
+  constexpr int Kind_Card_Input = 4;
+  constexpr int Home_Sensor_Bit = 2;
+  constexpr int Second_Sensor_Bit = 6;
   if (m_IoCanId == can_id) {
     SET_IOIN_MAP(m_ThreadNum, can_id, Kind_Own_Input, Home_Sensor_Bit, 0, m_SensorIo);
   } else {

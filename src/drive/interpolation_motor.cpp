@@ -15,29 +15,9 @@ namespace orsanta {
 namespace {
 
 constexpr double Open_Clamp_Current = 50.0;  // amperes, beyond what the coil ever draws
-constexpr int Lowest_Port15 = 250;
-constexpr int Highest_Port15 = 2000;
-constexpr int Target_Register = 500;
-constexpr int Emergency_Thread = 0;
-
-constexpr int Latest_Count = 4096;  // samples in one read, which is the depth of a stream FIFO
-constexpr int Latest_Tries = 200;   // empty reads; the one beyond gives up
-constexpr int Array_Count = 65536;
-constexpr int Array_Tries = 3;
-
-// Numbers of the ports, out and in.
+// Output ports of the two clamps.
 constexpr int Port_Current_A = 4;
 constexpr int Port_Current_B = 12;
-constexpr int Port_Enable = 17;
-constexpr int Port_Load = 15;
-constexpr int Port_Thermistor = 27;
-constexpr int Port_Temperature = 28;
-constexpr int Port_Used = 29;
-constexpr int Port_Error_Value = 50;
-constexpr int Port_Fault2 = 199;
-constexpr int Port_Version = 200;
-constexpr int Port_Fault = 201;
-constexpr int Port_Encoder_Errors = 202;  // of encoder 0; the next port is encoder 1
 
 }  // namespace
 
@@ -101,6 +81,7 @@ void C_Interpolation_Voice_Motor::Till_Stop(int wait) {
 
 int C_Interpolation_Voice_Motor::Go_Relative(double d) {
   if (!May_Send(m_CanId, "目标位置", d)) return 0;
+  constexpr int Target_Register = 500;
   USE_LOCAL_REG(m_ThreadNum);
   GET_OUTPUT_POS(m_ThreadNum, m_Axis, Target_Register);
   ADD_R_C(m_ThreadNum, Target_Register, Target_Register, d);
@@ -137,6 +118,7 @@ int C_Interpolation_Voice_Motor::Till_Time(double ms) {
 }
 
 void C_Interpolation_Voice_Motor::Emergency_Stop(int other_thread) {
+  constexpr int Emergency_Thread = 0;
   TILL_AXIS_PAUSE(Emergency_Thread, m_Axis);
   CLEAR_THREAD_INS(Emergency_Thread, other_thread);
   TILL_THREAD_INS_FINISH(Emergency_Thread, other_thread);
@@ -203,7 +185,7 @@ void C_Interpolation_Voice_Motor::Reset_Current_Limit() {
 }
 
 void C_Interpolation_Voice_Motor::Set_Enable(int enable) {
-  Output_Port(Port_Enable, "使能", enable);
+  Output_Port(17, "使能", enable);
 }
 void C_Interpolation_Voice_Motor::Set_Port8(int value) {
   Output_Port(8, "端口8的值", value);
@@ -212,7 +194,7 @@ void C_Interpolation_Voice_Motor::Set_Port16(int value) {
   Output_Port(16, "端口16的值", value);
 }
 void C_Interpolation_Voice_Motor::Set_Port15(int value) {
-  Output_Port(15, "端口15的值", std::clamp(value, Lowest_Port15, Highest_Port15));
+  Output_Port(15, "端口15的值", std::clamp(value, 250, 2000));
 }
 int C_Interpolation_Voice_Motor::Set_Port18(double value) {
   return Output_Port(18, "端口18的值", value);
@@ -243,9 +225,9 @@ int C_Interpolation_Voice_Motor::SetScale(double counts_per_mm) {
 
 int C_Interpolation_Voice_Motor::Get_Cur_Pos(double& pos) {
   const C_Lock_Guard hold(m_Lock);
-  CMyArray<double> array_temp;
-  if (m_PosWindow.Get_Window(array_temp) != 1) return 0;
-  const int64_t counts = static_cast<int64_t>(array_temp.GetEndData()) >> Count_Fraction_Bits;
+  double raw = 0.0;
+  if (m_PosWindow.Newest(raw) != 1) return 0;
+  const int64_t counts = static_cast<int64_t>(raw) >> Count_Fraction_Bits;
   pos = static_cast<double>(counts) / m_Scale * Raw_Per_Count - m_ZeroOffset;
   return 1;
 }
@@ -269,50 +251,54 @@ int C_Interpolation_Voice_Motor::Get_Output_Pos(double& pos) {
   return count;
 }
 
+int C_Interpolation_Voice_Motor::Read_Port(int port, double& value) {
+  return Read_Once(Port_Channel(m_CanId, port), value);
+}
+
 int C_Interpolation_Voice_Motor::Get_Code(int port, uint64_t& code) {
   code = m_LastCode;
   double value = 0.0;
-  if (Read_Once(Port_Channel(m_CanId, port), value) != 1) return 0;
+  if (Read_Port(port, value) != 1) return 0;
   code = static_cast<uint64_t>(static_cast<int64_t>(value));
   m_LastCode = code;
   return 1;
 }
 
 int C_Interpolation_Voice_Motor::Get_Error_Code(uint64_t& code) {
-  return Get_Code(Port_Fault, code);
+  return Get_Code(201, code);
 }
 int C_Interpolation_Voice_Motor::Get_Error_Code2(uint64_t& code) {
-  return Get_Code(Port_Fault2, code);
+  return Get_Code(199, code);
 }
 
 int C_Interpolation_Voice_Motor::Get_encoder_Error_counter(int which, int& counter) {
   MY_ASSERT(which == 0 || which == 1);
   double value = 0.0;
-  if (Read_Once(Port_Channel(m_CanId, Port_Encoder_Errors + which), value) != 1) return 0;
+  if (Read_Port(202 + which, value) != 1) return 0;
   counter = static_cast<int>(value);
   return 1;
 }
 
 int C_Interpolation_Voice_Motor::Get_Version(uint16_t& ver, uint32_t& bcd_date) {
   double value = 0.0;
-  if (Read_Once(Port_Channel(m_CanId, Port_Version), value) != 1) return 0;
+  if (Read_Port(200, value) != 1) return 0;
   Split_Version(value, ver, bcd_date);
   return 1;
 }
 
 int C_Interpolation_Voice_Motor::Get_Load(double& value) {
-  return Read_Once(Port_Channel(m_CanId, Port_Load), value);
+  return Read_Port(15, value);
 }
 int C_Interpolation_Voice_Motor::Get_Used(double& value) {
-  return Read_Once(Port_Channel(m_CanId, Port_Used), value);
+  return Read_Port(29, value);
 }
 int C_Interpolation_Voice_Motor::Get_Error_Value(double& value) {
-  return Read_Once(Port_Channel(m_CanId, Port_Error_Value), value);
+  return Read_Port(50, value);
 }
 
 int C_Interpolation_Voice_Motor::Get_Temperature(double& t, int which) {
   double value = 0.0;
-  if (Read_Once(Port_Channel(m_CanId, which == 0 ? Port_Thermistor : Port_Temperature), value) != 1) return 0;
+  if (Read_Port(which == 0 ? 27 : 28, value) != 1) return 0;
   t = which == 0 ? static_cast<double>(NTC_Adc_To_Temp(static_cast<int>(value))) : value;
   return 1;
 }
@@ -353,11 +339,7 @@ int C_Interpolation_Voice_Motor::Get_Window16(CMyArray<double>& samples) {
 }
 
 int C_Interpolation_Voice_Motor::Get_Window16_Newest(double& value) {
-  const C_Lock_Guard hold(m_Lock);  // a read on another thread gets its samples and their indices together
-  CMyArray<double> samples;
-  if (m_Window16.Get_Window(samples) != 1) return 0;
-  value = samples.GetEndData();
-  return 1;
+  return m_Window16.Newest(value);
 }
 
 int C_Interpolation_Voice_Motor::Get_Window17(CMyArray<double>& samples) {
@@ -389,27 +371,17 @@ int C_Interpolation_Voice_Motor::Get_Fifo(int port, CMyArray<double>& samples) {
 // --- Channel reads ---
 
 int C_Interpolation_Voice_Motor::Read_Once(int channel, double& value) {
-  return Read_Newest_Sample<Latest_Count>(channel, value);
+  return Read_Newest_Sample<Depth_Stream>(channel, value);
 }
 
 int C_Interpolation_Voice_Motor::Read_Latest(int channel, double& value) {
-  return Read_Fresh_Sample<Latest_Count>(channel, Latest_Tries, value);
+  constexpr int Tries = 200;
+  return Read_Fresh_Sample<Depth_Stream>(channel, Tries, value);
 }
 
 // Unlike the other drive class this one takes the first read that works, even an empty one.
 int C_Interpolation_Voice_Motor::Read_Channel_Array(int channel, CMyArray<double>& samples) {
-  CMyArray<double> pdata;
-  pdata.SetArraySize(Array_Count);
-  int nLen = 0;
-  int failed_reads = 0;
-  while (GetInputChannelData(channel, Array_Count, &nLen, pdata.GetData(), nullptr) != 1) {
-    ++failed_reads;
-    Sleep(1);
-    if (failed_reads >= Array_Tries) return 0;
-  }
-  if (nLen < 1) return 0;
-  pdata.GetSubArray(0, nLen, samples);
-  return 1;
+  return Read_All_Samples(channel, true, samples);
 }
 
 }  // namespace orsanta

@@ -183,6 +183,8 @@ class C_Interpolation_Voice_Motor : public C_Mapped_Device {
   // Writes a value to an output port. what: the operator's word for the value.
   int Output_Port(int port, const char* what, double value);
   int Is_Direction_Turned() const;
+  // The newest sample of an input port.
+  int Read_Port(int port, double& value);
   int Get_Code(int port, uint64_t& code);
   void Map_Ports(int can_id);
   int Map_Axis(int can_id);

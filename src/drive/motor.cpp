@@ -18,16 +18,7 @@ using namespace motor_channels;
 constexpr double Sleep_Above_Current = 11.0;  // amperes
 constexpr double Open_Clamp_Current = 40.0;   // amperes, beyond what the coil ever draws
 
-constexpr int Busy_Sleep_Ms = 10;
 constexpr int Run_Flag_Unreadable = 2;
-
-constexpr int Latest_Count = 256;  // samples in one read, which is the depth of a status FIFO
-constexpr int Latest_Tries = 40;   // empty reads; the one beyond gives up
-constexpr int Array_Count = 65536;
-constexpr int Array_Tries = 3;
-
-constexpr int Register_Count = 256;
-constexpr int Zero_Instruction = 0x55;
 
 }  // namespace
 
@@ -110,10 +101,10 @@ int C_Kestrune_Motor_test::Get_Error_Code(uint64_t& code) {
 }
 
 int C_Kestrune_Motor_test::Get_Cur_Pos(double& pos) {
-  CMyArray<double> positions;
-  const int result = Get_Pos_Window(positions);
-  if (positions.GetSize() >= 1) pos = positions.GetEndData();
-  return result;
+  double raw = 0.0;
+  if (m_PosWindow.Newest(raw) != 1) return 0;
+  pos = raw / m_Scale;
+  return 1;
 }
 
 int C_Kestrune_Motor_test::Get_Load(double& value) {
@@ -170,7 +161,7 @@ int C_Kestrune_Motor_test::Get_InterRunFlag() {
 // --- Commands ---
 
 int C_Kestrune_Motor_test::Go_Pos(double mm) {
-  while (Get_InterRunFlag() == 1) Sleep(Busy_Sleep_Ms);
+  while (Get_InterRunFlag() == 1) Sleep(10);
   if (Send_Pos(mm) != 1) return Position_Refused;
   const int result = TillStop();
   WaitForAllInsFinish(m_ThreadNum);
@@ -242,6 +233,8 @@ int C_Kestrune_Motor_test::TillStop() {
 }
 
 int C_Kestrune_Motor_test::Go_Zero() {
+  constexpr int Register_Count = 256;
+  constexpr int Zero_Instruction = 0x55;
   // One buffer for one register, used for all of them: the write pass therefore gives every register the last one's
   // value. The drive's zero routine wants it this way.
   char temp_data[Register_Count] = {};
@@ -261,30 +254,16 @@ int C_Kestrune_Motor_test::Go_Zero() {
 // --- Channel reads ---
 
 int C_Kestrune_Motor_test::Read_Once(int k, double& value) {
-  return Read_Newest_Sample<Latest_Count>(Input_Channel(k), value);
+  return Read_Newest_Sample<Depth_Status>(Input_Channel(k), value);
 }
 
 int C_Kestrune_Motor_test::Read_Latest(int channel, double& value) {
-  return Read_Fresh_Sample<Latest_Count>(channel, Latest_Tries, value);
+  constexpr int Tries = 40;
+  return Read_Fresh_Sample<Depth_Status>(channel, Tries, value);
 }
 
 int C_Kestrune_Motor_test::Read_Channel_Array(int channel, CMyArray<double>& samples) {
-  CMyArray<double> pdata;
-  pdata.SetArraySize(Array_Count);
-  int nLen = 0;
-  int result = 0;
-  int empty_reads = 0;
-  for (;;) {
-    nLen = 0;
-    result = GetInputChannelData(channel, Array_Count, &nLen, pdata.GetData(), nullptr);
-    if (nLen >= 1) break;
-    ++empty_reads;
-    Sleep(1);
-    if (empty_reads >= Array_Tries) return 0;
-  }
-  if (result != 1) return 0;
-  pdata.GetSubArray(0, nLen, samples);
-  return 1;
+  return Read_All_Samples(channel, false, samples);
 }
 
 }  // namespace orsanta

@@ -20,7 +20,9 @@ TEST(Fifo_Window, Slides_Like_A_Queue) {
   std::deque<double> queue;
   CMyArray<double> out;
   out.Add(7.0);
-  EXPECT_EQ(window.Get_Window(out) + out.GetSize(), 0);
+  double newest = 7.0;
+  EXPECT_EQ(window.Get_Window(out) + out.GetSize() + window.Newest(newest), 0);
+  EXPECT_EQ(newest, 7.0);
   for (uint64_t index = 0; index < 60000; ++index) {
     const int what = static_cast<int>(choice() % 2000);
     if (what == 0) window.Set_Window_Len(static_cast<int>(length = 1 + choice() % 50));
@@ -30,6 +32,8 @@ TEST(Fifo_Window, Slides_Like_A_Queue) {
     queue.push_back(static_cast<double>(choice()));
     window.Push_Sample(queue.back(), index);
     ASSERT_EQ(window.Get_Count(), static_cast<int>(queue.size()));
+    ASSERT_EQ(window.Newest(newest), 1);
+    ASSERT_EQ(newest, queue.back());
     if (what > 200) continue;
     ASSERT_EQ(window.Get_Window(out), 1);
     ASSERT_EQ(std::vector<double>(out.begin(), out.end()), std::vector<double>(queue.begin(), queue.end()));
@@ -37,7 +41,8 @@ TEST(Fifo_Window, Slides_Like_A_Queue) {
     ASSERT_EQ(indices.GetSize(), out.GetSize());
     ASSERT_EQ(indices[0], index + 1 - queue.size());
   }
-  window.Push_Sample(0.0, 0);  // the indices of a read do not follow
+  window.Push_Sample(0.0, 0);  // the indices of a read do not follow, nor those of the newest alone
+  window.Newest(newest);
   EXPECT_EQ(window.Get_Read_Index_Copy().GetSize(), out.GetSize());
   EXPECT_EQ(window.Set_Window_Len(0), 1);
   EXPECT_EQ(window.Set_Window_Len(10), 0);  // once set to nothing it stays so
