@@ -19,6 +19,7 @@ namespace {
 // whichever station, starts from the value of the last.
 Shared<double> theHeadPositionNum{1.0};
 
+constexpr C_Range Head_Positions{1.0, 10.0};
 constexpr double Grams_Per_Newton = 100.0;
 constexpr double Surface_From_Heights = 3.0;
 
@@ -38,11 +39,11 @@ bool C_VoiceMotor::Ask_Cal_Settings(int& be_SetBaseParameter) {
   double D_test_distance = test_distance;
   C_Small_Dialog dialog;
   dialog.Words(L"电机", temp_str)
-      .Number(L"请输入测试最大电流(A)", Val_Correction_MaxI, -5.0, 10.0, 3)
-      .Number(L"请输入测试最小电流(A)", Val_Correction_MinI, -5.0, 10.0, 4)
-      .Number(L"测试采集的电流点数", Val_FC_test_num, 4.0, 10.0)
-      .Number(L"测试采集的位置点数", theHeadPositionNum, 1.0, 10.0, 1)
-      .Number(L"标定最大距离", D_test_distance, 1.0, 50.0, 1)
+      .Number(L"请输入测试最大电流(A)", Val_Correction_MaxI, Ranges_Of(Val_Correction_MaxI).calibration, 3)
+      .Number(L"请输入测试最小电流(A)", Val_Correction_MinI, Ranges_Of(Val_Correction_MinI).calibration, 4)
+      .Number(L"测试采集的电流点数", Val_FC_test_num, Ranges_Of(Val_FC_test_num).calibration)
+      .Number(L"测试采集的位置点数", theHeadPositionNum, Head_Positions, 1)
+      .Number(L"标定最大距离", D_test_distance, Ranges_Of(test_distance).calibration, 1)
       .Tick(L"直接设置标定参数", be_SetBaseParameter);
   if (!dialog.Ask()) return false;
   test_distance = static_cast<float>(D_test_distance);
@@ -54,17 +55,20 @@ int C_VoiceMotor::Enter_Base_Parameters() {
   double temp_kp = Val_Force_K / Grams_Per_Newton;
   double temp_static = Val_Static_GForce / Grams_Per_Newton;
   double temp_SK = Val_Spring_K / Grams_Per_Newton;
+  const auto in_newtons = [&](const Shared<double>& parameter) {
+    return Ranges_Of(parameter).calibration.Times(1.0 / Grams_Per_Newton);
+  };
   C_Small_Dialog dialog;
-  dialog.Number(L"推力常数(N/A)", temp_kp, -3.0, 5.0, C_Small_Dialog::All_Digits)
-      .Number(L"弹簧Kp(N/mm)", temp_SK, -3.0, 5.0, C_Small_Dialog::All_Digits)
-      .Number(L"零位补偿(N)", temp_static, -3.0, 5.0, C_Small_Dialog::All_Digits);
+  dialog.Number(L"推力常数(N/A)", temp_kp, in_newtons(Val_Force_K), C_Small_Dialog::All_Digits)
+      .Number(L"弹簧Kp(N/mm)", temp_SK, in_newtons(Val_Spring_K), C_Small_Dialog::All_Digits)
+      .Number(L"零位补偿(N)", temp_static, in_newtons(Val_Static_GForce), C_Small_Dialog::All_Digits);
   if (!dialog.Ask()) return 0;
   Val_Force_K = temp_kp * Grams_Per_Newton;
   Val_Force_KK = 0.0;
   Val_Static_GForce = temp_static * Grams_Per_Newton;
   Val_Spring_K = temp_SK * Grams_Per_Newton;
   Val_mark_pos = 0.0;
-  Set_Surface({});
+  m_P = CMyArray<double>();
   return 1;
 }
 
@@ -98,7 +102,7 @@ bool C_VoiceMotor::Take_Cal_Samples() {
 bool C_VoiceMotor::Take_Cal_Sample(double current) {
   if (std::isnan(Cal_Land(current))) return false;
   double temp_force = 0.0;
-  const bool confirmed = C_Small_Dialog().Number(L"请输入当前推力(g)", temp_force, 0.0, 10000.0).Ask();
+  const bool confirmed = C_Small_Dialog().Number(L"请输入当前推力(g)", temp_force, {0.0, 10000.0}).Ask();
   m_CalForce.Add(temp_force);
   Cal_Back();
   return confirmed;
@@ -136,7 +140,7 @@ double C_VoiceMotor::Fit_Cal_Samples(bool be_surface) {
     Surface_Fit(m_CalCurrent, m_CalPos, m_CalForce);
     force_array2 = Surface_Forces(m_CalCurrent, m_CalPos);
   } else {
-    Set_Surface({});
+    m_P = CMyArray<double>();
   }
   double temp_val = 0.0;
   for (int k = 0; k < m_CalForce.GetSize(); ++k) {

@@ -72,22 +72,12 @@ int C_VoiceMotor::Surface_Fit(const CMyArray<double>& currents, const CMyArray<d
                               const CMyArray<double>& forces) {
   CMyArray<double> fitted;
   C_My3DPolyfit().my3dfit(currents, positions, forces, fitted);
-  Set_Surface(std::move(fitted));
+  m_P = std::move(fitted);
   return 1;
 }
 
-void C_VoiceMotor::Set_Surface(CMyArray<double> coefficients) {
-  const C_Lock_Guard hold(m_Surface_Lock);
-  m_P = std::move(coefficients);
-}
-
-CMyArray<double> C_VoiceMotor::Copy_Surface() const {
-  const C_Lock_Guard hold(m_Surface_Lock);
-  return m_P;
-}
-
 double C_VoiceMotor::Surface_Current(double force, double position) const {
-  return Invert_Surface(force, position, Copy_Surface());
+  return Invert_Surface(force, position, m_P);
 }
 
 double C_VoiceMotor::Surface_Force(double current, double position) const {
@@ -96,26 +86,26 @@ double C_VoiceMotor::Surface_Force(double current, double position) const {
 
 CMyArray<double> C_VoiceMotor::Surface_Currents(CMyArray<double> forces, CMyArray<double> positions) const {
   CMyArray<double> currents;
-  C_My3DPolyfit().my3dinvval(forces, positions, Copy_Surface(), currents);
+  C_My3DPolyfit().my3dinvval(forces, positions, m_P, currents);
   return currents;
 }
 
 CMyArray<double> C_VoiceMotor::Surface_Forces(CMyArray<double> currents, CMyArray<double> positions) const {
   CMyArray<double> forces;
-  C_My3DPolyfit().my3dval(currents, positions, Copy_Surface(), forces);
+  C_My3DPolyfit().my3dval(currents, positions, m_P, forces);
   return forces;
 }
 
 double C_VoiceMotor::Landing_Current(double force) const {
   // One copy serves the question and the answer, since a calibration may replace the surface between the two.
-  const CMyArray<double> surface = Copy_Surface();
+  const CMyArray<double> surface = m_P;
   const double position = Last_Land_Pos;
   if (position == 0.0 || !Is_Surface(surface)) return Force_To_Current(force);
   return Invert_Surface(force, m_pMotor->m_Be_Invert == 1 ? -position : position, surface);
 }
 
 void C_VoiceMotor::Set_Landing_Current(double force, double position) {
-  const CMyArray<double> surface = Copy_Surface();
+  const CMyArray<double> surface = m_P;
   if (Is_Surface(surface)) {
     m_pMotor->Set_Current_Pos(Invert_Surface(force, position, surface));
     return;
@@ -146,22 +136,6 @@ double C_VoiceMotor::Sample_Value(double x) const {
   CMyPolyfit().My_PolyFit(m_SampleX, m_SampleY, 1, line);
   CMyPolyfit().My_PolyVal(line, x, y);
   return y;
-}
-
-int C_VoiceMotor::Get_Key_Window(double& start_margin, double& key_dis) const {
-  start_margin = Val_Pos_Set[2] - (Val_Pos_Set[0] - Val_Pos_Set[1]);
-  key_dis = 2.0 * Val_Pos_Set[1];
-  return 1;
-}
-
-int C_VoiceMotor::Set_Key_Window(double /*start_margin*/, double /*key_dis*/) {
-  double start_margin = 0.0;
-  double key_dis = 0.0;
-  Get_Key_Window(start_margin, key_dis);
-  const double half = key_dis / 2.0;
-  Val_Pos_Set[0] = Val_Pos_Set[2] - start_margin + half;
-  Val_Pos_Set[1] = half;
-  return 1;
 }
 
 int C_VoiceMotor::Fit_Force_Model(double* currents, double* forces, int n) {

@@ -96,50 +96,9 @@ void C_VoiceMotor::Save() {
 void C_VoiceMotor::OptSaveAndLoadDataStore(CAutoSaveClassData_Data& data) {
   {
     const C_Store_Class entered(*this, data);
-    Process_Member("Val_Force_OffSet", Val_Force_OffSet, data);
-    Process_Member("Val_Force_Set[0]", Val_Force_Set[0], data);
-    Process_Member("Val_Force_Set[1]", Val_Force_Set[1], data);
-    Process_Member("Val_Acc_Set[0]", Val_Acc_Set[0], data);
-    Process_Member("Val_Acc_Set[1]", Val_Acc_Set[1], data);
-    Process_Member("Val_Pos_Set[0]", Val_Pos_Set[0], data);
-    Process_Member("Val_Pos_Set[1]", Val_Pos_Set[1], data);
-    Process_Member("Val_Pos_Set[2]", Val_Pos_Set[2], data);
-    Process_Member("Val_HoldTime_Set[0]", Val_HoldTime_Set[0], data);
-    Process_Member("Val_HoldTime_Set[1]", Val_HoldTime_Set[1], data);
-    Process_Member("Val_Speed_Set[0]", Val_Speed_Set[0], data);
-    Process_Member("Val_Speed_Set[1]", Val_Speed_Set[1], data);
-    Process_Member("Val_Speed_Set[2]", Val_Speed_Set[2], data);
-    Process_Member("Val_UpSpeed_Set", Val_UpSpeed_Set, data);
-    Process_Member("test_distance", test_distance, data);
-    Process_Member("Val_BeginePoint_offset", Val_BeginePoint_offset, data);
-    Process_Member("Val_Static_GForce", Val_Static_GForce, data);
-    Process_Member("Val_Force_K", Val_Force_K, data);
-    Process_Member("Val_Force_KK", Val_Force_KK, data);
-    CMyArray<double> surface = Copy_Surface();
-    Process_Member("m_P", surface, data);
-    if (data.m_bLoad != 0) Set_Surface(std::move(surface));
-    Process_Member("Val_BaseDistance", Val_BaseDistance, data);
-    Process_Member("Val_Block_Size", Val_Block_Size, data);
-    Process_Member("Val_Error_offset", Val_Error_offset, data);
-    Process_Member("Val_ErrorThreshold", Val_ErrorThreshold, data);
-    Process_Member("Val_ErrorWindowLen", Val_ErrorWindowLen, data);
-    Process_Member("Val_Run_Negative", Val_Run_Negative, data);
-    Process_Member("Val_Jerk_Set", Val_Jerk_Set, data);
-    Process_Member("Val_mark_pos", Val_mark_pos, data);
-    Process_Member("Val_Spring_K", Val_Spring_K, data);
-    Process_Member("Val_SensorScale", Val_SensorScale, data);
-    Process_Member("Val_Correction_MaxI", Val_Correction_MaxI, data);
-    Process_Member("Val_Correction_MinI", Val_Correction_MinI, data);
-    Process_Member("Val_Sendback_Frq", Val_Sendback_Frq, data);
-    Process_Member("Val_FC_test_num", Val_FC_test_num, data);
-    Process_Member("Val_Pos_Friction[0].MyArrayBasisList", Val_Pos_Friction[0].BasisList, data);
-    Process_Member("Val_Pos_Friction[0].MyArrayP", Val_Pos_Friction[0].p, data);
-    Process_Member("Val_Pos_Friction[0].xscale", Val_Pos_Friction[0].xscale, data);
-    Process_Member("Val_Pos_Friction[1].MyArrayBasisList", Val_Pos_Friction[1].BasisList, data);
-    Process_Member("Val_Pos_Friction[1].MyArrayP", Val_Pos_Friction[1].p, data);
-    Process_Member("Val_Pos_Friction[1].xscale", Val_Pos_Friction[1].xscale, data);
-    Process_Member("Val_Head_mg", Val_Head_mg, data);
-    Process_Member("Val_TempSensorCanID", Val_TempSensorCanID, data);
+    for (const C_Parameter& row : Parameters()) {
+      std::visit([&](auto* member) { Process_Member(row.key, *member, data); }, row.member);
+    }
   }
   CAutoSaveClassData2::OptSaveAndLoadDataStore(data);
 }
@@ -150,20 +109,6 @@ void C_VoiceMotor::Set_Cur_BaseDistance(float position) {
   } else {
     Message_Box(Format_Text("ID:%d 保存的基准面不是有效数字，请重新进行基准面标定", CanID));
   }
-}
-
-int C_VoiceMotor::Set_RunNegative(int flag) {
-  if (flag != 0 && flag != 1) return 0;
-  Val_Run_Negative = flag == 1 ? 0 : 1;
-  return 1;
-}
-
-void C_VoiceMotor::Set_TestDistance(double distance) {
-  test_distance = static_cast<float>(distance);
-}
-
-void C_VoiceMotor::Get_TestDistance(double& distance) const {
-  distance = test_distance;
 }
 
 int C_VoiceMotor::Set_TestMode(int mode) {

@@ -28,6 +28,7 @@
 #include "numeric/settling_detector.h"
 #include "station/handshake.h"
 #include "station/history.h"
+#include "station/station_parameters.h"
 #include "support/base/array.h"
 #include "support/services/vector_file.h"
 #include "support/store/store.h"
@@ -42,7 +43,7 @@ class C_Interpolation_Voice_Motor;
 class C_Kestrune_Motor_test;
 class C_VoiceDebugCom;
 
-class C_VoiceMotor : public CAutoSaveClassData2, public C_Handshake {
+class C_VoiceMotor : public CAutoSaveClassData2, public C_Station_Parameters, public C_Handshake {
  public:
   // Greatest lengths of the histories; the newest values are kept.
   static constexpr int Max_History_Samples = 1000000;
@@ -68,12 +69,6 @@ class C_VoiceMotor : public CAutoSaveClassData2, public C_Handshake {
   void Save();
   // Sets the reference surface, in single precision. One that is no number is told to the operator and not taken.
   void Set_Cur_BaseDistance(float position);
-  // 1: the current limit goes out as it is (Val_Run_Negative 0); 0: through its mirror image (Val_Run_Negative 1).
-  // Returns 1; any other flag changes nothing and returns 0.
-  int Set_RunNegative(int flag);
-  // The greatest landing travel in mm, held in single precision.
-  void Set_TestDistance(double distance);
-  void Get_TestDistance(double& distance) const;
   // 0 to 9; returns 1, or 0 for any other mode, which is refused.
   int Set_TestMode(int mode);
 
@@ -144,10 +139,6 @@ class C_VoiceMotor : public CAutoSaveClassData2, public C_Handshake {
   int Add_Sample(double y, double x);
   // The straight line through the store at x. The store must not be empty.
   double Sample_Value(double x) const;
-  // The stored positions as a start margin and a key travel, mm. Always 1.
-  int Get_Key_Window(double& start_margin, double& key_dis) const;
-  // Writes back what Get_Key_Window gives. Required: both arguments are ignored; hosts pass what they have. Always 1.
-  int Set_Key_Window(double start_margin, double key_dis);
 
   // --- Calibration (calibration.cpp) ---
 
@@ -164,17 +155,6 @@ class C_VoiceMotor : public CAutoSaveClassData2, public C_Handshake {
 
   // Writes the four histories to vector files, with the station and the local time in their names.
   void Export_History();
-
-  // --- Small parameter dialogs (station_dialogs.cpp). Each shows one edit; a cancel leaves the parameter as it is ---
-
-  void Set_Force_Dlg(int index);  // 0, 1: a set force; any other: the force correction, with the shown force kept
-  void Set_Speed_Dlg(int index);  // 0 to 2
-  void Set_UpSpeed_Dlg();
-  void Set_Spring_Dlg();
-  void Set_Acc_Dlg(int index);  // 0 to 1
-  void Set_BeginePoint_Dlg();
-  void Set_Jerk_Dlg();
-  void Set_HoldTime_Dlg(int index);  // 0 to 1
 
   // --- Members ---
 
@@ -204,48 +184,13 @@ class C_VoiceMotor : public CAutoSaveClassData2, public C_Handshake {
   CPerformanceTimeValue m_BackTimer;            // since the retract command
   const int AxisNum;                            // of the resource record; kept, not read again
   Shared<double> Last_Land_Pos;                 // observed position of the last cycle, 0.0 until the first one
-  Shared<float> test_distance{10.0F};  // greatest landing travel: the drive is sent here under the current limit
-  const int ControllerNum;             // instruction thread of the motion server
-  const int SpareNum;                  // of the resource record; kept, not read again
+  const int ControllerNum;                      // instruction thread of the motion server
+  const int SpareNum;                           // of the resource record; kept, not read again
   Shared<int> m_TestMode;
-  Shared<double> Val_Force_Set[2] = {200.0, 200.0};
-  Shared<double> Val_Force_OffSet;  // added to Val_Force_Set[0] by the automatic cycle alone
-  Shared<double> Test_Force[2];     // what the next measuring task uses
-  Shared<double> m_CurForce;        // worked back from the current at the end of a cycle; for display
-  Shared<double> Val_Speed_Set[3] = {20.0, 20.0, 20.0};  // landing; calibration; only persisted
-  Shared<double> Val_UpSpeed_Set{20.0};                  // retract
-  Shared<double> Val_Acc_Set[2] = {5000.0, 5000.0};      // mm/s^2; the second is only persisted
-  Shared<double> Val_Jerk_Set{10000000.0};               // mm/s^3
-  Shared<double> Val_BeginePoint_offset;                 // retract target
-  Shared<double> Val_Pos_Set[3];
-  Shared<double> Val_HoldTime_Set[2];
-  Shared<double> Val_Static_GForce;    // constant term of the force polynomial, g
-  Shared<double> Val_Force_K{0.001};   // linear term, g/A
-  Shared<double> Val_Force_KK{1.0};    // square term, g/A^2
-  Shared<double> Val_TempSensorCanID;  // CAN id of the temperature board, 0 for none; takes effect at the next start
+  Shared<double> Test_Force[2];  // what the next measuring task uses
+  Shared<double> m_CurForce;     // worked back from the current at the end of a cycle; for display
   // 0: the store belongs to another station of the same CAN id, and Save does nothing.
   Shared<int> Owns_Store{1};
-
- private:
-  mutable C_Leaf_Lock m_Surface_Lock;
-  CMyArray<double> m_P GUARDED_BY(m_Surface_Lock);  // coefficients of the force surface
-
- public:
-  Shared<double> Val_BaseDistance;
-  Shared<double> Val_Block_Size;            // size of the reference block, added to every thickness
-  Shared<double> Val_Error_offset;          // added to the result of a measuring task
-  Shared<double> Val_ErrorThreshold{5.0};   // settling band in micrometres
-  Shared<double> Val_ErrorWindowLen{50.0};  // settling window in samples of 2 ms
-  Shared<double> Val_mark_pos;              // where the spring force is zero
-  Shared<double> Val_Spring_K;              // g/mm
-  Shared<double> Val_SensorScale{1000.0};   // encoder counts for each mm
-  Shared<double> Val_Correction_MaxI{1.0};  // currents of a calibration
-  Shared<double> Val_Correction_MinI;
-  Shared<int> Val_Sendback_Frq{500};  // Hz; only persisted
-  Shared<int> Val_FC_test_num{5};     // currents of a calibration at each height
-  FitData Val_Pos_Friction[2];        // one for each direction; only persisted
-  Shared<double> Val_Head_mg;         // mg; only persisted
-  Shared<int> Val_Run_Negative;
   const int CanID;
   CMyArray<double> m_CalPos;  // calibration samples, index by index
   CMyArray<double> m_CalForce;
@@ -273,9 +218,6 @@ class C_VoiceMotor : public CAutoSaveClassData2, public C_Handshake {
   void Wait_Idle(double limit_ms, const CMyStringW& message);
   bool Try_Retract(float speed, int retries, double& pos);
   void Give_Up_Retract(double pos);
-
-  CMyArray<double> Copy_Surface() const;
-  void Set_Surface(CMyArray<double> coefficients);
 
   bool Ask_Cal_Settings(int& be_SetBaseParameter);
   int Enter_Base_Parameters();

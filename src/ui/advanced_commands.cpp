@@ -16,6 +16,8 @@ namespace orsanta {
 namespace {
 
 constexpr float Advanced_Width = 20.0F;
+constexpr double Sample_Ms = 2.0;  // from one sample of the settling window to the next
+constexpr int All_Digits = C_Small_Dialog::All_Digits;
 
 // Sub-ids from Chart_Thickness on, in the order of the buttons.
 constexpr const wchar_t* Advanced_Captions[] = {
@@ -26,12 +28,6 @@ constexpr const wchar_t* Advanced_Captions[] = {
     L"测量误差补偿", L"传感器比例系数", L"传感器线性度测量",
     L"导出调试数据", L"设置温度传感器", L"弹簧K值补偿（仅用于2D标定）",
 };
-
-// An entry with all digits that a value has.
-template <class T>
-bool Edit_Whole(const wchar_t* caption, T& value, double min, double max) {
-  return C_Small_Dialog().Number(caption, value, min, max, C_Small_Dialog::All_Digits).Ask();
-}
 
 }  // namespace
 
@@ -66,10 +62,10 @@ void C_ORS_Dlg::Carry_Out_Advanced(int index, int sub_id, C_VoiceMotor& station)
       station.Calibrate_Force();
       break;
     case panel_id::Force_Offset:  // Required: the caption is that of the set force, as operators know it
-      C_Small_Dialog().Number(L"设定推力(g)", station.Val_Force_OffSet, -200, 200).Ask();
+      station.Edit_On_Panel(L"设定推力(g)", station.Val_Force_OffSet);
       break;
     case panel_id::Error_Threshold:
-      C_Small_Dialog().Number(L"输入误差阀值(um)", station.Val_ErrorThreshold, -1, 1000).Ask();
+      station.Edit_On_Panel(L"输入误差阀值(um)", station.Val_ErrorThreshold);
       break;
     case panel_id::Settling_Time:
       Edit_Settling_Time(station);
@@ -81,13 +77,13 @@ void C_ORS_Dlg::Carry_Out_Advanced(int index, int sub_id, C_VoiceMotor& station)
       Edit_Direction(station);
       break;
     case panel_id::Origin_Offset:
-      C_Small_Dialog().Number(L"原点偏移(mm)", station.Val_BeginePoint_offset, 0, 10).Ask();
+      station.Edit_On_Panel(L"原点偏移(mm)", station.Val_BeginePoint_offset);
       break;
     case panel_id::Test_Distance:
       Edit_Test_Distance(station);
       break;
     case panel_id::Error_Offset:
-      Edit_Whole(L"测量误差补偿", station.Val_Error_offset, -1, 1);
+      station.Edit_On_Panel(L"测量误差补偿", station.Val_Error_offset, All_Digits);
       break;
     case panel_id::Sensor_Scale:
       Edit_Sensor_Scale(station);
@@ -99,10 +95,10 @@ void C_ORS_Dlg::Carry_Out_Advanced(int index, int sub_id, C_VoiceMotor& station)
       station.Export_History();
       break;
     case panel_id::Temp_Sensor:
-      Edit_Whole(L"ntc温度传感器CANID", station.Val_TempSensorCanID, 0, 64);
+      station.Edit_On_Panel(L"ntc温度传感器CANID", station.Val_TempSensorCanID, All_Digits);
       break;
     case panel_id::Spring_K:
-      Edit_Whole(L"弹簧K值补偿（g/mm）", station.Val_Spring_K, 0, 64);
+      station.Edit_On_Panel(L"弹簧K值补偿（g/mm）", station.Val_Spring_K, All_Digits);
       break;
     default:
       break;
@@ -130,11 +126,13 @@ void C_ORS_Dlg::Clear_Charted_Data() {
   station.TempArray.Clear();
 }
 
-// Shown as a time: one sample of the window lasts 2 ms.
+// Shown as a time.
 void C_ORS_Dlg::Edit_Settling_Time(C_VoiceMotor& station) {
-  double time_ms = station.Val_ErrorWindowLen * 2;
-  C_Small_Dialog().Number(L"输入稳定时间", time_ms, 1, 1000).Ask();
-  station.Val_ErrorWindowLen = time_ms / 2;
+  double time_ms = station.Val_ErrorWindowLen * Sample_Ms;
+  C_Small_Dialog()
+      .Number(L"输入稳定时间", time_ms, station.Ranges_Of(station.Val_ErrorWindowLen).panel.Times(Sample_Ms))
+      .Ask();
+  station.Val_ErrorWindowLen = time_ms / Sample_Ms;
 }
 
 void C_ORS_Dlg::Change_Serial_Link(C_VoiceMotor& station) {
@@ -150,11 +148,12 @@ void C_ORS_Dlg::Edit_Direction(C_VoiceMotor& station) {
 void C_ORS_Dlg::Edit_Test_Distance(C_VoiceMotor& station) {
   double distance = 10.0;
   station.Get_TestDistance(distance);
-  if (Edit_Whole(L"测试距离", distance, 1, 30)) station.Set_TestDistance(distance);
+  const C_Range range = station.Ranges_Of(station.test_distance).panel;
+  if (C_Small_Dialog().Number(L"测试距离", distance, range, All_Digits).Ask()) station.Set_TestDistance(distance);
 }
 
 void C_ORS_Dlg::Edit_Sensor_Scale(C_VoiceMotor& station) {
-  if (!Edit_Whole(L"传感器比例系数", station.Val_SensorScale, 1, 1000000000)) return;
+  if (!station.Edit_On_Panel(L"传感器比例系数", station.Val_SensorScale, All_Digits)) return;
   station.m_pMotor->SetScale(station.Val_SensorScale);
 }
 
@@ -164,7 +163,7 @@ void C_ORS_Dlg::Check_Linearity(int index, C_VoiceMotor& station) {
   double block_size_check[2] = {0.0, 0.0};
   station.Test_Force[0] = station.Val_Force_Set[0].Get();
   for (int n = 0; n < 2; ++n) {
-    Edit_Whole(L"请输入量块尺寸", block_size_set[n], 0, 64);
+    C_Small_Dialog().Number(L"请输入量块尺寸", block_size_set[n], {0, 64}, All_Digits).Ask();
     Measure_And_Return(index, station);
     block_size_check[n] = station.Test_Ans;
   }

@@ -28,12 +28,12 @@ constexpr wchar_t Measure_Manual_Caption[] = L"测量(手动模式)";
 
 // The drive is told in any case, after a cancel too.
 void C_ORS_Dlg::Edit_Acceleration(C_VoiceMotor& station) {
-  C_Small_Dialog().Number(L"输入加速度mm/s^2", station.Val_Acc_Set[0], 1000, 60000).Ask();
+  station.Edit_On_Panel(L"输入加速度mm/s^2", station.Val_Acc_Set[0]);
   station.m_pMotor->Set_Acc(station.Val_Acc_Set[0]);
 }
 
 void C_ORS_Dlg::Edit_Block_Size(C_VoiceMotor& station) {
-  C_Small_Dialog().Number(L"输入基准块尺寸(mm)", station.Val_Block_Size, 0, 500).Ask();
+  station.Edit_On_Panel(L"输入基准块尺寸(mm)", station.Val_Block_Size);
 }
 
 void C_ORS_Dlg::Correct_Reference_Plane(int index, C_VoiceMotor& station) {
@@ -88,8 +88,8 @@ void C_ORS_Dlg::Return_Probe(int index, C_VoiceMotor& station) {
 
 C_ORS_Dlg::C_End C_ORS_Dlg::Test_Two_Forces(int index, C_VoiceMotor& station) {
   C_Small_Dialog dialog;
-  dialog.Number(L"设定推力1(g)", station.Val_Force_Set[0], 0, 1000)
-      .Number(L"设定推力2(g)", station.Val_Force_Set[1], 0, 1000);
+  dialog.Number(L"设定推力1(g)", station.Val_Force_Set[0], station.Ranges_Of(station.Val_Force_Set[0]).panel)
+      .Number(L"设定推力2(g)", station.Val_Force_Set[1], station.Ranges_Of(station.Val_Force_Set[1]).panel);
   if (!dialog.Ask()) return C_End::Leave;
   station.Test_Force[0] = station.Val_Force_Set[0].Get();
   station.Test_Force[1] = station.Val_Force_Set[1].Get();
@@ -99,7 +99,7 @@ C_ORS_Dlg::C_End C_ORS_Dlg::Test_Two_Forces(int index, C_VoiceMotor& station) {
 
 // Required: the caption has a lone bracket; hosts that work the panel find the entry by it.
 void C_ORS_Dlg::Edit_Point_Count() {
-  C_Small_Dialog().Number(L"显示结果数量)", m_pMotorBase->PlotPointNum, 10, 50000).Ask();
+  C_Small_Dialog().Number(L"显示结果数量)", m_pMotorBase->PlotPointNum, {10, 50000}).Ask();
 }
 
 // All boxes start unticked whatever the card holds, and the mask is sent in any case: a cancel clears it.
@@ -117,7 +117,7 @@ void C_ORS_Dlg::Set_Automatic_Stations() {
 
 void C_ORS_Dlg::Set_Automatic_Speed() {
   int rate = 1;
-  C_Small_Dialog().Number(L"自动测量速度", rate, 1, 7).Ask();
+  C_Small_Dialog().Number(L"自动测量速度", rate, {1, 7}).Ask();
   m_pMotorBase->IoCard.Set_Sim_Rate(rate);
 }
 

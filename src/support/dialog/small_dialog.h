@@ -1,6 +1,6 @@
 // C_Small_Dialog: a dialog of a few entries in one column, put together and asked in one expression:
 //
-//   if (C_Small_Dialog().Number(L"设定推力(g)", force, 0.0, 1000.0).Tick(L"电机反转", turned).Ask()) ...
+//   if (C_Small_Dialog().Number(L"设定推力(g)", force, {0.0, 1000.0}).Tick(L"电机反转", turned).Ask()) ...
 //
 // What is bound is written at the confirmation and only then. It must live as long as the dialog is asked.
 #pragma once
@@ -12,19 +12,28 @@
 
 namespace orsanta {
 
+// From the least to the greatest value, both included.
+struct C_Range {
+  double min = 0.0;
+  double max = 0.0;
+
+  // The same range of a value that is shown multiplied by the factor, which is above 0.
+  C_Range Times(double factor) const { return {min * factor, max * factor}; }
+};
+
 class C_Small_Dialog {
  public:
   static constexpr float Control_Width = 10.0F;
   static constexpr int Few_Digits = 3;
   static constexpr int All_Digits = 16;
 
-  // A number between min and max, both included. T: double or int, or a Shared of one; digits: decimals of a double.
+  // A number in the range. T: double or int, or a Shared of one; digits: decimals of a double.
   template <class T>
-  C_Small_Dialog& Number(const wchar_t* caption, T& value, double min, double max, int digits = Few_Digits) {
+  C_Small_Dialog& Number(const wchar_t* caption, T& value, C_Range range, int digits = Few_Digits) {
     if constexpr (std::is_same_v<T, int> || std::is_same_v<T, Shared<int>>) {
-      m_Dialog.AddDataEditRange(caption, 0, Control_Width, value, min, max, 1, 0, nullptr);
+      m_Dialog.AddDataEditRange(caption, 0, Control_Width, value, range.min, range.max, 1, 0, nullptr);
     } else {
-      m_Dialog.AddDataEditRange(caption, 0, Control_Width, value, min, max, digits, 1, 0, nullptr);
+      m_Dialog.AddDataEditRange(caption, 0, Control_Width, value, range.min, range.max, digits, 1, 0, nullptr);
     }
     return *this;
   }

@@ -3,9 +3,15 @@
 // It reads and assigns like a T, each access an atomic one: whoever sees a flag also sees what its writer wrote before
 // it, so that a result is never older than the flag that announces it. A read followed by a write of the same member
 // are two steps, and another thread can come between them.
+//
+// A value that no atomic holds, such as an array, is read and replaced whole, under a leaf lock of its own.
 #pragma once
 
 #include <atomic>
+#include <type_traits>
+#include <utility>
+
+#include "support/time/lock.h"
 
 namespace orsanta {
 
@@ -25,6 +31,28 @@ class Shared {
 
  private:
   std::atomic<T> m_Value;
+};
+
+template <class T>
+requires(!std::is_trivially_copyable_v<T>) class Shared<T> {
+ public:
+  Shared() = default;
+  Shared(const Shared&) = delete;
+  Shared& operator=(const Shared&) = delete;
+  Shared& operator=(T value) {
+    const C_Lock_Guard hold(m_Lock);
+    m_Value = std::move(value);
+    return *this;
+  }
+  T Get() const {
+    const C_Lock_Guard hold(m_Lock);
+    return m_Value;
+  }
+  operator T() const { return Get(); }  // NOLINT
+
+ private:
+  mutable C_Leaf_Lock m_Lock;
+  T m_Value GUARDED_BY(m_Lock);
 };
 
 }  // namespace orsanta
