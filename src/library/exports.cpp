@@ -1,5 +1,7 @@
 // The exported surface: thin forwards to the supervisor and the stations. Told in full in orsanta/orsanta.h.
 #include <cmath>
+#include <cstddef>
+#include <type_traits>
 
 #include "drive/motor.h"
 #include "host/motor_base.h"
@@ -10,6 +12,21 @@
 #include "ui/init_dialog.h"
 
 using namespace orsanta;
+
+// Hosts in every language lay the record out themselves.
+static_assert(std::is_standard_layout_v<VCM_Resource_struct> && std::is_trivially_copyable_v<VCM_Resource_struct>);
+static_assert(sizeof(VCM_Resource_struct) == 9 * sizeof(int32_t));
+#define STANDS_AT(field, place) static_assert(offsetof(VCM_Resource_struct, field) == (place) * sizeof(int32_t))
+STANDS_AT(CanID, 0);
+STANDS_AT(AxisNum, 1);
+STANDS_AT(AuxAxisNum, 2);
+STANDS_AT(ControllerNum, 3);
+STANDS_AT(SpareNum, 4);
+STANDS_AT(ConnectServer, 5);
+STANDS_AT(Reserved1, 6);
+STANDS_AT(Reserved2, 7);
+STANDS_AT(Reserved3, 8);
+#undef STANDS_AT
 
 namespace {
 

@@ -103,7 +103,7 @@ class Station:
 
     def go_zero(self) -> bool:
         """Runs the drive's own zero routine, blocks until it has ended, and tells whether it succeeded."""
-        return self._library.GoZero(self.number) == 1
+        return bool(self._library.GoZero(self.number) == 1)
 
     # --- Parameters ---
 

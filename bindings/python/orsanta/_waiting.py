@@ -4,7 +4,7 @@ from __future__ import annotations
 
 import asyncio
 import time
-from typing import Generator, TypeVar
+from typing import Generator, TypeVar, cast
 
 from ._results import TimedOut
 
@@ -34,7 +34,7 @@ def run(steps: Steps[T]) -> T:
         try:
             next(steps)
         except StopIteration as end:
-            return end.value
+            return cast(T, end.value)
         time.sleep(POLL_S)
 
 
@@ -45,7 +45,7 @@ async def run_async(steps: Steps[T]) -> T:
             try:
                 next(steps)
             except StopIteration as end:
-                return end.value
+                return cast(T, end.value)
             await asyncio.sleep(POLL_S)
     finally:
         steps.close()
