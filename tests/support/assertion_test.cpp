@@ -14,7 +14,7 @@
 
 #include "common/failed_check.h"
 #include "support/base/array.h"
-#include "support/base/dump.h"
+#include "support/base/crash_report.h"
 #include "support/base/symbolizer.h"
 #include "support/threads/thread.h"
 #include "support/time/critical_section.h"

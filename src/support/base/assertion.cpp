@@ -8,7 +8,7 @@
 #include <new>
 #include <typeinfo>
 
-#include "support/base/dump.h"
+#include "support/base/crash_report.h"
 #include "support/base/process.h"
 #include "support/system/trace.h"
 #include "support/system/wide_string.h"

@@ -1,6 +1,6 @@
 // It runs when the process cannot go on, possibly for want of memory: it works with plain buffers and writes straight
 // to the file.
-#include "support/base/dump.h"
+#include "support/base/crash_report.h"
 
 #include <fcntl.h>
 #include <limits.h>
