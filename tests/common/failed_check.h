@@ -7,6 +7,7 @@
 
 #include "common/temp_folder.h"
 #include "support/base/assertion.h"
+#include "support/base/crash_report.h"
 
 namespace orsanta {
 

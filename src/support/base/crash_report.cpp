@@ -1,7 +1,8 @@
-// It runs when the process cannot go on, possibly for want of memory: it works with plain buffers and writes straight
-// to the file.
+// The process may be failing for want of memory: from the report on, all of this works with plain buffers and writes
+// straight to the file.
 #include "support/base/crash_report.h"
 
+#include <cxxabi.h>
 #include <fcntl.h>
 #include <limits.h>
 #include <link.h>
@@ -16,15 +17,20 @@
 #include <cstdlib>
 #include <cstring>
 #include <exception>
+#include <new>
+#include <typeinfo>
 #include <utility>
 
-#include "support/base/assertion.h"
 #include "support/base/report_window.h"
 #include "support/base/symbolizer.h"
+#include "support/system/atomic_file.h"
 #include "support/system/error_stream.h"
 #include "support/system/signal_blocker.h"
+#include "support/system/trace.h"
+#include "support/system/wide_string.h"
 #include "support/time/clock.h"
 #include "support/time/critical_section.h"
+#include "support/time/no_destructor.h"
 
 namespace orsanta {
 
@@ -58,6 +64,19 @@ void Limit_The_End() {
   alarm(Longest_End_S);
 }
 
+// What std::terminate was called for.
+std::string Describe_Termination() {
+  const std::type_info* type = abi::__cxa_current_exception_type();
+  if (type == nullptr) return "std::terminate";
+  try {
+    throw;
+  } catch (const std::exception& error) {
+    return Format_Utf8("uncaught exception %s: %s", type->name(), error.what());
+  } catch (...) {
+    return Format_Utf8("uncaught exception %s", type->name());
+  }
+}
+
 // Takes text to a file; or to the standard error stream, where the file is No_File.
 class C_Dump_Text {
  public:
@@ -67,14 +86,7 @@ class C_Dump_Text {
 
   void Put(const char* text) {
     if (m_File == No_File) return Write_Error_Stream(text);
-    for (size_t rest = std::strlen(text); rest > 0 && m_Error == 0;) {
-      const ssize_t written = write(m_File, text, rest);
-      if (written < 0 && errno != EINTR) m_Error = errno;
-      if (written < 0) continue;
-      text += written;
-      rest -= static_cast<size_t>(written);
-      m_Size += static_cast<size_t>(written);
-    }
+    if (m_Error == 0) m_Error = Write_All(m_File, text);
   }
 
   __attribute__((format(printf, 2, 3))) void Put_Line(const char* format, ...) {
@@ -87,12 +99,10 @@ class C_Dump_Text {
     Put("\n");
   }
 
-  size_t Size() const { return m_Size; }
-  int Error() const { return m_Error; }  // errno of the first failure, 0 when all went in
+  int Error() const { return m_Error; }  // errno of the first failure, 0 when all was written
 
  private:
   int m_File;
-  size_t m_Size = 0;
   int m_Error = 0;
 };
 
@@ -119,12 +129,12 @@ void Put_Modules(C_Dump_Text& out) {
 
 struct C_Dump {
   char path[PATH_MAX] = "";
-  size_t size = 0;  // 0: there is no such file
-  int error = 0;    // errno of what kept it from being whole
+  off_t size = 0;  // 0: there is no such file
+  int error = 0;   // errno of what kept it from being whole
 };
 
-// Writes a dump into `folder`, "" for the working directory. It is always a new file: a name that somebody else has
-// taken, perhaps for a link, is left alone.
+// Writes a dump into `folder`, "" for the working directory. It is always a new file: a name that is taken, perhaps by
+// a link of another user, is left alone.
 C_Dump Write_Dump(const char* folder, const C_Stack& stack) {
   C_Dump dump;
   const C_Local_Time now = Local_Time_Now();
@@ -141,7 +151,7 @@ C_Dump Write_Dump(const char* folder, const C_Stack& stack) {
   out.Put_Line("\n\nbuild: %s %s, compiler %s", __DATE__, __TIME__, __VERSION__);
   Put_Stack(out, stack);
   Put_Modules(out);
-  dump.size = out.Size();
+  dump.size = lseek(file, 0, SEEK_CUR);
   dump.error = out.Error();
   if (close(file) != 0 && dump.error == 0) dump.error = errno;
   if (dump.size == 0) unlink(dump.path);
@@ -153,8 +163,8 @@ const char* Temporary_Folder() {
   return folder != nullptr && folder[0] != '\0' ? folder : "/tmp";
 }
 
-// In the working directory, or in the folder for temporary files where it does not go in whole; where neither takes it,
-// the longer part stays.
+// In the working directory, or in the folder for temporary files where that one cannot take it whole; where neither
+// can, the longer part is kept.
 C_Dump Write_Dump_Somewhere(const C_Stack& stack) {
   C_Dump dump = Write_Dump("", stack);
   if (dump.error == 0) return dump;
@@ -165,7 +175,7 @@ C_Dump Write_Dump_Somewhere(const C_Stack& stack) {
 }
 
 // The report on one line, without its closing words to the reader.
-void Fold(const char* report, char (&line)[Line_Room]) {
+void Join_Lines(const char* report, char (&line)[Line_Room]) {
   size_t length = 0;
   for (const char* at = report; *at != '\0' && std::strncmp(at, "\n\n-", 3) != 0 && length + 3 < Line_Room; ++at) {
     if (*at != '\n') {
@@ -178,9 +188,9 @@ void Fold(const char* report, char (&line)[Line_Room]) {
   line[length] = '\0';
 }
 
-void Say_The_End(const C_Dump& dump) {
+void Print_Last_Line(const C_Dump& dump) {
   char report[Line_Room], limit[Line_Room] = "", line[3 * Line_Room + 64];  // the three and the words between them
-  Fold(CVCDumpMessage::m_cErrorMsg().c_str(), report);
+  Join_Lines(CVCDumpMessage::m_cErrorMsg().c_str(), report);
   if (dump.error != 0) {
     std::snprintf(limit, sizeof(limit), " %s: %s", dump.size == 0 ? "cannot be written" : "is cut short",
                   std::strerror(dump.error));
@@ -192,11 +202,38 @@ void Say_The_End(const C_Dump& dump) {
 
 }  // namespace
 
+std::string& CVCDumpMessage::m_cErrorMsg() {
+  static C_No_Destructor<std::string> text;
+  return text.Get();
+}
+
+CMyCriticalSection& CVCDumpMessage::m_hErrorMsg() {
+  static C_No_Destructor<CMyCriticalSection> section;
+  return section.Get();
+}
+
+void CVCDumpMessage::DumpFileProcess() {
+  Claim_Process_End();
+  Keep_Report("std::terminate", 0, Describe_Termination());
+  Write_Dump_And_End();
+}
+
 void Claim_Process_End() NO_THREAD_SAFETY_ANALYSIS {
   Limit_The_End();
   CVCDumpMessage::m_hErrorMsg().Lock();  // never given back
   if (the_Ending_Thread != 0) End_At_Once();
   the_Ending_Thread = gettid();
+}
+
+void Keep_Report(const char* function, int line, const std::string& text) {
+  try {
+    CVCDumpMessage::m_cErrorMsg() = text;
+    const std::wstring wide = From_Utf8(text);
+    MY_TRACE0(wide.c_str());
+    TraceLog2File(function, line, wide.c_str());
+  } catch (const std::bad_alloc&) {
+    // The dump still has the stack.
+  }
 }
 
 void Write_Dump_And_End() {
@@ -208,7 +245,7 @@ void Write_Dump_And_End() {
     C_Dump_Text error_stream(C_Dump_Text::No_File);
     Put_Stack(error_stream, stack);
   }
-  Say_The_End(dump);
+  Print_Last_Line(dump);
   Show_Report_After_End(CVCDumpMessage::m_cErrorMsg().c_str(), dump.size > 0 ? dump.path : "");
   End_At_Once();
 }

@@ -2,12 +2,11 @@
 
 #include <dlfcn.h>
 
-#include <cstdlib>
-#include <filesystem>
-#include <system_error>
+#include <string>
 #include <thread>
 
 #include "support/dialog/console_front.h"
+#include "support/system/environment.h"
 #include "support/system/error_stream.h"
 #include "support/system/priority.h"
 #include "support/time/lock.h"
@@ -31,43 +30,26 @@ C_Front_Place& Place() {
   return place;
 }
 
-bool Is_Set(const char* variable) {
-  const char* value = std::getenv(variable);
-  return value != nullptr && *value != '\0';
-}
-
-// The plug-in beside the library that holds this code, or else beside the program.
-std::filesystem::path Find_Plug_In() {
-  namespace fs = std::filesystem;
-  std::error_code none;
-  Dl_info self{};
-  if (dladdr(reinterpret_cast<const void*>(&Front), &self) != 0 && self.dli_fname != nullptr) {
-    fs::path beside_library = fs::absolute(self.dli_fname, none).parent_path() / Plug_In_Name;
-    if (fs::exists(beside_library, none)) return beside_library;
-  }
-  const fs::path beside_program = fs::read_symlink("/proc/self/exe", none).parent_path() / Plug_In_Name;
-  return fs::exists(beside_program, none) ? beside_program : fs::path();
-}
-
 // The desktop front, or null with one line that says why.
 std::unique_ptr<C_Front> Load_Desktop_Front() {
   const auto give_up = [](const std::string& reason) {
     Write_Error_Stream("orsanta: " + reason + "; messages go to this stream, and dialogs count as cancelled\n");
     return nullptr;
   };
-  const std::filesystem::path path = Find_Plug_In();
-  if (path.empty()) return give_up(std::string("no desktop front, ") + Plug_In_Name + " is not beside the library");
+  char path[PATH_MAX];
+  if (!Find_Beside_Library(Plug_In_Name, path))
+    return give_up(std::string("no desktop front, ") + Plug_In_Name + " is not beside the library");
   // Never unloaded: its window library keeps threads and static objects.
-  void* plug_in = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+  void* plug_in = dlopen(path, RTLD_NOW | RTLD_LOCAL);
   if (plug_in == nullptr) return give_up(std::string("the desktop front cannot be loaded: ") + dlerror());
   const auto make_front = reinterpret_cast<Make_Front_Function>(dlsym(plug_in, Plug_In_Entry));
-  if (make_front == nullptr) return give_up(path.string() + " is no desktop front, it lacks " + Plug_In_Entry);
+  if (make_front == nullptr) return give_up(std::string(path) + " is no desktop front, it lacks " + Plug_In_Entry);
   return std::unique_ptr<C_Front>(make_front());  // it says itself why it does not start
 }
 
 std::unique_ptr<C_Front> Make_Built_In_Front() {
   std::unique_ptr<C_Front> front;
-  if (Is_Set("DISPLAY") || Is_Set("WAYLAND_DISPLAY")) {
+  if (Has_Display()) {
     // On a thread at the normal level: what the front starts for its windows inherits that, whoever asked for it first.
     std::thread([&front] {
       SetThreadPriority(Priority_Normal);

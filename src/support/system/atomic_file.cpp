@@ -15,16 +15,6 @@ namespace orsanta {
 
 namespace {
 
-int Write_All(int file, const std::string& bytes) {
-  for (size_t done = 0; done < bytes.size();) {
-    const ssize_t written = write(file, bytes.data() + done, bytes.size() - done);
-    if (written < 0 && errno == EINTR) continue;
-    if (written < 0) return errno;
-    done += static_cast<size_t>(written);
-  }
-  return 0;
-}
-
 // A renamed file is safe from a power cut only when its folder has reached the disk too.
 void Flush_Folder_Of(const std::string& path) {
   const size_t separator = path.rfind('/');
@@ -36,6 +26,16 @@ void Flush_Folder_Of(const std::string& path) {
 }
 
 }  // namespace
+
+int Write_All(int file, std::string_view bytes) {
+  for (size_t done = 0; done < bytes.size();) {
+    const ssize_t written = write(file, bytes.data() + done, bytes.size() - done);
+    if (written < 0 && errno == EINTR) continue;
+    if (written < 0) return errno;
+    done += static_cast<size_t>(written);
+  }
+  return 0;
+}
 
 int Write_Flush_Close(int file, const std::string& bytes, unsigned rights) {
   const C_Signal_Blocker held;

@@ -3,8 +3,13 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 namespace orsanta {
+
+// Writes all the bytes to an open file. Returns 0 or the system's error number, with as much written as went. Takes no
+// memory from the heap.
+int Write_All(int file, std::string_view bytes);
 
 // Writes the bytes to an open file, sets its rights, flushes it to the disk and closes it. Returns 0 or the system's
 // error number; the file is closed in either case.
