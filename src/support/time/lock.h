@@ -29,15 +29,15 @@
 namespace orsanta {
 
 // A mutex that lends its waiters' priority to its holder, so that a time-critical thread never waits for one that a
-// busy machine does not run. It holds nothing that an end would have to give back: a static one serves threads that
-// still run while the process ends.
+// busy machine does not run; on a kernel that cannot lend, a plain mutex. It has no destructor, because nothing has to
+// be released: a static one serves threads that still run while the process ends.
 class CAPABILITY("leaf lock") C_Leaf_Lock {
  public:
   C_Leaf_Lock() {
     pthread_mutexattr_t attributes;
     pthread_mutexattr_init(&attributes);
     pthread_mutexattr_setprotocol(&attributes, PTHREAD_PRIO_INHERIT);
-    pthread_mutex_init(&m_Mutex, &attributes);
+    if (pthread_mutex_init(&m_Mutex, &attributes) != 0) pthread_mutex_init(&m_Mutex, nullptr);
     pthread_mutexattr_destroy(&attributes);
   }
   C_Leaf_Lock(const C_Leaf_Lock&) = delete;
