@@ -5,11 +5,11 @@
 #include <string>
 #include <thread>
 
+#include "support/base/replaceable.h"
 #include "support/dialog/console_front.h"
 #include "support/system/environment.h"
 #include "support/system/error_stream.h"
 #include "support/system/priority.h"
-#include "support/time/lock.h"
 
 namespace orsanta {
 
@@ -17,18 +17,6 @@ namespace {
 
 constexpr const char* Plug_In_Name = "liborsanta_desktop.so";
 constexpr const char* Plug_In_Entry = "orsanta_make_front";
-
-// Lives as long as the process: a front's own thread may still draw while static objects go.
-struct C_Front_Place {
-  C_Leaf_Lock lock;
-  std::unique_ptr<C_Front> replacement GUARDED_BY(lock);
-  std::unique_ptr<C_Front> built_in GUARDED_BY(lock);
-};
-
-C_Front_Place& Place() {
-  static C_Front_Place& place = *new C_Front_Place;
-  return place;
-}
 
 // The desktop front, or null with one line that says why.
 std::unique_ptr<C_Front> Load_Desktop_Front() {
@@ -63,18 +51,11 @@ std::unique_ptr<C_Front> Make_Built_In_Front() {
 }  // namespace
 
 C_Front& Front() {
-  C_Front_Place& place = Place();
-  const C_Lock_Guard hold(place.lock);
-  if (place.replacement != nullptr) return *place.replacement;
-  if (place.built_in == nullptr) place.built_in = Make_Built_In_Front();
-  return *place.built_in;
+  return C_Replaceable<C_Front>::Instance().Get(&Make_Built_In_Front);
 }
 
 std::unique_ptr<C_Front> Replace_Front(std::unique_ptr<C_Front> front) {
-  C_Front_Place& place = Place();
-  const C_Lock_Guard hold(place.lock);
-  std::swap(place.replacement, front);
-  return front;
+  return C_Replaceable<C_Front>::Instance().Replace(std::move(front));
 }
 
 }  // namespace orsanta

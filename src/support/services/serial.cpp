@@ -18,6 +18,7 @@
 #include "support/system/wide_string.h"
 #include "support/time/clock.h"
 #include "support/time/lock.h"
+#include "support/time/no_destructor.h"
 
 namespace orsanta {
 namespace {
@@ -36,17 +37,17 @@ void Trace_Port(int port, const std::string& path, const std::string& what) {
   MY_TRACE0(Format_Text("COM%d (%s): %s\r\n", port, path.c_str(), what.c_str()));
 }
 
-// The box that tells of a lost port. The threads that use a port must not wait for an operator, so the box is posted.
-// It may stand open for hours while a loose plug comes and goes: until it is answered it stands for the next losses
+// The box that reports a lost port. The threads that use a port must not wait for an operator, so the box is posted. It
+// may be open for hours while a loose plug makes and breaks contact: until it is answered it serves the next losses
 // too.
 class C_Lost_Box : public C_Message_Listener {
  public:
   // One for each port number. Never freed: a front may answer until the process ends.
   static C_Lost_Box& Of_Port(int port) {
-    static C_Leaf_Lock& lock = *new C_Leaf_Lock;
-    static auto& boxes = *new std::map<int, C_Lost_Box>;
+    static C_Leaf_Lock lock;
+    static C_No_Destructor<std::map<int, C_Lost_Box>> boxes;
     const C_Lock_Guard hold(lock);
-    return boxes[port];
+    return boxes.Get()[port];
   }
 
   void Show(const std::wstring& text) {

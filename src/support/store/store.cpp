@@ -1,16 +1,15 @@
 #include "support/store/store.h"
 
-#include <cxxabi.h>
-
 #include <algorithm>
-#include <cstdlib>
 #include <functional>
 #include <unordered_map>
 
+#include "support/base/type_name.h"
 #include "support/dialog/message_box.h"
 #include "support/store/store_access.h"
 #include "support/store/store_words.h"
 #include "support/time/lock.h"
+#include "support/time/no_destructor.h"
 
 namespace orsanta {
 
@@ -31,8 +30,8 @@ struct C_Areas {
 };
 
 C_Areas& Areas() {
-  static C_Areas& areas = *new C_Areas;
-  return areas;
+  static C_No_Destructor<C_Areas> areas;
+  return areas.Get();
 }
 
 // The 32-bit FNV-1a hash.
@@ -139,17 +138,6 @@ int Area_ID(const std::string& path) {
   while (!areas.paths.try_emplace(static_cast<int>(id), path).second) ++id;  // the number belongs to another path
   areas.ids.emplace(path, static_cast<int>(id));
   return static_cast<int>(id);
-}
-
-std::string Type_Name(const std::type_info& type) {
-  int status = 0;
-  char* demangled = abi::__cxa_demangle(type.name(), nullptr, nullptr, &status);
-  std::string name = status == 0 ? demangled : type.name();
-  std::free(demangled);
-  constexpr std::string_view Own_Namespace = "orsanta::";
-  for (size_t at = name.find(Own_Namespace); at != std::string::npos; at = name.find(Own_Namespace, at))
-    name.erase(at, Own_Namespace.size());
-  return name;
 }
 
 int CAutoSaveClassData_Data::GetAreaIDFrom_OptSaveFunctionCallInClassNameList() {

@@ -59,8 +59,6 @@ class CAutoSaveClassData_Data {
 std::string Area_Path(int area_id);
 // The area id of a class path.
 int Area_ID(const std::string& path);
-// The readable name of a type, without the system's namespace.
-std::string Type_Name(const std::type_info& type);
 
 // Root of the objects that are handled through their run-time type.
 class CDynamicClassCreatorObject {

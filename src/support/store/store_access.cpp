@@ -23,7 +23,7 @@ class C_Folder_Holder {
 
  private:
   static C_Leaf_Lock& Lock() {
-    static C_Leaf_Lock& lock = *new C_Leaf_Lock;
+    static C_Leaf_Lock lock;
     return lock;
   }
 

@@ -9,6 +9,7 @@
 #include <map>
 
 #include "support/time/lock.h"
+#include "support/time/no_destructor.h"
 
 namespace orsanta {
 
@@ -27,8 +28,8 @@ struct C_Claims {
 };
 
 C_Claims& Claims() {
-  static C_Claims& claims = *new C_Claims;
-  return claims;
+  static C_No_Destructor<C_Claims> claims;
+  return claims.Get();
 }
 
 // A process that was split off from the one that made the claims has none of them.

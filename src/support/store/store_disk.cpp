@@ -8,9 +8,9 @@
 #include <cerrno>
 #include <cstdio>
 
+#include "support/base/replaceable.h"
 #include "support/system/atomic_file.h"
 #include "support/time/clock.h"
-#include "support/time/lock.h"
 
 namespace orsanta {
 
@@ -18,17 +18,6 @@ namespace {
 
 constexpr mode_t Owner_Alone = 0600;
 constexpr int Longest_Lock_Wait_Ms = 5000;
-
-struct C_Disk_Place {
-  C_Leaf_Lock lock;
-  std::unique_ptr<C_Disk> replacement GUARDED_BY(lock);
-  C_Disk built_in;
-};
-
-C_Disk_Place& Place() {
-  static C_Disk_Place& place = *new C_Disk_Place;
-  return place;
-}
 
 int Read_All(int file, std::string& bytes) {
   struct stat info {};
@@ -91,16 +80,11 @@ int C_Disk::Remove(const std::string& name) {
 }
 
 C_Disk& Disk() {
-  C_Disk_Place& place = Place();
-  const C_Lock_Guard hold(place.lock);
-  return place.replacement != nullptr ? *place.replacement : place.built_in;
+  return C_Replaceable<C_Disk>::Instance().Get([] { return std::make_unique<C_Disk>(); });
 }
 
 std::unique_ptr<C_Disk> Replace_Disk(std::unique_ptr<C_Disk> disk) {
-  C_Disk_Place& place = Place();
-  const C_Lock_Guard hold(place.lock);
-  std::swap(place.replacement, disk);
-  return disk;
+  return C_Replaceable<C_Disk>::Instance().Replace(std::move(disk));
 }
 
 }  // namespace orsanta

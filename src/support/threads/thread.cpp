@@ -1,32 +1,15 @@
 #include "support/threads/thread.h"
 
-#include <cxxabi.h>
 #include <pthread.h>
 
-#include <cstdlib>
-#include <memory>
 #include <system_error>
-#include <typeinfo>
 
 #include "support/base/assertion.h"
+#include "support/base/type_name.h"
 #include "support/system/wide_string.h"
 #include "support/time/lock.h"
 
 namespace orsanta {
-
-namespace {
-
-// The class's own name, without its namespaces.
-std::string Readable_Type_Name(const std::type_info& type) {
-  int status = 0;
-  const std::unique_ptr<char, decltype(&std::free)> name(abi::__cxa_demangle(type.name(), nullptr, nullptr, &status),
-                                                         &std::free);
-  const std::string full = status == 0 ? name.get() : type.name();
-  const size_t colons = full.rfind("::");
-  return colons == std::string::npos ? full : full.substr(colons + 2);
-}
-
-}  // namespace
 
 void C_Thread::Start(const std::string& name, std::function<void()> body, int level) {
   MY_ASSERT(!m_Thread.joinable());
@@ -81,7 +64,7 @@ int CBaseBindThread::BeginThread(void* param, int priority, int, int timeout_ms,
   if (m_Thread.Is_Running()) return 0;
   m_Be_End = false;
   m_Timeout_Ms = timeout_ms;
-  m_Name = name != nullptr ? To_Utf8(name) : Readable_Type_Name(typeid(*this));
+  m_Name = name != nullptr ? To_Utf8(name) : Type_Name(typeid(*this));
   const int level = priority >= Priority_Time_Critical ? priority : Priority_Normal;
   m_Thread.Start(
       m_Name,
