@@ -43,6 +43,16 @@ int C_Interpolation_Voice_Motor::Measure_Stroke(double& max, double& min) {
   return 1;
 }
 
+void C_Interpolation_Voice_Motor::Begin_Homing(double jerk) {
+  Set_Enable(1);
+  Set_Max_Vel(m_HomeSpeed);
+  Set_Max_Acc(Home_Acceleration);
+  Set_Max_Jerk(jerk);
+  Till_Stop(0);
+  USE_LOCAL_REG(m_ThreadNum);
+  SET_AXIS_ZEROS(m_ThreadNum, m_Axis, 0.0);
+}
+
 int C_Interpolation_Voice_Motor::Go_Home(int dir, double offset) {
   m_HomeMode = Home_Mode_Simple;
   m_HomeDir = dir;
@@ -50,13 +60,7 @@ int C_Interpolation_Voice_Motor::Go_Home(int dir, double offset) {
   // Twice the time that the stroke takes at the first speed, and a second for what stands around it.
   const int timeout_ms = static_cast<int>(m_HomeStroke * 2000 / m_HomeSpeed + 1000);
 
-  Set_Enable(1);
-  Set_Max_Vel(m_HomeSpeed);
-  Set_Max_Acc(Home_Acceleration);
-  Set_Max_Jerk(Home_Jerk);
-  Till_Stop(0);
-  USE_LOCAL_REG(m_ThreadNum);
-  SET_AXIS_ZEROS(m_ThreadNum, m_Axis, 0.0);
+  Begin_Homing(Home_Jerk);
   Reset_Current_Limit();
   Till_Stop(0);
   Till_Time(100.0);  // until the currents have settled
@@ -149,13 +153,7 @@ int C_Interpolation_Voice_Motor::Go_Home_Approach(int dir, double offset, double
   m_HomeArg[2] = pos1;
   m_HomeArg[3] = pos2;
 
-  Set_Enable(1);
-  Set_Max_Vel(m_HomeSpeed);
-  Set_Max_Acc(Home_Acceleration);
-  Set_Max_Jerk(1000000.0);
-  Till_Stop(0);
-  USE_LOCAL_REG(m_ThreadNum);
-  SET_AXIS_ZEROS(m_ThreadNum, m_Axis, 0.0);
+  Begin_Homing(1000000.0);
   Set_Current_Neg(-current);
   Set_Current_Pos(current);
   WaitForAllInsFinish(m_ThreadNum);

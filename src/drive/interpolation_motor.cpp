@@ -68,10 +68,14 @@ int C_Interpolation_Voice_Motor::Go_Wait(double mm) {
   return sent;
 }
 
-int C_Interpolation_Voice_Motor::Sgo(double mm) {
-  if (!May_Send(m_CanId, "目标位置", mm)) return 0;
-  SGO(m_ThreadNum, m_Axis, mm);
+int C_Interpolation_Voice_Motor::Send_To_Axis(int instruction(int, int, double), const char* what, double value) {
+  if (!May_Send(m_CanId, what, value)) return 0;
+  instruction(m_ThreadNum, m_Axis, value);
   return 1;
+}
+
+int C_Interpolation_Voice_Motor::Sgo(double mm) {
+  return Send_To_Axis(SGO, "目标位置", mm);
 }
 
 void C_Interpolation_Voice_Motor::Till_Stop(int wait) {
@@ -90,26 +94,19 @@ int C_Interpolation_Voice_Motor::Go_Relative(double d) {
 }
 
 int C_Interpolation_Voice_Motor::Rapid_Go(double mm) {
-  if (!May_Send(m_CanId, "目标位置", mm)) return 0;
-  RAPID_GO(m_ThreadNum, m_Axis, mm);
+  if (Send_To_Axis(RAPID_GO, "目标位置", mm) != 1) return 0;
   TILLTIME(m_ThreadNum, 1);
   return 1;
 }
 
 int C_Interpolation_Voice_Motor::Set_Max_Vel(double velocity) {
-  if (!May_Send(m_CanId, "速度", velocity)) return 0;
-  SET_MAX_VEL(m_ThreadNum, m_Axis, velocity);
-  return 1;
+  return Send_To_Axis(SET_MAX_VEL, "速度", velocity);
 }
 int C_Interpolation_Voice_Motor::Set_Max_Acc(double acceleration) {
-  if (!May_Send(m_CanId, "加速度", acceleration)) return 0;
-  SET_MAX_ACC(m_ThreadNum, m_Axis, acceleration);
-  return 1;
+  return Send_To_Axis(SET_MAX_ACC, "加速度", acceleration);
 }
 int C_Interpolation_Voice_Motor::Set_Max_Jerk(double jerk) {
-  if (!May_Send(m_CanId, "加加速度", jerk)) return 0;
-  SET_MAX_JERK(m_ThreadNum, m_Axis, jerk);
-  return 1;
+  return Send_To_Axis(SET_MAX_JERK, "加加速度", jerk);
 }
 
 int C_Interpolation_Voice_Motor::Till_Time(double ms) {
@@ -264,13 +261,6 @@ int C_Interpolation_Voice_Motor::Get_Code(int port, uint64_t& code) {
   return 1;
 }
 
-int C_Interpolation_Voice_Motor::Get_Error_Code(uint64_t& code) {
-  return Get_Code(201, code);
-}
-int C_Interpolation_Voice_Motor::Get_Error_Code2(uint64_t& code) {
-  return Get_Code(199, code);
-}
-
 int C_Interpolation_Voice_Motor::Get_encoder_Error_counter(int which, int& counter) {
   MY_ASSERT(which == 0 || which == 1);
   double value = 0.0;
@@ -284,16 +274,6 @@ int C_Interpolation_Voice_Motor::Get_Version(uint16_t& ver, uint32_t& bcd_date) 
   if (Read_Port(200, value) != 1) return 0;
   Split_Version(value, ver, bcd_date);
   return 1;
-}
-
-int C_Interpolation_Voice_Motor::Get_Load(double& value) {
-  return Read_Port(15, value);
-}
-int C_Interpolation_Voice_Motor::Get_Used(double& value) {
-  return Read_Port(29, value);
-}
-int C_Interpolation_Voice_Motor::Get_Error_Value(double& value) {
-  return Read_Port(50, value);
 }
 
 int C_Interpolation_Voice_Motor::Get_Temperature(double& t, int which) {
@@ -336,26 +316,6 @@ int C_Interpolation_Voice_Motor::Get_Window16(CMyArray<double>& samples) {
   const int result = m_Window16.Get_Window(samples);
   m_Window16.Get_Read_Index(m_TimeIndex);
   return result;
-}
-
-int C_Interpolation_Voice_Motor::Get_Window16_Newest(double& value) {
-  return m_Window16.Newest(value);
-}
-
-int C_Interpolation_Voice_Motor::Get_Window17(CMyArray<double>& samples) {
-  return m_Window17.Get_Window(samples);
-}
-int C_Interpolation_Voice_Motor::Get_Window19(CMyArray<double>& samples) {
-  return m_Window19.Get_Window(samples);
-}
-int C_Interpolation_Voice_Motor::Get_Window20(CMyArray<double>& samples) {
-  return m_Window20.Get_Window(samples);
-}
-int C_Interpolation_Voice_Motor::Get_Window25(CMyArray<double>& samples) {
-  return m_Window25.Get_Window(samples);
-}
-int C_Interpolation_Voice_Motor::Get_Window26(CMyArray<double>& samples) {
-  return m_Window26.Get_Window(samples);
 }
 
 CMyArray<uint64_t> C_Interpolation_Voice_Motor::Get_Time_Index() {

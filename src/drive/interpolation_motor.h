@@ -115,14 +115,14 @@ class C_Interpolation_Voice_Motor : public C_Mapped_Device {
   // pos: the commanded position at the end of the server's list. Returns the length of that list.
   int Get_Output_Pos(double& pos);
   // code: the newest fault word of either fault port; both share the word that is handed out while none waits.
-  int Get_Error_Code(uint64_t& code);
-  int Get_Error_Code2(uint64_t& code);
+  int Get_Error_Code(uint64_t& code) { return Get_Code(201, code); }
+  int Get_Error_Code2(uint64_t& code) { return Get_Code(199, code); }
   // counter: encoder errors of encoder 0 or 1.
   int Get_encoder_Error_counter(int which, int& counter);
   int Get_Version(uint16_t& ver, uint32_t& bcd_date);
-  int Get_Load(double& value);
-  int Get_Used(double& value);
-  int Get_Error_Value(double& value);
+  int Get_Load(double& value) { return Read_Port(15, value); }
+  int Get_Used(double& value) { return Read_Port(29, value); }
+  int Get_Error_Value(double& value) { return Read_Port(50, value); }
   // which 0: t := degrees Celsius of the thermistor input; 1: t := the second input's value as it comes. One read
   // without a retry; t is untouched on failure.
   int Get_Temperature(double& t, int which);
@@ -136,12 +136,13 @@ class C_Interpolation_Voice_Motor : public C_Mapped_Device {
   int Get_Fast_Window(int i, CMyArray<double>& samples);
   int Get_Slow_Window(int i, CMyArray<double>& samples);
   int Get_Window16(CMyArray<double>& samples);  // its indices become the time index
-  int Get_Window16_Newest(double& value);       // value is untouched while the window is empty
-  int Get_Window17(CMyArray<double>& samples);
-  int Get_Window19(CMyArray<double>& samples);
-  int Get_Window20(CMyArray<double>& samples);
-  int Get_Window25(CMyArray<double>& samples);
-  int Get_Window26(CMyArray<double>& samples);
+  // value: the newest sample of port 16. Untouched while the window is empty.
+  int Get_Window16_Newest(double& value) { return m_Window16.Newest(value); }
+  int Get_Window17(CMyArray<double>& samples) { return m_Window17.Get_Window(samples); }
+  int Get_Window19(CMyArray<double>& samples) { return m_Window19.Get_Window(samples); }
+  int Get_Window20(CMyArray<double>& samples) { return m_Window20.Get_Window(samples); }
+  int Get_Window25(CMyArray<double>& samples) { return m_Window25.Get_Window(samples); }
+  int Get_Window26(CMyArray<double>& samples) { return m_Window26.Get_Window(samples); }
   // The sample indices of the last position or port 16 window read.
   CMyArray<uint64_t> Get_Time_Index();
   // The samples that wait on a port without a window: 18, or 21 to 24.
@@ -182,6 +183,8 @@ class C_Interpolation_Voice_Motor : public C_Mapped_Device {
   static int Port_Channel(int can_id, int port) { return can_id * 256 + port; }
   // Writes a value to an output port. what: the operator's word for the value.
   int Output_Port(int port, const char* what, double value);
+  // The same for an instruction of the axis.
+  int Send_To_Axis(int instruction(int, int, double), const char* what, double value);
   int Is_Direction_Turned() const;
   // The newest sample of an input port.
   int Read_Port(int port, double& value);
@@ -189,6 +192,7 @@ class C_Interpolation_Voice_Motor : public C_Mapped_Device {
   void Map_Ports(int can_id);
   int Map_Axis(int can_id);
   double Axis_Scale() const;
+  void Begin_Homing(double jerk);
   void Queue_Home_Passes(int dir);
   bool Is_Thread_Finished();
   int Watch_Home(int timeout_ms);
@@ -223,7 +227,7 @@ class C_Interpolation_Voice_Motor : public C_Mapped_Device {
   Shared<double> m_Scale = Start_Scale;
   Shared<double> m_ZeroOffset = 0.0;  // mm
 
-  static C_Server_Connection theServer;
+  static C_Server_Connection theServer;  // of all objects of the process, as the next
   static C_Mapped_Ids theMappedIds;
 };
 

@@ -44,10 +44,7 @@ C_Kestrune_Motor_test::~C_Kestrune_Motor_test() {
   if (theServer.Leave() == 0) theMappedIds.Clear();
 }
 
-int C_Kestrune_Motor_test::Input_Channel(int k) const {
-  return m_CanId * Channels_Per_Drive + k;
-}
-int C_Kestrune_Motor_test::Output_Channel(int k) const {
+int C_Kestrune_Motor_test::Channel(int k) const {
   return m_CanId * Channels_Per_Drive + k;
 }
 
@@ -79,7 +76,7 @@ int C_Kestrune_Motor_test::SetScale(double counts_per_mm) {
 
 int C_Kestrune_Motor_test::Check_Ready() {
   double value = 0.0;
-  if (Read_Latest(Input_Channel(In_Ready), value) != 1) {
+  if (Read_Latest(Channel(In_Ready), value) != 1) {
     Message_Box(L"Check_Ready无法获取数据通道");
     return 0;
   }
@@ -109,7 +106,7 @@ int C_Kestrune_Motor_test::Get_Cur_Pos(double& pos) {
 
 int C_Kestrune_Motor_test::Get_Load(double& value) {
   double load_temp = 0.0;
-  if (Read_Latest(Input_Channel(In_Load), load_temp) != 1) return 0;
+  if (Read_Latest(Channel(In_Load), load_temp) != 1) return 0;
   value = load_temp;
   return 1;
 }
@@ -126,32 +123,32 @@ int C_Kestrune_Motor_test::Clear_Pos_Window(C_FIFO2Window& window) {
 }
 
 int C_Kestrune_Motor_test::Get_Current_Fifo(CMyArray<double>& samples) {
-  return Read_Channel_Array(Input_Channel(In_Current), samples);
+  return Read_Channel_Array(Channel(In_Current), samples);
 }
 int C_Kestrune_Motor_test::Get_Fifo7(CMyArray<double>& samples) {
-  return Read_Channel_Array(Input_Channel(In_Stream_7), samples);
+  return Read_Channel_Array(Channel(In_Stream_7), samples);
 }
 int C_Kestrune_Motor_test::Get_Fifo8(CMyArray<double>& samples) {
-  return Read_Channel_Array(Input_Channel(In_Stream_8), samples);
+  return Read_Channel_Array(Channel(In_Stream_8), samples);
 }
 int C_Kestrune_Motor_test::Get_Fifo10(CMyArray<double>& samples) {
-  return Read_Channel_Array(Input_Channel(In_Stream_10), samples);
+  return Read_Channel_Array(Channel(In_Stream_10), samples);
 }
 
 int C_Kestrune_Motor_test::Reset_Data_Fifo() {
   for (const int k : {In_Current, In_Stream_7, In_Stream_10, In_Stream_8}) {
-    RESET_INPUT_DATA_FIFO(m_ThreadNum, Input_Channel(k), Depth_Stream);
+    RESET_INPUT_DATA_FIFO(m_ThreadNum, Channel(k), Depth_Stream);
   }
   return 1;
 }
 
 int C_Kestrune_Motor_test::Get_Current(double& current) {
-  return Read_Latest(Input_Channel(In_Current), current);
+  return Read_Latest(Channel(In_Current), current);
 }
 
 int C_Kestrune_Motor_test::Get_InterRunFlag() {
   double value = 0.0;
-  if (Read_Latest(Input_Channel(In_Run), value) != 1) {
+  if (Read_Latest(Channel(In_Run), value) != 1) {
     Message_Box(Format_Text("CANID:%d  Get_InterRunFlag无法读取数据通道", m_CanId));
     return Run_Flag_Unreadable;
   }
@@ -175,7 +172,7 @@ int C_Kestrune_Motor_test::Send_Pos(double mm) {
 
 int C_Kestrune_Motor_test::Output(int k, const char* what, double value) {
   if (!May_Send(m_CanId, what, value)) return 0;
-  OUTPUT_DATA(m_ThreadNum, Output_Channel(k), value);
+  OUTPUT_DATA(m_ThreadNum, Channel(k), value);
   return 1;
 }
 
@@ -254,7 +251,7 @@ int C_Kestrune_Motor_test::Go_Zero() {
 // --- Channel reads ---
 
 int C_Kestrune_Motor_test::Read_Once(int k, double& value) {
-  return Read_Newest_Sample<Depth_Status>(Input_Channel(k), value);
+  return Read_Newest_Sample<Depth_Status>(Channel(k), value);
 }
 
 int C_Kestrune_Motor_test::Read_Latest(int channel, double& value) {

@@ -147,8 +147,8 @@ class C_Kestrune_Motor_test : public C_Mapped_Device {
  private:
   static constexpr int Poll_Budget = 5000;  // polls of 1 ms: for a move, and for a homing from start to end
 
-  int Input_Channel(int k) const;
-  int Output_Channel(int k) const;
+  // The number of input or output channel k.
+  int Channel(int k) const;
   // Writes a value to output channel k: the one way out to the drive. what: the operator's word for the value.
   int Output(int k, const char* what, double value);
   // The same, and waits until the server has sent it.
@@ -164,7 +164,7 @@ class C_Kestrune_Motor_test : public C_Mapped_Device {
   Shared<double> m_Offset = 0.0;
   Shared<double> m_Scale = Start_Scale;
 
-  static C_Server_Connection theServer;
+  static C_Server_Connection theServer;  // of all objects of the process, as the next
   static C_Mapped_Ids theMappedIds;
 };
 

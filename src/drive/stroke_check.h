@@ -11,7 +11,6 @@ namespace orsanta::stroke_check {
 
 constexpr const wchar_t* Home_Failed = L"无法回零";
 constexpr const wchar_t* Stroke_Failed = L"无法测量行程";
-constexpr const wchar_t* Version_Failed = L"无法获取版本号";
 constexpr const wchar_t* Forward_Failed = L"正向运动无法到位";
 constexpr const wchar_t* Reverse_Failed = L"反向运动无法到位";
 constexpr const wchar_t* Middle_Failed = L"无法回中";
@@ -61,7 +60,7 @@ int Run(C_Drive& drive, int (C_Drive::*go)(double), int can_id, double max, doub
   if (failure != nullptr) return Report_Failure(can_id, failure);
   uint16_t ver = 0;
   uint32_t bcd_date = 0;
-  if (drive.Get_Version(ver, bcd_date) != 1) return Report_Failure(can_id, Version_Failed);
+  if (drive.Get_Version(ver, bcd_date) != 1) return Report_Failure(can_id, L"无法获取版本号");
   failure = Shuttle(go_to, max, min);
   return failure == nullptr ? 1 : Report_Failure(can_id, failure);
 }
