@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <string_view>
 
-#include "support/store/store_file.h"
+#include "support/store/store_parser.h"
 
 static void Demand(bool holds, const char* what) {
   if (holds) return;

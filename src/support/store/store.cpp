@@ -55,9 +55,9 @@ void Put_Bytes(CHashObject_Buffer& entry, C_Entry_Kind kind, std::string_view by
 }
 
 // The entry of the key in hand as an operator finds it on its line.
-std::wstring Entry_Name(CAutoSaveClassData_Data& data) {
-  return From_Utf8(Area_Path(data.m_AreaIDList.GetEndData())) + L" " + From_Utf8(std::string(data.m_Key.Text())) +
-         L" " + std::to_wstring(data.m_IndexList.GetEndData());
+std::string Entry_Name(CAutoSaveClassData_Data& data) {
+  return Area_Path(data.m_AreaIDList.GetEndData()) + " " + std::string(data.m_Key.Text()) + " " +
+         std::to_string(data.m_IndexList.GetEndData());
 }
 
 // Saving: puts the bytes under the key in hand. Loading: gives the bytes found there. False when there is nothing to
@@ -73,7 +73,7 @@ bool Process_Bytes(std::string& bytes, C_Entry_Kind kind, CAutoSaveClassData_Dat
   const CHashObject_Buffer* entry = data.m_Hash.Find();
   if (entry == nullptr) return false;
   if (entry->m_Kind != kind) {
-    data.m_Mismatches.push_back({entry->m_Line, Entry_Name(data) + L" 应为 " + From_Utf8(Kind_Word(kind))});
+    data.m_Mismatches.push_back({entry->m_Line, From_Utf8(Entry_Name(data) + " 应为 " + Kind_Word(kind))});
     return false;
   }
   bytes = entry->m_Buffer.Bytes();
@@ -116,8 +116,9 @@ C_Store_Content Content_Of(const CAutoSaveClassData_Data& data, const std::funct
   return content;
 }
 
-void Show(const std::wstring& message) {
-  if (!message.empty()) Message_Box(message);
+void Show(const C_Store_Report& report) {
+  const std::wstring text = Report_Text(report);
+  if (!text.empty()) Message_Box(text);
 }
 
 }  // namespace
@@ -163,41 +164,40 @@ C_Store_Class::~C_Store_Class() {
 
 int CAutoSaveClassData2::SaveAllClassParameterToHashOpt(const wchar_t* store, int /*reserved*/) {
   if (m_Owns && Own_Store(store) == 0) return 0;
-  const std::string file = To_Utf8(store);
   const auto content = [this] {
     CAutoSaveClassData_Data data;
     OptSaveAndLoadDataStore(data);
     return Content_Of(data, [&](int id) { return std::string(LoadStrFromSaveHash(id, data)->Text()); });
   };
-  const C_Store_Writing writing = Write_Store(file, content, m_Copy_First);
-  if (writing.error == 0) m_Copy_First = false;
-  Show(Writing_Message(file, writing));
-  return writing.error == 0 ? 1 : 0;
+  const C_Store_Report report = Write_Store(To_Utf8(store), content, m_Copy_First);
+  if (report.error == 0) m_Copy_First = false;
+  Show(report);
+  return report.error == 0 ? 1 : 0;
 }
 
 int CAutoSaveClassData2::LoadAllClassParameterFromHashOpt(const wchar_t* store, int /*reserved*/) {
-  const std::string file = To_Utf8(store);
-  C_Store_Reading reading = Read_Store(file);
-  const bool is_read = reading.state == C_Store_State::Whole || reading.state == C_Store_State::Faulty;
-  if (is_read) Load_Members(store, reading);
-  C_Store_Copy copy;
-  if (!reading.faults.empty()) copy = Keep_Copy(file, reading.bytes);
-  m_Copy_First = reading.state == C_Store_State::Unread || copy.error != 0;
-  Show(Reading_Message(file, reading, copy));
+  C_Store_Reading reading = Read_Store(To_Utf8(store));
+  C_Store_Report& report = reading.report;
+  const bool is_read = report.state == C_Store_State::Whole || report.state == C_Store_State::Faulty;
+  if (is_read) Load_Members(reading);
+  if (!report.faults.empty()) report.copy = Keep_Copy(report.name, reading.bytes);
+  m_Copy_First = report.error != 0 || report.copy.error != 0;
+  Show(report);
   return is_read ? 1 : 0;
 }
 
 int CAutoSaveClassData2::Own_Store(const wchar_t* store) {
   m_Owns = true;
-  const int process = m_Claim.Take(To_Utf8(store));
-  if (process != 0) Show(Owner_Message(To_Utf8(store), process));
-  return process == 0 ? 1 : 0;
+  const std::string name = To_Utf8(store);
+  const int owner = m_Claim.Take(name);
+  if (owner != 0) Show({.name = name, .owner = owner});
+  return owner == 0 ? 1 : 0;
 }
 
-void CAutoSaveClassData2::Load_Members(const wchar_t* store, C_Store_Reading& reading) {
+void CAutoSaveClassData2::Load_Members(C_Store_Reading& reading) {
   CAutoSaveClassData_Data data;
   data.m_bLoad = 1;
-  data.m_Store = store;
+  data.m_Store = reading.report.name;
   for (const C_Store_Entry& line : reading.content.entries) {
     (data.m_Hash << Member_Entry)
         .ConnectIndexDataOrOutputData(Area_ID(line.path))
@@ -213,9 +213,9 @@ void CAutoSaveClassData2::Load_Members(const wchar_t* store, C_Store_Reading& re
   }
   OptSaveAndLoadDataStore(data);
 
-  reading.faults.insert(reading.faults.end(), data.m_Mismatches.begin(), data.m_Mismatches.end());
-  std::stable_sort(reading.faults.begin(), reading.faults.end(),
-                   [](const auto& a, const auto& b) { return a.line < b.line; });
+  std::vector<C_Store_Fault>& faults = reading.report.faults;
+  faults.insert(faults.end(), data.m_Mismatches.begin(), data.m_Mismatches.end());
+  std::stable_sort(faults.begin(), faults.end(), [](const auto& a, const auto& b) { return a.line < b.line; });
 }
 
 void CAutoSaveClassData2::OptSaveAndLoadDataStore(CAutoSaveClassData_Data& /*data*/) {}
@@ -258,9 +258,8 @@ bool CAutoSaveClassData2::Begin_Array(const std::type_info& type, int& count, CA
     }
     // A store of another layout is not repaired: the member would hold what was never measured.
     if (record[0] != 0 || stored_type == nullptr || stored_type->Text() != type_name)
-      MY_ASSERT_REPORT(To_Utf8(L"参数文件 " + data.m_Store + L" 第" + std::to_wstring(entry->m_Line) + L"行 " +
-                               Entry_Name(data) + L" 应为 array " + From_Utf8(type_name) +
-                               L",请修正或移走该文件后再启动"));
+      MY_ASSERT_REPORT("参数文件 " + data.m_Store + " 第" + std::to_string(entry->m_Line) + "行 " + Entry_Name(data) +
+                       " 应为 array " + type_name + ",请修正或移走该文件后再启动");
     count = record[2];
   } else {
     const int record[] = {0, SaveStrToSaveHash(type_name.c_str(), data), count};

@@ -17,8 +17,9 @@
 // A pass runs on the caller's thread and takes no lock of its own: members are read and written as they stand. Saves in
 // one folder by several threads or processes follow one another, each with its pass, so that an older value never
 // replaces a newer one; a pass must not wait for another thread. Loads wait for nobody. A store is a file under its
-// bare name in the working directory; its form stands in support/store/store_file.h, how it is read and replaced in
-// support/store/store_access.h.
+// bare name in the working directory. Beside this file: store_access.h, how it is read and replaced (store_disk.h, the
+// steps on the disk; store_format.h and store_parser.h, its form), store_claim.h, to whom it belongs, and
+// store_words.h, what the operator reads.
 #pragma once
 
 #include <string>
@@ -51,7 +52,7 @@ class CAutoSaveClassData_Data {
 
   int m_TextCount = 0;                      // texts in the table of texts
   CHashObject_String m_Text_Found;          // what LoadStrFromSaveHash hands out
-  std::wstring m_Store;                     // loading: name of the store
+  std::string m_Store;                      // loading: name of the store
   std::vector<C_Store_Fault> m_Mismatches;  // loading: entries of another kind than their members take
 };
 
@@ -136,7 +137,7 @@ class CAutoSaveClassData2 : public CDynamicClassCreatorObject {
   void End_Array(CAutoSaveClassData_Data& data);
 
   // Takes the entries of a store that was read, and adds to its faults.
-  void Load_Members(const wchar_t* store, C_Store_Reading& reading);
+  void Load_Members(C_Store_Reading& reading);
 
   Shared<bool> m_Copy_First = false;  // a store stands of which not all values are in use and no copy is kept
   Shared<bool> m_Owns = false;

@@ -9,8 +9,8 @@ namespace orsanta {
 
 namespace {
 
-// Holds the folder for the span of a scope. Where the file system has no locks, the threads of this process still keep
-// off one another.
+// Locks the folder for the span of a scope. Where the file system has no locks, the threads of this process still take
+// turns.
 class C_Folder_Holder {
  public:
   explicit C_Folder_Holder(C_Disk& disk) : m_Disk(disk), m_Error(disk.Lock_Folder(m_Folder)), m_Threads(Lock()) {}
@@ -33,7 +33,7 @@ class C_Folder_Holder {
   C_Lock_Guard<C_Leaf_Lock> m_Threads;
 };
 
-// Returns 0 or the error; the old store then stands.
+// Returns 0 or the error; the old store then remains.
 int Replace_Store(C_Disk& disk, const std::string& name, const std::string& bytes) {
   if (bytes.size() > Largest_Store) return EFBIG;
   const std::string fresh = name + ".new";
@@ -48,11 +48,15 @@ int Replace_Store(C_Disk& disk, const std::string& name, const std::string& byte
 
 C_Store_Reading Read_Store(const std::string& name) {
   C_Store_Reading reading;
-  reading.error = Disk().Read(name, reading.bytes);
-  if (reading.error == 0) {
-    reading.state = Parse_Store(reading.bytes, reading.content, reading.faults);
-  } else if (reading.error != ENOENT) {
-    reading.state = C_Store_State::Unread;
+  C_Store_Report& report = reading.report;
+  report.name = name;
+  report.error = Disk().Read(name, reading.bytes);
+  if (report.error == 0) {
+    report.state = Parse_Store(reading.bytes, reading.content, report.faults);
+  } else if (report.error == ENOENT) {
+    report.error = 0;  // a missing store is no error
+  } else {
+    report.state = C_Store_State::Unread;
   }
   return reading;
 }
@@ -75,28 +79,25 @@ C_Store_Copy Keep_Copy(const std::string& name, const std::string& bytes) {
   }
 }
 
-C_Store_Writing Write_Store(const std::string& name, const std::function<C_Store_Content()>& make_content,
-                            bool copies) {
+C_Store_Report Write_Store(const std::string& name, const std::function<C_Store_Content()>& make_content, bool copies) {
   C_Disk& disk = Disk();
-  C_Store_Writing writing;
   const C_Folder_Holder folder(disk);
-  writing.error = folder.Error();
-  if (writing.error != 0) return writing;
+  if (folder.Error() != 0) return {.name = name, .saving = true, .error = folder.Error()};
 
-  C_Store_Reading& present = writing.present = Read_Store(name);
-  if (present.state == C_Store_State::Unread) {
-    writing.error = present.error;
-  } else if (present.state == C_Store_State::Faulty || present.state == C_Store_State::Broken ||
-             (present.state == C_Store_State::Whole && copies)) {
-    writing.copy = Keep_Copy(name, present.bytes);
-    writing.error = writing.copy.error;
+  const C_Store_Reading present = Read_Store(name);
+  C_Store_Report report = present.report;
+  report.saving = true;
+  const bool has_faults = report.state == C_Store_State::Faulty || report.state == C_Store_State::Broken;
+  if (has_faults || (report.state == C_Store_State::Whole && copies)) {
+    report.copy = Keep_Copy(name, present.bytes);
+    report.error = report.copy.error;
   }
-  if (writing.error != 0) return writing;
+  if (report.error != 0) return report;
 
   C_Store_Content content = make_content();
   Keep_Unknown_Entries(present.content, content);
-  writing.error = Replace_Store(disk, name, Format_Store(content));
-  return writing;
+  report.error = Replace_Store(disk, name, Format_Store(content));
+  return report;
 }
 
 }  // namespace orsanta

@@ -1,4 +1,4 @@
-#include "support/store/store_file.h"
+#include "support/store/store_format.h"
 
 #include <algorithm>
 #include <bit>
@@ -9,8 +9,6 @@
 #include <set>
 #include <type_traits>
 #include <utility>
-
-#include "support/store/store_format.h"
 
 namespace orsanta {
 
@@ -72,7 +70,7 @@ void Put_Quoted(std::string& out, std::string_view text) {
   out.push_back('"');
 }
 
-// A name stands bare where it reads back as one word.
+// A name needs no quotes where it reads back as one word.
 void Put_Name(std::string& out, std::string_view name) {
   bool bare = !name.empty() && name.front() != '#' && name != store_form::Last_Line;
   for (const char c : name) bare = bare && c != ' ' && c != '"' && !Is_Control(c);
@@ -136,14 +134,14 @@ std::string Format_Store(const C_Store_Content& content) {
 
 void Keep_Unknown_Entries(const C_Store_Content& present, C_Store_Content& written) {
   written.comments = present.comments;
-  std::set<store_form::C_Place> places;
+  std::set<C_Store_Place> places;
   std::set<std::pair<std::string, std::string>> element_lists;  // path and key of the elements of written arrays
   for (const C_Store_Entry& entry : written.entries) {
-    places.insert(store_form::Place_Of(entry));
-    if (entry.kind == C_Entry_Kind::Array) element_lists.emplace(entry.path + store_form::Element_Class, entry.key);
+    places.insert(entry.Place());
+    if (entry.kind == C_Entry_Kind::Array) element_lists.emplace(entry.Element_Path(), entry.key);
   }
   for (const C_Store_Entry& entry : present.entries) {
-    if (places.count(store_form::Place_Of(entry)) != 0 || element_lists.count({entry.path, entry.key}) != 0) continue;
+    if (places.count(entry.Place()) != 0 || element_lists.count({entry.path, entry.key}) != 0) continue;
     written.entries.push_back(entry);
   }
 }

@@ -1,3 +1,5 @@
+#include "support/store/store_parser.h"
+
 #include <algorithm>
 #include <bit>
 #include <charconv>
@@ -7,8 +9,6 @@
 #include <set>
 #include <type_traits>
 
-#include "support/store/store_file.h"
-#include "support/store/store_format.h"
 #include "support/system/wide_string.h"
 
 namespace orsanta {
@@ -73,7 +73,7 @@ std::string Read_Hex_Bytes(std::string_view word) {
   return bytes;
 }
 
-// Takes one line apart, word by word.
+// Reads one line word by word.
 class C_Line_Reader {
  public:
   explicit C_Line_Reader(std::string_view line) : m_Rest(line) {}
@@ -83,7 +83,7 @@ class C_Line_Reader {
     return m_Rest.empty();
   }
 
-  // The next word as it stands; empty at the end of the line.
+  // The next word, unchanged; empty at the end of the line.
   std::string_view Word() {
     At_End();
     size_t length = 0;
@@ -123,7 +123,7 @@ class C_Line_Reader {
     if (escape != std::string_view::npos) return store_form::Escaped[escape];
     if (letter != 'x') Fail(L"未知的转义字符");
     const int high = Hex_Digit(Take());
-    if (high > 7) Fail(L"\\x 只用于 00 到 7f");  // beyond it stand parts of characters
+    if (high > 7) Fail(L"\\x 只用于 00 到 7f");  // beyond it are parts of characters
     return static_cast<char>(high * 16 + Hex_Digit(Take()));
   }
 
@@ -199,13 +199,13 @@ void Check_Utf8(std::string_view line) {
   if (To_Utf8(From_Utf8(bytes)) != bytes) Fail(L"不是UTF-8文字,请用UTF-8编码保存");
 }
 
-using C_Places = std::map<store_form::C_Place, int>;  // the line of each
+using C_Places = std::map<C_Store_Place, int>;  // the line of each
 
-// Reads the lines behind the first. Returns false when the last one is missing. What stands twice is in neither
+// Reads the lines after the first. Returns false when the last one is missing. What occurs twice is in neither
 // `places` nor, in the end, `content`.
 bool Read_Lines(C_Lines& lines, C_Store_Content& content, C_Places& places, std::vector<C_Store_Fault>& faults) {
   bool ended = false;
-  std::set<store_form::C_Place> doubled;
+  std::set<C_Store_Place> doubled;
   const auto read_line = [&](std::string_view line) {
     Check_Utf8(line);
     if (line.front() == '#') {
@@ -217,7 +217,7 @@ bool Read_Lines(C_Lines& lines, C_Store_Content& content, C_Places& places, std:
     } else {
       C_Store_Entry entry = Read_Entry(line);
       entry.line = lines.Number();
-      const auto [place, is_new] = places.try_emplace(store_form::Place_Of(entry), entry.line);
+      const auto [place, is_new] = places.try_emplace(entry.Place(), entry.line);
       if (!is_new) {
         doubled.insert(place->first);
         Fail(L"与第" + std::to_wstring(place->second) + L"行重复,两行都没有采用");
@@ -232,7 +232,7 @@ bool Read_Lines(C_Lines& lines, C_Store_Content& content, C_Places& places, std:
       faults.push_back({lines.Number(), fault.text});
     }
   }
-  for (const store_form::C_Place& place : doubled) places.erase(place);
+  for (const C_Store_Place& place : doubled) places.erase(place);
   return ended;
 }
 
@@ -241,7 +241,7 @@ bool Read_Lines(C_Lines& lines, C_Store_Content& content, C_Places& places, std:
 bool Drop_Incomplete_Array(C_Store_Content& content, C_Places& places, std::vector<C_Store_Fault>& faults) {
   for (const C_Store_Entry& entry : content.entries) {
     if (entry.kind != C_Entry_Kind::Array) continue;
-    const std::string element_path = entry.path + store_form::Element_Class;
+    const std::string element_path = entry.Element_Path();
     int i = 0;
     while (i < entry.count && places.count({element_path, entry.key, i}) != 0) ++i;
     if (i == entry.count) continue;
@@ -276,7 +276,7 @@ C_Store_State Parse_Store(std::string_view text, C_Store_Content& content, std::
     return C_Store_State::Broken;
   }
   const auto drop_the_lost = [&] {
-    std::erase_if(content.entries, [&](const auto& entry) { return places.count(store_form::Place_Of(entry)) == 0; });
+    std::erase_if(content.entries, [&](const auto& entry) { return places.count(entry.Place()) == 0; });
   };
   do {
     drop_the_lost();

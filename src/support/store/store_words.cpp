@@ -13,7 +13,7 @@ namespace orsanta {
 
 namespace {
 
-constexpr size_t Most_Faults = 10;  // that are told line by line
+constexpr size_t Most_Faults = 10;  // that are listed line by line
 
 constexpr struct {
   int error;
@@ -59,37 +59,43 @@ std::wstring Copy_Text(const C_Store_Copy& copy) {
   return L"\n原文件的副本是 " + From_Utf8(copy.name) + L"。要恢复,请先退出程序,把副本修正后改回原名,再启动。";
 }
 
-}  // namespace
-
-std::wstring Reading_Message(const std::string& name, const C_Store_Reading& reading, const C_Store_Copy& copy) {
-  if (reading.state == C_Store_State::Unread)
-    return L"无法读取" + Store_Text(name) + L": " + Reason_Text(reading.error) + L"\n本次使用默认值。";
-  if (reading.faults.empty()) return L"";
-  return Store_Text(name) + L" 有误:" + Fault_Lines(reading.faults) +
-         (reading.state == C_Store_State::Broken ? L"\n本次使用默认值。" : L"\n有误的各项使用默认值,其余照常。") +
-         Copy_Text(copy);
+std::wstring Reading_Text(const C_Store_Report& report) {
+  if (report.error != 0)
+    return L"无法读取" + Store_Text(report.name) + L": " + Reason_Text(report.error) + L"\n本次使用默认值。";
+  if (report.faults.empty()) return L"";
+  return Store_Text(report.name) + L" 有误:" + Fault_Lines(report.faults) +
+         (report.state == C_Store_State::Broken ? L"\n本次使用默认值。" : L"\n有误的各项使用默认值,其余照常。") +
+         Copy_Text(report.copy);
 }
 
-std::wstring Writing_Message(const std::string& name, const C_Store_Writing& writing) {
-  std::wstring message;
-  if (writing.copy.made || writing.copy.error != 0) {
-    message = Store_Text(name) + (writing.present.faults.empty() ? L" 中的数值没有全部使用。" : L" 有误:") +
-              Fault_Lines(writing.present.faults) + Copy_Text(writing.copy);
+std::wstring Saving_Text(const C_Store_Report& report) {
+  std::wstring text;
+  if (report.copy.made || report.copy.error != 0) {
+    text = Store_Text(report.name) + (report.faults.empty() ? L" 中的数值没有全部使用。" : L" 有误:") +
+           Fault_Lines(report.faults) + Copy_Text(report.copy);
   }
-  if (writing.error == 0) return message;
-  if (!message.empty()) message += L"\n";
-  return message + L"无法保存" + Store_Text(name) + L": " + Reason_Text(writing.error) +
+  if (report.error == 0) return text;
+  if (!text.empty()) text += L"\n";
+  return text + L"无法保存" + Store_Text(report.name) + L": " + Reason_Text(report.error) +
          L"\n原有的参数文件保持不变。\n排除原因后请重新保存。";
 }
 
-std::wstring Owner_Message(const std::string& name, int process) {
+std::wstring Owner_Text(const C_Store_Report& report) {
   std::string command;
-  std::getline(std::ifstream("/proc/" + std::to_string(process) + "/comm"), command);
-  const std::wstring owner = process > 0 ? L"进程 " + std::to_wstring(process) + L" (" + From_Utf8(command) + L")"
-                                         : L"另一台计算机或另一个容器中的程序";
-  return Store_Text(name) + L" 正由" + owner +
+  std::getline(std::ifstream("/proc/" + std::to_string(report.owner) + "/comm"), command);
+  const std::wstring owner = report.owner > 0
+                                 ? L"进程 " + std::to_wstring(report.owner) + L" (" + From_Utf8(command) + L")"
+                                 : L"另一台计算机或另一个容器中的程序";
+  return Store_Text(report.name) + L" 正由" + owner +
          L"使用。本程序照常测量,但在它退出之前不保存这个文件。请只运行一个程序,"
          L"或让各程序使用不同的工位或不同的文件夹。";
+}
+
+}  // namespace
+
+std::wstring Report_Text(const C_Store_Report& report) {
+  if (report.owner != 0) return Owner_Text(report);
+  return report.saving ? Saving_Text(report) : Reading_Text(report);
 }
 
 }  // namespace orsanta
