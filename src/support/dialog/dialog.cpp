@@ -7,25 +7,26 @@ namespace orsanta {
 
 namespace {
 
-C_Bound_Control Make_Control(C_Control_Kind kind, const wchar_t* caption, int column, float width, int rows, int id,
-                             CParameterInOutDlgInterface* callback) {
-  C_Bound_Control control;
-  control.model.kind = kind;
-  control.model.caption = caption != nullptr ? caption : L"";
-  control.model.column = column;
-  control.model.width = width;
-  control.model.rows = rows;
-  control.id = id;
-  control.callback = callback;
-  return control;
+void Set_Range(C_Control_Model& model, double min, double max) {
+  model.has_range = true;
+  model.min = min;
+  model.max = max;
 }
 
-// Fills in a number edit over a variable of any of the types that read and assign like `Number`.
-// An edit that still shows its opening text stands for the exact value of that moment, which may have more decimals
-// than are shown.
+template <class Variable>
+void Bind_Check_Box(C_Bound_Control& control, Variable& value) {
+  control.model.selected = value != 0 ? 1 : 0;
+  control.check = [&value](const C_Control_Entry& entry, std::function<void()>& write) -> std::wstring {
+    write = [ticked = entry.selected != 0, &value] { value = ticked ? 1 : 0; };
+    return L"";
+  };
+}
+
+// Binds an edit, whose range and opening text are set, to a variable that reads and assigns like `Number`. An edit that
+// still shows its opening text has the exact value of that moment, which may have more decimals than are shown.
 template <class Number, class Variable>
 void Bind_Number(C_Bound_Control& control, Variable& value) {
-  const C_Control_Model model = control.model;  // with range and opening text
+  const C_Control_Model model = control.model;
   const Number opened = value;
   control.check = [model, opened, &value](const C_Control_Entry& entry, std::function<void()>& write) -> std::wstring {
     const auto in_range = [&model](Number number) {
@@ -45,36 +46,18 @@ void Bind_Number(C_Bound_Control& control, Variable& value) {
   };
 }
 
-void Set_Range(C_Control_Model& model, double min, double max) {
-  model.has_range = true;
-  model.min = min;
-  model.max = max;
-}
-
 template <class Variable>
-C_Bound_Control Make_Check_Box(C_Bound_Control control, Variable& value) {
-  control.model.selected = value != 0 ? 1 : 0;
-  control.check = [&value](const C_Control_Entry& entry, std::function<void()>& write) -> std::wstring {
-    write = [ticked = entry.selected != 0, &value] { value = ticked ? 1 : 0; };
-    return L"";
-  };
-  return control;
-}
-
-template <class Variable>
-C_Bound_Control Make_Number_Edit(C_Bound_Control control, Variable& value, double min, double max, int digits) {
+void Bind_Double(C_Bound_Control& control, Variable& value, double min, double max, int digits) {
   Set_Range(control.model, min, max);
   control.model.digits = digits;
   control.model.text = Number_Text(value, digits);
   Bind_Number<double>(control, value);
-  return control;
 }
 
 template <class Variable>
-C_Bound_Control Make_Integer_Edit(C_Bound_Control control, Variable& value) {
+void Bind_Integer(C_Bound_Control& control, Variable& value) {
   control.model.text = std::to_wstring(static_cast<int>(value));
   Bind_Number<int>(control, value);
-  return control;
 }
 
 }  // namespace
@@ -84,89 +67,80 @@ CParameterInOutDlg_Base::~CParameterInOutDlg_Base() = default;
 
 void CParameterInOutDlg_Base::AddButton(const wchar_t* caption, int column, float width, int rows, int id,
                                         CParameterInOutDlgInterface* callback, int /*reserved*/, float text_scale) {
-  C_Bound_Control control = Make_Control(C_Control_Kind::Button, caption, column, width, rows, id, callback);
-  control.model.text_scale = text_scale;
-  m_Run->controls.push_back(std::move(control));
+  m_Run->Add(C_Control_Kind::Button, caption, column, width, rows, id, callback).model.text_scale = text_scale;
 }
 
 void CParameterInOutDlg_Base::AddDataDynamicDisp(const wchar_t* caption, int column, float width, int rows,
                                                  CParameterInOutDlgInterface* callback, int period_ms, int id,
                                                  int /*reserved*/, float text_scale) {
-  C_Bound_Control control = Make_Control(C_Control_Kind::Dynamic_Display, caption, column, width, rows, id, callback);
+  C_Bound_Control& control = m_Run->Add(C_Control_Kind::Dynamic_Display, caption, column, width, rows, id, callback);
   control.model.text_scale = text_scale;
   control.period_ms = period_ms;
-  m_Run->controls.push_back(std::move(control));
 }
 
 void CParameterInOutDlg_Base::AddDataDisp(const wchar_t* caption, int column, float width, std::wstring& text,
                                           int /*reserved*/, int rows, int id, CParameterInOutDlgInterface* callback) {
-  C_Bound_Control control = Make_Control(C_Control_Kind::Text_Display, caption, column, width, rows, id, callback);
-  control.model.text = text;
-  m_Run->controls.push_back(std::move(control));
+  m_Run->Add(C_Control_Kind::Text_Display, caption, column, width, rows, id, callback).model.text = text;
 }
 
 void CParameterInOutDlg_Base::AddDataEdit(const wchar_t* caption, int column, float width, std::wstring& value,
                                           int rows, int id, CParameterInOutDlgInterface* callback) {
-  C_Bound_Control control = Make_Control(C_Control_Kind::Text_Edit, caption, column, width, rows, id, callback);
+  C_Bound_Control& control = m_Run->Add(C_Control_Kind::Text_Edit, caption, column, width, rows, id, callback);
   control.model.text = value;
   control.check = [&value](const C_Control_Entry& entry, std::function<void()>& write) -> std::wstring {
     write = [text = entry.text, &value] { value = text; };
     return L"";
   };
-  m_Run->controls.push_back(std::move(control));
 }
 
 void CParameterInOutDlg_Base::AddDataEdit(const wchar_t* caption, int column, float width, int& value, int rows, int id,
                                           CParameterInOutDlgInterface* callback) {
-  m_Run->controls.push_back(
-      Make_Integer_Edit(Make_Control(C_Control_Kind::Integer_Edit, caption, column, width, rows, id, callback), value));
+  Bind_Integer(m_Run->Add(C_Control_Kind::Integer_Edit, caption, column, width, rows, id, callback), value);
 }
 
 void CParameterInOutDlg_Base::AddDataEditBool(const wchar_t* caption, int column, float width, int& value, int rows,
                                               int id, CParameterInOutDlgInterface* callback) {
-  m_Run->controls.push_back(
-      Make_Check_Box(Make_Control(C_Control_Kind::Check_Box, caption, column, width, rows, id, callback), value));
+  Bind_Check_Box(m_Run->Add(C_Control_Kind::Check_Box, caption, column, width, rows, id, callback), value);
 }
 
 void CParameterInOutDlg_Base::AddDataEditBool(const wchar_t* caption, int column, float width, Shared<int>& value,
                                               int rows, int id, CParameterInOutDlgInterface* callback) {
-  m_Run->controls.push_back(
-      Make_Check_Box(Make_Control(C_Control_Kind::Check_Box, caption, column, width, rows, id, callback), value));
+  Bind_Check_Box(m_Run->Add(C_Control_Kind::Check_Box, caption, column, width, rows, id, callback), value);
 }
 
 void CParameterInOutDlg_Base::AddDataEditRange(const wchar_t* caption, int column, float width, double& value,
                                                double min, double max, int digits, int rows, int id,
                                                CParameterInOutDlgInterface* callback) {
-  m_Run->controls.push_back(Make_Number_Edit(
-      Make_Control(C_Control_Kind::Number_Edit, caption, column, width, rows, id, callback), value, min, max, digits));
+  Bind_Double(m_Run->Add(C_Control_Kind::Number_Edit, caption, column, width, rows, id, callback), value, min, max,
+              digits);
 }
 
 void CParameterInOutDlg_Base::AddDataEditRange(const wchar_t* caption, int column, float width, Shared<double>& value,
                                                double min, double max, int digits, int rows, int id,
                                                CParameterInOutDlgInterface* callback) {
-  m_Run->controls.push_back(Make_Number_Edit(
-      Make_Control(C_Control_Kind::Number_Edit, caption, column, width, rows, id, callback), value, min, max, digits));
+  Bind_Double(m_Run->Add(C_Control_Kind::Number_Edit, caption, column, width, rows, id, callback), value, min, max,
+              digits);
 }
 
 void CParameterInOutDlg_Base::AddDataEditRange(const wchar_t* caption, int column, float width, int& value, double min,
                                                double max, int rows, int id, CParameterInOutDlgInterface* callback) {
-  C_Bound_Control control = Make_Control(C_Control_Kind::Integer_Edit, caption, column, width, rows, id, callback);
+  C_Bound_Control& control = m_Run->Add(C_Control_Kind::Integer_Edit, caption, column, width, rows, id, callback);
   Set_Range(control.model, min, max);
-  m_Run->controls.push_back(Make_Integer_Edit(std::move(control), value));
+  Bind_Integer(control, value);
 }
 
 void CParameterInOutDlg_Base::AddDataEditRange(const wchar_t* caption, int column, float width, Shared<int>& value,
                                                double min, double max, int rows, int id,
                                                CParameterInOutDlgInterface* callback) {
-  C_Bound_Control control = Make_Control(C_Control_Kind::Integer_Edit, caption, column, width, rows, id, callback);
+  C_Bound_Control& control = m_Run->Add(C_Control_Kind::Integer_Edit, caption, column, width, rows, id, callback);
   Set_Range(control.model, min, max);
-  m_Run->controls.push_back(Make_Integer_Edit(std::move(control), value));
+  Bind_Integer(control, value);
 }
 
 void CParameterInOutDlg_Base::AddDropdownList(const wchar_t* caption, int column, float width,
                                               CSmartPointer<CMyArray<std::wstring>, 0> items, int& selected, int rows,
                                               int id, CParameterInOutDlgInterface* callback) {
-  C_Bound_Control control = Make_Control(C_Control_Kind::Dropdown, caption, column, width, rows, id, callback);
+  C_Bound_Control& control = m_Run->Add(C_Control_Kind::Dropdown, caption, column, width, rows, id, callback);
   if (items) control.model.items.assign(items->begin(), items->end());
   const int count = static_cast<int>(control.model.items.size());
   control.model.selected = selected >= 0 && selected < count ? selected : 0;
@@ -175,12 +149,11 @@ void CParameterInOutDlg_Base::AddDropdownList(const wchar_t* caption, int column
     write = [place = entry.selected, &selected] { selected = place; };
     return L"";
   };
-  m_Run->controls.push_back(std::move(control));
 }
 
 void CParameterInOutDlg_Base::AddBlank(int column, float width, int rows, int /*reserved*/, int id,
                                        CParameterInOutDlgInterface* callback) {
-  m_Run->controls.push_back(Make_Control(C_Control_Kind::Blank, L"", column, width, rows, id, callback));
+  m_Run->Add(C_Control_Kind::Blank, nullptr, column, width, rows, id, callback);
 }
 
 void CParameterInOutDlg_Base::SetCaptionName(const wchar_t* title) {

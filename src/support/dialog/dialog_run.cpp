@@ -159,6 +159,19 @@ void C_Dialog_Thread::Show_Busy(bool busy, size_t dialogs) {
   }
 }
 
+C_Bound_Control& C_Dialog_Run::Add(C_Control_Kind kind, const wchar_t* caption, int column, float width, int rows,
+                                   int id, CParameterInOutDlgInterface* callback) {
+  C_Bound_Control& control = controls.emplace_back();
+  control.model.kind = kind;
+  control.model.caption = caption != nullptr ? caption : L"";
+  control.model.column = column;
+  control.model.width = width;
+  control.model.rows = rows;
+  control.id = id;
+  control.callback = callback;
+  return control;
+}
+
 int C_Dialog_Run::Run(bool confirms) {
   m_Thread = &the_thread;
   m_Confirms = confirms;

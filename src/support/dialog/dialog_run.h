@@ -30,6 +30,10 @@ class C_Dialog_Run : public C_Dialog_Listener {
   std::wstring title;
   std::vector<C_Bound_Control> controls;
 
+  // Adds a control, bound to nothing yet. The reference is valid until the next call.
+  C_Bound_Control& Add(C_Control_Kind kind, const wchar_t* caption, int column, float width, int rows, int id,
+                       CParameterInOutDlgInterface* callback);
+
   // Shows the dialog on the calling thread and serves it until it closes: 1 after a confirmation, 0 after a cancel.
   int Run(bool confirms);
 

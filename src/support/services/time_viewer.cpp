@@ -5,6 +5,7 @@
 #include "support/system/trace.h"
 #include "support/system/wide_string.h"
 #include "support/time/lock.h"
+#include "support/time/no_destructor.h"
 #include "support/time/stopwatch.h"
 
 namespace orsanta {
@@ -21,10 +22,9 @@ struct C_Time_Store {
   CKestrunePlot chart;
 };
 
-// Never destroyed: marks may be set as long as the process runs.
 C_Time_Store& Store() {
-  static auto* const store = new C_Time_Store;
-  return *store;
+  static C_No_Destructor<C_Time_Store> store;
+  return store.Get();
 }
 
 double Now() {
@@ -71,13 +71,8 @@ void C_TimeViewer::TimeBegin(const std::wstring& name) {
 
 void C_TimeViewer::TimeEnd(const std::wstring& name) {
   const C_Lock_Guard hold(Store().lock);
-  const int index = FindMark(name);
-  const double now = Now();
   // A name that was never begun fails the array's own check here, and its report is what the developer sees.
-  CTickData td = Store().times[index].ticks.GetEndData();
-  td.end = now;
-  Store().times[index].ticks.DelEndData();
-  Store().times[index].ticks.Add(td);
+  Store().times[FindMark(name)].ticks.GetEndData().end = Now();
 }
 
 void C_TimeViewer::TraceAll() const {

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cwchar>
+#include <iterator>
 #include <memory>
 #include <new>
 #include <vector>
@@ -17,56 +18,37 @@ namespace {
 constexpr char32_t Replacement = 0xFFFD;
 constexpr size_t Longest_Text = size_t{1} << 24;  // characters; a composed text beyond it is a fault of its format
 
+// The well-formed sequences of UTF-8 by the number of bytes behind the first, of which each has six bits in 10xxxxxx.
+constexpr struct {
+  char32_t mask;   // of the first byte: these bits ...
+  char32_t mark;   // ... have this value, the others are the highest bits of the character
+  char32_t least;  // below it a shorter sequence exists
+} Sequences[] = {{0x80, 0x00, 0x00}, {0xE0, 0xC0, 0x80}, {0xF0, 0xE0, 0x800}, {0xF8, 0xF0, 0x10000}};
+
 bool Is_Scalar(char32_t c) {
   return c < 0xD800 || (c > 0xDFFF && c <= 0x10FFFF);
 }
 
 void Append_Utf8(std::string& out, char32_t c) {
-  const auto put = [&out](char32_t byte) { out.push_back(static_cast<char>(byte)); };
-  if (c < 0x80) {
-    put(c);
-  } else if (c < 0x800) {
-    put(0xC0 | c >> 6);
-    put(0x80 | (c & 0x3F));
-  } else if (c < 0x10000) {
-    put(0xE0 | c >> 12);
-    put(0x80 | (c >> 6 & 0x3F));
-    put(0x80 | (c & 0x3F));
-  } else {
-    put(0xF0 | c >> 18);
-    put(0x80 | (c >> 12 & 0x3F));
-    put(0x80 | (c >> 6 & 0x3F));
-    put(0x80 | (c & 0x3F));
-  }
+  size_t more = std::size(Sequences) - 1;
+  while (c < Sequences[more].least) --more;
+  out.push_back(static_cast<char>(Sequences[more].mark | c >> 6 * more));
+  while (more-- > 0) out.push_back(static_cast<char>(0x80 | (c >> 6 * more & 0x3F)));
 }
 
-// Reads one character at `at` and moves behind it. False, with `at` unmoved, when no well-formed one stands there.
+// Reads one character at `at` and moves behind it. False, with `at` unmoved, when there is no well-formed one.
 bool Read_Utf8(const std::string& bytes, size_t& at, char32_t& c) {
   const auto byte = [&bytes](size_t i) { return static_cast<unsigned char>(bytes[i]); };
-  const unsigned char first = byte(at);
-  size_t length = 0;
-  char32_t least = 0;  // below it a shorter form exists
-  if (first < 0x80) {
-    c = first;
-    ++at;
-    return true;
-  }
-  if ((first & 0xE0) == 0xC0) {
-    length = 2, least = 0x80, c = first & 0x1F;
-  } else if ((first & 0xF0) == 0xE0) {
-    length = 3, least = 0x800, c = first & 0x0F;
-  } else if ((first & 0xF8) == 0xF0) {
-    length = 4, least = 0x10000, c = first & 0x07;
-  } else {
-    return false;
-  }
-  if (bytes.size() - at < length) return false;
-  for (size_t i = 1; i < length; ++i) {
+  size_t more = 0;
+  while (more < std::size(Sequences) && (byte(at) & Sequences[more].mask) != Sequences[more].mark) ++more;
+  if (more == std::size(Sequences) || bytes.size() - at <= more) return false;
+  c = byte(at) & ~Sequences[more].mask;
+  for (size_t i = 1; i <= more; ++i) {
     if ((byte(at + i) & 0xC0) != 0x80) return false;
     c = c << 6 | (byte(at + i) & 0x3F);
   }
-  if (c < least || !Is_Scalar(c)) return false;
-  at += length;
+  if (c < Sequences[more].least || !Is_Scalar(c)) return false;
+  at += more + 1;
   return true;
 }
 
