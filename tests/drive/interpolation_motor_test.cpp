@@ -79,18 +79,19 @@ TEST_F(Interpolation_Motor, The_Operator_Decides_About_A_Missing_Device_And_Serv
   const std::wstring no_server = L"连接服务端失败，请重启服务端，或重启电脑";
   const std::wstring no_drive = L"无法找到ID：20的驱动器,是否重试";
   simulator::Set_Absent(Id, true);
-  simulator::Set_Refused_Connects(102);
-  m_Front->On_Box(no_server, Answer_Yes);
+  simulator::Set_Refused_Connects(103);
+  for (int yes = 0; yes < 2; ++yes) m_Front->On_Box(no_server, Answer_Yes);
   m_Front->On_Box(no_drive, Answer_Yes);
   const auto motor = Make_Motor();
   EXPECT_EQ(motor->Be_Mapped(), 0);
   const Texts boxes = m_Front->Boxes();
-  ASSERT_EQ(boxes.size(), 6U);
-  EXPECT_EQ(boxes[2].rfind(L"无法找到ID：20的驱动器\r\n总线上搜索到的设备id\r\nCAN_ID：1 \r\n", 0), 0U);
-  // Asked after tries 101 and 102; then report and question twice, answered with Yes and No.
-  EXPECT_EQ(boxes, (Texts{no_server, no_server, boxes[2], no_drive, boxes[2], no_drive}));
-  EXPECT_EQ(m_Front->Shown()[3].flags, Box_Yes_No | Box_Stop_Icon);
-  EXPECT_EQ(Count("ConnectControlServer"), 103);
+  ASSERT_EQ(boxes.size(), 7U);
+  EXPECT_EQ(boxes[3].rfind(L"无法找到ID：20的驱动器\r\n总线上搜索到的设备id\r\nCAN_ID：1 \r\n", 0), 0U);
+  // Asked after tries 101 to 103, the last time answered with No; then report and question twice, with Yes and No.
+  EXPECT_EQ(boxes, (Texts{no_server, no_server, no_server, boxes[3], no_drive, boxes[3], no_drive}));
+  EXPECT_EQ(m_Front->Shown()[0].flags, Box_Yes_No);
+  EXPECT_EQ(m_Front->Shown()[4].flags, Box_Yes_No | Box_Stop_Icon);
+  EXPECT_EQ(Count("ConnectControlServer"), 104);
 
   const C_Temp_Folder folder;
   EXPECT_DEATH([&]() noexcept { motor->SetScale(0.0); }(), "SetScale");

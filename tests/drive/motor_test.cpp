@@ -95,6 +95,9 @@ TEST_F(Testbed, The_Check_Of_A_Drive_Runs_Over_Its_Stroke_Or_Ends_With_The_Words
   EXPECT_EQ(check(), 1);
   EXPECT_NEAR(min, -0.45, 0.01);
   EXPECT_NEAR(max, 8.95, 0.01);
+  double position = 0.0;
+  EXPECT_EQ(motor.Get_Cur_Pos(position), 1);
+  EXPECT_NEAR(position, min, 0.01);
   // Steps of a tenth of the stroke out and back, without the far ends; the shuttle; the way home. Hundredths of mm.
   std::string places;
   for (const simulator::Journal_Entry& call : simulator::Journal())
