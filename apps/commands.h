@@ -18,6 +18,7 @@ void Add_Measure(CLI::App& program, int& exit_status);
 void Add_Selftest(CLI::App& program, int& exit_status);
 void Add_Study(CLI::App& program, int& exit_status);
 void Add_Panel(CLI::App& program, int& exit_status);
+void Add_Doctor(CLI::App& program, int& exit_status);
 
 // Checks that an argument is a whole number, or any number, from min to max, and else says so.
 CLI::Validator Whole_Number(long min, long max);

@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "commands.h"
+#include "software.h"
 
 namespace app {
 namespace {
@@ -76,12 +77,14 @@ int Run(int argc, char** argv) {
   CLI::App program("orsanta: a constant-force thickness gauge, here on the simulator, its simulated installation.",
                    "orsanta");
   program.require_subcommand(1);
+  program.set_version_flag("--version", app::Software_Lines, "Prints the version, and which libraries are loaded");
   program.failure_message([](const CLI::App*, const CLI::Error&) { return std::string(); });
   int exit_status = app::Done;
   app::Add_Measure(program, exit_status);
   app::Add_Selftest(program, exit_status);
   app::Add_Study(program, exit_status);
   app::Add_Panel(program, exit_status);
+  app::Add_Doctor(program, exit_status);
   program.footer(
       "Exit status: 0 all went well, 1 something failed, 2 an argument is wrong.\n"
       "orsanta COMMAND --help explains a command.");

@@ -16,6 +16,7 @@
 #include <thread>
 
 #include "commands.h"
+#include "helper_program.h"
 #include "orsanta/orsanta.h"
 #include "simulator_loaded.h"
 #include "simulator_room.h"
@@ -28,6 +29,7 @@ namespace fs = std::filesystem;
 constexpr double Block_Mm = 5.0;  // the reference block, which lies under every probe at first
 constexpr int State_Ms = 200;     // between two states sent to the strip
 constexpr int Io_Channels = 8;    // of the IO card; stations beyond have none
+constexpr const char* Strip_Program = "orsanta_strip";
 constexpr int Not_Started = 127;  // status of a child that found no program
 
 struct C_Panel {
@@ -36,17 +38,12 @@ struct C_Panel {
   std::string folder;
 };
 
-std::string Strip_Program() {
-  std::error_code none;
-  return (fs::read_symlink("/proc/self/exe", none).parent_path() / "orsanta_strip").string();
-}
-
 // The child process of the strip, with a pipe either way.
 class C_Strip {
  public:
   // argument: the strip's.
   explicit C_Strip(const std::string& argument) {
-    const std::string program = Strip_Program();
+    const std::string program = Helper_Program(Strip_Program);
     int to_strip[2], from_strip[2];
     if (pipe2(to_strip, O_CLOEXEC) != 0) return;
     if (pipe2(from_strip, O_CLOEXEC) != 0) {
@@ -111,8 +108,10 @@ class C_Strip {
 bool Can_Show_Windows() {
   const int status = C_Strip("--check").Wait();
   if (status == Not_Started) {
-    std::fprintf(stderr, "orsanta: the panel needs Qt 6: %s is missing; install qt6-base-dev and build again\n",
-                 Strip_Program().c_str());
+    std::fprintf(
+        stderr,
+        "orsanta: the panel needs Qt 6: %s is missing; install orsanta-desktop, or qt6-base-dev and build again\n",
+        Helper_Program(Strip_Program).c_str());
   }
   return status == Done;
 }

@@ -5,8 +5,10 @@
 
 #include <cstdio>
 #include <cstring>
+#include <vector>
 
 #include "orsanta/version.h"
+#include "simulator_loaded.h"
 
 namespace app {
 
@@ -43,21 +45,44 @@ std::string Build_Id(const dl_phdr_info& module) {
   return "-";
 }
 
-int Add_Module(dl_phdr_info* module, size_t /*size*/, void* out) {
-  auto& text = *static_cast<std::string*>(out);
-  const std::string path = module->dlpi_name;
-  const std::string name = path.substr(path.rfind('/') + 1);
-  if (path.empty() && text.empty()) text = std::string("orsanta ") + ORSANTA_VERSION + " (" + Build_Id(*module) + ")";
-  for (const char* shown : {"liborsanta.so", "libtremalink.so"})  // the file's name goes on with a version
-    if (name.starts_with(shown)) text += std::string(", ") + shown + " (" + Build_Id(*module) + ")";
-  return 0;
+struct C_Module {
+  std::string name, path, build_id;
+};
+
+// The program and the libraries that measure, in the order in which they were loaded.
+std::vector<C_Module> Modules() {
+  std::vector<C_Module> modules;
+  dl_iterate_phdr(
+      [](dl_phdr_info* module, size_t, void* out) {
+        auto& list = *static_cast<std::vector<C_Module>*>(out);
+        const std::string path = module->dlpi_name;
+        const std::string file = path.substr(path.rfind('/') + 1);
+        if (path.empty() && list.empty())
+          list.push_back({std::string("orsanta ") + ORSANTA_VERSION, path, Build_Id(*module)});
+        for (const char* name : {"liborsanta.so", "libtremalink.so"})  // the file's name goes on with a version
+          if (file.starts_with(name)) list.push_back({name, path, Build_Id(*module)});
+        return 0;
+      },
+      &modules);
+  return modules;
 }
 
 }  // namespace
 
 std::string Software() {
   std::string text;
-  dl_iterate_phdr(Add_Module, &text);
+  for (const C_Module& module : Modules())
+    text += (text.empty() ? "" : ", ") + module.name + " (" + module.build_id + ")";
+  return text;
+}
+
+std::string Software_Lines() {
+  std::string text;
+  for (const C_Module& module : Modules()) {
+    text += (text.empty() ? "" : "\n") + module.name + " (build " + module.build_id + ")";
+    if (module.name == "libtremalink.so") text += On_Simulator() ? ", the simulator" : ", a machine's";
+    if (!module.path.empty()) text += ", " + module.path;
+  }
   return text;
 }
 

@@ -5,8 +5,11 @@
 
 namespace app {
 
-// "orsanta 1.0 (1f3a...), liborsanta.so (...), libtremalink.so (...)". A build id differs with every change of the
-// code.
+// On one line: "orsanta 1.0.0 (1f3a...), liborsanta.so (...), libtremalink.so (...)". A build id differs with every
+// change of the code.
 std::string Software();
+
+// The same for a person, one line each, with where each library was loaded from.
+std::string Software_Lines();
 
 }  // namespace app

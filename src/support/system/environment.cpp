@@ -11,11 +11,13 @@ namespace orsanta {
 
 namespace {
 
-bool Find_Beside(const char* neighbour, const char* file_name, char (&path)[PATH_MAX]) {
+constexpr const char* Installed_Folder = "orsanta/";  // beside an installed library
+
+bool Find_Beside(const char* neighbour, const char* folder, const char* file_name, char (&path)[PATH_MAX]) {
   const char* slash = std::strrchr(neighbour, '/');
   if (slash == nullptr) return false;
   const int length =
-      std::snprintf(path, sizeof(path), "%.*s/%s", static_cast<int>(slash - neighbour), neighbour, file_name);
+      std::snprintf(path, sizeof(path), "%.*s/%s%s", static_cast<int>(slash - neighbour), neighbour, folder, file_name);
   return length > 0 && static_cast<size_t>(length) < sizeof(path) && access(path, R_OK) == 0;
 }
 
@@ -33,12 +35,13 @@ const char* Library_Path() {
 }
 
 bool Find_Beside_Library(const char* file_name, char (&path)[PATH_MAX]) {
-  if (Find_Beside(Library_Path(), file_name, path)) return true;
+  const char* library = Library_Path();
+  if (Find_Beside(library, "", file_name, path) || Find_Beside(library, Installed_Folder, file_name, path)) return true;
   char program[PATH_MAX];
   const ssize_t length = readlink("/proc/self/exe", program, sizeof(program) - 1);
   if (length <= 0) return false;
   program[length] = '\0';
-  return Find_Beside(program, file_name, path);
+  return Find_Beside(program, "", file_name, path);
 }
 
 bool Has_Display() {
