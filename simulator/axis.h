@@ -28,7 +28,7 @@ class C_Axis {
 
   // Limits hold for later moves. All are above 0.
   Motion_Limits& Limits() { return m_Limits; }
-  // The axis stands, scale is not 0.
+  // The axis is at rest, scale is not 0.
   void Set_Scale(double scale);
   // The present position gets the value; nothing moves.
   void Set_Position(double value);
@@ -56,7 +56,7 @@ class C_Axis {
   Motion_State m_State;
   Motion_Limits m_Limits;        // for later moves
   C_Move m_Current{};            // the move that runs or ran last
-  std::optional<C_Move> m_Next;  // what follows when the axis stands and is not paused
+  std::optional<C_Move> m_Next;  // what follows when the axis is at rest and not paused
   Ticks m_Ticks = 0;             // since the start of the trajectory
   bool m_Moving = false;
   bool m_Paused = false;

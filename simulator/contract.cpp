@@ -1,5 +1,5 @@
-// The functions of the motion contract over the installation. Each opens it, notes the call in the journal and hands
-// on.
+// The functions of the motion contract over the installation. Each opens it, enters the call in the journal and
+// forwards it.
 #include <algorithm>
 #include <cstring>
 #include <cwchar>

@@ -11,14 +11,14 @@ namespace {
 
 constexpr double Kelvin = 273.15;
 
-// Does something to a device; nothing where there is none of that kind at the id.
+// Applies a function to a device; to none where there is no device of that kind at the id.
 template <class T, class F>
 void With(int can_id, F&& action) {
   const C_Access access;
   if (T* device = access->room.Find_As<T>(can_id)) action(*device);
 }
 
-// Reads something of a probe; 0 where there is none at the id.
+// Applies a function to a probe and returns its result; 0 where there is no probe at the id.
 template <class F>
 double Of_Probe(int can_id, F&& read) {
   double value = 0.0;

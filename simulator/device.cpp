@@ -33,7 +33,7 @@ void C_Device::Advance(Ticks to) {
       Step();
     } else if (Wants_Samples()) {
       m_Now = std::min(to, m_Next_Sample);
-    } else {  // nothing moves and every FIFO is full: the time passes in one go
+    } else {  // nothing moves and every FIFO is full: one step to the end
       m_Now = to;
       if (m_Next_Sample < to) m_Next_Sample += (to - m_Next_Sample + m_Period - 1) / m_Period * m_Period;
     }

@@ -1,6 +1,6 @@
 // A device on the bus: ports that can be written, ports that send samples into the server's FIFOs, registers, IO bits.
 //
-// A device stands at a time of its own, which Advance moves on; samples are sent at fixed instants of that time. The
+// A device has a time of its own, which Advance moves forward; samples are sent at fixed instants of that time. The
 // caller holds the simulator's lock.
 #pragma once
 
@@ -35,7 +35,7 @@ class C_Device {
   virtual bool Has_Output_Port(int port) const = 0;
   // False if the device refuses the value.
   virtual bool Write_Port(int port, double value) = 0;
-  // IO bits; kinds as in the motion contract. Has_... tell whether there is such a bit.
+  // IO bits; kinds as in the motion contract. Has_... return whether there is such a bit.
   virtual bool Has_Input(int kind, int bit) const;
   virtual bool Has_Output(int kind, int bit) const;
   virtual bool Get_Input(int kind, int bit) const;
@@ -64,7 +64,7 @@ class C_Device {
   virtual double Port_Value(int port) = 0;
   // False for ports that send only when their value is made.
   virtual bool Is_Cyclic(int port) const;
-  // Sends a sample of the port at once, besides the cyclic ones.
+  // Sends a sample of the port at once, in addition to the cyclic ones.
   void Send(int port);
   // Normal noise of standard deviation 1, a fresh value for each port and tick.
   double Noise(int port) const;

@@ -199,8 +199,8 @@ void C_Drive::Set_Ready(bool ready) {
 
 // --- Samples ---
 
-// Nobody reads the ends of the stroke between measurements. Sent all the time they fill their FIFO, which keeps old
-// samples, and a client that reads it once after a measurement gets what was there before.
+// No client reads the ends of the stroke between measurements. Sent all the time they would fill their FIFO, which
+// keeps old samples, and a client that reads it once after a measurement would get those of before.
 bool C_Drive::Is_Cyclic(int port) const {
   return m_Cyclic_Stroke || (port != 10 && port != 11);
 }

@@ -1,5 +1,5 @@
-// A voice-coil drive with its probe. It runs position commands by itself, homes and measures its stroke by itself, and
-// tells by its run flag whether it is still at a command or taking up a current.
+// A voice-coil drive with its probe. It runs position commands, homes and measures its stroke by itself, and its run
+// flag shows whether it still executes a command or changes its current.
 //
 // Ports written: 0 position command, raw; 1 starts homing and stroke measurement; 4 and 12 upper and lower current
 // clamp, A; 6 speed, mm/s; 11 acceleration, mm/s^2; 7 to 10 stored and without effect. Ports sent: 4 position, raw; 5

@@ -10,7 +10,7 @@ namespace simulator {
 namespace {
 
 orsanta::C_Leaf_Lock the_lock;
-// Not destroyed at the end of the process: a client that leaves without a stop still has threads that read samples.
+// Not destroyed at the end of the process: a client that exits without a stop still has threads that read samples.
 C_Installation* the_installation = nullptr;
 uint64_t the_session = 0;
 
@@ -46,7 +46,7 @@ C_Access::C_Access() : m_Guard(the_lock) {
   m_Installation = the_installation;
   const double clock_ms = orsanta::Now_Ms();
   double now_ms = clock_ms - m_Installation->start_ms;
-  if (now_ms < m_Installation->now_ms) {  // the process went over to another clock: the room's time goes on from here
+  if (now_ms < m_Installation->now_ms) {  // the process has changed its clock: the room's time continues from here
     m_Installation->start_ms = clock_ms - m_Installation->now_ms;
     now_ms = m_Installation->now_ms;
   }

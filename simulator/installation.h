@@ -1,6 +1,6 @@
 // The one simulated installation of the process: machine room, motion server, connection and journal behind one lock.
 //
-// Any thread may open it. Opening takes the lock and moves the room on to the present time; it is never held across a
+// Any thread may open it. Opening takes the lock and advances the room to the present time; it is never held across a
 // wait.
 #pragma once
 
@@ -44,7 +44,7 @@ class C_Access {
   C_Installation* m_Installation;
 };
 
-// Sets the room up anew. Sessions go on counting, so that waits of an earlier room end.
+// Builds a new room. The count of sessions continues, so that waits in an earlier room end.
 void Replace_Installation(const Settings& settings);
 
 }  // namespace simulator

@@ -42,7 +42,7 @@ enum class Op : uint8_t {
 
 struct C_Instruction {
   Op op;
-  std::array<int, 5> i{};  // whole arguments, in the order told above
+  std::array<int, 5> i{};  // whole arguments, in the order listed above
   double value = 0.0;
 };
 

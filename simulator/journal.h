@@ -35,7 +35,7 @@ class C_Journal {
     Add_To_Checksum(time_ms, function, thread, arguments...);
     if (m_Keep_Reads) Keep(time_ms, function, thread, arguments...);
   }
-  // What a call handed out goes into the checksum alone.
+  // What a call returned goes into the checksum alone.
   void Result(double value) { Add(std::bit_cast<uint64_t>(value)); }
 
  private:

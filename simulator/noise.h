@@ -1,5 +1,5 @@
 // Reproducible noise. A value depends on its key alone and on no earlier draw, so a sample has the same noise whether
-// or not anybody read the ones before it.
+// or not the ones before it were read.
 #pragma once
 
 #include <cmath>

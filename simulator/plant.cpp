@@ -63,7 +63,7 @@ void C_Plant::Step(double current) {
   if (m_Position < m_Upper_Stop) force += std::max(Stiffness * (m_Upper_Stop - m_Position) - stop_damping, 0.0);
   if (m_Position > m_Lower_Stop) force -= std::max(Stiffness * (m_Position - m_Lower_Stop) + stop_damping, 0.0);
 
-  // Dry friction takes speed away until none is left; what is below one step's worth stands still for good.
+  // Dry friction reduces the speed to 0: a speed below its effect in one step becomes 0.
   constexpr double Acceleration_Per_Gram = Gravity / Mass_G;
   const double velocity = m_Velocity + force * Acceleration_Per_Gram * Tick_S;
   constexpr double Friction_Step = Dry_Friction * Acceleration_Per_Gram * Tick_S;

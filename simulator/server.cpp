@@ -7,7 +7,7 @@ namespace simulator {
 
 namespace {
 
-// How often a wait for something that moves or switches is looked at.
+// How often a wait for something that moves or switches is checked.
 constexpr Ticks Look_Ticks = Ticks_Per_Ms / 10;
 
 bool Is_Wait(Op op) {
@@ -55,7 +55,7 @@ void C_Server::Advance(Ticks to) {
   }
 }
 
-// The next time at which a held thread might go on, at most `to`.
+// The next time at which a waiting thread might continue, at most `to`.
 Ticks C_Server::Next_Look(Ticks to) const {
   Ticks next = to;
   for (const auto& [number, thread] : m_Threads) {
@@ -125,7 +125,7 @@ void C_Server::Run_Threads() {
   }
 }
 
-// Runs the thread up to a wait that holds or an instruction that is not due. True if anything was done.
+// Runs the thread up to a wait that is not over or an instruction that is not due. True if anything was done.
 bool C_Server::Run(int number, C_Thread& thread) {
   bool done_any = false;
   while (!thread.queue.empty() && m_Now >= thread.due) {

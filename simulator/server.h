@@ -1,7 +1,7 @@
 // The motion server: instruction threads, channel and IO maps, FIFOs, axes.
 //
 // Instructions of a thread run in order, each when its pace has passed since the one before or since it was queued; a
-// wait holds its own thread alone. At a pace of 0 a thread with nothing to wait for runs to its end inside the call
+// wait blocks its own thread alone. At a pace of 0 a thread with nothing to wait for runs to its end inside the call
 // that queued the instruction. The caller holds the simulator's lock.
 #pragma once
 
@@ -26,15 +26,15 @@ class C_Server {
   static constexpr int Error_Limit = 64;       // errors kept; later ones are dropped until one is fetched
   static constexpr int Back_Jump_Limit = 65536;
 
-  // pace: time for each instruction. now: the time at which the room stands.
+  // pace: time for each instruction. now: the time of the room.
   C_Server(C_Room& room, Ticks pace, Ticks now) : m_Room(room), m_Pace(pace), m_Now(now) {}
 
   Ticks Now() const { return m_Now; }
 
-  // Moves the room and all threads on.
+  // Advances the room and all threads.
   void Advance(Ticks to);
 
-  // False where it cannot be queued; the reason then stands in the errors.
+  // False where it cannot be queued; the errors then have the reason.
   bool Queue(int thread, const C_Instruction& instruction);
   // Instructions queued so far, and done or dropped so far; 0 for a thread that was never used.
   uint64_t Queued(int thread) const;
@@ -57,8 +57,8 @@ class C_Server {
     std::deque<C_Instruction> queue;
     uint64_t queued = 0;
     uint64_t finished = 0;
-    Ticks due = 0;            // when the server gets to the head of the queue
-    bool wait_begun = false;  // the wait at the head of the queue has been looked at
+    Ticks due = 0;            // when the server executes the head of the queue
+    bool wait_begun = false;  // the wait at the head of the queue has been checked
     Ticks wait_until = 0;     // of a wait for a time
     int back_jump_size = 0;
     bool use_local_registers = false;

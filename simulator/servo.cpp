@@ -51,7 +51,7 @@ void C_Servo::Step(const Setpoint& setpoint, double speed_limit) {
     const double acceleration = setpoint.acceleration + Speed_Gain * speed_error + m_Integral;
     const double wanted =
         m_Plant.Holding_Current() + acceleration * C_Plant::Mass_G / (C_Plant::Gravity * m_Plant.Gain());
-    // The upper clamp has the last word where the two are crossed.
+    // The upper clamp wins where the two are crossed.
     m_Current =
         std::min(std::max(wanted, std::max(m_Lower.value, -m_Search_Limit)), std::min(m_Upper.value, m_Search_Limit));
     m_Saturated = m_Current != wanted;

@@ -22,9 +22,9 @@ class C_Servo {
  public:
   C_Servo(const Force_Truth& force, double upper_stop_mm, double lower_stop_mm);
 
-  // One tick. speed_limit: the most that the position loop may ask for, mm/s.
+  // One tick. speed_limit: the most that the position loop may demand, mm/s.
   void Step(const Setpoint& setpoint, double speed_limit);
-  // A new command: forgets what the integrator gathered on the way to the old one.
+  // A new command: resets the integrator, which still has what the old one needed.
   void Begin_Command();
 
   void Set_Upper_Clamp(double ampere) { m_Upper.Set(ampere); }
@@ -38,18 +38,18 @@ class C_Servo {
   double Current() const { return m_Current; }
   double Position_Error() const { return m_Error; }
   bool Is_Saturated() const { return m_Saturated; }
-  // The probe has stood still for some milliseconds, or does not get on although it shakes.
+  // The probe has been at rest for some milliseconds, or makes no progress although it vibrates.
   bool Is_Standing() const;
-  // Nothing changes any more until something is commanded.
+  // Nothing changes until the next command.
   bool Is_At_Rest() const;
-  // Something outside changed: the servo looks anew.
+  // Something outside changed: the servo is no longer steady.
   void Disturb();
 
   C_Plant& Plant() { return m_Plant; }
   const C_Plant& Plant() const { return m_Plant; }
 
  private:
-  // A clamp that takes up a new setting in a ramp.
+  // A clamp that reaches a new setting by a ramp.
   struct C_Clamp {
     double value;
     double step = 0.0;
@@ -72,7 +72,7 @@ class C_Servo {
   double m_Error = 0.0;
   double m_Integral = 0.0;        // mm/s^2
   Ticks m_Slow_Ticks = 0;         // since the probe last moved noticeably
-  Ticks m_No_Progress_Ticks = 0;  // since it last got on by a noticeable way
+  Ticks m_No_Progress_Ticks = 0;  // since it last made noticeable progress
   double m_Progress_From = 0.0;
   Ticks m_Steady_Ticks = 0;  // since anything changed
 };

@@ -31,7 +31,7 @@ struct Settings {
   std::vector<int> temperature_boards = {};  // CAN ids of temperature boards (interpolation devices)
   double anvil_mm = 9.0;                     // position of the anvil of every station
   double sample_ms = 2.0;                    // period of the drives' sample streams
-  double instruction_ms = 0.0;               // what the motion server takes for each instruction
+  double instruction_ms = 0.0;               // time of the motion server for each instruction
   bool cyclic_stroke = false;     // drives send the ends of their stroke all the time, not once when measured
   double counts_per_mm = 1000.0;  // the encoder's; a raw position has 16 fraction bits of a count
   double encoder_step_mm = 0.0001;
@@ -40,7 +40,7 @@ struct Settings {
   int refused_connects = 0;  // this many of the next connects fail
 };
 
-// Tears everything down and sets the room up anew. Call it after the clock is chosen and before the system connects.
+// Removes everything and builds a new room. Called after the clock is chosen and before the system connects.
 SIMULATOR_API void Reset(const Settings& settings = Settings());
 
 // --- Parts and truth; `can_id` names a station's drive ---
@@ -49,10 +49,10 @@ SIMULATOR_API void Place_Part(int can_id, double thickness_mm);
 SIMULATOR_API void Remove_Part(int can_id);  // the anvil is bare
 SIMULATOR_API void Set_Head_Height(int can_id,
                                    double mm);  // moves the anvil by mm against its setting, as turning the head does
-SIMULATOR_API double True_Contact_Position(int can_id);  // where the probe first touches
-SIMULATOR_API double True_Position(int can_id);          // where the probe is now
-SIMULATOR_API double True_Force(int can_id);             // on the part now; 0 while nothing is touched
-SIMULATOR_API double Force_Gauge(int can_id);  // what an operator's force gauge under the probe reads, to 0.01 g
+SIMULATOR_API double True_Contact_Position(int can_id);          // where the probe first touches
+SIMULATOR_API double True_Position(int can_id);                  // where the probe is now
+SIMULATOR_API double True_Force(int can_id);                     // on the part now; 0 while nothing is touched
+SIMULATOR_API double Force_Gauge(int can_id);                    // what a force gauge under the probe reads, to 0.01 g
 SIMULATOR_API void Set_Temperature(int can_id, double celsius);  // of a temperature board
 SIMULATOR_API double True_Temperature(int can_id);
 // A home sensor of an interpolation device, its input bit 2 or 6: on from the edge on, at greater places (on_above) or

@@ -38,7 +38,7 @@ void C_Trajectory::Plan_Move(double from, double to, const Motion_Limits& limits
   if (way == 0.0) return;
   const double acc = limits.acceleration;
   const double jerk = limits.jerk;
-  // Speed up to v: the acceleration is built up and taken back in `ramp` each, and held for `hold` between. The way of
+  // Speed up to v: the acceleration is built up and removed in `ramp` each, and held for `hold` between. The way of
   // speeding up and braking together is v (2 ramp + hold).
   double v = limits.velocity;
   double ramp = std::min(acc / jerk, std::sqrt(v / jerk));
@@ -70,7 +70,7 @@ void C_Trajectory::Plan_Move(double from, double to, const Motion_Limits& limits
 void C_Trajectory::Plan_Stop(const Motion_State& state, const Motion_Limits& limits) {
   Begin(state);
   const double jerk = limits.jerk;
-  // The speed that is left if the acceleration is taken back at once tells which way to push.
+  // The speed that remains if the acceleration is removed at once gives the direction of the push.
   const double left = state.velocity + state.acceleration * std::abs(state.acceleration) / (2.0 * jerk);
   const double side = left > 0.0 ? -1.0 : 1.0;
   const double a = side * state.acceleration;  // seen in the direction of the push

@@ -1,7 +1,7 @@
 // Jerk-limited motion of one axis: a list of stretches of constant jerk, made for a move from rest to rest or for a
 // stop.
 //
-//   acceleration   __          A move has up to seven stretches: the acceleration is built up, held and taken back, the
+//   acceleration   __          A move has up to seven stretches: the acceleration is built up, held and removed, the
 //                 /  \         speed is held, and the braking mirrors it. Where the way is too short for the full speed
 //                 or
 //              __/    \__      acceleration, the peaks are lower and the held stretches vanish.
@@ -28,7 +28,7 @@ struct Motion_Limits {
 
 class C_Trajectory {
  public:
-  // Stands still at the position.
+  // At rest at the position.
   void Stand(double position);
   // From rest at `from` to rest at `to`.
   void Plan_Move(double from, double to, const Motion_Limits& limits);

@@ -74,8 +74,9 @@ class CMyArray {
     m_nCount = n;
   }
 
-  // Sets the count to n and fills the places that this call allocated, up to n - 1. Required: places below the old
-  // allocated size keep what they held, and nothing is filled when the block was large enough; callers grow rows so.
+  // Sets the count to n and fills the places that this call allocated, up to n - 1.
+  // Required: places below the old allocated size keep what they held, and nothing is filled when the block was large
+  // enough; callers that grow rows rely on it.
   void SetArraySize(int n, T fill) {
     MY_ASSERT(n >= 0);
     if (m_nSize < n) {
@@ -89,7 +90,7 @@ class CMyArray {
 
   // Makes room for n elements, by doubling so that a loop of appends copies only at each power of two. Keeps the count.
   void ExpandMem(int n) {
-    if (n <= m_nSize || n <= 0) return;  // the second test spares the compiler a false warning on an array of none
+    if (n <= m_nSize || n <= 0) return;  // the second test prevents a false warning about an array of length 0
     // Beyond the middle of the range doubling would overflow.
     const int nDoubled = m_nSize <= std::numeric_limits<int>::max() / 2 ? m_nSize * 2 : n;
     const int nNewSize = nDoubled < n ? n : nDoubled;

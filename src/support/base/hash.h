@@ -1,5 +1,4 @@
-// The hash store: keys and values that are put together from the bytes of single values, and the strings and blocks
-// that it holds.
+// The hash store: keys and values that are composed of the bytes of single values, and the strings and blocks in it.
 //
 // A CHashOpt is driven in steps. A key is started with <<, lengthened with ConnectIndexDataOrOutputData, and then
 // looked up (operator>, operator>=), removed (operator--), or given a value (StartAddVarToLogInData, lengthened in the
@@ -60,7 +59,8 @@ class CBuffer {
   std::vector<char> m_Bytes;
 };
 
-// What the bytes of an entry stand for. The hash takes no notice of it; the store's file writes each kind readably.
+// The type of the value whose bytes an entry has. The hash makes no use of it; the store's file needs it to write a
+// readable value.
 enum class C_Entry_Kind { Raw, Int, Float, Double, Text, Array };
 
 // One entry: the block under a key.
@@ -69,10 +69,10 @@ class CHashObject_Buffer {
   CBuffer m_Buffer;
   C_Entry_Kind m_Kind = C_Entry_Kind::Raw;
   int m_Line = 0;         // of the file that the entry was read from
-  uint64_t m_Serial = 0;  // rises with each new entry of a store: sorted by it, they stand in the order of their making
+  uint64_t m_Serial = 0;  // rises with each new entry: entries sorted by it are in the order in which they were made
 };
 
-// Puts keys and values together, and holds the table.
+// Composes keys and values, and holds the table.
 class CHashOpt_DataBuffer {
  public:
   using C_Table = std::unordered_map<std::string, CHashObject_Buffer>;
@@ -147,17 +147,17 @@ class CHashOpt_DataBuffer {
 
 class CHashOpt : public CHashOpt_DataBuffer {
  public:
-  // Commits the key and the value in hand as an entry; an entry that stands under the key is replaced.
+  // Commits the present key and value as an entry; an entry with that key is replaced.
   void operator++(int);
-  // Removes the entry of the key in hand, if there is one.
+  // Removes the entry of the present key, if there is one.
   void operator--(int);
 };
 
-// Hands out unsigned numbers that are not in use, the smallest ones first. No lock.
+// Allocates unsigned numbers, the smallest free ones first. No lock.
 class CHashGather {
  public:
   unsigned GetUniqueID();
-  // Takes a number back that was handed out.
+  // Frees an allocated number.
   void DeleteUniqueID(unsigned id);
 
  private:

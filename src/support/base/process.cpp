@@ -25,7 +25,7 @@ std::string File_Name(const std::string& path) {
   return path.substr(path.find_last_of("/\\") + 1);
 }
 
-// The file name of the process's executable, which keeps its place here when the file was replaced meanwhile.
+// The file name of the process's executable, also when that file has been replaced since.
 std::string Executable_Name(const std::string& process_folder) {
   static const std::string Replaced = " (deleted)";
   std::string path = Link_Target(process_folder + "/exe");

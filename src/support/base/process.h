@@ -1,4 +1,4 @@
-// The running program and its fellows: where it stands, what its path is made of, and which processes run. Any thread.
+// The running program: its path and the parts of one, and the processes of a name. Any thread.
 #pragma once
 
 #include <string>
@@ -9,7 +9,7 @@ namespace orsanta {
 
 class CMyExecuteProc {
  public:
-  // Full path of the running application; empty when the system does not tell it.
+  // Full path of the running application; empty when the system does not know it.
   static std::wstring GetCurApplicationFilePath();
 
   // Cuts a path into four parts that give the path again when they are joined.

@@ -13,7 +13,7 @@ namespace orsanta {
 template <class T>
 class C_Replaceable {
  public:
-  // The one of the process.
+  // The one of the process for T.
   static C_Replaceable& Instance() {
     static C_No_Destructor<C_Replaceable> instance;
     return instance.Get();

@@ -10,7 +10,7 @@
 
 namespace orsanta {
 
-// The record of one allocation. A record whose pData is null is free; nSerial tells the uses of one place apart.
+// The record of one allocation. A record whose pData is null is free; nSerial counts the uses of a place.
 struct CSmartHeapDataStruct {
   int nRef = 0;
   void* pData = nullptr;
@@ -26,7 +26,7 @@ struct C_Place {
 };
 C_Place Enter(void* data, int count);  // takes a record with one reference
 void Add_Reference(uint32_t heap_id);
-bool Release(uint32_t heap_id, void* data);  // true when the last reference went and the caller is to delete the object
+bool Release(uint32_t heap_id, void* data);  // true when it was the last reference: the caller deletes the object
 int Live_Records();                          // for tests: records in use
 }  // namespace smart_pointer_table
 
@@ -66,7 +66,7 @@ class CSmartPointer {
 
   ~CSmartPointer() { ReleaseCurSmartPointReference(); }
 
-  // Gives this pointer's reference back and empties it; the last one deletes the object.
+  // Releases this pointer's reference and empties it; the last one deletes the object.
   void ReleaseCurSmartPointReference() {
     T* data = m_pT;
     m_pT = nullptr;

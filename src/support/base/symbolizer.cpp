@@ -19,7 +19,7 @@ namespace orsanta {
 
 namespace {
 
-// The first capture loads the unwinder and takes memory from the heap, which must not wait until there is none.
+// The first capture loads the unwinder and takes memory from the heap, which must happen before there is none.
 [[maybe_unused]] const int unwinder_is_loaded = [] {
   void* here = nullptr;
   return backtrace(&here, 1);
@@ -107,7 +107,7 @@ __attribute__((noinline)) void C_Stack::Capture() {
 }
 
 void Frame_Text(const void* return_address, char* out, size_t room) {
-  // The call stands before the address that it returns to, which may already belong to the next function.
+  // The call is before the address that it returns to, which may already belong to the next function.
   const char* const call = static_cast<const char*>(return_address) - 1;
   Dl_info info{};
   link_map* map = nullptr;

@@ -7,7 +7,7 @@
 
 namespace orsanta {
 
-// Where execution stood: return addresses, the innermost first.
+// Where execution was: return addresses, the innermost first.
 struct C_Stack {
   static constexpr int Deepest = 64;
   void* address[Deepest] = {};

@@ -8,8 +8,8 @@ namespace orsanta {
 
 namespace {
 
-// The text on one line: each run of line breaks and other control characters becomes one blank, and none stands at an
-// end.
+// The text on one line: each run of line breaks and other control characters becomes one blank, and none is left at
+// either end.
 std::wstring Fold(const std::wstring& text) {
   std::wstring line;
   bool pending = false;

@@ -2,7 +2,7 @@
 //
 // A program makes an object, adds controls, and runs it with DoParameterDlg. Callbacks run on the thread that called
 // DoParameterDlg, also for dialogs of that thread further down, which stay alive while this one is open. Bound
-// variables are written at confirmation and only then; an entry that is out of range or no number does not get in.
+// variables are written at confirmation and only then; an entry that is out of range or no number is refused.
 //
 // The object is used by one thread and for one run. SetCtrlWindowText may be called from a callback.
 #pragma once
@@ -50,9 +50,9 @@ class CParameterInOutDlg_Base {
   CParameterInOutDlg_Base(const CParameterInOutDlg_Base&) = delete;
   CParameterInOutDlg_Base& operator=(const CParameterInOutDlg_Base&) = delete;
 
-  // Arguments that recur. caption: stands on or beside the control. column: the control goes to the bottom of that
+  // Arguments that recur. caption: shown on or beside the control. column: the control goes to the bottom of that
   // column. width: size in the builder's units. rows: height. id: number of the control in callbacks; 0 is one too.
-  // callback: who is called, may be null.
+  // callback: may be null.
 
   // A press calls OnCtrlButton(id).
   void AddButton(const wchar_t* caption, int column, float width, int rows, int id,

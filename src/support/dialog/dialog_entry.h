@@ -1,4 +1,4 @@
-// How numbers stand in the edits of a dialog, and how what an operator typed there is read. Independent of the locale.
+// How the edits of a dialog show numbers, and how a typed number is read. Independent of the locale.
 #pragma once
 
 #include <string>
@@ -8,12 +8,13 @@ namespace orsanta {
 // A number with that many decimals.
 std::wstring Number_Text(double value, int decimals);
 
-// Reads a typed number. Blanks around it and full-width digits and signs are taken; anything else beside the number is
-// not, nor a number that is not finite or, for an integer, does not fit. Returns false and leaves value as it is then.
+// Reads a typed number. Blanks around it and full-width digits and signs are accepted; anything else around the number
+// is not, nor a number that is not finite or, for an integer, does not fit. Then it returns false and leaves value as
+// it is.
 bool Read_Typed(const std::wstring& text, double& value);
 bool Read_Typed(const std::wstring& text, int& value);
 
-// What the operator is told about an entry that does not get in.
+// The message for an entry that is refused.
 std::wstring Range_Reason(double min, double max);
 std::wstring No_Number_Reason(bool integer);
 

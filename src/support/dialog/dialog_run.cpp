@@ -10,7 +10,7 @@
 
 namespace orsanta {
 
-// The open dialogs of one thread and the events that wait for it.
+// The open dialogs of one thread and its queue of events.
 class C_Dialog_Thread {
  public:
   // Any thread.
@@ -106,7 +106,7 @@ bool C_Dialog_Thread::Find_Next_Due(C_Dialog_Run*& run, size_t& control) const {
 void C_Dialog_Thread::Refresh(C_Dialog_Run& run, size_t control) {
   C_Bound_Control& display = run.controls[control];
   display.due_ms += display.period_ms;
-  // Periods that went by during a long command are dropped, not made up for.
+  // Periods that passed during a long command are dropped.
   if (display.due_ms <= Now_Ms()) display.due_ms = Now_Ms() + display.period_ms;
   std::wstring text = display.model.text;
   display.callback->OnCtrlDynamicDisp(display.id, text, 0);
@@ -144,7 +144,7 @@ bool C_Dialog_Thread::Is_Blocked(const C_Dialog_Run& run) const {
   return std::any_of(place + 1, m_Open.end(), [](const C_Dialog_Run* above) { return above->m_Confirms; });
 }
 
-// A dialog that closes takes those above it along: they stand on a callback of its.
+// A dialog that closes closes those above it too: they were opened by one of its callbacks.
 void C_Dialog_Thread::Cancel_From(const C_Dialog_Run& run) {
   for (auto place = std::find(m_Open.begin(), m_Open.end(), &run); place != m_Open.end(); ++place)
     (*place)->m_State = C_Dialog_Run::C_State::Cancelled;
@@ -193,7 +193,7 @@ void C_Dialog_Run::On_Dialog_Event(const C_Dialog_Event& event) {
 }
 
 // All entries are checked before the first is written, so that a refused dialog changes nothing. Every bad entry is
-// told, the first of them last: that is where the front leaves the operator.
+// refused, the first of them last: that is where the front puts the cursor.
 bool C_Dialog_Run::Take_Entries(const std::vector<C_Control_Entry>& entries) {
   if (entries.size() != controls.size()) return false;
   std::vector<std::function<void()>> writes(controls.size());

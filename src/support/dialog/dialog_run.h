@@ -1,8 +1,8 @@
 // The run of a dialog: its controls with what they are bound to, and the pump that serves all open dialogs of a thread.
 //
 // A thread may run a dialog from inside a callback of another. The pump of the innermost run then serves all of them:
-// the displays go on, and presses of the outer dialogs are taken as long as no dialog with a confirmation stands above
-// them. Only support/dialog/dialog.cpp includes this header.
+// the displays are refreshed, and presses of the outer dialogs are handled as long as no dialog with a confirmation is
+// above them. Only support/dialog/dialog.cpp includes this header.
 #pragma once
 
 #include <functional>
@@ -20,8 +20,8 @@ struct C_Bound_Control {
   CParameterInOutDlgInterface* callback = nullptr;
   int period_ms = 0;    // of a dynamic display
   double due_ms = 0.0;  // when the display asks next
-  // Checks an entry. Returns why it does not get in, or an empty text and in `write` what stores it; empty for a
-  // control that takes no entry.
+  // Checks an entry. Returns why it is refused, or an empty text and in `write` what stores it; empty for a control
+  // that takes no entry.
   std::function<std::wstring(const C_Control_Entry& entry, std::function<void()>& write)> check = {};
 };
 

@@ -1,6 +1,6 @@
 // The front: whatever an operator sees. Dialogs, message boxes and charts are plain data here; a front shows them.
 //
-// A front only draws and collects what the operator does. It calls nobody back with work: each event goes to a
+// A front only draws and collects what the operator does. It runs no callback of a program: each event goes to a
 // listener, which queues it and returns at once. The callbacks of a dialog therefore run on the thread that runs the
 // dialog (support/dialog/dialog.h), and a box from any thread waits at the clock (support/dialog/message_box.h), so
 // that no front can lock up.
@@ -32,7 +32,7 @@ enum class C_Control_Kind {
 struct C_Control_Model {
   C_Control_Kind kind = C_Control_Kind::Blank;
   std::wstring caption;
-  int column = 0;           // controls of one column stand under each other in the order of the list
+  int column = 0;           // controls of one column are placed under each other in the order of the list
   float width = 10.0F;      // equal widths are drawn equally wide
   int rows = 1;             // height
   float text_scale = 1.0F;  // size of the text, 1 for the normal one
@@ -51,7 +51,7 @@ struct C_Dialog_Model {
   std::vector<C_Control_Model> controls;
 };
 
-// What stands in a control when the operator confirms: text of an edit as it was typed, place of a drop-down or check
+// The content of a control when the operator confirms: text of an edit as it was typed, place of a drop-down or check
 // box.
 struct C_Control_Entry {
   std::wstring text;
@@ -92,7 +92,7 @@ struct C_Chart_Model {
   int height = 400;  // pixels at opening
   bool axes_follow = true;
   bool joined = true;  // a line through the points, else the points alone
-  std::wstring note;   // stands under the title, where it is not empty
+  std::wstring note;   // shown under the title, where it is not empty
 };
 
 class C_Front {
@@ -105,8 +105,8 @@ class C_Front {
   virtual void Close_Dialog(int dialog) = 0;
   // Sets the visible text of a control: the caption of a button, the content of a display or an edit.
   virtual void Set_Control_Text(int dialog, int control, const std::wstring& text) = 0;
-  // Says at the control why its entry does not get in, and lets the operator go on there. Follows a Confirm event, once
-  // for each bad entry.
+  // Shows at the control why its entry is refused, and puts the cursor there. Follows a Confirm event, once for each
+  // bad entry.
   virtual void Refuse_Entry(int dialog, int control, const std::wstring& reason) = 0;
   // Marks the dialog as busy while a command of its runs; its buttons still take presses.
   virtual void Set_Busy(int dialog, bool busy) = 0;
@@ -114,7 +114,7 @@ class C_Front {
   // Shows a box and returns at once; the listener gets exactly one answer, possibly before the return.
   virtual void Post_Message(const C_Message_Model& model, C_Message_Listener& listener) = 0;
 
-  // Opens the chart with that number or redraws it. Numbers are handed out by the charts' owner and never used twice.
+  // Opens the chart with that number or redraws it. The owner of the charts never uses a number twice.
   virtual void Draw_Chart(unsigned chart, const C_Chart_Model& model) = 0;
   virtual bool Is_Chart_Open(unsigned chart) = 0;
   virtual void Close_Chart(unsigned chart) = 0;
@@ -123,8 +123,8 @@ class C_Front {
 // The present front. At the first call: the desktop front if a display and the plug-in are there, else the console
 // front.
 C_Front& Front();
-// Puts a front in place of the present one and returns the one that stood, null for the built-in choice. For tests; no
-// dialog, box or chart may be open.
+// Puts a front in place of the present one and returns that, null for the built-in choice. For tests; no dialog, box or
+// chart may be open.
 std::unique_ptr<C_Front> Replace_Front(std::unique_ptr<C_Front> front);
 
 // What the plug-in exports under the name "orsanta_make_front": returns a new front, or null with the reason written to

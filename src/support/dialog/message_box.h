@@ -1,5 +1,5 @@
 // Message boxes: a text that the operator acknowledges. The calling thread waits for the answer; any thread may call,
-// and several boxes may stand open at once. Without a display a box is one line on the standard error stream and counts
+// and several boxes may be open at once. Without a display a box is one line on the standard error stream and counts
 // as answered at once: with OK, a yes-or-no question with No.
 #pragma once
 
@@ -10,7 +10,7 @@ namespace orsanta {
 constexpr unsigned Box_Plain = 0;
 constexpr unsigned Box_Yes_No = 4;
 constexpr unsigned Box_Stop_Icon = 16;
-constexpr unsigned Box_System_Modal = 4096;  // stands above all windows
+constexpr unsigned Box_System_Modal = 4096;  // above all windows
 
 constexpr int Answer_Ok = 1;
 constexpr int Answer_Yes = 6;

@@ -1,8 +1,8 @@
-// C_Small_Dialog: a dialog of a few entries in one column, put together and asked in one expression:
+// C_Small_Dialog: a dialog of a few entries in one column, built and shown in one expression:
 //
 //   if (C_Small_Dialog().Number(L"设定推力(g)", force, {0.0, 1000.0}).Tick(L"电机反转", turned).Ask()) ...
 //
-// What is bound is written at the confirmation and only then. It must live as long as the dialog is asked.
+// Bound variables are written at the confirmation and only then. They must outlive the dialog.
 #pragma once
 
 #include <string>

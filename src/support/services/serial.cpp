@@ -23,7 +23,7 @@
 namespace orsanta {
 namespace {
 
-// Where port n lives; see the header.
+// The device of port n; see the header.
 std::string Device_Path(int port) {
   std::error_code ignored;
   const std::filesystem::path link = "COM" + std::to_string(port);
@@ -38,8 +38,7 @@ void Trace_Port(int port, const std::string& path, const std::string& what) {
 }
 
 // The box that reports a lost port. The threads that use a port must not wait for an operator, so the box is posted. It
-// may be open for hours while a loose plug makes and breaks contact: until it is answered it serves the next losses
-// too.
+// may be open for hours while a loose plug makes and breaks contact: until it is answered no second one is posted.
 class C_Lost_Box : public C_Message_Listener {
  public:
   // One for each port number. Never freed: a front may answer until the process ends.
@@ -51,12 +50,12 @@ class C_Lost_Box : public C_Message_Listener {
   }
 
   void Show(const std::wstring& text) {
-    if (!m_Stands.exchange(true)) Front().Post_Message({text, 0}, *this);
+    if (!m_Is_Open.exchange(true)) Front().Post_Message({text, 0}, *this);
   }
-  void On_Answer(int) override { m_Stands = false; }
+  void On_Answer(int) override { m_Is_Open = false; }
 
  private:
-  std::atomic<bool> m_Stands = false;
+  std::atomic<bool> m_Is_Open = false;
 };
 
 }  // namespace
@@ -101,7 +100,7 @@ int CComSerial::GetComData(void* buffer, int max, int& got) {
   const ssize_t count = read(m_Device, buffer, static_cast<size_t>(max));
   if (count > 0) got = static_cast<int>(count);
   if (count > 0 || (count < 0 && (errno == EAGAIN || errno == EINTR))) return 1;
-  Tell_Vanished(count == 0 ? "hung up" : std::strerror(errno));
+  Report_Loss(count == 0 ? "hung up" : std::strerror(errno));
   return 0;
 }
 
@@ -112,7 +111,7 @@ int CComSerial::WriteComData(const void* data, int length, int& written) {
   const ssize_t count = write(m_Device, data, static_cast<size_t>(length));
   if (count >= 0) written = static_cast<int>(count);
   if (count >= 0 || errno == EAGAIN || errno == EINTR) return 1;
-  Tell_Vanished(std::strerror(errno));
+  Report_Loss(std::strerror(errno));
   return 0;
 }
 
@@ -165,7 +164,7 @@ bool CComSerial::Be_There() {
   return true;
 }
 
-void CComSerial::Tell_Vanished(const std::string& reason) {
+void CComSerial::Report_Loss(const std::string& reason) {
   Release_Device();
   m_Next_Try_Ms = Now_Ms() + Reopen_Period_Ms;
   Trace_Port(m_Port, m_Path, "is gone: " + reason);

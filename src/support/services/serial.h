@@ -5,8 +5,8 @@
 // installer puts a USB adapter in its place with `ln -s /dev/serial/by-id/... COM1`. The link is followed at every
 // opening.
 //
-// A port in use is exclusive: no other program opens it meanwhile. A port that vanishes (an adapter pulled out) is
-// told; until it is back, which is looked for at most every Reopen_Period_Ms, reads give nothing and writes send
+// A port in use is exclusive: no other program can open it. A port that disappears (an adapter pulled out) is reported
+// in a message box; until it is back, which is checked at most every Reopen_Period_Ms, reads and writes transfer
 // nothing. A port that comes and goes has one box at a time: the next is shown once that was answered.
 //
 // Any thread may call, also several at once; no call waits.
@@ -31,7 +31,7 @@ class CComSerial {
   CComSerial& operator=(const CComSerial&) = delete;
 
   // Opens the port with that number, 1 for the first, at the fastest rate. Returns 1, or 0 when there is no such port,
-  // it is no serial line, or another program has it; a trace line then gives the reason.
+  // it is no serial line, or another program has it; a trace line then has the reason.
   int OpenCom(int port);
   // Sets the line: any rate in baud that the device can do within Rate_Tolerance; the other three are 8, 1 and 0.
   // Returns 1, or 0 when the port is closed or does not take the setting; the line then stays as it was, and a trace
@@ -49,8 +49,8 @@ class CComSerial {
  private:
   bool Open_Device(std::string& reason) REQUIRES(m_Lock);
   bool Apply_Line(int baud) REQUIRES(m_Lock);
-  bool Be_There() REQUIRES(m_Lock);  // true when the device is open; one that is away is tried anew
-  void Tell_Vanished(const std::string& reason) REQUIRES(m_Lock);
+  bool Be_There() REQUIRES(m_Lock);  // true when the device is open; one that is away is tried again
+  void Report_Loss(const std::string& reason) REQUIRES(m_Lock);
   void Release_Device() REQUIRES(m_Lock);
 
   C_Leaf_Lock m_Lock;

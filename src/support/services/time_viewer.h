@@ -26,7 +26,7 @@ struct TimeStruct {
   CMyArray<CTickData> ticks;
 };
 
-// Where a mark stands in the list of marks.
+// Position of a mark in the list of marks.
 struct TimeViewerNameIndex {
   std::wstring name;
   int index = 0;
@@ -45,11 +45,11 @@ class C_TimeViewer {
   void TimeEnd(const std::wstring& name);
   // Prints all marks to the debug trace.
   void TraceAll() const;
-  // Charts the durations of a mark's runs but the newest, which may still be open. x_mode 0: over the number of the
+  // Charts the durations of a mark's runs but the newest, which may still run. x_mode 0: over the number of the
   // run; any other: over its begin in ms. An unknown name is answered with a message box.
   void PlotMark(const std::wstring& name, int x_mode) const;
-  // Place of the mark in the list, -1 when there is none. Takes no lock: a caller beside running cycles holds its own
-  // knowledge that no mark begins.
+  // Place of the mark in the list, -1 when there is none. Takes no lock: the caller makes sure that no mark is begun
+  // meanwhile.
   int FindMark(const std::wstring& name) const;
 };
 

@@ -13,7 +13,7 @@ namespace orsanta {
 
 namespace {
 
-constexpr int Digits = 17;  // the least that gives back every double
+constexpr int Digits = 17;  // the least with which every double reads back
 constexpr unsigned Rights = 0644;
 
 // A form that numerical packages take for a variable: letters, digits and '_', no digit in front.

@@ -1,7 +1,7 @@
 // CMatLab_Matrix_Data: writes vectors of numbers as text files that numerical packages and spreadsheets load.
 //
-// A file holds one vector: comment lines that begin with '#' and carry the variable's name and the count, then one
-// value a line with 17 significant digits, so that it reads back to the same bits; what is no finite number reads
+// A file holds one vector: comment lines that begin with '#' and have the variable's name and the count, then one value
+// a line with 17 significant digits, so that it reads back to the same bits; what is no finite number reads
 // "NaN", "Inf" or "-Inf". One thread at a time for each object.
 #pragma once
 
@@ -17,7 +17,7 @@ class CMatLab_Matrix_Data {
   void SetBaseSaveFileDir_SubDir(const wchar_t* dir, int reserved);
 
   // Writes `count` values to the file "<name>", with ".txt" behind a name that has no extension. A file of that name is
-  // replaced, and only by a whole one. The variable in the file bears the name without its extension, with '_' for each
+  // replaced, and only by a whole one. The variable in the file has the name without its extension, with '_' for each
   // character that a variable's name cannot have; a comment line keeps the name as it was given.
   // Returns 1, or 0 after a message box with the file's name and the reason when it cannot be written.
   int Save_Double_Vector(const double* data, int count, const wchar_t* name);

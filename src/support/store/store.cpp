@@ -15,14 +15,14 @@ namespace orsanta {
 
 namespace {
 
-// First word of a key: what the entry is.
+// First word of a key: the kind of entry.
 constexpr int Member_Entry = 0;   // further: area id, key text, index
 constexpr int Text_Entry = 1;     // further: id; holds a text of the pass
 constexpr int Text_ID_Entry = 2;  // further: text; holds its id
 
 constexpr int Array_Record_Bytes = 12;  // 0, id of the type text, element count
 
-// Which class path an area id stands for, for the whole process.
+// The class paths and their area ids, for the whole process.
 struct C_Areas {
   C_Leaf_Lock lock;
   std::unordered_map<std::string, int> ids GUARDED_BY(lock);
@@ -54,13 +54,13 @@ void Put_Bytes(CHashObject_Buffer& entry, C_Entry_Kind kind, std::string_view by
   std::copy(bytes.begin(), bytes.end(), entry.m_Buffer.GetBuffer());
 }
 
-// The entry of the key in hand as an operator finds it on its line.
+// The entry of the present key as an operator finds it in the file.
 std::string Entry_Name(CAutoSaveClassData_Data& data) {
   return Area_Path(data.m_AreaIDList.GetEndData()) + " " + std::string(data.m_Key.Text()) + " " +
          std::to_string(data.m_IndexList.GetEndData());
 }
 
-// Saving: puts the bytes under the key in hand. Loading: gives the bytes found there. False when there is nothing to
+// Saving: puts the bytes under the present key. Loading: gives the bytes found there. False when there is nothing to
 // read.
 bool Process_Bytes(std::string& bytes, C_Entry_Kind kind, CAutoSaveClassData_Data& data) {
   Start_Key(data);
@@ -153,7 +153,7 @@ int CAutoSaveClassData_Data::GetAreaIDFrom_OptSaveFunctionCallInClassNameList() 
 C_Store_Class::C_Store_Class(const CAutoSaveClassData2& object, CAutoSaveClassData_Data& data) : m_Data(data) {
   data.OptSaveFunctionCallInClassNameList.Add(Type_Name(typeid(object)).c_str());
   data.m_AreaIDList.Add(data.GetAreaIDFrom_OptSaveFunctionCallInClassNameList());
-  // The bottom index stays when the class is left: it serves the next class of the pass.
+  // Stays when the class is left: it serves the next class of the pass.
   if (data.m_IndexList.GetSize() == 0) data.m_IndexList.Add(0);
 }
 

@@ -12,14 +12,14 @@
 //     CAutoSaveClassData2::OptSaveAndLoadDataStore(data);
 //   }
 //
-// A key that is absent from the store leaves its member as it is, so that old stores go on working with newer classes.
+// A key that is absent from the store leaves its member as it is, so that old stores work with newer classes.
 //
-// A pass runs on the caller's thread and takes no lock of its own: members are read and written as they stand. Saves in
-// one folder by several threads or processes follow one another, each with its pass, so that an older value never
-// replaces a newer one; a pass must not wait for another thread. Loads wait for nobody. A store is a file under its
-// bare name in the working directory. Beside this file: store_access.h, how it is read and replaced (store_disk.h, the
-// steps on the disk; store_format.h and store_parser.h, its form), store_claim.h, to whom it belongs, and
-// store_words.h, what the operator reads.
+// A pass runs on the caller's thread and takes no lock: other threads may use the members meanwhile. Saves in one
+// folder by several threads or processes take turns, each with its pass, so that an older value never replaces a newer
+// one; a pass must not wait for another thread. Loads wait for no lock. A store is a file under its bare name in the
+// working directory. Beside this file: store_access.h, how it is read and replaced (store_disk.h, the steps on the
+// disk; store_format.h and store_parser.h, its form), store_claim.h, to whom it belongs, and store_words.h, what the
+// operator reads.
 #pragma once
 
 #include <string>
@@ -40,23 +40,23 @@ namespace orsanta {
 class CAutoSaveClassData_Data {
  public:
   int m_bLoad = 0;                                                  // 0 in a saving pass
-  CHashObject_String m_Key;                                         // the key in hand
-  CMyArray<int> m_AreaIDList;                                       // top: area of the member in hand
-  CMyArray<int> m_IndexList;                                        // top: index of the member in hand
+  CHashObject_String m_Key;                                         // the present key
+  CMyArray<int> m_AreaIDList;                                       // top: area of the present member
+  CMyArray<int> m_IndexList;                                        // top: index of the present member
   CMyArray<CHashObject_String> OptSaveFunctionCallInClassNameList;  // classes that were entered, outermost first
   CMyArray<CHashObject_String> m_KeyList;
   CHashOpt m_Hash;  // the entries; a key is 0, area id, text, index
 
-  // The number that stands for the present stack of class names, the same in every pass.
+  // The number of the present stack of class names, the same in every pass.
   int GetAreaIDFrom_OptSaveFunctionCallInClassNameList();
 
   int m_TextCount = 0;                      // texts in the table of texts
-  CHashObject_String m_Text_Found;          // what LoadStrFromSaveHash hands out
+  CHashObject_String m_Text_Found;          // what LoadStrFromSaveHash returns a pointer to
   std::string m_Store;                      // loading: name of the store
   std::vector<C_Store_Fault> m_Mismatches;  // loading: entries of another kind than their members take
 };
 
-// The class path, names joined by '/', that an area id stands for.
+// The class path, names joined by '/', that an area id belongs to.
 std::string Area_Path(int area_id);
 // The area id of a class path.
 int Area_ID(const std::string& path);
@@ -70,7 +70,7 @@ class CDynamicClassCreatorObject {
 class CAutoSaveClassData2 : public CDynamicClassCreatorObject {
  public:
   // Writes the object's members to the store of that name. Entries of the present store that the object does not name
-  // are kept. On failure a message box names the file and the reason, and the old store stands. store: bare file name.
+  // are kept. On failure a message box names the file and the reason, and the old store remains. store: bare file name.
   // Returns 1, or 0 on failure.
   int SaveAllClassParameterToHashOpt(const wchar_t* store, int reserved);
   // Reads the members from the store of that name, if it exists. What cannot be taken leaves its member as it is: a
@@ -87,7 +87,7 @@ class CAutoSaveClassData2 : public CDynamicClassCreatorObject {
   // Names the persisted members; each override ends with a call of the base's.
   virtual void OptSaveAndLoadDataStore(CAutoSaveClassData_Data& data);
 
-  // One member: stores it under the key in hand, or reads it back.
+  // One member: stores it under the present key, or reads it back.
   void ProcessData(int& value, CAutoSaveClassData_Data& data);
   void ProcessData(float& value, CAutoSaveClassData_Data& data);
   void ProcessData(double& value, CAutoSaveClassData_Data& data);
@@ -139,7 +139,7 @@ class CAutoSaveClassData2 : public CDynamicClassCreatorObject {
   // Takes the entries of a store that was read, and adds to its faults.
   void Load_Members(C_Store_Reading& reading);
 
-  Shared<bool> m_Copy_First = false;  // a store stands of which not all values are in use and no copy is kept
+  Shared<bool> m_Copy_First = false;  // there is a store of which not all values are in use and no copy is kept
   Shared<bool> m_Owns = false;
   C_Store_Claim m_Claim;
 };

@@ -15,7 +15,7 @@ namespace orsanta {
 
 namespace {
 
-// The claims of this process. The system's lock knows processes only, and any close of its file gives it up: so a file
+// The claims of this process. The system's lock belongs to a process, and any close of its file releases it: so a file
 // is open once, for all holders.
 struct C_Claims {
   struct C_Held {
@@ -32,7 +32,7 @@ C_Claims& Claims() {
   return claims.Get();
 }
 
-// A process that was split off from the one that made the claims has none of them.
+// A forked process has none of the claims of its parent.
 void Forget_Claims_Of_Parent(C_Claims& claims) REQUIRES(claims.lock) {
   if (claims.process == getpid()) return;
   claims.process = getpid();
@@ -40,7 +40,7 @@ void Forget_Claims_Of_Parent(C_Claims& claims) REQUIRES(claims.lock) {
   claims.held.clear();
 }
 
-// Sets or looks for a lock on the whole file. Returns 0 or the system's error number.
+// Sets or queries a lock on the whole file. Returns 0 or the system's error number.
 int Lock_File(int file, int command, struct flock& lock) {
   lock = {};
   lock.l_type = F_WRLCK;
@@ -61,7 +61,7 @@ int Open_Locked(const std::string& path, int& file) {
     if (file < 0) return 0;
     struct flock lock {};
     const int error = Lock_File(file, F_SETLK, lock);
-    // The holder before may have removed the file in the meantime: its lock is then worth nothing.
+    // The holder before may have removed the file since it was opened: its lock then has no effect.
     if (error == 0 && !Is_Removed(file)) return 0;
     const bool is_held = (error == EACCES || error == EAGAIN) && Lock_File(file, F_GETLK, lock) == 0;
     close(file);
@@ -79,7 +79,7 @@ C_Store_Claim::~C_Store_Claim() {
   const C_Lock_Guard hold(claims.lock);
   const auto place = claims.held.find(m_Path);
   if (--place->second.holders > 0) return;
-  unlink(m_Path.c_str());  // first, so that nobody finds a file that is about to go
+  unlink(m_Path.c_str());  // before the lock is released, so that no process locks a file that is then removed
   close(place->second.file);
   claims.held.erase(place);
 }

@@ -24,7 +24,7 @@ int Read_All(int file, std::string& bytes) {
   if (fstat(file, &info) != 0) return errno;
   if (S_ISDIR(info.st_mode)) return EISDIR;
   if (!S_ISREG(info.st_mode)) return EINVAL;
-  if ((info.st_mode & ~Owner_Alone & 0777) != 0) fchmod(file, Owner_Alone);  // only its owner may; otherwise it stays
+  if ((info.st_mode & ~Owner_Alone & 0777) != 0) fchmod(file, Owner_Alone);  // fails for all but its owner
   bytes.clear();
   char block[16384];
   for (;;) {
@@ -43,7 +43,7 @@ int C_Disk::Lock_Folder(int& folder) {
   folder = open(".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   if (folder < 0) return errno;
   for (int waited_ms = 0; flock(folder, LOCK_EX | LOCK_NB) != 0; ++waited_ms) {
-    if (errno != EWOULDBLOCK && errno != EINTR) return 0;  // without locks: nobody else may use the folder
+    if (errno != EWOULDBLOCK && errno != EINTR) return 0;  // a file system without locks
     if (waited_ms >= Longest_Lock_Wait_Ms) {
       close(folder);
       return EWOULDBLOCK;

@@ -1,5 +1,5 @@
-// C_Disk: the steps on the disk that keep a store, in the working directory. The operating system hides behind it, so
-// that tests can let each step fail. Any thread.
+// C_Disk: the steps on the disk that keep a store, in the working directory. Tests replace it to let a step fail. Any
+// thread.
 #pragma once
 
 #include <cstddef>
@@ -16,15 +16,15 @@ class C_Disk {
  public:
   virtual ~C_Disk() = default;
 
-  // Holds the folder until the matching Unlock_Folder. folder: handle for that call. EWOULDBLOCK when another program
-  // does not give it back within seconds.
+  // Locks the folder until the matching Unlock_Folder. folder: handle for that call. EWOULDBLOCK when another program
+  // does not release it within seconds.
   virtual int Lock_Folder(int& folder);
   virtual void Unlock_Folder(int folder);
 
-  // Reads a whole file and closes it to all but its owner; ENOENT when there is none, EISDIR when a folder stands
-  // there, EFBIG beyond Largest_Store.
+  // Reads a whole file and takes the rights to it from all but its owner; ENOENT when there is none, EISDIR when it is
+  // a folder, EFBIG beyond Largest_Store.
   virtual int Read(const std::string& name, std::string& bytes);
-  // Writes a new file for its owner alone and flushes it to the disk. EEXIST when something stands under the name.
+  // Writes a new file for its owner alone and flushes it to the disk. EEXIST when the name is taken.
   virtual int Write(const std::string& name, const std::string& bytes);
   virtual int Rename(const std::string& from, const std::string& to);
   virtual int Remove(const std::string& name);

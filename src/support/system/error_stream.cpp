@@ -16,8 +16,8 @@ void Write_Once(int file, std::string_view bytes) {
   [[maybe_unused]] const ssize_t written = write(file, bytes.data(), bytes.size());
 }
 
-// The stream itself must not be told not to wait: other programs hold the same one. So the pipe or terminal behind it
-// is opened a second time.
+// The stream itself must not be made non-blocking: other programs share it. So the pipe or terminal behind it is opened
+// a second time.
 void Write_Pipe_Or_Terminal(std::string_view bytes) {
   const int again = open("/proc/self/fd/2", O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
   if (again >= 0) {
@@ -25,7 +25,7 @@ void Write_Pipe_Or_Terminal(std::string_view bytes) {
     close(again);
     return;
   }
-  // A terminal that belongs to another user, who lent it.
+  // A terminal of another user cannot be opened again.
   pollfd stream{STDERR_FILENO, POLLOUT, 0};
   if (poll(&stream, 1, 0) == 1 && (stream.revents & POLLOUT) != 0) Write_Once(STDERR_FILENO, bytes);
 }

@@ -1,5 +1,5 @@
 // The standard error stream: whole lines from any thread. No call waits for a reader, and none ends the process; what
-// the stream does not take at once is lost.
+// the stream does not accept at once is lost.
 #pragma once
 
 #include <string_view>

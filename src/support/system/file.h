@@ -7,7 +7,7 @@ namespace orsanta {
 
 class CMyFileCopy {
  public:
-  // Non-zero when a file stands under the path. A relative path is taken from the working directory. Never reports.
+  // Non-zero when there is a file under the path. A relative path is taken from the working directory. Never reports.
   static int FileExist(CMyStringW path);
 };
 

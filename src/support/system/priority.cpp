@@ -19,8 +19,8 @@ namespace orsanta {
 namespace {
 
 constexpr int Nice_Process_High = -10;
-constexpr int Nice_Above_Normal = -5;    // beside the process
-constexpr int Nice_Time_Critical = -10;  // beside the process, where no real-time class is granted
+constexpr int Nice_Above_Normal = -5;    // relative to the process
+constexpr int Nice_Time_Critical = -10;  // relative to the process, where no real-time class is granted
 constexpr int Nice_Least = -20;
 constexpr int Real_Time_Level = 10;  // of 1 to 99: ahead of all ordinary work, behind the system's own threads
 constexpr int Real_Time_Level_Reader = Real_Time_Level + 1;
@@ -32,9 +32,9 @@ std::atomic<int>& Normal_Nice() {
   return nice;
 }
 
-void Say_Once() {
-  static std::atomic<bool> said{false};
-  if (!said.exchange(true)) {
+void Report_Once() {
+  static std::atomic<bool> reported{false};
+  if (!reported.exchange(true)) {
     MY_TRACE0(L"the system does not grant a raised priority; the run goes on at the present one\n");
   }
 }
@@ -62,10 +62,10 @@ void SetPriorityClass(int process_class) {
   std::error_code error;
   for (const auto& entry : std::filesystem::directory_iterator("/proc/self/task", error)) {
     if (!granted) break;
-    // A thread that has ended meanwhile is no refusal.
+    // A thread that has ended since the listing is no refusal.
     Raise_Thread(std::atoi(entry.path().filename().c_str()), Nice_Process_High);
   }
-  if (!granted) Say_Once();
+  if (!granted) Report_Once();
 }
 
 void SetThreadPriority(int level) {
@@ -73,15 +73,15 @@ void SetThreadPriority(int level) {
   const int normal = Normal_Nice();
   if (level < Priority_Above_Normal) {
     Set_Class(SCHED_OTHER, 0);
-    if (setpriority(PRIO_PROCESS, 0, normal) != 0) Say_Once();
+    if (setpriority(PRIO_PROCESS, 0, normal) != 0) Report_Once();
     return;
   }
   if (level >= Priority_Time_Critical) {
     const int real_time_level = level > Priority_Time_Critical ? Real_Time_Level_Reader : Real_Time_Level;
     if (Set_Class(SCHED_RR | SCHED_RESET_ON_FORK, real_time_level)) return;
   }
-  const int beside = level >= Priority_Time_Critical ? Nice_Time_Critical : Nice_Above_Normal;
-  if (!Raise_Thread(0, std::max(normal + beside, Nice_Least))) Say_Once();
+  const int offset = level >= Priority_Time_Critical ? Nice_Time_Critical : Nice_Above_Normal;
+  if (!Raise_Thread(0, std::max(normal + offset, Nice_Least))) Report_Once();
 }
 
 void Stay_On_Processor() {

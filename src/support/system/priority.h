@@ -1,9 +1,9 @@
 // Process and thread levels, mapped to what the system grants: a nice value for the process, a real-time class for
-// time-critical threads. Where the system grants neither, one trace line for the process says so and the run goes on.
-// Simulated time knows no priorities: nothing is asked for then. Any thread.
+// time-critical threads. Where the system grants neither, one trace line for the process says so and the run continues
+// at the present priority. Under simulated time nothing is asked for. Any thread.
 //
-// Levels are places, not steps: to ask for one twice changes nothing, and a thread of this system has the level that it
-// asks for, whatever the thread that started it had.
+// Levels are absolute: to ask for one twice changes nothing, and a thread of this system has the level that it asks
+// for, whatever level its starter had.
 #pragma once
 
 namespace orsanta {
@@ -11,7 +11,7 @@ namespace orsanta {
 constexpr int Priority_Normal = 0;          // thread level: that of the process
 constexpr int Priority_Above_Normal = 1;    // thread level
 constexpr int Priority_Time_Critical = 15;  // thread level
-constexpr int Priority_Sample_Reader = 16;  // thread level, ahead of all others: samples are lost if nobody takes them
+constexpr int Priority_Sample_Reader = 16;  // thread level, ahead of all others: a late read loses samples
 constexpr int Process_Class_High = 128;     // process class
 
 // Raises the process, all its present and future threads, to the class asked for.

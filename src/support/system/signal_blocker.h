@@ -1,6 +1,6 @@
 // C_Signal_Blocker: for the span of a scope, a write of the calling thread cannot end or stop the process. A reader
-// that is gone, a file over the size that the process may write, and a terminal in the hands of another job come back
-// as errors of the write, and leave no signal behind. Any thread.
+// that is gone, a file over the size that the process may write, and a terminal that another job uses are errors of the
+// write, and leave no signal behind. Any thread.
 #pragma once
 
 #include <csignal>
@@ -33,7 +33,7 @@ class C_Signal_Blocker {
 
  private:
   sigset_t m_Pending;  // before the scope
-  sigset_t m_Before;   // signals that the thread held already
+  sigset_t m_Before;   // signals that the thread blocked already
 };
 
 }  // namespace orsanta

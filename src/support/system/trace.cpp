@@ -18,7 +18,7 @@ void MY_TRACE0(const wchar_t* text) {
 }
 
 void TraceLog2File(const char* function, int line, const wchar_t* text) {
-  // Without a wait, should the name belong to a pipe that nobody reads.
+  // Does not wait if the name belongs to a pipe without a reader.
   const int file = open("orsanta_trace.log", O_WRONLY | O_CREAT | O_APPEND | O_NONBLOCK | O_CLOEXEC, 0644);
   if (file < 0) return;
   const C_Local_Time now = Local_Time_Now();

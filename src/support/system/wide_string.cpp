@@ -52,7 +52,7 @@ bool Read_Utf8(const std::string& bytes, size_t& at, char32_t& c) {
   return true;
 }
 
-// The C library takes a wide text for %ls only; the system's formats write %s and %c for it.
+// The C library takes a wide text for %ls only; formats of the contract use %s and %c.
 std::wstring Widen_Text_Conversions(const wchar_t* format) {
   std::wstring out;
   for (const wchar_t* p = format; *p != L'\0'; ++p) {
@@ -93,7 +93,7 @@ std::wstring Compose(const wchar_t* format, va_list arguments) {
     const int length = std::vswprintf(room.data(), room.size(), wide_format.c_str(), again);
     va_end(again);
     if (length >= 0) return std::wstring(room.data(), static_cast<size_t>(length));
-    // No length is told: the room is doubled until the text fits.
+    // The needed length is not known: the buffer is doubled until the text fits.
     if (room.size() >= Longest_Text) return format;
     room.resize(room.size() * 2);
   }

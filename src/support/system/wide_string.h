@@ -26,7 +26,7 @@ class CMyStringW {
   CMyStringW& Append(const CMyStringW& other);
 
   const wchar_t* GetBuffer() const { return m_Text.c_str(); }
-  operator const wchar_t*() const { return m_Text.c_str(); }  // NOLINT: the system passes it where a wide text is due
+  operator const wchar_t*() const { return m_Text.c_str(); }  // NOLINT: passed where a wide text is expected
   const std::wstring& Text() const { return m_Text; }
   bool Is_Empty() const { return m_Text.empty(); }
 

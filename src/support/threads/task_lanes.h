@@ -29,7 +29,7 @@ class ICQueueTask_MutiTask_Base {
   virtual void ReleaseSingleTaskObject(CSmartPointer<CQueueTask_Single_Base, 0> lane) = 0;
 };
 
-// One lane: its queue and its thread, which rests at a wait point while there is nothing to do.
+// One lane: its queue and its thread, which waits at a wait point while there is nothing to do.
 class CQueueTask_Single_Base {
  public:
   // Starts the thread. Called once, before anything else; owner outlives the thread.
@@ -63,15 +63,16 @@ class CQueueTask_Single_Base {
 
 class CQueueTask_MutiTask_Base : public ICQueueTask_MutiTask_Base {
  public:
-  // In mode 1 a lane that holds this many unfinished tasks refuses another, so that a trigger that repeats cannot pile
-  // up work without end; the refusal ends as the lane works its queue off.
+  // In mode 1 a lane that holds this many unfinished tasks refuses another, so that a trigger that repeats cannot queue
+  // work without limit; tasks are taken again as the lane works off its queue.
   static constexpr int Max_Unfinished_In_Mode_1 = 64;
 
   // Makes `lanes` lanes and starts their threads. timeout_ms: how long stopping one may take before it is reported as a
   // fault of the program. Returns 1.
   int Init(int lanes, int reserved, int timeout_ms);
   // Puts a task at the tail of a lane's queue. mode 0: always taken; mode 1: may be refused, and a refusal leaves the
-  // queue unchanged. data is handed on and not owned. Returns 1 when the task was taken, 0 when it was refused.
+  // queue unchanged. data is passed to OnProcessTask and not owned. Returns 1 when the task was taken, 0 when it was
+  // refused.
   int AddNewDelayProcess(int lane, int code, int mode, void* data);
   // Tasks of the lane that have not finished, the running one included.
   int GetDelayProcessFifoCount(int lane);

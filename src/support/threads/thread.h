@@ -1,4 +1,4 @@
-// CBaseBindThread: an object with a thread of its own that runs a loop body until it is told to end.
+// CBaseBindThread: an object with a thread of its own that runs a loop body until it is stopped.
 //
 // A subclass fills in OnThreadLoop and calls ReleaseSubClass_CBaseBindThread first in its destructor, while it is still
 // whole. C_Thread runs one function on a thread; it serves where no loop object is needed. Threads made here take part
@@ -46,12 +46,12 @@ class CBaseBindThread {
   CBaseBindThread(const CBaseBindThread&) = delete;
   CBaseBindThread& operator=(const CBaseBindThread&) = delete;
 
-  // Kept for the panel's window objects; the fronts run on threads of their own, so that it has no effect here.
+  // For the panel's window objects; it has no effect here, because the fronts run on threads of their own.
   void SetUseCWndThread(int use);
   // Starts the thread.
-  // param: handed to every hook. priority: the level of support/system/priority.h from 15 on; anything else asks for
+  // param: passed to every hook. priority: the level of support/system/priority.h from 15 on; anything else asks for
   // the normal one. timeout_ms: how long a stop may take before it is reported as a fault of the program. name: may be
-  // null, the thread then bears the class's name. Returns 1, or 0 when the thread runs already.
+  // null, the thread then has the class's name. Returns 1, or 0 when the thread runs already.
   int BeginThread(void* param, int priority, int reserved, int timeout_ms, const wchar_t* name);
   // Asks the thread to leave its loop and waits for it: after the return no OnThreadLoop pass runs. Returns 1.
   int EndThread(int reserved1, int reserved2);
@@ -64,7 +64,7 @@ class CBaseBindThread {
   virtual void OnThreadHook3(void* param);
   virtual void OnThreadHook4(void* param);
 
-  // True once the thread was asked to end: a pass that waits for something looks at it and gives up.
+  // True once the thread was asked to end: a pass that waits for something checks it and gives up.
   bool Is_Ending() const { return m_Be_End.load(std::memory_order_relaxed); }
 
  private:

@@ -1,6 +1,6 @@
 // Time and waiting: the one place of the system that asks the operating system for time, sleep or a blocking wait.
 //
-// Two clocks stand behind these calls. The system clock, monotonic, serves every real run. The simulated clock serves
+// There are two clocks. The system clock, monotonic, serves every real run. The simulated clock serves
 // tests: every thread made through support/threads/thread.h and the thread that installed the clock take part, exactly
 // one of them runs at a time, and when all of them wait, time jumps to the earliest wake-up. Where several are ready at
 // one instant a seeded choice picks one, so that a seed replays a run exactly.
@@ -24,7 +24,7 @@ double Now_Ms();
 // True while the process runs on simulated time.
 bool Is_Simulated_Time();
 
-// Lets the calling thread rest for ms milliseconds (0 or less: lets others run and returns).
+// Suspends the calling thread for ms milliseconds (0 or less: lets other threads run and returns).
 void Sleep(int ms);
 
 // Date and time of day, local.
@@ -38,8 +38,8 @@ struct C_Local_Time {
   int millisecond = 0;
 };
 
-// The local time, for names and records that people read; it may jump when the machine's clock is set, so that nothing
-// is measured or awaited by it. Simulated time counts from midnight on 1 January 2020.
+// The local time, for file names and log records; it may jump when the machine's clock is set, so that no
+// interval is measured by it. Simulated time counts from midnight on 1 January 2020.
 C_Local_Time Local_Time_Now();
 
 // A place where threads wait until they are notified or until a time. It works like a condition variable: the caller

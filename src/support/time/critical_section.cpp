@@ -31,8 +31,8 @@ int CMyCriticalSection::Unlock() NO_THREAD_SAFETY_ANALYSIS {
   return 1;
 }
 
-// Under the simulated clock one thread runs at a time, and no other comes in between the look at the owner and the
-// taking.
+// Under the simulated clock one thread runs at a time, so that no other can take the lock between the check of the
+// owner and the return.
 void CMyCriticalSection::Take() NO_THREAD_SAFETY_ANALYSIS {
   if (Is_Simulated_Time()) {
     const C_Lock_Guard hold(m_Lock);

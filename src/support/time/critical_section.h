@@ -1,7 +1,7 @@
 // CMyCriticalSection: the recursive lock that knows the clock.
 //
 // A lock that is held across a Sleep or a wait must be one of these: under the simulated clock a thread that waits for
-// it waits at the clock, so that simulated time goes on. Under the system clock it lends its waiters' priority to its
+// it waits at the clock, so that simulated time advances. Under the system clock it lends its waiters' priority to its
 // holder, as a leaf lock does. Any thread may lock; only the holder unlocks, as often as it locked.
 #pragma once
 
@@ -17,7 +17,7 @@ class CAPABILITY("critical section") CMyCriticalSection {
  public:
   // Takes the lock, waiting without a limit. Returns 1.
   int Lock() ACQUIRE();
-  // Gives it back once. Returns 1; a thread that does not hold the lock changes nothing and gets 0.
+  // Releases it once. Returns 1; a thread that does not hold the lock changes nothing and gets 0.
   int Unlock() RELEASE();
 
  private:

@@ -1,5 +1,5 @@
-// C_No_Destructor: a static object that outlives all others and needs no heap of its own. Static objects elsewhere
-// use it until the last of them is gone.
+// C_No_Destructor: a static object that is never destroyed, since other static objects and threads may use it until the
+// process has ended.
 #pragma once
 
 #include <cstddef>

@@ -54,7 +54,7 @@ C_Simulation::C_Simulation(uint64_t seed) : m_Choice(seed) {
   Stay_On_This_Processor();
 }
 
-// New threads inherit it. Where the system does not grant it the run is slower and otherwise the same.
+// New threads inherit it. Where the system refuses, the run is slower and otherwise the same.
 void C_Simulation::Stay_On_This_Processor() {
   const int processor = sched_getcpu();
   if (processor < 0 || sched_getaffinity(0, sizeof(m_Old_Processors), &m_Old_Processors) != 0) return;
@@ -133,7 +133,7 @@ void C_Simulation::Leave() {
   sem_post(&Choose_Next().turn);
 }
 
-// Gives the run to the next thread and blocks until it comes back.
+// Gives the run to the next thread and blocks until this one gets it again.
 void C_Simulation::Hand_Over(C_Participant& self) {
   C_Participant& next = Choose_Next();
   if (&next == &self) return;

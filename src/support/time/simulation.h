@@ -1,9 +1,9 @@
-// The simulated clock's scheduler. support/time/clock.cpp hands its calls on to it while one is installed; nothing else
+// The simulated clock's scheduler. support/time/clock.cpp forwards its calls to it while one is installed; nothing else
 // includes this header.
 //
-// Each participating thread is in one of three states: running (exactly one), ready, or waiting, which it is with a
-// wake-up time, at a wait point, or both. A thread that waits hands the run over to the next and blocks until it is
-// handed the run again. Since only the thread that holds the run touches the scheduler, the run itself is the lock, and
+// Each participating thread is in one of three states: running (exactly one), ready, or waiting, with a wake-up
+// time, at a wait point, or both. A thread that waits hands the run over to the next and blocks until it gets the run
+// again. Since only the thread that holds the run touches the scheduler, the run itself is the lock, and
 // a notification cannot be lost.
 //
 // While it is installed, all participants stay on the one processor that the installing thread ran on: a hand-over
