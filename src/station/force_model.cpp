@@ -1,14 +1,10 @@
-// The conversions between force, current and position. The polynomial serves until a landing is known; from then on the
-// force surface, once there is one, works at the height of the last landing. The polynomial has no spring term at run
-// time: the spring enters through the calibration.
+#include "station/force_model.h"
+
 #include <cmath>
 #include <utility>
 
-#include "drive/motor.h"
-#include "numeric/basis_fit.h"
 #include "numeric/force_surface.h"
 #include "numeric/polyfit.h"
-#include "station/voice_motor.h"
 
 namespace orsanta {
 
@@ -35,7 +31,7 @@ bool Is_Surface(const CMyArray<double>& coefficients) {
 
 }  // namespace
 
-double C_VoiceMotor::Force_To_Current(double force) const {
+double C_Force_Model::Force_To_Current(double force) const {
   const double G = Val_Static_GForce;
   const double K = Val_Force_K;
   const double KK = Val_Force_KK;
@@ -45,76 +41,89 @@ double C_VoiceMotor::Force_To_Current(double force) const {
   return -(K - std::sqrt(D)) / (2.0 * KK);
 }
 
-double C_VoiceMotor::Current_To_Force(double current) const {
+double C_Force_Model::Current_To_Force(double current) const {
   return Val_Force_KK * current * current + Val_Force_K * current + Val_Static_GForce;
 }
 
-double C_VoiceMotor::Spring_Force(double position) const {
-  if (m_pMotor->m_Be_Invert == 1) return (Val_mark_pos + position) * Val_Spring_K;
+double C_Force_Model::Spring_Force(double position) const {
+  if (Is_Inverted()) return (Val_mark_pos + position) * Val_Spring_K;
   return (position - Val_mark_pos) * Val_Spring_K;
 }
 
-double C_VoiceMotor::Force_Less_Spring(double current, double position) const {
+double C_Force_Model::Force_Less_Spring(double current, double position) const {
   return Current_To_Force(current) - Spring_Force(position);
 }
 
-CMyArray<double> C_VoiceMotor::Currents_To_Forces(CMyArray<double> currents) const {
+CMyArray<double> C_Force_Model::Currents_To_Forces(CMyArray<double> currents) const {
   for (double& value : currents) value = Current_To_Force(value);
   return currents;
 }
 
-CMyArray<double> C_VoiceMotor::Net_Forces(CMyArray<double> currents, CMyArray<double> positions) const {
+CMyArray<double> C_Force_Model::Net_Forces(CMyArray<double> currents, CMyArray<double> positions) const {
   for (int i = 0; i < currents.GetSize(); ++i) currents[i] = Force_Less_Spring(currents[i], positions[i]);
   return currents;
 }
 
-int C_VoiceMotor::Surface_Fit(const CMyArray<double>& currents, const CMyArray<double>& positions,
-                              const CMyArray<double>& forces) {
+int C_Force_Model::Fit_Force_Model(double* currents, double* forces, int n) {
+  if (n < 3) return 0;
+  CMyArray<double> x;
+  CMyArray<double> z;
+  for (int i = 0; i < n; ++i) {
+    x.Add(currents[i]);
+    z.Add(forces[i]);
+  }
+  CMyArray<double> res;  // highest power first
+  CMyPolyfit().My_PolyFit(x, z, 2, res);
+  Val_Force_KK = res[0];
+  Val_Force_K = res[1];
+  Val_Static_GForce = res[2];
+  return 1;
+}
+
+int C_Force_Model::Surface_Fit(const CMyArray<double>& currents, const CMyArray<double>& positions,
+                               const CMyArray<double>& forces) {
   CMyArray<double> fitted;
   C_My3DPolyfit().my3dfit(currents, positions, forces, fitted);
   m_P = std::move(fitted);
   return 1;
 }
 
-double C_VoiceMotor::Surface_Current(double force, double position) const {
+double C_Force_Model::Surface_Current(double force, double position) const {
   return Invert_Surface(force, position, m_P);
 }
 
-double C_VoiceMotor::Surface_Force(double current, double position) const {
+double C_Force_Model::Surface_Force(double current, double position) const {
   return Surface_Forces(One_Element(current), One_Element(position))[0];
 }
 
-CMyArray<double> C_VoiceMotor::Surface_Currents(CMyArray<double> forces, CMyArray<double> positions) const {
+CMyArray<double> C_Force_Model::Surface_Currents(CMyArray<double> forces, CMyArray<double> positions) const {
   CMyArray<double> currents;
   C_My3DPolyfit().my3dinvval(forces, positions, m_P, currents);
   return currents;
 }
 
-CMyArray<double> C_VoiceMotor::Surface_Forces(CMyArray<double> currents, CMyArray<double> positions) const {
+CMyArray<double> C_Force_Model::Surface_Forces(CMyArray<double> currents, CMyArray<double> positions) const {
   CMyArray<double> forces;
   C_My3DPolyfit().my3dval(currents, positions, m_P, forces);
   return forces;
 }
 
-double C_VoiceMotor::Landing_Current(double force) const {
+double C_Force_Model::Landing_Current(double force) const {
   // One copy serves the question and the answer, since a calibration may replace the surface between the two.
   const CMyArray<double> surface = m_P;
   const double position = Last_Land_Pos;
   if (position == 0.0 || !Is_Surface(surface)) return Force_To_Current(force);
-  return Invert_Surface(force, m_pMotor->m_Be_Invert == 1 ? -position : position, surface);
+  return Invert_Surface(force, Is_Inverted() ? -position : position, surface);
 }
 
-void C_VoiceMotor::Set_Landing_Current(double force, double position) {
+double C_Force_Model::Current_At(double force, double position) const {
   const CMyArray<double> surface = m_P;
-  if (Is_Surface(surface)) {
-    m_pMotor->Set_Current_Pos(Invert_Surface(force, position, surface));
-    return;
-  }
+  if (Is_Surface(surface)) return Invert_Surface(force, position, surface);
   const float sum = static_cast<float>(force) + static_cast<float>(Spring_Force(position));
-  m_pMotor->Set_Current_Pos(static_cast<float>(Force_To_Current(sum)));
+  return static_cast<float>(Force_To_Current(sum));
 }
 
-int C_VoiceMotor::Add_Sample(double y, double x) {
+int C_Force_Model::Add_Sample(double y, double x) {
   if (m_SampleY.GetSize() == 0) {
     for (const double seed : {0.0, 1000.0, 2000.0}) {
       m_SampleY.Add(seed);
@@ -130,7 +139,7 @@ int C_VoiceMotor::Add_Sample(double y, double x) {
   return 1;
 }
 
-double C_VoiceMotor::Sample_Value(double x) const {
+double C_Force_Model::Sample_Value(double x) const {
   CMyArray<double> line;
   double y = 0.0;
   CMyPolyfit().My_PolyFit(m_SampleX, m_SampleY, 1, line);
@@ -138,24 +147,7 @@ double C_VoiceMotor::Sample_Value(double x) const {
   return y;
 }
 
-int C_VoiceMotor::Fit_Force_Model(double* currents, double* forces, int n) {
-  if (n < 3) return 0;
-  CMyArray<double> x;
-  CMyArray<double> z;
-  for (int i = 0; i < n; ++i) {
-    x.Add(currents[i]);
-    z.Add(forces[i]);
-  }
-  CMyArray<double> res;  // highest power first
-  CMyPolyfit().My_PolyFit(x, z, 2, res);
-  Val_Force_KK = res[0];
-  Val_Force_K = res[1];
-  Val_Static_GForce = res[2];
-  if (m_CalPos.GetSize() > 0) Val_mark_pos = m_CalPos[0];
-  return 1;
-}
-
-CMyArray<double> C_VoiceMotor::Friction_Forces(CMyArray<double> positions, FitData fit) const {
+CMyArray<double> C_Force_Model::Friction_Forces(CMyArray<double> positions, FitData fit) const {
   CMyArray<double> ForceData;
   mExpFit().Evaluate(fit, positions, ForceData);
   return ForceData;

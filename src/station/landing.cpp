@@ -51,6 +51,10 @@ void C_VoiceMotor::Wait_Idle(double limit_ms, const CMyStringW& message) {
   }
 }
 
+void C_VoiceMotor::Set_Landing_Current(double force, double position) {
+  m_pMotor->Set_Current_Pos(Current_At(force, position));
+}
+
 int C_VoiceMotor::Force_Back(float speed) {
   const C_Lock_Guard hold(m_TestLock);
   double pos = 0.0;
@@ -121,7 +125,7 @@ double C_VoiceMotor::Store_Position() {
   const double current = Force_To_Current(force);
   const double position =
       -Detection_thickness(static_cast<float>(Val_Speed_Set[1]), static_cast<float>(current)) + Val_Block_Size;
-  Val_Pos_Set[0] = m_pMotor->m_Be_Invert == 1 ? -position : position;
+  Val_Pos_Set[0] = Is_Inverted() ? -position : position;
   Val_Pos_Set[2] = Val_Pos_Set[0];
   Force_Back(10.0F);
   return position;

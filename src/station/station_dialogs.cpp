@@ -5,17 +5,17 @@
 namespace orsanta {
 
 bool C_Station_Parameters::Edit_On_Panel(const wchar_t* caption, Shared<double>& parameter, int digits) {
-  return C_Small_Dialog().Number(caption, parameter, Ranges_Of(parameter).panel, digits).Ask();
+  return C_Small_Dialog().Number(caption, parameter, Ranges_Of(&parameter).panel, digits).Ask();
 }
 
 void C_Station_Parameters::Edit_In_Dialog(const wchar_t* caption, Shared<double>& parameter) {
-  C_Small_Dialog().Number(caption, parameter, Ranges_Of(parameter).dialog).Ask();
+  C_Small_Dialog().Number(caption, parameter, Ranges_Of(&parameter).dialog).Ask();
 }
 
 void C_Station_Parameters::Set_Force_Dlg(int index) {
   if (index == 0 || index == 1) {
     double shown = Val_Force_Set[index] - Val_Force_OffSet;
-    C_Small_Dialog().Number(L"设定推力(g)", shown, Ranges_Of(Val_Force_Set[index]).dialog).Ask();
+    C_Small_Dialog().Number(L"设定推力(g)", shown, Ranges_Of(&Val_Force_Set[index]).dialog).Ask();
     Val_Force_Set[index] = shown + Val_Force_OffSet;
     return;
   }
@@ -29,25 +29,9 @@ void C_Station_Parameters::Set_Speed_Dlg(int index) {
   Edit_In_Dialog(L"设定速度（mm/s）", Val_Speed_Set[index]);
 }
 
-void C_Station_Parameters::Set_UpSpeed_Dlg() {
-  Edit_In_Dialog(L"设定速度（mm/s）", Val_UpSpeed_Set);
-}
-
-void C_Station_Parameters::Set_Spring_Dlg() {
-  Edit_In_Dialog(L"设定弹簧K值（g/mm）", Val_Spring_K);
-}
-
 void C_Station_Parameters::Set_Acc_Dlg(int index) {
   MY_ASSERT(index == 0 || index == 1);
   Edit_In_Dialog(L"设定加速度（mm/s^2）", Val_Acc_Set[index]);
-}
-
-void C_Station_Parameters::Set_BeginePoint_Dlg() {
-  Edit_In_Dialog(L"原点偏移（mm）", Val_BeginePoint_offset);
-}
-
-void C_Station_Parameters::Set_Jerk_Dlg() {
-  Edit_In_Dialog(L"设定加加速度（mm/s^3）", Val_Jerk_Set);
 }
 
 void C_Station_Parameters::Set_HoldTime_Dlg(int index) {

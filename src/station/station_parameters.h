@@ -43,22 +43,17 @@ class C_Station_Parameters {
  public:
   // Gives every parameter its default.
   C_Station_Parameters();
-  C_Station_Parameters(const C_Station_Parameters&) = delete;
-  C_Station_Parameters& operator=(const C_Station_Parameters&) = delete;
 
   std::vector<C_Parameter> Parameters();
-  // parameter: a member that has a row.
-  template <class T>
-  C_Entry_Ranges Ranges_Of(const T& parameter) {
-    return Ranges_At(&parameter);
-  }
+  // parameter: where a member with a row stands.
+  C_Entry_Ranges Ranges_Of(const void* parameter);
 
   // 1: the current limit goes out as it is (Val_Run_Negative 0); 0: through its mirror image (Val_Run_Negative 1).
   // Returns 1; any other flag changes nothing and returns 0.
   int Set_RunNegative(int flag);
   // The greatest landing travel in mm, held in single precision.
-  void Set_TestDistance(double distance);
-  void Get_TestDistance(double& distance) const;
+  void Set_TestDistance(double distance) { test_distance = static_cast<float>(distance); }
+  void Get_TestDistance(double& distance) const { distance = test_distance; }
   // The stored positions as a start margin and a key travel, mm. Always 1.
   int Get_Key_Window(double& start_margin, double& key_dis) const;
   // Writes back what Get_Key_Window gives. Required: both arguments are ignored; hosts pass what they have. Always 1.
@@ -70,51 +65,37 @@ class C_Station_Parameters {
   bool Edit_On_Panel(const wchar_t* caption, Shared<double>& parameter, int digits = C_Small_Dialog::Few_Digits);
   void Set_Force_Dlg(int index);  // 0, 1: a set force; any other: the force correction, with the shown force kept
   void Set_Speed_Dlg(int index);  // 0 to 2
-  void Set_UpSpeed_Dlg();
-  void Set_Spring_Dlg();
+  void Set_UpSpeed_Dlg() { Edit_In_Dialog(L"设定速度（mm/s）", Val_UpSpeed_Set); }
+  void Set_Spring_Dlg() { Edit_In_Dialog(L"设定弹簧K值（g/mm）", Val_Spring_K); }
   void Set_Acc_Dlg(int index);  // 0 to 1
-  void Set_BeginePoint_Dlg();
-  void Set_Jerk_Dlg();
+  void Set_BeginePoint_Dlg() { Edit_In_Dialog(L"原点偏移（mm）", Val_BeginePoint_offset); }
+  void Set_Jerk_Dlg() { Edit_In_Dialog(L"设定加加速度（mm/s^3）", Val_Jerk_Set); }
   void Set_HoldTime_Dlg(int index);  // 0 to 1
 
-  // Forces.
-  Shared<double> Val_Force_OffSet;
-  Shared<double> Val_Force_Set[2];
-  Shared<double> Val_Static_GForce;
-  Shared<double> Val_Force_K;
-  Shared<double> Val_Force_KK;
+  // Forces and the model of them.
+  Shared<double> Val_Force_Set[2], Val_Force_OffSet;
+  Shared<double> Val_Static_GForce, Val_Force_K, Val_Force_KK;
   Shared<CMyArray<double>> m_P;
-  Shared<double> Val_mark_pos;
-  Shared<double> Val_Spring_K;
+  Shared<double> Val_mark_pos, Val_Spring_K;
   FitData Val_Pos_Friction[2];
   Shared<double> Val_Head_mg;
-  // Calibration of the force.
-  Shared<double> Val_Correction_MaxI;
-  Shared<double> Val_Correction_MinI;
+  // The force calibration.
+  Shared<double> Val_Correction_MaxI, Val_Correction_MinI;
   Shared<int> Val_FC_test_num;
   // Motion.
-  Shared<double> Val_Speed_Set[3];
-  Shared<double> Val_UpSpeed_Set;
-  Shared<double> Val_Acc_Set[2];
-  Shared<double> Val_Jerk_Set;
-  Shared<double> Val_HoldTime_Set[2];
+  Shared<double> Val_Speed_Set[3], Val_UpSpeed_Set, Val_Acc_Set[2], Val_Jerk_Set, Val_HoldTime_Set[2];
   Shared<float> test_distance;
   Shared<double> Val_BeginePoint_offset;
   Shared<double> Val_Pos_Set[3];
   Shared<int> Val_Run_Negative;
   // Result.
-  Shared<double> Val_BaseDistance;
-  Shared<double> Val_Block_Size;
-  Shared<double> Val_Error_offset;
-  Shared<double> Val_ErrorThreshold;
-  Shared<double> Val_ErrorWindowLen;
+  Shared<double> Val_BaseDistance, Val_Block_Size, Val_Error_offset;
+  Shared<double> Val_ErrorThreshold, Val_ErrorWindowLen;
   // Sensors.
-  Shared<double> Val_SensorScale;
+  Shared<double> Val_SensorScale, Val_TempSensorCanID;
   Shared<int> Val_Sendback_Frq;
-  Shared<double> Val_TempSensorCanID;
 
  private:
-  C_Entry_Ranges Ranges_At(const void* parameter);
   void Edit_In_Dialog(const wchar_t* caption, Shared<double>& parameter);
 };
 

@@ -56,7 +56,7 @@ double C_VoiceMotor::Measure_Thickness(float speed, float current) {
     // The first leg ends where the last part was touched, so that the second starts from standstill close to the
     // surface.
     if (Last_Land_Pos != 0.0) {
-      const double target = m_pMotor->m_Be_Invert == 1 ? -Last_Land_Pos : Last_Land_Pos.Get();
+      const double target = Is_Inverted() ? -Last_Land_Pos : Last_Land_Pos.Get();
       if (Land_To(speed, current, static_cast<float>(target)) != 1) return No_Number;
     }
     if (Land_To(speed, current, test_distance) != 1) return No_Number;

@@ -2,10 +2,10 @@
 #include "station/voice_motor.h"
 
 #include <cmath>
-#include <utility>
 
 #include "drive/interpolation_motor.h"
 #include "drive/motor.h"
+#include "station/calibration.h"
 #include "station/debug_com.h"
 #include "support/dialog/message_box.h"
 #include "support/time/clock.h"
@@ -29,9 +29,9 @@ class get_time {
 }  // namespace
 
 // The order matters: the loaded parameters decide what is built.
-C_VoiceMotor::C_VoiceMotor(int can_id, int axis_num, int aux_axis_num, int controller_num, int spare_num,
+C_VoiceMotor::C_VoiceMotor(int can_id, int axis_num, int aux_axis_num, int controller_num, int /*spare_num*/,
                            int connect_server, int /*reserved1*/, int /*reserved2*/, int /*reserved3*/)
-    : AxisNum(axis_num), ControllerNum(controller_num), SpareNum(spare_num), CanID(can_id) {
+    : CanID(can_id), ControllerNum(controller_num) {
   m_MatData.SetBaseSaveFileDir_SubDir(L"历史数据", 1);
   Own_Store(Store_Name().c_str());
   LoadAllClassParameterFromHashOpt(Store_Name().c_str(), 1);
@@ -42,7 +42,7 @@ C_VoiceMotor::C_VoiceMotor(int can_id, int axis_num, int aux_axis_num, int contr
 
   m_pMotor = std::make_unique<C_Kestrune_Motor_test>(CanID, ControllerNum, connect_server);
   Motor_Ready = m_pMotor->Map_Once();
-  if (Val_TempSensorCanID != 0.0) Make_Temp_Sensor(aux_axis_num);
+  if (Val_TempSensorCanID != 0.0) Make_Temp_Sensor(axis_num, aux_axis_num);
   if (Motor_Ready == 1) {
     m_pMotor->Set_Acc(Val_Acc_Set[0]);
     m_pMotor->Set_Jerk(Val_Jerk_Set);
@@ -52,14 +52,14 @@ C_VoiceMotor::C_VoiceMotor(int can_id, int axis_num, int aux_axis_num, int contr
   }
 }
 
-void C_VoiceMotor::Make_Temp_Sensor(int aux_axis_num) {
+void C_VoiceMotor::Make_Temp_Sensor(int axis_num, int aux_axis_num) {
   const double sensor_id = std::trunc(Val_TempSensorCanID);  // a fraction is cut off
   if (!(sensor_id >= 1.0 && sensor_id <= Last_Can_Id)) {
     Message_Box(Format_Text("ID:%d 温度传感器CANID %g 超出范围1到63，请重新设置，没有温度板时设为0", CanID,
                             Val_TempSensorCanID.Get()));
     return;
   }
-  m_pTempSensor = std::make_unique<C_Interpolation_Voice_Motor>(static_cast<int>(sensor_id), AxisNum, aux_axis_num,
+  m_pTempSensor = std::make_unique<C_Interpolation_Voice_Motor>(static_cast<int>(sensor_id), axis_num, aux_axis_num,
                                                                 ControllerNum, 0, -1, -1, -1);
 }
 
@@ -67,7 +67,7 @@ void C_VoiceMotor::Make_Temp_Sensor(int aux_axis_num) {
 // thread of its windows is left in a host that goes on without the library.
 C_VoiceMotor::~C_VoiceMotor() {
   Save();
-  m_pDebugCom.reset();
+  m_pDebugCom = nullptr;
   m_pTempSensor.reset();
   m_pMotor.reset();
 }
@@ -103,6 +103,14 @@ void C_VoiceMotor::OptSaveAndLoadDataStore(CAutoSaveClassData_Data& data) {
   CAutoSaveClassData2::OptSaveAndLoadDataStore(data);
 }
 
+bool C_VoiceMotor::Is_Inverted() const {
+  return m_pMotor->m_Be_Invert == 1;
+}
+
+int C_VoiceMotor::Calibrate_Force() {
+  return C_Calibration(*this).Run();
+}
+
 void C_VoiceMotor::Set_Cur_BaseDistance(float position) {
   if (std::isfinite(position)) {
     Cur_BaseDistance = position;
@@ -128,21 +136,11 @@ int C_VoiceMotor::Report_Fault() {
   return read;
 }
 
-std::shared_ptr<C_VoiceDebugCom> C_VoiceMotor::Debug_Com() const {
-  const C_Lock_Guard hold(m_Link_Lock);
-  return m_pDebugCom;
-}
-
 void C_VoiceMotor::Renew_Debug_Com() {
-  std::shared_ptr<C_VoiceDebugCom> link;
-  {
-    const C_Lock_Guard hold(m_Link_Lock);
-    link.swap(m_pDebugCom);
-  }
+  const std::shared_ptr<C_VoiceDebugCom> link = Debug_Com();
+  m_pDebugCom = nullptr;
   if (link != nullptr) link->Close();  // a thread that still holds it no longer holds its port
-  link = std::make_shared<C_VoiceDebugCom>(CanID);
-  const C_Lock_Guard hold(m_Link_Lock);
-  m_pDebugCom = std::move(link);
+  m_pDebugCom = std::make_shared<C_VoiceDebugCom>(CanID);
 }
 
 // The files are a snapshot that nothing reads back.

@@ -130,7 +130,7 @@ void C_ORS_Dlg::Clear_Charted_Data() {
 void C_ORS_Dlg::Edit_Settling_Time(C_VoiceMotor& station) {
   double time_ms = station.Val_ErrorWindowLen * Sample_Ms;
   C_Small_Dialog()
-      .Number(L"输入稳定时间", time_ms, station.Ranges_Of(station.Val_ErrorWindowLen).panel.Times(Sample_Ms))
+      .Number(L"输入稳定时间", time_ms, station.Ranges_Of(&station.Val_ErrorWindowLen).panel.Times(Sample_Ms))
       .Ask();
   station.Val_ErrorWindowLen = time_ms / Sample_Ms;
 }
@@ -148,7 +148,7 @@ void C_ORS_Dlg::Edit_Direction(C_VoiceMotor& station) {
 void C_ORS_Dlg::Edit_Test_Distance(C_VoiceMotor& station) {
   double distance = 10.0;
   station.Get_TestDistance(distance);
-  const C_Range range = station.Ranges_Of(station.test_distance).panel;
+  const C_Range range = station.Ranges_Of(&station.test_distance).panel;
   if (C_Small_Dialog().Number(L"测试距离", distance, range, All_Digits).Ask()) station.Set_TestDistance(distance);
 }
 

@@ -88,8 +88,8 @@ void C_ORS_Dlg::Return_Probe(int index, C_VoiceMotor& station) {
 
 C_ORS_Dlg::C_End C_ORS_Dlg::Test_Two_Forces(int index, C_VoiceMotor& station) {
   C_Small_Dialog dialog;
-  dialog.Number(L"设定推力1(g)", station.Val_Force_Set[0], station.Ranges_Of(station.Val_Force_Set[0]).panel)
-      .Number(L"设定推力2(g)", station.Val_Force_Set[1], station.Ranges_Of(station.Val_Force_Set[1]).panel);
+  dialog.Number(L"设定推力1(g)", station.Val_Force_Set[0], station.Ranges_Of(&station.Val_Force_Set[0]).panel)
+      .Number(L"设定推力2(g)", station.Val_Force_Set[1], station.Ranges_Of(&station.Val_Force_Set[1]).panel);
   if (!dialog.Ask()) return C_End::Leave;
   station.Test_Force[0] = station.Val_Force_Set[0].Get();
   station.Test_Force[1] = station.Val_Force_Set[1].Get();

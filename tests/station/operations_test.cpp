@@ -67,7 +67,8 @@ TEST_F(Operations, Land_And_Lift) {
   EXPECT_NEAR(simulator::True_Force(Id), -4.0 + 150.0 - 9.0 + 10.8 - 13.5, 1.0);  // the truth at 1.5 A and 6 mm
   EXPECT_EQ(Transcript(lift), "run speed 30 . go 0.00 +40 upper 40 lower -40 . run~200 ");
   EXPECT_NEAR(simulator::True_Position(Id), 0.0, 0.1);  // it waited for the end of the move
-  EXPECT_EQ(s.Set_RunNegative(0), 1);                   // the other operation, the same value on the same channel
+  EXPECT_EQ(Transcript([&] { s.Set_Landing_Current(96.0, 0.0); }), "upper 1 . ");
+  EXPECT_EQ(s.Set_RunNegative(0), 1);  // the other operation, the same value on the same channel
   s.Val_BeginePoint_offset = 2.0;
   EXPECT_EQ(Transcript(land), "speed 20 . upper 1.5 . run~10 . go 10.00 run~500 +1 . +5 ");
   EXPECT_EQ(Transcript(lift), "run speed 30 . go 2.00 +40 upper 40 lower -40 . run~100 ");

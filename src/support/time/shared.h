@@ -41,7 +41,7 @@ requires(!std::is_trivially_copyable_v<T>) class Shared<T> {
   Shared& operator=(const Shared&) = delete;
   Shared& operator=(T value) {
     const C_Lock_Guard hold(m_Lock);
-    m_Value = std::move(value);
+    std::swap(m_Value, value);  // the old value ends after the lock
     return *this;
   }
   T Get() const {
