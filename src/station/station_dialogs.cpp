@@ -1,5 +1,5 @@
-// The small dialogs of a station: one edit each. The result of a dialog is not looked at, since a cancel leaves the
-// bound value as it is.
+// The small dialogs of a station: one edit each. Whether a Set_ dialog was confirmed is not looked at, since a cancel
+// leaves the bound value as it is.
 #include "station/station_parameters.h"
 
 namespace orsanta {
