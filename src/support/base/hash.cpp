@@ -64,16 +64,14 @@ void CHashOpt_DataBuffer::operator>(int& value) {
   ConnectIndexDataOrOutputData(value);
 }
 
-void CHashOpt_DataBuffer::operator>=(CHashObject_Buffer*& entry) {
+CHashObject_Buffer& CHashOpt_DataBuffer::Entry() {
   const auto [place, is_new] = m_Table.try_emplace(Key_Text());
   if (is_new) place->second.m_Serial = m_Next_Serial++;
-  entry = &place->second;
+  return place->second;
 }
 
 void CHashOpt::operator++(int) {
-  CHashObject_Buffer* entry = nullptr;
-  *this >= entry;
-  entry->m_Buffer = m_Value;
+  Entry().m_Buffer = m_Value;
 }
 
 void CHashOpt::operator--(int) {

@@ -120,9 +120,10 @@ class CHashOpt_DataBuffer {
   // Looks the key up and reads a 32-bit value from the start of its entry; -1 (0xFFFFFFFF) when the key is absent.
   // Further bytes of the entry are read with ConnectIndexDataOrOutputData.
   void operator>(int& value);
-  // Gives the entry of the key, making an empty one when it is absent. Valid until the entry is removed.
-  void operator>=(CHashObject_Buffer*& entry);
-  // Gives the entry of the key, null when it is absent.
+  // The entry of the key, an empty new one when it is absent. Valid until the entry is removed.
+  CHashObject_Buffer& Entry();
+  void operator>=(CHashObject_Buffer*& entry) { entry = &Entry(); }
+  // The entry of the key, null when it is absent.
   CHashObject_Buffer* Find();
 
   const C_Table& Entries() const { return m_Table; }

@@ -41,17 +41,28 @@ uint32_t Hash_Of(const std::string& path) {
   return hash;
 }
 
+void Start_Key(CHashOpt& hash, int area_id, const char* key, int index) {
+  (hash << Member_Entry)
+      .ConnectIndexDataOrOutputData(area_id)
+      .ConnectIndexDataOrOutputData(key)
+      .ConnectIndexDataOrOutputData(index);
+}
+
+// The key of the present member.
 void Start_Key(CAutoSaveClassData_Data& data) {
-  (data.m_Hash << Member_Entry)
-      .ConnectIndexDataOrOutputData(data.m_AreaIDList.GetEndData())
-      .ConnectIndexDataOrOutputData(data.m_Key.GetBuffer(0))
-      .ConnectIndexDataOrOutputData(data.m_IndexList.GetEndData());
+  Start_Key(data.m_Hash, data.m_AreaIDList.GetEndData(), data.m_Key.GetBuffer(0), data.m_IndexList.GetEndData());
 }
 
 void Put_Bytes(CHashObject_Buffer& entry, C_Entry_Kind kind, std::string_view bytes) {
   entry.m_Kind = kind;
   entry.m_Buffer.AllocateBuffer(bytes.size(), 0);
   std::copy(bytes.begin(), bytes.end(), entry.m_Buffer.GetBuffer());
+}
+
+void Put_Array_Record(CHashObject_Buffer& entry, int type_id, int count) {
+  const int record[] = {0, type_id, count};
+  static_assert(sizeof record == Array_Record_Bytes);
+  Put_Bytes(entry, C_Entry_Kind::Array, {reinterpret_cast<const char*>(record), sizeof record});
 }
 
 // The entry of the present key as an operator finds it in the file.
@@ -65,9 +76,7 @@ std::string Entry_Name(CAutoSaveClassData_Data& data) {
 bool Process_Bytes(std::string& bytes, C_Entry_Kind kind, CAutoSaveClassData_Data& data) {
   Start_Key(data);
   if (data.m_bLoad == 0) {
-    CHashObject_Buffer* entry = nullptr;
-    data.m_Hash >= entry;
-    Put_Bytes(*entry, kind, bytes);
+    Put_Bytes(data.m_Hash.Entry(), kind, bytes);
     return false;
   }
   const CHashObject_Buffer* entry = data.m_Hash.Find();
@@ -199,17 +208,14 @@ void CAutoSaveClassData2::Load_Members(C_Store_Reading& reading) {
   data.m_bLoad = 1;
   data.m_Store = reading.report.name;
   for (const C_Store_Entry& line : reading.content.entries) {
-    (data.m_Hash << Member_Entry)
-        .ConnectIndexDataOrOutputData(Area_ID(line.path))
-        .ConnectIndexDataOrOutputData(line.key.c_str())
-        .ConnectIndexDataOrOutputData(line.index);
-    CHashObject_Buffer* entry = nullptr;
-    data.m_Hash >= entry;
-    entry->m_Line = line.line;
-    Put_Bytes(*entry, line.kind, line.bytes);
-    if (line.kind != C_Entry_Kind::Array) continue;
-    const int record[] = {0, SaveStrToSaveHash(line.bytes.c_str(), data), line.count};
-    Put_Bytes(*entry, line.kind, {reinterpret_cast<const char*>(record), sizeof record});
+    Start_Key(data.m_Hash, Area_ID(line.path), line.key.c_str(), line.index);
+    CHashObject_Buffer& entry = data.m_Hash.Entry();
+    entry.m_Line = line.line;
+    if (line.kind == C_Entry_Kind::Array) {
+      Put_Array_Record(entry, SaveStrToSaveHash(line.bytes.c_str(), data), line.count);
+    } else {
+      Put_Bytes(entry, line.kind, line.bytes);
+    }
   }
   OptSaveAndLoadDataStore(data);
 
@@ -246,24 +252,22 @@ void CAutoSaveClassData2::ProcessData(CMyStringW& value, CAutoSaveClassData_Data
 bool CAutoSaveClassData2::Begin_Array(const std::type_info& type, int& count, CAutoSaveClassData_Data& data) {
   const std::string type_name = Type_Name(type);
   Start_Key(data);
-  CHashObject_Buffer* entry = nullptr;
-  data.m_Hash >= entry;
+  CHashObject_Buffer& entry = data.m_Hash.Entry();
   if (data.m_bLoad != 0) {
-    if (entry->m_Buffer.GetLogicalBufferSize() == 0) return false;
+    if (entry.m_Buffer.GetLogicalBufferSize() == 0) return false;
     int record[3] = {};
     const CHashObject_String* stored_type = nullptr;
-    if (entry->m_Buffer.GetLogicalBufferSize() == Array_Record_Bytes) {
-      std::memcpy(record, entry->m_Buffer.GetBuffer(), sizeof record);
+    if (entry.m_Buffer.GetLogicalBufferSize() == Array_Record_Bytes) {
+      std::memcpy(record, entry.m_Buffer.GetBuffer(), sizeof record);
       stored_type = LoadStrFromSaveHash(record[1], data);
     }
     // A store of another layout is not repaired: the member would hold what was never measured.
     if (record[0] != 0 || stored_type == nullptr || stored_type->Text() != type_name)
-      MY_ASSERT_REPORT("参数文件 " + data.m_Store + " 第" + std::to_string(entry->m_Line) + "行 " + Entry_Name(data) +
+      MY_ASSERT_REPORT("参数文件 " + data.m_Store + " 第" + std::to_string(entry.m_Line) + "行 " + Entry_Name(data) +
                        " 应为 array " + type_name + ",请修正或移走该文件后再启动");
     count = record[2];
   } else {
-    const int record[] = {0, SaveStrToSaveHash(type_name.c_str(), data), count};
-    Put_Bytes(*entry, C_Entry_Kind::Array, {reinterpret_cast<const char*>(record), sizeof record});
+    Put_Array_Record(entry, SaveStrToSaveHash(type_name.c_str(), data), count);
   }
   data.OptSaveFunctionCallInClassNameList.Add("CMyArray");
   data.m_IndexList.Add(0);
@@ -287,9 +291,7 @@ int CAutoSaveClassData2::SaveStrToSaveHash(const char* text, CAutoSaveClassData_
   data.m_Hash++;
   data.m_Hash << Text_Entry;
   data.m_Hash.ConnectIndexDataOrOutputData(id);
-  CHashObject_Buffer* entry = nullptr;
-  data.m_Hash >= entry;
-  Put_Bytes(*entry, C_Entry_Kind::Text, text);
+  Put_Bytes(data.m_Hash.Entry(), C_Entry_Kind::Text, text);
   return id;
 }
 

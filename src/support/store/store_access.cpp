@@ -13,7 +13,7 @@ namespace {
 // turns.
 class C_Folder_Holder {
  public:
-  explicit C_Folder_Holder(C_Disk& disk) : m_Disk(disk), m_Error(disk.Lock_Folder(m_Folder)), m_Threads(Lock()) {}
+  explicit C_Folder_Holder(C_Disk& disk) : m_Disk(disk), m_Error(disk.Lock_Folder(m_Folder)), m_Threads(the_Threads) {}
   ~C_Folder_Holder() {
     if (m_Error == 0) m_Disk.Unlock_Folder(m_Folder);
   }
@@ -22,10 +22,7 @@ class C_Folder_Holder {
   int Error() const { return m_Error; }
 
  private:
-  static C_Leaf_Lock& Lock() {
-    static C_Leaf_Lock lock;
-    return lock;
-  }
+  static inline C_Leaf_Lock the_Threads;
 
   C_Disk& m_Disk;
   int m_Folder = -1;
