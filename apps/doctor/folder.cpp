@@ -47,24 +47,24 @@ void Check_Writable(C_Findings& findings) {
   findings.Good("folder", folder + " can be written, " + space);
 }
 
-std::string First_Fault(const orsanta::C_Store_Reading& reading) {
-  if (reading.faults.empty()) return "";
-  const orsanta::C_Store_Fault& fault = reading.faults.front();
+std::string First_Fault(const orsanta::C_Store_Report& report) {
+  if (report.faults.empty()) return "";
+  const orsanta::C_Store_Fault& fault = report.faults.front();
   return ", line " + std::to_string(fault.line) + ": " + orsanta::To_Utf8(fault.text);
 }
 
 void Check_Store(C_Findings& findings, const std::string& name) {
   const orsanta::C_Store_Reading reading = orsanta::Read_Store(name);
-  switch (reading.state) {
+  switch (reading.report.state) {
     case C_Store_State::Whole:
       return findings.Good("store", name + ", " + std::to_string(reading.content.entries.size()) + " values");
     case C_Store_State::Faulty:
-      return findings.Bad(
-          "store", name + " has lines that cannot be taken" + First_Fault(reading) + "; mend it while no program runs");
+      return findings.Bad("store", name + " has lines that cannot be taken" + First_Fault(reading.report) +
+                                       "; mend it while no program runs");
     case C_Store_State::Unread:
-      return findings.Bad("store", name + " cannot be read: " + std::strerror(reading.error));
+      return findings.Bad("store", name + " cannot be read: " + std::strerror(reading.report.error));
     case C_Store_State::Broken:
-      return findings.Bad("store", name + " is no whole store" + First_Fault(reading) +
+      return findings.Bad("store", name + " is no whole store" + First_Fault(reading.report) +
                                        "; put a backup in its place, or its .bad copy mended");
     case C_Store_State::Missing:
       return;
