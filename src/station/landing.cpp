@@ -60,8 +60,10 @@ int C_VoiceMotor::Force_Back(float speed) {
   double pos = 0.0;
   for (int retries = 0; !Try_Retract(speed, retries, pos);) ++retries;
   m_pMotor->Reset_Current_Limit();  // until here the current of the last landing was in force
-  // No limit, and no sleep of its own: reading the flag waits for a fresh sample of it.
-  while (m_pMotor->Get_InterRunFlag() != 0) {
+  // No limit, and no sleep of its own: reading the flag waits for a fresh sample of it. A drive that was not there at
+  // the start never sends one, whatever comes on the bus later: its station's tasks end all the same, and so does a
+  // stop.
+  while (Motor_Ready == 1 && m_pMotor->Get_InterRunFlag() != 0) {
   }
   ++the_Force_Backs;
   return 1;
@@ -113,6 +115,8 @@ double C_VoiceMotor::Correct_Base(float speed, float current) {
     result = Measure_Thickness(speed, current);
     Force_Back(speed);
   }
+  if (result == No_Samples_Result)
+    Message_Box(Format_Text("ID:%d 基准面标定时没有读到位置，基准面无效，请检查驱动器后重新进行基准面标定", CanID));
   // The result is measured against the old reference, so that this is the observed position, whatever that one was.
   const double base = Cur_BaseDistance + Val_Block_Size - result;
   if (std::isfinite(base)) Cur_BaseDistance = base;

@@ -20,8 +20,13 @@ TEST_F(Failures, An_Absent_Drive_Is_Told_And_Its_Station_Stays) {
   Start({1, 2});
   EXPECT_EQ(front->Count_Boxes(L"CanID：2的设备没有连接"), 1);
   EXPECT_EQ(front->Count_Boxes(L"的设备没有连接"), 1);
-  Set_Force(2, 77.0);  // its parameters can be set and are kept
+  Set_Force(2, 77.0);               // its parameters can be set and are kept
+  simulator::Set_Absent(2, false);  // it stays unused until the next start, but its tasks and the stop end
+  EXPECT_EQ(do_test(2, ORSANTA_TASK_MEASURE), 1);
+  EXPECT_EQ(Next_Result(2), -99.0);
+  EXPECT_TRUE(Lift(2));
   Stop();
+  simulator::Set_Absent(2, true);
 
   Start({2}, 1);
   EXPECT_EQ(GetIO(1), 3);  // the card is opened with the first ready station
@@ -43,7 +48,13 @@ TEST_F(Failures, A_Silent_Drive_Gives_A_Result_And_Comes_Back) {
   simulator::Set_Silent(1, true);
   EXPECT_EQ(do_test(1, ORSANTA_TASK_MEASURE), 1);
   EXPECT_EQ(Next_Result(1), -99.0);  // after the waits for the run flag of both legs
+  C_Thread correction;
+  correction.Start("correction", [] { Check_User_Zero(1); });
+  Sleep(8000);
+  EXPECT_EQ(front->Count_Boxes(L"ID:1 基准面标定时没有读到位置，基准面无效"), 0);
   simulator::Set_Silent(1, false);
+  correction.Join();
+  EXPECT_EQ(front->Count_Boxes(L"ID:1 基准面标定时没有读到位置，基准面无效"), 1);
   Sleep(100);
   EXPECT_TRUE(Lift(1));
   Correct_Reference(1);  // from the host's thread: the station's lock is free

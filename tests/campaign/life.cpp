@@ -1,0 +1,398 @@
+// A life: the system starts on the stores that the life before has left, every station is worked in its own way (by a
+// host, by inputs of the IO card, by bytes of a serial line, from the panel), faults come and go, and it ends.
+//
+// Exactly one thread runs at a time, under the simulated clock: so what is shared here needs no lock.
+#include "campaign/life.h"
+
+#include <unistd.h>
+
+#include <cmath>
+#include <filesystem>
+#include <functional>
+#include <list>
+#include <memory>
+#include <random>
+
+#include "campaign/faults.h"
+#include "campaign/faulty_disk.h"
+#include "campaign/random_operator.h"
+#include "common/pty.h"
+#include "common/resources.h"
+#include "orsanta/orsanta.h"
+#include "simulator/simulator.h"
+#include "station/debug_com.h"
+#include "support/threads/thread.h"
+
+namespace orsanta::campaign {
+
+namespace {
+
+constexpr double Block_Mm = 5.0;
+constexpr double Right_Um = 1.0;
+constexpr double Least_Part_Mm = 1.0;
+constexpr double Greatest_Part_Mm = 6.0;
+constexpr double Mean_Cycle_Ms = 900.0;
+// The longest that a measuring task may take once no fault is in force: what waits before it, two landings whose waits
+// all run out, and two lift-offs with their attempts.
+constexpr double Longest_Wait_Ms = 90000.0;
+
+// What an operator leaves queued may run into the longest wait of a drive, of 200 s, several times.
+constexpr double Longest_Stop_Of_Operator_Ms = 2000000.0;
+
+enum class Role { Host, Card, Line, Panel };
+constexpr const char* Role_Names[] = {"host", "IO card", "serial line", "panel"};
+
+class C_Life {
+ public:
+  C_Life(const C_Life_Plan& plan, C_Record& record)
+      : m_Plan(plan), m_Record(record), m_Random(plan.seed), m_Clock(plan.seed) {
+    simulator::Settings room;
+    room.seed = plan.seed;
+    room.drives = plan.stations;
+    const double paces[] = {0.0, 0.0, 0.05, 0.5};
+    room.instruction_ms = paces[Draw(0, 3)];
+    room.refused_connects = Draw(0, 9) == 0 ? Draw(1, 5) : 0;
+    simulator::Reset(room);
+    m_Io_Mode = Draw(0, 1);
+    m_Lines.resize(static_cast<size_t>(plan.stations) + 1);
+    m_Has_Panel = Draw(0, 3) == 0;
+    for (int n = 1; n <= plan.stations; ++n) Choose_Role(n);
+
+    auto disk = std::make_unique<C_Faulty_Disk>();
+    m_Disk = disk.get();
+    Replace_Disk(std::move(disk));
+    auto front = std::make_unique<C_Random_Operator>(plan.seed, plan.stations - 1);
+    m_Front = front.get();
+    Replace_Front(std::move(front));
+    std::vector<C_Pty*> lines;
+    for (const auto& line : m_Lines) lines.push_back(line.get());
+    m_Faults = std::make_unique<C_Faults>(plan.seed, plan.stations, *m_Disk, lines);
+  }
+
+  [[noreturn]] void Run() {
+    const int threads = Count("/proc/self/task"), files = Count("/proc/self/fd");
+    const double length = m_Plan.cycles * Mean_Cycle_Ms / m_Plan.stations;
+    m_End_Ms = Now_Ms() + length + 3000.0;
+    if (Draw(0, 2) == 0) Plan_A_Kill(length);
+    if (m_Plan.fault_pause_ms > 0.0)
+      m_Fault_Thread.Start("faults", [this] { m_Faults->Run(m_End_Ms, m_Plan.fault_pause_ms); });
+    Start();
+    for (int n = 1; n <= m_Plan.stations; ++n)
+      m_Workers.emplace_back().Start("worker " + std::to_string(n), [this, n] { Work(n); });
+    int n = 0;
+    for (C_Thread& worker : m_Workers) {
+      ++n;
+      if (!worker.Join(m_End_Ms - Now_Ms() + 10.0 * Longest_Wait_Ms))
+        Find(n, Format_Utf8("its worker does not end (%s)", Role_Names[static_cast<int>(m_Roles[n])]));
+    }
+    m_Fault_Thread.Join();
+    Stop();
+    m_Workers.clear();
+    for (auto& line : m_Lines) line.reset();
+    Look_For_Remains("threads", threads, "/proc/self/task");
+    Look_For_Remains("files", files, "/proc/self/fd");
+    End();
+  }
+
+ private:
+  // --- The system ---
+
+  // The operator holds the loop at times, and with it what the inputs and lines of all stations ask for.
+  void Choose_Role(int n) {
+    const bool panel = m_Has_Panel && n == m_Plan.stations;
+    Role role = panel ? Role::Panel : Role::Host;
+    if (!m_Has_Panel && m_Io_Mode == 1 && n < 8 && Draw(0, 2) == 0) role = Role::Card;
+    if (!m_Has_Panel && Draw(0, 9) == 0) role = Role::Line;
+    m_Roles[n] = role;
+    std::filesystem::remove(Format_Utf8("电机%d串口参数", n));
+    if (panel || m_Record.is_played_with[n]) {
+      std::filesystem::remove(Format_Utf8("音圈电机%d参数", n));
+      m_Record.saves[n].count = 0;
+    }
+    m_Record.is_played_with[n] = panel;
+    if (role != Role::Line) return;
+    std::filesystem::remove("COM" + std::to_string(n));  // of a life that was killed
+    m_Lines[static_cast<size_t>(n)] = std::make_unique<C_Pty>(n);
+    C_VoiceDebugCom settings(n);
+    settings.ValComNum = n;
+    settings.Save();
+  }
+  void Start() {
+    const auto records = Numbered_Resources(m_Plan.stations);
+    for (int bit = 0; bit < 8; ++bit) simulator::Set_Input(bit, 1);
+    ORSA_resource_alloc(records.begin(), records.GetSize());
+    m_Start_Ms = Now_Ms();
+    Orsanta_dll_init(m_Io_Mode);
+    ++m_Record.starts;
+    Sleep(1000);
+  }
+  void Stop() {
+    const double from = Now_Ms();
+    C_Thread stop;
+    stop.Start("stop", [] { Orsanta_dll_uninit(); });
+    if (!stop.Join(m_Has_Panel ? Longest_Stop_Of_Operator_Ms : Longest_Wait_Ms)) {
+      Find(0, "the stop does not end");
+      End();
+    }
+    ++m_Record.stops;
+    m_Record.longest_stop_ms = std::max(m_Record.longest_stop_ms, Now_Ms() - from);
+  }
+  // At a time, or in the middle of a step on the disk.
+  void Plan_A_Kill(double length) {
+    m_Record.power_cut = Draw(0, 1) == 0;
+    const auto end = [this] {
+      if (m_Record.power_cut) m_Disk->Cut_Power(Now_Ms() - Draw(0, 5000));
+      ++m_Record.kills;
+      End();
+    };
+    if (Draw(0, 1) == 0) return m_Disk->End_In_Step(Draw(1, 60), end);
+    const int after_ms = Draw(1, static_cast<int>(length) + 3000);
+    m_Killer.Start("killer", [this, after_ms, end] {
+      for (const double at = Now_Ms() + after_ms; Now_Ms() < at && !Has_Ended();) Sleep(10);
+      if (!Has_Ended()) end();
+    });
+  }
+  bool Has_Ended() const { return Now_Ms() >= m_End_Ms; }
+  [[noreturn]] void End() {
+    m_Record.life_end_ms = Now_Ms();
+    m_Record.simulated_ms += Now_Ms();
+    for (const auto& [caption, times] : m_Front->Pressed()) m_Record.presses += times;
+    _exit(0);
+  }
+  void Find(int station, const std::string& what) {
+    Log(station,
+        Format_Utf8("FOUND %s; probe at %.3f mm, surface at %.3f mm, input %d, finish %d", what.c_str(),
+                    simulator::True_Position(station), simulator::True_Contact_Position(station),
+                    station > 0 && station < 8 ? GetIO(station) : 0, station > 0 ? Get_Force_Back_Finish(station) : 0));
+    m_Record.Find(Format_Utf8("at %.0f ms, station %d: %s", Now_Ms(), station, what.c_str()));
+  }
+
+  // --- Waiting ---
+
+  // Waits for a condition. Time counts only while no fault is in force that can hold the station up, and a margin
+  // after. Returns false when it ran out.
+  bool Wait(int n, const std::function<bool()>& condition, double limit_ms = Longest_Wait_Ms, int poll_ms = 2) {
+    double waited = 0.0;
+    while (!condition()) {
+      if (waited > limit_ms) return false;
+      const double from = Now_Ms();
+      Sleep(poll_ms);
+      if (!m_Faults->Met_Any(n, Now_Ms() - 1.0)) waited += Now_Ms() - from;
+    }
+    return true;
+  }
+  bool Wait_Result(int n, double& thickness) {
+    double force = 0.0;
+    if (Wait(n, [&] { return get_ans(n, &thickness, &force) == 1; })) return true;
+    Find(n, "no result of an accepted task");
+    return false;
+  }
+  void Expect_No_Result(int n) {
+    double thickness = 0.0, force = 0.0;
+    if (get_ans(n, &thickness, &force) != 0) Find(n, Format_Utf8("a result that no task gave, %g", thickness));
+  }
+
+  // --- The stations' workers ---
+
+  void Work(int n) {
+    if (m_Roles[n] == Role::Panel) return show_dlg();
+    Take_Up(n);
+    std::mt19937_64 random(m_Plan.seed * 100 + static_cast<uint64_t>(n));
+    while (!Has_Ended()) {
+      const int dice = std::uniform_int_distribution(0, 999)(random);
+      if (dice < 10 || !m_Is_Referenced[n])
+        Set_Up(n, random);
+      else if (dice < 14)
+        Log(n, GoZero(n) == 1 ? "zero" : "no zero");
+      else if (dice < 20)
+        Sleep(std::uniform_int_distribution(1, 5000)(random));
+      else if (dice < 24)
+        do_test(n, 99);  // no such task: taken, and nothing comes of it
+      else if (m_Roles[n] == Role::Card)
+        Cycle_By_Input(n, random);
+      else if (m_Roles[n] == Role::Line)
+        Cycle_By_Line(n, random);
+      else
+        Cycle_By_Host(n, random);
+      Expect_No_Result(n);
+    }
+  }
+  // The state that the store gave back must be one that was saved, and no older than the last save that has returned.
+  void Take_Up(int n) {
+    // A card that was missing at the start stays unused.
+    if (m_Roles[n] == Role::Card && GetIO(n) < 0) m_Roles[n] = Role::Host;
+    Log(n, Role_Names[static_cast<int>(m_Roles[n])]);
+    m_From_Ms[n] = m_Start_Ms;
+    double force = 0.0;
+    Get_Force(n, &force);
+    const C_Saves& saves = m_Record.saves[n];
+    for (int i = saves.count - 1; i >= 0; --i)
+      if (saves.states[i].force == force) m_Is_Referenced[n] = saves.states[i].referenced;
+    double offset = 0.0;
+    Get_Ans_Offset(n, &offset);
+    m_Is_Referenced[n] = m_Is_Referenced[n] && offset == Block_Mm;
+  }
+  // A new force, a new reference for it, all saved. After a fault on the way the station counts as set up once it goes
+  // through without one.
+  void Set_Up(int n, std::mt19937_64& random) {
+    Log(n, "set up");
+    Lift(n);
+    simulator::Place_Part(n, Block_Mm);
+    const double force = std::uniform_real_distribution(30.0, 300.0)(random);
+    Set_Ans_Offset(n, Block_Mm);
+    set_test_distance(n, std::uniform_real_distribution(8.5, 11.0)(random));
+    m_Is_Referenced[n] = false;
+    Save(n, force, [n, force] { Set_Force(n, force); });
+    Set_Force2(n, force);
+    const double from = Now_Ms();
+    Check_User_Zero(n);
+    const bool is_told = !m_Front->Boxes_Since(from).empty();
+    Log(n, is_told ? "reference with a box" : "reference");
+    m_Is_Referenced[n] = !is_told && !m_Faults->Met(n, Fault::Frozen, m_From_Ms[n]) &&
+                         !m_Faults->Met(n, Fault::Stuck, m_From_Ms[n]) &&
+                         !m_Faults->Met(n, Fault::Restless, m_From_Ms[n]);
+    Save(n, force, [n] { Save_Parameter2file(n); });
+  }
+  void Save(int n, double force, const std::function<void()>& save) {
+    C_Saves& saves = m_Record.saves[n];
+    saves.Add({force, Now_Ms(), -1.0, false, m_Is_Referenced[n]});
+    const double from = Now_Ms();
+    save();
+    saves.states[saves.count - 1].returned_ms = Now_Ms();
+    for (const std::string& box : m_Front->Boxes_Since(from))
+      saves.states[saves.count - 1].failed |= box.find("参数") != std::string::npos;
+    ++m_Record.saves_made;
+  }
+  double Place_Part(int n, std::mt19937_64& random) {
+    const double part = std::uniform_real_distribution(Least_Part_Mm, Greatest_Part_Mm)(random);
+    simulator::Place_Part(n, part);
+    return part;
+  }
+  // A lift-off under a fault can end, with a message, while the probe is still down: the host sees to it again.
+  void Lift(int n) {
+    m_From_Ms[n] = Now_Ms();
+    for (int tries = 0; tries < 10; ++tries) {
+      if (do_test(n, ORSANTA_TASK_FORCE_BACK) != 1) return Find(n, "a lift-off was refused");
+      if (!Wait(n, [n] { return Get_Force_Back_Finish(n) == 1; })) return Find(n, "no end of a lift-off");
+      if (Is_Up(n)) return;
+      if (!Is_Excused(n)) return Find(n, "the probe stays down");
+    }
+    Find(n, "the probe does not come up");
+  }
+  bool Is_Up(int n) {
+    return Wait(
+        n, [n] { return simulator::True_Position(n) < 0.5; }, 3000.0, 5);
+  }
+  bool Is_Excused(int n) const {
+    return m_Faults->Met_Any(n, m_From_Ms[n]) || !m_Front->Boxes_Since(m_From_Ms[n]).empty();
+  }
+  void Cycle_By_Host(int n, std::mt19937_64& random) {
+    const int codes[] = {ORSANTA_TASK_MEASURE, ORSANTA_TASK_MEASURE, ORSANTA_TASK_MEASURE, ORSANTA_TASK_MEASURE_SLOW,
+                         ORSANTA_TASK_FORCE_DIFFERENCE};
+    const int code = codes[std::uniform_int_distribution(0, 4)(random)];
+    const double part = Place_Part(n, random);
+    if (do_test(n, code) != 1) return Find(n, "a task was refused");
+    double thickness = 0.0;
+    if (Wait_Result(n, thickness)) Judge(n, code == ORSANTA_TASK_FORCE_DIFFERENCE ? 0.0 : part, thickness);
+    Lift(n);
+  }
+  // As a machine does: the input asks for a measurement, and for the way back once the result is there.
+  void Cycle_By_Input(int n, std::mt19937_64& random) {
+    const double part = Place_Part(n, random);
+    simulator::Set_Input(n, 0);
+    double thickness = 0.0;
+    if (Wait_Result(n, thickness)) Judge(n, part, thickness);
+    m_From_Ms[n] = Now_Ms();
+    simulator::Set_Input(n, 1);
+    if (!Wait(n, [n] { return Get_Force_Back_Finish(n) == 1; })) Find(n, "the probe does not go back");
+    if (!Is_Up(n)) Lift(n);
+  }
+  void Cycle_By_Line(int n, std::mt19937_64& random) {
+    const double part = Place_Part(n, random);
+    double thickness = 0.0, force = 0.0;
+    // A byte that was sent into a line that had gone is lost: a machine asks again.
+    do {
+      if (!m_Faults->Met(n, Fault::Line_Gone, Now_Ms())) m_Lines[static_cast<size_t>(n)]->Send("T");
+    } while (!Wait(
+                 n, [&] { return get_ans(n, &thickness, &force) == 1; }, 10000.0) &&
+             !Has_Ended());
+    if (Has_Ended()) return;
+    Judge(n, part, thickness);
+    m_From_Ms[n] = Now_Ms();
+    if (!Wait(n, [n] { return Get_Force_Back_Finish(n) == 1; })) Find(n, "the probe does not go back");
+    if (!Is_Up(n)) Lift(n);
+  }
+
+  // --- What a result is worth ---
+
+  void Judge(int n, double truth, double thickness) {
+    ++m_Record.cycles;
+    const double error_um = std::abs(thickness - truth) * 1000.0;
+    Log(n, Format_Utf8("result %.4f mm for %.4f mm", thickness, truth));
+    const bool is_difference = truth == 0.0;
+    const bool is_valid = is_difference ? std::abs(thickness) < Least_Part_Mm
+                                        : thickness >= Least_Part_Mm - 0.5 && thickness <= Greatest_Part_Mm + 0.5;
+    Outcome outcome = Outcome::Right;
+    if (!is_valid)
+      outcome = Outcome::Not_Valid;
+    else if (!(error_um <= Right_Um))
+      outcome = m_Front->Boxes_Since(m_From_Ms[n]).empty() ? Outcome::Wrong_Silently : Outcome::Wrong_And_Told;
+    const auto place = static_cast<int>(outcome);
+    if (!m_Faults->Met_Any(n, m_From_Ms[n])) {
+      ++m_Record.clean[place];
+      if (outcome == Outcome::Right)
+        m_Record.worst_clean_um = std::max(m_Record.worst_clean_um, error_um);
+      else
+        Find(n, Format_Utf8("%s without a fault: %.4f mm for %.4f mm", Outcome_Names[place], thickness, truth));
+    }
+    std::string met;
+    for (int fault = 0; fault < Fault_Count; ++fault) {
+      if (!m_Faults->Met(n, static_cast<Fault>(fault), m_From_Ms[n])) continue;
+      ++m_Record.under_fault[fault][place];
+      met += met.empty() ? Fault_Names[fault] : std::string(", ") + Fault_Names[fault];
+    }
+    // Frozen samples, and a probe that stands, hold still: a gauge cannot tell them from a part.
+    const bool can_be = m_Faults->Met(n, Fault::Frozen, m_From_Ms[n]) || m_Faults->Met(n, Fault::Stuck, m_From_Ms[n]);
+    if (outcome == Outcome::Wrong_Silently && !met.empty() && !can_be)
+      Find(n, Format_Utf8("wrong and nobody told: %.4f mm for %.4f mm, with %s", thickness, truth, met.c_str()));
+  }
+  static int Count(const char* folder) {
+    const std::filesystem::directory_iterator entries(folder);
+    return static_cast<int>(std::distance(begin(entries), end(entries)));
+  }
+  // The system's threads are told ended a moment before they are gone.
+  void Look_For_Remains(const char* what, int before, const char* folder) {
+    for (int tries = 0; tries < 200 && Count(folder) > before; ++tries) usleep(5000);
+    if (Count(folder) > before) Find(0, Format_Utf8("%d %s are left behind", Count(folder) - before, what));
+  }
+  int Draw(int least, int greatest) { return std::uniform_int_distribution(least, greatest)(m_Random); }
+
+  const C_Life_Plan m_Plan;
+  C_Record& m_Record;
+  std::mt19937_64 m_Random;
+  C_Simulated_Clock m_Clock;
+  int m_Io_Mode = 0;
+  bool m_Has_Panel = false;
+  double m_Start_Ms = 0.0;
+  double m_End_Ms = 0.0;
+  Role m_Roles[Most_Stations + 1] = {};
+  bool m_Is_Referenced[Most_Stations + 1] = {};
+  double m_From_Ms[Most_Stations + 1] = {};  // what a cycle rests on began here: the lift-off before it
+  std::vector<std::unique_ptr<C_Pty>> m_Lines;
+  C_Faulty_Disk* m_Disk = nullptr;
+  C_Random_Operator* m_Front = nullptr;
+  std::unique_ptr<C_Faults> m_Faults;
+  C_Thread m_Fault_Thread;
+  C_Thread m_Killer;
+  std::list<C_Thread> m_Workers;
+};
+
+}  // namespace
+
+void Live(const C_Life_Plan& plan, C_Record& record) {
+  record.life_end_ms = 0.0;
+  record.power_cut = false;
+  (new C_Life(plan, record))->Run();
+}
+
+}  // namespace orsanta::campaign
