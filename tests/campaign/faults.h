@@ -8,13 +8,32 @@
 #include <vector>
 
 #include "campaign/faulty_disk.h"
-#include "campaign/record.h"
 #include "common/pty.h"
 #include "simulator/simulator.h"
 #include "support/system/wide_string.h"
 #include "support/time/clock.h"
 
 namespace orsanta::campaign {
+
+enum class Fault {
+  Absent,
+  Silent,
+  Frozen,
+  Stuck,
+  Weak_Lift,
+  Restless,
+  Fault_Bits,
+  Slow_Homing,
+  Card_Missing,
+  Line_Gone,
+  Disk,
+  Count
+};
+constexpr int Fault_Count = static_cast<int>(Fault::Count);
+constexpr const char* Fault_Names[Fault_Count] = {
+    "drive absent",  "drive silent", "samples frozen",  "probe stuck",     "too little current to lift",
+    "part vibrates", "fault bits",   "homing too slow", "IO card missing", "serial line gone",
+    "disk"};
 
 // A line in the log of the life, for whoever looks for the cause of a finding.
 inline void Log(int station, const std::string& what) {

@@ -1,21 +1,28 @@
 // A life: the system starts on the stores that the life before has left, every station is worked in its own way (by a
 // host, by inputs of the IO card, by bytes of a serial line, from the panel), faults come and go, and it ends.
 //
+// Usage: campaign_life SEED STATIONS CYCLES FAULT_PAUSE_MS, in a folder of its own. About so many cycles, all stations
+// together; a fault every so many ms, none for 0. Prints what it counts, "name<tab>value", and what it finds that must
+// not be, "FOUND ..."; a log goes to the error stream.
+//
 // Exactly one thread runs at a time, under the simulated clock: so what is shared here needs no lock.
-#include "campaign/life.h"
-
 #include <unistd.h>
 
 #include <cmath>
+#include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <functional>
+#include <iostream>
 #include <list>
+#include <map>
 #include <memory>
 #include <random>
 
 #include "campaign/faults.h"
 #include "campaign/faulty_disk.h"
 #include "campaign/random_operator.h"
+#include "campaign/saves.h"
 #include "common/pty.h"
 #include "common/resources.h"
 #include "orsanta/orsanta.h"
@@ -42,10 +49,39 @@ constexpr double Longest_Stop_Of_Operator_Ms = 2000000.0;
 enum class Role { Host, Card, Line, Panel };
 constexpr const char* Role_Names[] = {"host", "IO card", "serial line", "panel"};
 
+// How a measuring task ended.
+enum class Outcome { Right, Not_Valid, Wrong_And_Told, Wrong_Silently };
+constexpr const char* Outcome_Names[] = {"right", "not valid", "wrong, told", "wrong, silently"};
+
+struct C_Plan {
+  uint64_t seed;
+  int stations;
+  int cycles;
+  double fault_pause_ms;
+};
+
+// What a life leaves for the next one.
+struct C_Memory {
+  static constexpr int Most_Stations = 14;
+  C_Saves saves[Most_Stations + 1];
+  int played_with = 0;  // the station whose settings an operator has left, whatever they are; 0 for none
+
+  void Read() {
+    std::ifstream from("campaign.memory");
+    from >> played_with;
+    for (C_Saves& one : saves) one.Read(from);
+  }
+  void Write() const {
+    std::ofstream to("campaign.memory");
+    to << played_with << '\n';
+    for (const C_Saves& one : saves) one.Write(to);
+  }
+};
+
 class C_Life {
  public:
-  C_Life(const C_Life_Plan& plan, C_Record& record)
-      : m_Plan(plan), m_Record(record), m_Random(plan.seed), m_Clock(plan.seed) {
+  explicit C_Life(const C_Plan& plan) : m_Plan(plan), m_Random(plan.seed), m_Clock(plan.seed) {
+    m_Memory.Read();
     simulator::Settings room;
     room.seed = plan.seed;
     room.drives = plan.stations;
@@ -105,11 +141,11 @@ class C_Life {
     if (!m_Has_Panel && Draw(0, 9) == 0) role = Role::Line;
     m_Roles[n] = role;
     std::filesystem::remove(Format_Utf8("电机%d串口参数", n));
-    if (panel || m_Record.is_played_with[n]) {
+    if (panel || m_Memory.played_with == n) {
       std::filesystem::remove(Format_Utf8("音圈电机%d参数", n));
-      m_Record.saves[n].count = 0;
+      m_Memory.saves[n].Clear();
+      m_Memory.played_with = panel ? n : 0;
     }
-    m_Record.is_played_with[n] = panel;
     if (role != Role::Line) return;
     std::filesystem::remove("COM" + std::to_string(n));  // of a life that was killed
     m_Lines[static_cast<size_t>(n)] = std::make_unique<C_Pty>(n);
@@ -123,7 +159,7 @@ class C_Life {
     ORSA_resource_alloc(records.begin(), records.GetSize());
     m_Start_Ms = Now_Ms();
     Orsanta_dll_init(m_Io_Mode);
-    ++m_Record.starts;
+    ++m_Counts["starts"];
     Sleep(1000);
   }
   void Stop() {
@@ -134,16 +170,17 @@ class C_Life {
       Find(0, "the stop does not end");
       End();
     }
-    ++m_Record.stops;
-    m_Record.longest_stop_ms = std::max(m_Record.longest_stop_ms, Now_Ms() - from);
+    ++m_Counts["stops"];
+    m_Counts["longest stop, ms"] = Now_Ms() - from;
   }
   // At a time, or in the middle of a step on the disk.
   void Plan_A_Kill(double length) {
-    m_Record.power_cut = Draw(0, 1) == 0;
-    const auto end = [this] {
-      if (m_Record.power_cut) m_Disk->Cut_Power(Now_Ms() - Draw(0, 5000));
-      ++m_Record.kills;
-      End();
+    const bool is_power_cut = Draw(0, 1) == 0;
+    const auto end = [this, is_power_cut] {
+      const double lost_from_ms = Now_Ms() - C_Faulty_Disk::Longest_Unflushed_Ms;
+      if (is_power_cut) m_Disk->Cut_Power(Draw(static_cast<int>(lost_from_ms), static_cast<int>(Now_Ms())));
+      ++m_Counts[is_power_cut ? "power cuts" : "kills"];
+      End(is_power_cut ? lost_from_ms : Never_Ms);
     };
     if (Draw(0, 1) == 0) return m_Disk->End_In_Step(Draw(1, 60), end);
     const int after_ms = Draw(1, static_cast<int>(length) + 3000);
@@ -153,18 +190,24 @@ class C_Life {
     });
   }
   bool Has_Ended() const { return Now_Ms() >= m_End_Ms; }
-  [[noreturn]] void End() {
-    m_Record.life_end_ms = Now_Ms();
-    m_Record.simulated_ms += Now_Ms();
-    for (const auto& [caption, times] : m_Front->Pressed()) m_Record.presses += times;
+  // lost_from_ms: what was saved from then on may not have reached the disk.
+  [[noreturn]] void End(double lost_from_ms = Never_Ms) {
+    m_Counts["simulated hours"] = Now_Ms() / 3.6e6;
+    for (const auto& [caption, times] : m_Front->Pressed()) m_Counts["presses on the panel"] += times;
+    m_Disk->Set_Fault(Disk_Fault::None);
+    for (int n = 1; n <= m_Plan.stations; ++n) {
+      const std::string wrong = m_Memory.saves[n].Check_Store(n, lost_from_ms);
+      if (!wrong.empty()) Find(n, wrong);
+    }
+    m_Memory.Write();
+    for (const auto& [name, value] : m_Counts) std::cout << name << '\t' << value << '\n';
+    std::cout.flush();
     _exit(0);
   }
   void Find(int station, const std::string& what) {
-    Log(station,
-        Format_Utf8("FOUND %s; probe at %.3f mm, surface at %.3f mm, input %d, finish %d", what.c_str(),
-                    simulator::True_Position(station), simulator::True_Contact_Position(station),
-                    station > 0 && station < 8 ? GetIO(station) : 0, station > 0 ? Get_Force_Back_Finish(station) : 0));
-    m_Record.Find(Format_Utf8("at %.0f ms, station %d: %s", Now_Ms(), station, what.c_str()));
+    const std::string line = Format_Utf8("FOUND at %.0f ms, station %d: %s", Now_Ms(), station, what.c_str());
+    std::cout << line << std::endl;
+    Log(station, line);
   }
 
   // --- Waiting ---
@@ -217,20 +260,15 @@ class C_Life {
       Expect_No_Result(n);
     }
   }
-  // The state that the store gave back must be one that was saved, and no older than the last save that has returned.
+  // What the store gave back is measured with as it is.
   void Take_Up(int n) {
     // A card that was missing at the start stays unused.
     if (m_Roles[n] == Role::Card && GetIO(n) < 0) m_Roles[n] = Role::Host;
     Log(n, Role_Names[static_cast<int>(m_Roles[n])]);
     m_From_Ms[n] = m_Start_Ms;
-    double force = 0.0;
-    Get_Force(n, &force);
-    const C_Saves& saves = m_Record.saves[n];
-    for (int i = saves.count - 1; i >= 0; --i)
-      if (saves.states[i].force == force) m_Is_Referenced[n] = saves.states[i].referenced;
     double offset = 0.0;
     Get_Ans_Offset(n, &offset);
-    m_Is_Referenced[n] = m_Is_Referenced[n] && offset == Block_Mm;
+    m_Is_Referenced[n] = m_Memory.saves[n].Is_Referenced() && offset == Block_Mm;
   }
   // A new force, a new reference for it, all saved. After a fault on the way the station counts as set up once it goes
   // through without one.
@@ -254,14 +292,12 @@ class C_Life {
     Save(n, force, [n] { Save_Parameter2file(n); });
   }
   void Save(int n, double force, const std::function<void()>& save) {
-    C_Saves& saves = m_Record.saves[n];
-    saves.Add({force, Now_Ms(), -1.0, false, m_Is_Referenced[n]});
+    C_Saved_State& state = m_Memory.saves[n].Add(force, m_Is_Referenced[n]);
     const double from = Now_Ms();
     save();
-    saves.states[saves.count - 1].returned_ms = Now_Ms();
-    for (const std::string& box : m_Front->Boxes_Since(from))
-      saves.states[saves.count - 1].failed |= box.find("参数") != std::string::npos;
-    ++m_Record.saves_made;
+    state.returned_ms = Now_Ms();
+    for (const std::string& box : m_Front->Boxes_Since(from)) state.failed |= box.find("参数") != std::string::npos;
+    ++m_Counts["saves"];
   }
   double Place_Part(int n, std::mt19937_64& random) {
     const double part = std::uniform_real_distribution(Least_Part_Mm, Greatest_Part_Mm)(random);
@@ -326,7 +362,7 @@ class C_Life {
   // --- What a result is worth ---
 
   void Judge(int n, double truth, double thickness) {
-    ++m_Record.cycles;
+    ++m_Counts["cycles"];
     const double error_um = std::abs(thickness - truth) * 1000.0;
     Log(n, Format_Utf8("result %.4f mm for %.4f mm", thickness, truth));
     const bool is_difference = truth == 0.0;
@@ -337,18 +373,18 @@ class C_Life {
       outcome = Outcome::Not_Valid;
     else if (!(error_um <= Right_Um))
       outcome = m_Front->Boxes_Since(m_From_Ms[n]).empty() ? Outcome::Wrong_Silently : Outcome::Wrong_And_Told;
-    const auto place = static_cast<int>(outcome);
+    const std::string ending = Outcome_Names[static_cast<int>(outcome)];
     if (!m_Faults->Met_Any(n, m_From_Ms[n])) {
-      ++m_Record.clean[place];
-      if (outcome == Outcome::Right)
-        m_Record.worst_clean_um = std::max(m_Record.worst_clean_um, error_um);
-      else
-        Find(n, Format_Utf8("%s without a fault: %.4f mm for %.4f mm", Outcome_Names[place], thickness, truth));
+      ++m_Counts["without a fault/" + ending];
+      double& worst = m_Counts["worst error without a fault, um"];
+      worst = std::max(worst, error_um);
+      if (outcome != Outcome::Right)
+        Find(n, Format_Utf8("%s without a fault: %.4f mm for %.4f mm", ending.c_str(), thickness, truth));
     }
     std::string met;
     for (int fault = 0; fault < Fault_Count; ++fault) {
       if (!m_Faults->Met(n, static_cast<Fault>(fault), m_From_Ms[n])) continue;
-      ++m_Record.under_fault[fault][place];
+      ++m_Counts[Fault_Names[fault] + ("/" + ending)];
       met += met.empty() ? Fault_Names[fault] : std::string(", ") + Fault_Names[fault];
     }
     // Frozen samples, and a probe that stands, hold still: a gauge cannot tell them from a part.
@@ -367,17 +403,20 @@ class C_Life {
   }
   int Draw(int least, int greatest) { return std::uniform_int_distribution(least, greatest)(m_Random); }
 
-  const C_Life_Plan m_Plan;
-  C_Record& m_Record;
+  static constexpr double Never_Ms = 1e300;
+
+  const C_Plan m_Plan;
+  C_Memory m_Memory;
+  std::map<std::string, double> m_Counts;
   std::mt19937_64 m_Random;
   C_Simulated_Clock m_Clock;
   int m_Io_Mode = 0;
   bool m_Has_Panel = false;
   double m_Start_Ms = 0.0;
   double m_End_Ms = 0.0;
-  Role m_Roles[Most_Stations + 1] = {};
-  bool m_Is_Referenced[Most_Stations + 1] = {};
-  double m_From_Ms[Most_Stations + 1] = {};  // what a cycle rests on began here: the lift-off before it
+  Role m_Roles[C_Memory::Most_Stations + 1] = {};
+  bool m_Is_Referenced[C_Memory::Most_Stations + 1] = {};
+  double m_From_Ms[C_Memory::Most_Stations + 1] = {};  // what a cycle rests on began here: the lift-off before it
   std::vector<std::unique_ptr<C_Pty>> m_Lines;
   C_Faulty_Disk* m_Disk = nullptr;
   C_Random_Operator* m_Front = nullptr;
@@ -389,10 +428,11 @@ class C_Life {
 
 }  // namespace
 
-void Live(const C_Life_Plan& plan, C_Record& record) {
-  record.life_end_ms = 0.0;
-  record.power_cut = false;
-  (new C_Life(plan, record))->Run();
-}
-
 }  // namespace orsanta::campaign
+
+int main(int count, char** arguments) {
+  if (count != 5) return 2;
+  (new orsanta::campaign::C_Life({std::strtoull(arguments[1], nullptr, 10), std::atoi(arguments[2]),
+                                  std::atoi(arguments[3]), std::atof(arguments[4])}))
+      ->Run();
+}
