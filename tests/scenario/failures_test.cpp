@@ -50,7 +50,7 @@ TEST_F(Failures, A_Silent_Drive_Gives_A_Result_And_Comes_Back) {
   EXPECT_EQ(Next_Result(1), -99.0);  // after the waits for the run flag of both legs
   C_Thread correction;
   correction.Start("correction", [] { Check_User_Zero(1); });
-  Sleep(8000);
+  Sleep(60000);  // it waits in its lift-off now
   EXPECT_EQ(front->Count_Boxes(L"ID:1 基准面标定时没有读到位置，基准面无效"), 0);
   simulator::Set_Silent(1, false);
   correction.Join();
