@@ -9,8 +9,8 @@
  *   state     | entered by                 | calls allowed
  *   ----------|----------------------------|---------------------------------------------------------------------
  *   none      | load, Orsanta_dll_uninit   | ORSA_resource_alloc, Orsanta_dll_init; Orsanta_dll_uninit does nothing
- *   running   | Orsanta_dll_init           | all, from any thread and several at once; ORSA_resource_alloc then
- *             |                            | has no effect before the next start
+ *   running   | Orsanta_dll_init           | all, from any thread and several at once; but ORSA_resource_alloc has no
+ *             |                            | effect then
  *   panel     | show_dlg, until it returns | as running; Orsanta_dll_uninit is refused with a message box
  *
  * Orsanta_dll_init and Orsanta_dll_uninit are for one thread, and no other call may run beside them. After an uninit
@@ -78,9 +78,9 @@
  *
  *   files       Stores of the stations ("音圈电机N参数", N the CAN id) and of the settings ("全局电机参数",
  *               "电机N串口参数", "pw_file.dat"), NAME.lock while they are in use, copies NAME.bad of damaged ones,
- *               "历史数据/" with exported histories, orsanta_trace.log and *.dmp: all in the working directory, which
- *               must not change while the system runs. Stores are for their owner alone. "COMn" there, a link to a
- *               device, is serial port n.
+ *               "历史数据/" with exported histories, orsanta_trace.log and *.dmp: all in the working directory that
+ *               Orsanta_dll_init finds; a later change of it moves none. Stores are for their owner alone. A link
+ *               "COMn" there to a device is serial port n.
  *   priority    Orsanta_dll_init lowers the nice value of the process to -10, of its calling thread to -15, where the
  *               system grants it, and they keep it; the loop and the readers of samples ask for a real-time class.
  *   threads     Some eight for each station, gone with Orsanta_dll_uninit; with a display also those of the desktop

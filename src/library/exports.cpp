@@ -8,6 +8,7 @@
 #include "orsanta/orsanta.h"
 #include "station/voice_motor.h"
 #include "support/dialog/message_box.h"
+#include "support/system/working_folder.h"
 #include "support/time/clock.h"
 #include "ui/init_dialog.h"
 
@@ -105,6 +106,7 @@ void Orsanta_dll_init(int IoMode) noexcept {
     Message_Box(L"Orsanta_dll_init：系统已经在运行，本次调用不起作用；需要重新启动时请先调用Orsanta_dll_uninit");
     return;
   }
+  Take_Working_Folder();
   C_InitDlg settings;
   int MotorNum = 0, PortNum = 0, Baud = 0, advanceduser = 0, IoInit = 0, Start_num = 0;
   settings.Read_Out(MotorNum, PortNum, Baud, advanceduser, IoInit, Start_num);
@@ -121,6 +123,7 @@ void Orsanta_dll_uninit(void) noexcept {
   theResourceList().Clear();
   delete theMotorBase.Get();
   theMotorBase = nullptr;
+  Release_Working_Folder();
 }
 
 void show_dlg(void) noexcept {

@@ -24,11 +24,11 @@ class OnTheSimulator(unittest.TestCase):
         os.chdir(cls.folder.name)
         cls.gauge = orsanta.Gauge(2, **RANGE)
         cls.gauge.start()
+        os.chdir(cls.before)
 
     @classmethod
     def tearDownClass(cls):
         cls.gauge.stop()
-        os.chdir(cls.before)
         cls.folder.cleanup()
 
     def test_stations_measure_side_by_side_and_give_each_result_once(self):
@@ -50,6 +50,13 @@ class OnTheSimulator(unittest.TestCase):
         self.gauge[1].start(slow=True)
         self.assertTrue(next(self.gauge[1].results(within_s=20.0)).good)
         self.gauge[1].lift()
+
+    def test_stores_stay_in_the_folder_of_the_start(self):
+        store = os.path.join(self.folder.name, "音圈电机2参数")
+        self.gauge[2].force_g = 77.0
+        with open(store, encoding="utf-8") as saved:
+            self.assertIn("Val_Force_Set[0] 0 = double 77", saved.read())
+        self.assertFalse(os.path.exists("音圈电机2参数"))
 
     def test_what_would_end_the_process_raises(self):
         refused = [

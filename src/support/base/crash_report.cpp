@@ -28,6 +28,7 @@
 #include "support/system/signal_blocker.h"
 #include "support/system/trace.h"
 #include "support/system/wide_string.h"
+#include "support/system/working_folder.h"
 #include "support/time/clock.h"
 #include "support/time/critical_section.h"
 #include "support/time/no_destructor.h"
@@ -166,7 +167,7 @@ const char* Temporary_Folder() {
 // In the working directory, or in the folder for temporary files where that one cannot take it whole; where neither
 // can, the longer part is kept.
 C_Dump Write_Dump_Somewhere(const C_Stack& stack) {
-  C_Dump dump = Write_Dump("", stack);
+  C_Dump dump = Write_Dump(Working_Folder(), stack);
   if (dump.error == 0) return dump;
   C_Dump other = Write_Dump(Temporary_Folder(), stack);
   if (other.size > dump.size) std::swap(dump, other);

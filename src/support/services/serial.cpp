@@ -16,6 +16,7 @@
 #include "support/dialog/front.h"
 #include "support/system/trace.h"
 #include "support/system/wide_string.h"
+#include "support/system/working_folder.h"
 #include "support/time/clock.h"
 #include "support/time/lock.h"
 #include "support/time/no_destructor.h"
@@ -26,7 +27,7 @@ namespace {
 // The device of port n; see the header.
 std::string Device_Path(int port) {
   std::error_code ignored;
-  const std::filesystem::path link = "COM" + std::to_string(port);
+  const std::filesystem::path link = In_Working_Folder("COM" + std::to_string(port));
   if (std::filesystem::exists(std::filesystem::symlink_status(link, ignored))) {
     return std::filesystem::absolute(link, ignored).string();
   }

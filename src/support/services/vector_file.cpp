@@ -8,6 +8,7 @@
 #include "support/base/process.h"
 #include "support/dialog/message_box.h"
 #include "support/system/atomic_file.h"
+#include "support/system/working_folder.h"
 
 namespace orsanta {
 
@@ -64,7 +65,7 @@ int CMatLab_Matrix_Data::Save_Double_Vector(const double* data, int count, const
                      "\n# type: matrix\n# rows: " + std::to_string(count) + "\n# columns: 1\n";
   for (int i = 0; i < count; ++i) Append_Value(text, data[i]);
 
-  const std::filesystem::path folder = To_Utf8(m_Sub_Folder);
+  const std::filesystem::path folder = In_Working_Folder(To_Utf8(m_Sub_Folder));
   const std::filesystem::path file = folder / To_Utf8(extension.empty() ? whole_name + L".txt" : whole_name);
   std::error_code error;
   if (!folder.empty()) std::filesystem::create_directories(folder, error);

@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <map>
 
+#include "support/system/working_folder.h"
 #include "support/time/lock.h"
 #include "support/time/no_destructor.h"
 
@@ -90,7 +91,7 @@ int C_Store_Claim::Take(const std::string& name) {
   Forget_Claims_Of_Parent(claims);
   if (m_Process == claims.process) return 0;
   std::error_code none;
-  const std::string path = (std::filesystem::current_path(none) / (name + ".lock")).string();
+  const std::string path = std::filesystem::absolute(In_Working_Folder(name + ".lock"), none).string();
   auto place = claims.held.find(path);
   if (place == claims.held.end()) {
     int file = -1;

@@ -10,6 +10,7 @@
 
 #include "support/base/replaceable.h"
 #include "support/system/atomic_file.h"
+#include "support/system/working_folder.h"
 #include "support/time/clock.h"
 
 namespace orsanta {
@@ -40,7 +41,7 @@ int Read_All(int file, std::string& bytes) {
 }  // namespace
 
 int C_Disk::Lock_Folder(int& folder) {
-  folder = open(".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  folder = open(In_Working_Folder(".").c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   if (folder < 0) return errno;
   for (int waited_ms = 0; flock(folder, LOCK_EX | LOCK_NB) != 0; ++waited_ms) {
     if (errno != EWOULDBLOCK && errno != EINTR) return 0;  // a file system without locks
@@ -58,7 +59,8 @@ void C_Disk::Unlock_Folder(int folder) {
 }
 
 int C_Disk::Read(const std::string& name, std::string& bytes) {
-  const int file = open(name.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);  // a pipe in the place must not hang
+  const int file =
+      open(In_Working_Folder(name).c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);  // a pipe in the place must not hang
   if (file < 0) return errno;
   const int error = Read_All(file, bytes);
   close(file);
@@ -66,17 +68,17 @@ int C_Disk::Read(const std::string& name, std::string& bytes) {
 }
 
 int C_Disk::Write(const std::string& name, const std::string& bytes) {
-  const int file = open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, Owner_Alone);
+  const int file = open(In_Working_Folder(name).c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, Owner_Alone);
   if (file < 0) return errno;
   return Write_Flush_Close(file, bytes, Owner_Alone);
 }
 
 int C_Disk::Rename(const std::string& from, const std::string& to) {
-  return std::rename(from.c_str(), to.c_str()) == 0 ? 0 : errno;
+  return std::rename(In_Working_Folder(from).c_str(), In_Working_Folder(to).c_str()) == 0 ? 0 : errno;
 }
 
 int C_Disk::Remove(const std::string& name) {
-  return unlink(name.c_str()) == 0 ? 0 : errno;
+  return unlink(In_Working_Folder(name).c_str()) == 0 ? 0 : errno;
 }
 
 C_Disk& Disk() {

@@ -8,6 +8,7 @@
 #include <iterator>
 
 #include "support/system/wide_string.h"
+#include "support/system/working_folder.h"
 
 namespace orsanta {
 
@@ -43,7 +44,7 @@ std::wstring Reason_Text(int error) {
 // With the whole path, so that the operator finds it.
 std::wstring Store_Text(const std::string& name) {
   std::error_code none;
-  return L"参数文件 " + From_Utf8((std::filesystem::current_path(none) / name).string());
+  return L"参数文件 " + From_Utf8(std::filesystem::absolute(In_Working_Folder(name), none).string());
 }
 
 std::wstring Fault_Lines(const std::vector<C_Store_Fault>& faults) {

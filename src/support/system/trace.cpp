@@ -6,6 +6,7 @@
 #include "support/system/error_stream.h"
 #include "support/system/signal_blocker.h"
 #include "support/system/wide_string.h"
+#include "support/system/working_folder.h"
 #include "support/time/clock.h"
 
 namespace orsanta {
@@ -19,7 +20,8 @@ void MY_TRACE0(const wchar_t* text) {
 
 void TraceLog2File(const char* function, int line, const wchar_t* text) {
   // Does not wait if the name belongs to a pipe without a reader.
-  const int file = open("orsanta_trace.log", O_WRONLY | O_CREAT | O_APPEND | O_NONBLOCK | O_CLOEXEC, 0644);
+  const int file = open(In_Working_Folder("orsanta_trace.log").c_str(),
+                        O_WRONLY | O_CREAT | O_APPEND | O_NONBLOCK | O_CLOEXEC, 0644);
   if (file < 0) return;
   const C_Local_Time now = Local_Time_Now();
   const std::string head =
