@@ -3,6 +3,7 @@
 namespace orsanta {
 
 using testing::ElementsAre;
+using testing::ElementsAreArray;
 
 using Parameters = C_Station_Test;
 
@@ -57,11 +58,19 @@ TEST_F(Parameters, Stand_In_The_Document) {
 }
 
 TEST_F(Parameters, Faults_Are_Reported_At_Start) {
+  const std::wstring words[] = {L"ID:1 超电流", L"ID:1 无法回零", L"ID:1 超负荷", L"ID:1 检测到漏电流过大"};
+  for (int bit = 0; bit < 4; ++bit) {
+    simulator::Set_Fault_Bits(Id, uint64_t{1} << bit);
+    Sleep(20);
+    EXPECT_EQ(station->Report_Fault(), 1);
+    EXPECT_THAT(front->Boxes(), ElementsAre(words[bit]));
+    front->Clear_Record();
+  }
   simulator::Set_Fault_Bits(Id, 15);
   station->Val_Run_Negative = 5;
   Make_Station();
   EXPECT_EQ(station->Val_Run_Negative, 1);  // a flag after each load
-  EXPECT_THAT(front->Boxes(), ElementsAre(L"ID:1 超电流", L"ID:1 无法回零", L"ID:1 超负荷", L"ID:1 检测到漏电流过大"));
+  EXPECT_THAT(front->Boxes(), ElementsAreArray(words));
   EXPECT_EQ(front->Shown()[0].flags, Box_Plain);
   EXPECT_EQ(front->Shown()[3].flags, Box_System_Modal);
   EXPECT_EQ(station->Take_Force_Back_Finish(), 1);  // a station starts as one that is back
@@ -72,6 +81,8 @@ TEST_F(Parameters, Faults_Are_Reported_At_Start) {
     EXPECT_EQ(station->Take_Test_Finish(), taken);
     EXPECT_EQ(station->Take_Test_Finish_Panel(), taken);
   }
+  for (const int mode : {9, 10, 0, -1}) EXPECT_EQ(station->Set_TestMode(mode), mode == 9 || mode == 0 ? 1 : 0);
+  EXPECT_EQ(station->m_TestMode, 0);
 }
 
 TEST_F(Parameters, Small_Dialogs_Edit_Their_Parameter) {

@@ -18,7 +18,9 @@ class Thickness_Cycle : public C_Station_Test {
 
 TEST_F(Thickness_Cycle, Measures_To_The_Micrometre_And_Records_What_It_Saw) {
   simulator::Place_Part(Id, 6.0);
+  const double begin_ms = Now_Ms();
   EXPECT_NEAR(Measure(), 6.0, 0.001);
+  EXPECT_NEAR(station->m_TestTime, Now_Ms() - begin_ms, 1.0);  // of this cycle alone
   EXPECT_THAT(Values(station->ThicknessArray.Copy()),
               ElementsAre(station->Cur_BaseDistance.Get(), station->Last_Land_Pos.Get()));
   EXPECT_EQ(station->TestTimeArray.Copy()[1], station->m_TestTime);
