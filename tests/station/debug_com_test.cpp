@@ -50,7 +50,7 @@ TEST_F(Debug_Com, Only_The_Last_Byte_Of_A_Read_Triggers) {
 
 TEST_F(Debug_Com, The_Dialog_Offers_All_Ports_And_Rates_And_Stores_The_Choice) {
   EXPECT_EQ(C_VoiceDebugCom(6).ValBaud, 115200);  // without a store
-  Store_Link(5, 0, 4800);  // a rate that is not offered shows as the first
+  Store_Link(5, 0, 4800);                         // a rate that is not offered shows as the first
   C_VoiceDebugCom link(5);
   front->Next_Dialog(C_Script().Confirm());
   link.Settings_Dialog();
