@@ -25,7 +25,7 @@ class Installed(unittest.TestCase):
         cls.folder = tempfile.TemporaryDirectory()
         cls.root = pathlib.Path(cls.folder.name)
         built = cls.root / "built"
-        for component in ("library", "development", "simulator", "tools"):
+        for component in ("library", "development", "desktop", "simulator", "tools"):
             run(f"{CMAKE} --install {BUILD} --prefix {built} --component {component}", cls.root)
         cls.prefix = built.rename(cls.root / "moved")  # nothing holds the place where it was installed first
         cls.lib = next(cls.prefix.glob("**/liborsanta.so.1")).parent
@@ -51,9 +51,14 @@ class Installed(unittest.TestCase):
         for folder, line in lines.items():
             built = run(line, folder, PKG_CONFIG_PATH=str(self.lib / "pkgconfig"))
             self.assertEqual(built.returncode, 0, built.stdout)
-        hosts = [subprocess.Popen("./host", cwd=folder, text=True, stdout=subprocess.PIPE) for folder in lines]
+        pipes = {"text": True, "stdout": subprocess.PIPE, "stderr": subprocess.PIPE}
+        no_display = {**os.environ, "DISPLAY": ":4321"}  # so that the desktop front is loaded and gives up
+        hosts = [subprocess.Popen("./host", cwd=folder, env=no_display, **pipes) for folder in lines]
         for host in hosts:
-            self.assertRegex(host.communicate()[0], r"^(4\.999|5\.000|5\.001) mm at 100 g\n$")
+            printed, told = host.communicate()
+            self.assertRegex(printed, r"^(4\.999|5\.000|5\.001) mm at 100 g\n$")
+            if list(self.prefix.glob("**/liborsanta_desktop.so")):
+                self.assertIn("orsanta: no windows", told)
 
     def test_the_simulator_gives_way_to_a_machines_client_library_beside_the_library(self):
         orsanta = self.prefix / "bin/orsanta"
