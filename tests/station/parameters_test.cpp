@@ -81,8 +81,9 @@ TEST_F(Parameters, Faults_Are_Reported_At_Start) {
     EXPECT_EQ(station->Take_Test_Finish(), taken);
     EXPECT_EQ(station->Take_Test_Finish_Panel(), taken);
   }
-  for (const int mode : {9, 10, 0, -1}) EXPECT_EQ(station->Set_TestMode(mode), mode == 9 || mode == 0 ? 1 : 0);
-  EXPECT_EQ(station->m_TestMode, 0);
+  for (const auto& [mode, taken] : {std::pair(0, 1), {9, 1}, {10, 0}, {-1, 0}})
+    EXPECT_EQ(station->Set_TestMode(mode), taken);
+  EXPECT_EQ(station->m_TestMode, 9);
 }
 
 TEST_F(Parameters, Small_Dialogs_Edit_Their_Parameter) {

@@ -104,7 +104,7 @@ class C_Line_Reader {
   // A name, bare or quoted.
   std::string Name() {
     if (At_End()) Fail(L"行不完整");
-    const std::string name = m_Rest.front() == '"' ? Quoted() : std::string(Word());
+    std::string name = m_Rest.front() == '"' ? Quoted() : std::string(Word());
     if (name.find('\0') != std::string::npos) Fail(L"名称中有零字节");
     return name;
   }
