@@ -39,7 +39,8 @@ class C_Absent_Person : public C_Front {
   void Close_Dialog(int) override {}
   void Set_Control_Text(int, int, const std::wstring&) override {}
   void Refuse_Entry(int, int, const std::wstring&) override {}
-  void Set_Busy(int, bool) override {}
+  void Set_Command(int, int, C_Command_State) override {}
+  void Refuse_Press(int, int, const std::wstring&) override {}
   void Post_Message(const C_Message_Model&, C_Message_Listener& listener) override { listener.On_Answer(1); }
   void Draw_Chart(unsigned, const C_Chart_Model&) override {}
   bool Is_Chart_Open(unsigned) override { return false; }

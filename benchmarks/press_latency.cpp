@@ -123,7 +123,7 @@ void Press_While_Stations_Measure(benchmark::State& state) {
       order("click 1");
       const bool came = Wait_For([&] { return watch->painted_ms > 0.0; }) && Wait_For([&] {
                           bool rests = false;
-                          On_Qt([&] { rests = !watch->button->property("active").toBool(); });
+                          On_Qt([&] { rests = watch->button->property("command").toString().isEmpty(); });
                           return rests;
                         });
       if (!came) {

@@ -12,6 +12,7 @@
 
 #include "desktop/chart_view.h"
 #include "desktop/theme.h"
+#include "desktop/window_head.h"
 
 namespace orsanta {
 
@@ -24,17 +25,7 @@ C_Chart_Window::C_Chart_Window(const C_Chart_Model& model, std::function<void()>
   layout->setContentsMargins(1, 1, 1, 1);
   layout->setSpacing(0);
 
-  auto* head = new QWidget;
-  head->setObjectName(QStringLiteral("header"));
-  head->setAttribute(Qt::WA_StyledBackground);
-  auto* head_row = new QHBoxLayout(head);
-  head_row->setContentsMargins(14, 6, 14, 6);
-  m_Title = new QLabel;
-  m_Title->setObjectName(QStringLiteral("title"));
-  m_Title->setTextFormat(Qt::PlainText);
-  head_row->addWidget(m_Title);
-  layout->addWidget(head);
-
+  layout->addWidget(new C_Window_Head(this));
   m_View = new C_Chart_View;
   layout->addWidget(m_View, 1);
 
@@ -64,16 +55,9 @@ C_Chart_Window::C_Chart_Window(const C_Chart_Model& model, std::function<void()>
   m_View->setFocus();
 }
 
-void C_Chart_Window::Show_Title(const C_Chart_Model& model) {
-  const QString title = To_Qt(model.title);
-  if (title == windowTitle()) return;
-  setWindowTitle(title);
-  m_Title->setText(title);
-}
-
 void C_Chart_Window::Redraw(const C_Chart_Model& model) {
   m_Model = model;
-  Show_Title(model);
+  setWindowTitle(To_Qt(model.title));
   m_View->Set_Model(model);
 }
 

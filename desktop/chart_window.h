@@ -27,12 +27,10 @@ class C_Chart_Window : public QWidget {
 
  private:
   void Ask_And_Save(const QString& filter, const QString& suffix, QString (C_Chart_Window::*save)(const QString&));
-  void Show_Title(const C_Chart_Model& model);
 
   std::function<void()> m_Closed;
   C_Chart_Model m_Model;
   C_Chart_View* m_View = nullptr;
-  QLabel* m_Title = nullptr;
   QLabel* m_Note = nullptr;
 };
 

@@ -60,8 +60,12 @@ void C_Desktop_Front::Refuse_Entry(int dialog, int control, const std::wstring& 
   m_Thread.Post([this, dialog, control, reason] { m_Windows->Refuse_Entry(dialog, control, reason); });
 }
 
-void C_Desktop_Front::Set_Busy(int dialog, bool busy) {
-  m_Thread.Post([this, dialog, busy] { m_Windows->Set_Busy(dialog, busy); });
+void C_Desktop_Front::Set_Command(int dialog, int control, C_Command_State state) {
+  m_Thread.Post([this, dialog, control, state] { m_Windows->Set_Command(dialog, control, state); });
+}
+
+void C_Desktop_Front::Refuse_Press(int dialog, int control, const std::wstring& reason) {
+  m_Thread.Post([this, dialog, control, reason] { m_Windows->Refuse_Press(dialog, control, reason); });
 }
 
 void C_Desktop_Front::Post_Message(const C_Message_Model& model, C_Message_Listener& listener) {

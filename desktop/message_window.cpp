@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "desktop/theme.h"
+#include "desktop/window_head.h"
 #include "support/dialog/message_box.h"
 
 namespace orsanta {
@@ -22,20 +23,25 @@ constexpr int Places = 6;        // set-offs before the first place is used agai
 constexpr int Text_Width = 380;  // pixels of the narrowest text
 }  // namespace
 
-C_Message_Window::C_Message_Window(const C_Message_Model& model, int place, std::function<void(int)> answered)
-    : m_Yes_No((model.flags & Box_Yes_No) != 0), m_Answered(std::move(answered)) {
-  Qt::WindowFlags flags = Qt::Window | Qt::WindowTitleHint | Qt::WindowCloseButtonHint;
+C_Message_Window::C_Message_Window(const C_Message_Model& model, int place, std::function<void(int)> answered,
+                                   QWidget* under)
+    : QDialog(under), m_Yes_No((model.flags & Box_Yes_No) != 0), m_Answered(std::move(answered)) {
+  Qt::WindowFlags flags = Qt::Dialog | Qt::WindowTitleHint | Qt::WindowCloseButtonHint;
   if ((model.flags & Box_System_Modal) != 0) flags |= Qt::WindowStaysOnTopHint;
   setWindowFlags(flags);
   setObjectName(QStringLiteral("message_box"));
-  setWindowTitle(QStringLiteral("Orsanta"));
+  setWindowTitle(model.title.empty() ? QStringLiteral("Orsanta") : To_Qt(model.title));
   setAttribute(Qt::WA_DeleteOnClose);
   setAttribute(Qt::WA_StyledBackground);
   setProperty("stop", (model.flags & Box_Stop_Icon) != 0);
 
-  auto* layout = new QVBoxLayout(this);
-  layout->setContentsMargins(24, 22, 24, 18);
+  auto* whole = new QVBoxLayout(this);
+  whole->setContentsMargins(1, 1, 1, 1);
+  whole->addWidget(new C_Window_Head(this));
+  auto* layout = new QVBoxLayout;
+  layout->setContentsMargins(23, 21, 23, 17);
   layout->setSpacing(18);
+  whole->addLayout(layout);
   auto* row = new QHBoxLayout;
   row->setSpacing(18);
   auto* icon = new QLabel;
@@ -82,7 +88,9 @@ C_Message_Window::C_Message_Window(const C_Message_Model& model, int place, std:
 void C_Message_Window::Answer(int answer) {
   if (!m_Answered) return;
   std::exchange(m_Answered, nullptr)(answer);
+  QWidget* under = isActiveWindow() ? parentWidget() : nullptr;
   close();
+  if (under != nullptr) under->activateWindow();  // a bare display leaves the keyboard to nobody
 }
 
 // Escape and the close button: OK to a notice, No to a question.

@@ -1,5 +1,4 @@
-// One message box: an icon, the text, and OK or yes and no. Several may stand open at once, and none blocks another
-// window. Qt thread only.
+// One message box: an icon, the text, and OK or yes and no. Several may stand open at once. Qt thread only.
 #pragma once
 
 #include <QDialog>
@@ -13,7 +12,8 @@ namespace orsanta {
 class C_Message_Window : public QDialog {
  public:
   // answered: called once, with an Answer_ value. place: how many boxes stand open, which sets this one off from them.
-  C_Message_Window(const C_Message_Model& model, int place, std::function<void(int)> answered);
+  // under: the window on which it stands, null for none.
+  C_Message_Window(const C_Message_Model& model, int place, std::function<void(int)> answered, QWidget* under);
 
   void Answer(int answer);
   void reject() override;

@@ -28,12 +28,18 @@ QDialog#message_box[stop="true"] { border: 2px solid #B41E1E; }
 QWidget#chart_window { border: 1px solid #14202B; }
 QWidget#header { background: #14202B; }
 QLabel#title { color: #FFFFFF; font-weight: 600; font-size: 18px; }
-QLabel#busy { color: #FFD27A; font-size: 15px; }
+QPushButton#close { background: transparent; color: #FFFFFF; border: 1px solid #5A6876; font-size: 18px; padding: 0; }
+QPushButton#close:hover { background: #B41E1E; }
+QLabel#status_line { background: #14202B; color: #C9D6DF; font-size: 15px; }
+QLabel#status_line[kind="running"] { color: #FFD27A; }
+QLabel#status_line[kind="said"] { background: #FFD27A; color: #14202B; font-weight: 600; }
 QFrame#column, QFrame#form { background: #FFFFFF; border: 1px solid #D5DBE1; border-radius: 6px; }
 QPushButton { background: #F4F6F8; color: #14202B; border: 1px solid #A9B4BF; border-radius: 4px; padding: 2px 8px; }
 QPushButton:hover { background: #E6EEF7; border-color: #0B5CAD; }
 QPushButton:focus { border: 2px solid #0B5CAD; }
-QPushButton[active="true"] { background: #CFE2F6; border: 2px solid #0B5CAD; }
+QPushButton[command="waiting"] { background: #CFE2F6; border: 2px dashed #0B5CAD; }
+QPushButton[command="running"] { background: #FFD27A; border: 2px solid #8A5A00; }
+QPushButton[command="asks"] { background: #CFE2F6; border: 3px solid #0B5CAD; font-weight: 600; }
 QPushButton:pressed { background: #0B5CAD; color: #FFFFFF; border-color: #0B5CAD; }
 QPushButton:disabled { background: #ECEFF2; color: #A9B4BF; border-color: #D5DBE1; }
 QPushButton:checked { background: #0B5CAD; color: #FFFFFF; }

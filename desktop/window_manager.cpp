@@ -12,71 +12,138 @@
 namespace orsanta {
 
 namespace {
+
 constexpr int Chart_Set_Off = 40;  // pixels between charts that stand open together
 constexpr int Chart_Places = 8;
+
+void Bring_To_Front(QWidget& window) {
+  window.show();
+  window.raise();
+  window.activateWindow();
+}
+
+// The window that it stands on closes, or another has opened above that. A desktop reads it when a window is shown.
+void Stand_On(QWidget& window, QWidget* under) {
+  if (window.parentWidget() == under) return;
+  const bool visible = window.isVisible();
+  const bool active = window.isActiveWindow();
+  const QPoint place = window.pos();
+  window.setParent(under, window.windowFlags());
+  window.move(place);
+  window.setAttribute(Qt::WA_ShowWithoutActivating, !active);
+  if (visible) window.show();
+}
+
 }  // namespace
+
+C_Window_Manager::C_Window_Manager()
+    : m_Gate([this](const QWidget* window) { return Blocker_Of(window); },
+             [this](const QWidget* window) { Refuse_Input(window); }) {}
 
 // Boxes that nobody will answer any more count as refused, so that no thread waits for them.
 C_Window_Manager::~C_Window_Manager() {
-  for (C_Message_Window* box : std::vector<C_Message_Window*>(m_Messages)) box->reject();
-  while (!m_Dialogs.empty()) Close_Dialog(m_Dialogs.back().first);
+  for (const C_Open_Box& box : std::vector<C_Open_Box>(m_Boxes)) box.window->reject();
+  while (!m_Dialogs.empty()) Close_Dialog(m_Dialogs.back().number);
   for (const auto& [number, chart] : m_Charts) delete chart;
 }
 
-C_Dialog_Window* C_Window_Manager::Find(int number) const {
+const C_Window_Manager::C_Open_Dialog* C_Window_Manager::Find(int number) const {
   const auto found =
-      std::find_if(m_Dialogs.begin(), m_Dialogs.end(), [number](const auto& entry) { return entry.first == number; });
-  return found != m_Dialogs.end() ? found->second : nullptr;
+      std::find_if(m_Dialogs.begin(), m_Dialogs.end(), [number](const auto& open) { return open.number == number; });
+  return found != m_Dialogs.end() ? &*found : nullptr;
+}
+
+QWidget* C_Window_Manager::Window_To_Stand_On(int owner) const {
+  if (const C_Open_Dialog* dialog = Find(owner)) return dialog->window;
+  return m_Dialogs.empty() ? nullptr : m_Dialogs.back().window;
+}
+
+bool C_Window_Manager::Carries(int dialog, int owner) const {
+  for (const C_Open_Dialog* open = Find(owner); open != nullptr; open = Find(open->owner)) {
+    if (open->number == dialog) return true;
+  }
+  return false;
+}
+
+const C_Window_Manager::C_Open_Dialog* C_Window_Manager::Find(const QWidget* window) const {
+  const auto found =
+      std::find_if(m_Dialogs.begin(), m_Dialogs.end(), [window](const auto& open) { return open.window == window; });
+  return found != m_Dialogs.end() ? &*found : nullptr;
+}
+
+void C_Window_Manager::Refuse_Input(const QWidget* window) {
+  QWidget* blocker = Blocker_Of(window);
+  Find(window)->window->Say(QStringLiteral("请先处理：%1").arg(blocker->windowTitle()));
+  Bring_To_Front(*blocker);
+}
+
+QWidget* C_Window_Manager::Blocker_Of(const QWidget* window) const {
+  const C_Open_Dialog* blocked = Find(window);
+  if (blocked == nullptr) return nullptr;
+  for (auto box = m_Boxes.rbegin(); box != m_Boxes.rend(); ++box) {
+    if (Carries(blocked->number, box->owner)) return box->window;
+  }
+  for (auto dialog = m_Dialogs.rbegin(); dialog != m_Dialogs.rend(); ++dialog) {
+    if (dialog->confirms && Carries(blocked->number, dialog->owner)) return dialog->window;
+  }
+  return nullptr;
 }
 
 void C_Window_Manager::Open_Dialog(int number, const C_Dialog_Model& model, std::shared_ptr<C_Dialog_Link> link) {
-  QWidget* under = m_Dialogs.empty() ? nullptr : m_Dialogs.back().second;
-  auto* window = new C_Dialog_Window(number, model, std::move(link), under);
-  m_Dialogs.emplace_back(number, window);
-  window->show();
-  window->raise();
-  window->activateWindow();
-  for (C_Message_Window* box : m_Messages) box->raise();
+  auto* window = new C_Dialog_Window(number, model, std::move(link), Window_To_Stand_On(model.owner));
+  m_Dialogs.push_back({number, model.owner, model.confirms, window});
+  Bring_To_Front(*window);
+  for (const C_Open_Box& box : m_Boxes) {
+    if (Find(box.owner) == nullptr) Stand_On(*box.window, window);
+  }
 }
 
 void C_Window_Manager::Close_Dialog(int number) {
-  C_Dialog_Window* window = Find(number);
-  if (window == nullptr) return;
+  const C_Open_Dialog* closing = Find(number);
+  if (closing == nullptr) return;
+  QWidget* window = closing->window;
   QWidget* under = window->parentWidget();
-  // A dialog of another thread may stand on this one; it stays open and moves down.
-  for (const auto& [other_number, other] : m_Dialogs) {
-    if (other->parentWidget() != window) continue;
-    const bool visible = other->isVisible();
-    other->setParent(under, other->windowFlags());
-    if (visible) other->show();
+  m_Dialogs.erase(m_Dialogs.begin() + (closing - m_Dialogs.data()));
+  // What else stands on this one stays open and moves down.
+  for (const C_Open_Dialog& open : m_Dialogs) {
+    if (open.window->parentWidget() == window) Stand_On(*open.window, under);
   }
-  m_Dialogs.erase(std::find(m_Dialogs.begin(), m_Dialogs.end(), std::make_pair(number, window)));
+  for (const C_Open_Box& box : m_Boxes) {
+    if (box.window->parentWidget() == window) Stand_On(*box.window, under);
+  }
   window->hide();
   window->deleteLater();
   if (under != nullptr) under->activateWindow();
 }
 
 void C_Window_Manager::Show_Waiting_Texts(int number) {
-  if (C_Dialog_Window* window = Find(number)) window->Show_Waiting_Texts();
+  if (const C_Open_Dialog* dialog = Find(number)) dialog->window->Show_Waiting_Texts();
 }
 
 void C_Window_Manager::Refuse_Entry(int number, int control, const std::wstring& reason) {
-  if (C_Dialog_Window* window = Find(number)) window->Refuse(control, To_Qt(reason));
+  if (const C_Open_Dialog* dialog = Find(number)) dialog->window->Refuse(control, To_Qt(reason));
 }
 
-void C_Window_Manager::Set_Busy(int number, bool busy) {
-  if (C_Dialog_Window* window = Find(number)) window->Set_Busy(busy);
+void C_Window_Manager::Set_Command(int number, int control, C_Command_State state) {
+  const C_Open_Dialog* dialog = Find(number);
+  if (dialog == nullptr) return;
+  dialog->window->Set_Command(control, state);
+  const QString running = state == C_Command_State::Running ? dialog->window->Full_Name(control) : QString();
+  for (const C_Open_Dialog& open : m_Dialogs) open.window->Show_Running(running);
+}
+
+void C_Window_Manager::Refuse_Press(int number, int control, const std::wstring& reason) {
+  if (const C_Open_Dialog* dialog = Find(number)) dialog->window->Refuse_Press(control, To_Qt(reason));
 }
 
 void C_Window_Manager::Show_Message(const C_Message_Model& model, std::function<void(int)> answered) {
-  auto* box = new C_Message_Window(model, static_cast<int>(m_Messages.size()), std::move(answered));
-  m_Messages.push_back(box);
+  auto* box = new C_Message_Window(model, static_cast<int>(m_Boxes.size()), std::move(answered),
+                                   Window_To_Stand_On(model.owner));
+  m_Boxes.push_back({model.owner, box});
   QObject::connect(box, &QObject::destroyed, qApp, [this, box] {
-    m_Messages.erase(std::remove(m_Messages.begin(), m_Messages.end(), box), m_Messages.end());
+    std::erase_if(m_Boxes, [box](const C_Open_Box& open) { return open.window == box; });
   });
-  box->show();
-  box->raise();
-  box->activateWindow();
+  Bring_To_Front(*box);
 }
 
 void C_Window_Manager::Draw_Chart(unsigned chart, const C_Chart_Model& model, std::function<void()> closed) {

@@ -1,4 +1,8 @@
-// All windows that stand open. Lives on the Qt thread; nothing else touches it.
+// All windows that stand open, and which of them stands on which. Lives on the Qt thread; nothing else touches it.
+//
+// A dialog or box stands on the dialog of its own thread, which it blocks if it asks for an answer, or else on the
+// newest window, which it does not block. What stands on a window is kept above it and is put away with it, by whatever
+// manages the windows of the desktop.
 #pragma once
 
 #include <functional>
@@ -7,6 +11,7 @@
 #include <vector>
 
 #include "desktop/dialog_link.h"
+#include "desktop/input_gate.h"
 #include "support/dialog/front.h"
 
 namespace orsanta {
@@ -17,13 +22,15 @@ class C_Message_Window;
 
 class C_Window_Manager {
  public:
+  C_Window_Manager();
   ~C_Window_Manager();
 
   void Open_Dialog(int number, const C_Dialog_Model& model, std::shared_ptr<C_Dialog_Link> link);
   void Close_Dialog(int number);
   void Show_Waiting_Texts(int number);
   void Refuse_Entry(int number, int control, const std::wstring& reason);
-  void Set_Busy(int number, bool busy);
+  void Set_Command(int number, int control, C_Command_State state);
+  void Refuse_Press(int number, int control, const std::wstring& reason);
 
   void Show_Message(const C_Message_Model& model, std::function<void(int)> answered);
 
@@ -32,11 +39,31 @@ class C_Window_Manager {
   void Close_Chart(unsigned chart);
 
  private:
-  C_Dialog_Window* Find(int number) const;
+  struct C_Open_Dialog {
+    int number;
+    int owner;
+    bool confirms;
+    C_Dialog_Window* window;
+  };
+  struct C_Open_Box {
+    int owner;
+    C_Message_Window* window;
+  };
 
-  std::vector<std::pair<int, C_Dialog_Window*>> m_Dialogs;  // in the order of their opening
-  std::vector<C_Message_Window*> m_Messages;
+  const C_Open_Dialog* Find(int number) const;
+  const C_Open_Dialog* Find(const QWidget* window) const;
+  QWidget* Window_To_Stand_On(int owner) const;
+  // True where the dialog is `owner`, or one that `owner` stands on.
+  bool Carries(int dialog, int owner) const;
+  // The window that has to be answered before the given one; null where that may be used.
+  QWidget* Blocker_Of(const QWidget* window) const;
+  // Says so to who pressed in a blocked window.
+  void Refuse_Input(const QWidget* window);
+
+  std::vector<C_Open_Dialog> m_Dialogs;  // in the order of their opening
+  std::vector<C_Open_Box> m_Boxes;
   std::map<unsigned, C_Chart_Window*> m_Charts;
+  C_Input_Gate m_Gate;
 };
 
 }  // namespace orsanta

@@ -4,6 +4,7 @@
 
 #include "drive/motor.h"
 #include "station/voice_motor.h"
+#include "support/dialog/subject.h"
 #include "support/time/clock.h"
 
 namespace orsanta {
@@ -24,6 +25,7 @@ uint64_t Read_Fault_Word(C_VoiceMotor& station) {
 
 void C_Muti_Task_app::OnProcessTask(int /*lane*/, int code, void* station_object) {
   C_VoiceMotor& station = *static_cast<C_VoiceMotor*>(station_object);
+  const C_Subject_Scope subject({station.CanID});
   const double current = station.Landing_Current(station.Test_Force[0]);
   switch (code) {
     case Task_Measure:

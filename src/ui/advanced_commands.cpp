@@ -34,7 +34,10 @@ constexpr const wchar_t* Advanced_Captions[] = {
 // The dialog's buttons come to OnCtrlButton while this call stands on the stack. One such dialog at a time: a further
 // press does nothing, and saves nothing.
 C_ORS_Dlg::C_End C_ORS_Dlg::Show_Advanced_Dialog(int index) {
-  if (m_AdvanceDlgOpen == 1) return C_End::Leave;
+  if (m_AdvanceDlgOpen == 1) {
+    Refuse_Press(L"高级功能窗口已经打开，请先关闭");
+    return C_End::Leave;
+  }
   m_AdvanceDlgOpen = 1;
   CParameterInOutDlg advance_dlg;
   int sub_id = panel_id::Chart_Thickness;
@@ -43,6 +46,7 @@ C_ORS_Dlg::C_End C_ORS_Dlg::Show_Advanced_Dialog(int index) {
     ++sub_id;
   }
   advance_dlg.SetCaptionName(Format_Text("电机%d 高级功能", index + 1));
+  advance_dlg.SetColumnStation(0, m_pMotorBase->ResourceList[index].CanID);
   advance_dlg.DoParameterDlg(1, 0, 1.0F, 0, nullptr, nullptr, 1);
   m_AdvanceDlgOpen = 0;
   return C_End::Save;
@@ -112,6 +116,7 @@ void C_ORS_Dlg::Show_Chart(int index, int kind) {
   m_pMotorBase->SelectedChart = kind;
   const C_VoiceMotor& station = *m_pMotorBase->StationList[index];
   const C_History& data = kind == 0 ? station.ThicknessArray : kind == 1 ? station.TestTimeArray : station.TempArray;
+  if (data.GetSize() == 0) Refuse_Press(L"还没有数据");
   const CMyStringW title = Format_Text(kind == 2 ? "电机：%d测量温度" : "电机：%d测量结果", index + 1);
   m_pMotorBase->PlotWorkers[index]->Plot_Last(title.Text(), data.Copy(), static_cast<int>(m_pMotorBase->PlotPointNum),
                                               0);

@@ -76,6 +76,7 @@ void C_ORS_Dlg::Add_Panel_Button(const wchar_t* caption, int column, int sub_id)
 void C_ORS_Dlg::Add_Station_Column(int index) {
   const int can_id = m_pMotorBase->ResourceList[index].CanID;
   const std::wstring title = Format_Text("微米仪%d参数", can_id).Text();
+  SetColumnStation(index, can_id);
   m_StateText.Add(title);
   m_ResultText.Add(title);
   if (m_pMotorBase->StationList[index]->Get_Motor_Ready() != 0) {

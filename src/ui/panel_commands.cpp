@@ -52,12 +52,14 @@ void C_ORS_Dlg::Measure_And_Return(int index, C_VoiceMotor& station) {
   int waited_ms = 0;
   while (m_pMotorBase->GetDelayProcessFifoCount(index) > 0) {
     Sleep(Poll_Ms);
+    Refresh_Displays();
     waited_ms += Poll_Ms;
     if (waited_ms > Longest_Slow_Test_Ms) break;
   }
   int taken = 0;
   while (taken == 0) {
     Sleep(Poll_Ms);
+    Refresh_Displays();
     taken = m_pMotorBase->AddNewDelayProcess(index, Task_Force_Back, 1, &station);
     m_pMotorBase->LoopPaused = 0;
   }

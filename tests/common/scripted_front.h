@@ -21,7 +21,6 @@
 #include <set>
 #include <stdexcept>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "support/dialog/front.h"
@@ -75,7 +74,7 @@ class C_Script {
 struct C_Shown {
   enum class Kind { Dialog, Closed, Box, Refusal, Chart };
   Kind kind;
-  std::wstring name;   // of a dialog: its title, or the first caption where it has none; title of a chart
+  std::wstring name;   // of a dialog: its title, or the first caption where it has none; title of a box, of a chart
   std::wstring text;   // of a box; of a refusal, "caption: reason"
   unsigned flags = 0;  // of a box
   double at_ms = 0.0;
@@ -149,7 +148,18 @@ class C_Scripted_Front : public C_Front {
     Record({C_Shown::Kind::Refusal, open.name,
             open.model.controls.at(static_cast<size_t>(control)).caption + L": " + reason});
   }
-  void Set_Busy(int dialog, bool busy) override;
+  void Set_Command(int dialog, int control, C_Command_State state) override {
+    if (state == C_Command_State::Ended) End_Press(dialog, control);
+  }
+  void Refuse_Press(int dialog, int control, const std::wstring& reason) override {
+    {
+      const C_Lock_Guard hold(m_Lock);
+      const C_Open& open = m_Open.at(dialog);
+      Record({C_Shown::Kind::Refusal, open.name,
+              open.model.controls.at(static_cast<size_t>(control)).caption + L": " + reason});
+    }
+    End_Press(dialog, control);
+  }
   void Post_Message(const C_Message_Model& model, C_Message_Listener& listener) override;
   void Draw_Chart(unsigned chart, const C_Chart_Model& model) override {
     const C_Lock_Guard hold(m_Lock);
@@ -171,13 +181,9 @@ class C_Scripted_Front : public C_Front {
     C_Dialog_Model model;
     std::vector<std::wstring> texts;  // what stands in each control; of a button, its caption
     C_Dialog_Listener* listener = nullptr;
-    std::thread::id owner;
     bool closed = false;
     int refusals = 0;
-    int presses = 0;        // of the script
-    int handled = 0;        // of these, those whose callback has returned
-    bool in_press = false;  // a callback of the owner runs
-    int open_at_press = 0;  // dialogs that the owner had open when it began
+    int pressed = -1;  // the button whose press the script waits for
     C_Thread thread;
   };
   struct C_Queued_Answer {
@@ -224,6 +230,7 @@ class C_Scripted_Front : public C_Front {
     return !open.closed;
   }
   void Play(C_Open& open, C_Script script);
+  void End_Press(int dialog, int control);
 
   mutable C_Leaf_Lock m_Lock;  // guards all below
   C_Wait_Point m_Changed{"C_Scripted_Front"};
@@ -247,7 +254,6 @@ inline int C_Scripted_Front::Open_Dialog(const C_Dialog_Model& model, C_Dialog_L
     if (open.name.empty()) open.name = control.caption;
   }
   open.listener = &listener;
-  open.owner = std::this_thread::get_id();
   Record({C_Shown::Kind::Dialog, open.name, L"", 0, 0.0, model});
 
   const auto queued =
@@ -276,10 +282,9 @@ inline void C_Scripted_Front::Play(C_Open& open, C_Script script) {
       throw std::out_of_range("no control '" + To_Utf8(step.caption) + "' in '" + To_Utf8(open.name) + "'");
     if (step.kind == C_Kind::Fill) entries[static_cast<size_t>(control)].text = text;
     if (step.kind == C_Kind::Select) entries[static_cast<size_t>(control)].selected = step.number;
-    if (step.kind == C_Kind::Press && Deliver(open, {C_Dialog_Event::Kind::Press, control, {}})) {
-      const int number = ++open.presses;
-      while (!open.closed && open.handled < number) m_Changed.Wait(m_Lock);
-    }
+    if (step.kind == C_Kind::Press) open.pressed = control;
+    if (step.kind == C_Kind::Press && Deliver(open, {C_Dialog_Event::Kind::Press, control, {}}))
+      while (!open.closed && open.pressed == control) m_Changed.Wait(m_Lock);
     if (step.kind == C_Kind::Wait) {
       const double until = Now_Ms() + step.number;
       while (!open.closed && m_Changed.Wait_Until(m_Lock, until)) continue;
@@ -302,28 +307,19 @@ inline void C_Scripted_Front::Close_Dialog(int dialog) {
   if (node.mapped().thread.Is_Running()) node.mapped().thread.Join();
 }
 
-// The owner marks its dialogs when a callback of any of them begins and ends, and lifts the marks for the span of a
-// nested run. So a press was handled when the mark is lifted with no more dialogs open than at its beginning.
-inline void C_Scripted_Front::Set_Busy(int dialog, bool busy) {
+// The script that waits for its press goes on.
+inline void C_Scripted_Front::End_Press(int dialog, int control) {
   const C_Lock_Guard hold(m_Lock);
   C_Open& open = m_Open.at(dialog);
-  const auto open_now = static_cast<int>(std::count_if(
-      m_Open.begin(), m_Open.end(), [&open](const auto& item) { return item.second.owner == open.owner; }));
-  if (busy && !open.in_press) {
-    open.in_press = true;
-    open.open_at_press = open_now;
-  } else if (!busy && open.in_press && open_now <= open.open_at_press) {
-    open.in_press = false;
-    if (open.handled < open.presses) ++open.handled;
-    m_Changed.Notify_All();
-  }
+  if (open.pressed == control) open.pressed = -1;
+  m_Changed.Notify_All();
 }
 
 inline void C_Scripted_Front::Post_Message(const C_Message_Model& model, C_Message_Listener& listener) {
   C_Queued_Answer reply{L"", (model.flags & Box_Yes_No) != 0 ? Answer_No : Answer_Ok, 0, {}};
   {
     const C_Lock_Guard hold(m_Lock);
-    Record({C_Shown::Kind::Box, L"", model.text, model.flags});
+    Record({C_Shown::Kind::Box, model.title, model.text, model.flags});
     const auto queued = std::find_if(m_Answers.begin(), m_Answers.end(), [&model](const C_Queued_Answer& item) {
       return model.text.find(item.match) != std::wstring::npos;
     });

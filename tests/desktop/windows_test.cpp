@@ -54,6 +54,7 @@ C_Dialog_Model Panel_Model(int stations) {
   C_Dialog_Model model;
   model.title = L"面板";
   for (int i = 0; i < stations; ++i) {
+    model.stations[i] = i + 1;
     for (int k = 0; k < 11; ++k) model.controls.push_back(Control(Button, L"按钮" + std::to_wstring(k), i));
     model.controls.push_back(Control(Dynamic_Display, L"状态", i));
     model.controls.back().rows = 2;
@@ -64,8 +65,9 @@ C_Dialog_Model Panel_Model(int stations) {
 }
 
 // A dialog with one of each control that takes an entry.
-C_Dialog_Model Form_Model() {
+C_Dialog_Model Form_Model(int owner) {
   C_Dialog_Model model;
+  model.owner = owner;
   model.title = L"推力";
   model.confirms = true;
   model.controls = {Control(Number_Edit, L"设定推力(g)", 0, L"100.000"), Control(Check_Box, L"更改密码", 0),
@@ -82,8 +84,8 @@ class Windows : public ::testing::Test {
   using Kind = C_Dialog_Event::Kind;
 
   void SetUp() override {
-    static const bool is_there = C_Virtual_Display::Start();
-    if (!is_there) GTEST_SKIP() << "no Xvfb on this machine; install the package xvfb to test real windows";
+    if (!C_Virtual_Display::Is_There())
+      GTEST_SKIP() << "no Xvfb on this machine; install the package xvfb to test real windows";
     // A thread of the measuring system may be the first that shows something.
     std::thread([] {
       Become_Real_Time();
@@ -120,6 +122,8 @@ class Windows : public ::testing::Test {
   }
   bool Is_Silent() { return !events.Take(100).has_value(); }
   static QPushButton* Panel_Button(const char* text) { return Find_By_Text<QPushButton>(Find_Window("面板"), text); }
+  // How the button shows what became of its press.
+  static QString Mark_Of(const char* text) { return Panel_Button(text)->property("command").toString(); }
   static bool Shows(const char* window, const char* text) {
     return Find_By_Text<QLabel>(Find_Window(window), text) != nullptr;
   }
@@ -133,19 +137,27 @@ TEST_F(Windows, Buttons_Answer_Mouse_And_Keys_And_Show_Their_Press) {
   const int dialog = Open(Panel_Model(2));
   On_Qt([] {
     Click(Panel_Button("按钮3"));
-    EXPECT_TRUE(Panel_Button("按钮3")->property("active").toBool());
+    EXPECT_EQ(Mark_Of("按钮3"), "waiting");
   });
   EXPECT_EQ(Next(Kind::Press).control, 3);
-  Front().Set_Busy(dialog, true);
-  EXPECT_TRUE(Wait_On_Qt([] { return Shows("面板", "正在执行…"); }));
+  Front().Set_Command(dialog, 3, C_Command_State::Running);
+  EXPECT_TRUE(Wait_On_Qt([] { return Shows("面板", "正在执行：微米仪1 按钮3") && Mark_Of("按钮3") == "running"; }));
   On_Qt([] {
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);  // a busy panel still takes presses
+    QKeyEvent held(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier, QString(), true);
+    QApplication::sendEvent(QApplication::focusWidget(), &held);
+    Click(Panel_Button("按钮3"));
+    EXPECT_TRUE(Shows("面板", "微米仪1 按钮3：正在执行，请等它完成"));
   });
   EXPECT_EQ(Next(Kind::Press).control, 4);
-  Front().Set_Busy(dialog, false);
-  EXPECT_TRUE(
-      Wait_On_Qt([] { return !Panel_Button("按钮4")->property("active").toBool() && !Shows("面板", "正在执行…"); }));
+  EXPECT_TRUE(Is_Silent()) << "a held key counts once, and so does a command that runs";
+  Front().Set_Command(dialog, 3, C_Command_State::Asks);
+  EXPECT_TRUE(Wait_On_Qt([] { return Mark_Of("按钮3") == "asks"; }));
+  Front().Refuse_Press(dialog, 4, L"没有数据");
+  EXPECT_TRUE(Wait_On_Qt([] { return Shows("面板", "微米仪1 按钮4：没有数据") && Mark_Of("按钮4").isEmpty(); }));
+  Front().Set_Command(dialog, 3, C_Command_State::Ended);
+  EXPECT_TRUE(Wait_On_Qt([] { return Mark_Of("按钮3").isEmpty(); }));
   Front().Set_Control_Text(dialog, 4, L"测量(手动模式)");
   EXPECT_TRUE(Wait_On_Qt([] { return Panel_Button("测量(手动模式)") != nullptr; }));
   // Escape must not take the panel away; its close button asks.
@@ -183,7 +195,7 @@ TEST_F(Windows, Four_Stations_Fit_The_Screen_And_Fourteen_Scroll) {
 
 TEST_F(Windows, A_Form_Gives_Its_Entries_And_Refuses_And_Goes_On) {
   const int panel = Open(Panel_Model(1));
-  const int dialog = Open(Form_Model());
+  const int dialog = Open(Form_Model(panel));
   const auto edit = [] { return Find_Window("推力")->findChild<QLineEdit*>(); };
   On_Qt([&] {
     EXPECT_EQ(QApplication::focusWidget(), edit());
@@ -219,7 +231,7 @@ TEST_F(Windows, A_Form_Gives_Its_Entries_And_Refuses_And_Goes_On) {
 // Boxes of three threads stand open over a modal dialog and are answered in an order of the person's own.
 TEST_F(Windows, Boxes_Of_Any_Thread_Stand_Together) {
   const int panel = Open(Panel_Model(1));
-  const int dialog = Open(Form_Model());
+  const int dialog = Open(Form_Model(panel));
   std::atomic<int> answers[3] = {0, 0, 0};
   const auto button = [](const char* text, const char* name) {
     return Find_Boxes(text).front()->findChild<QPushButton*>(name);
@@ -347,7 +359,7 @@ TEST(Display, A_Lost_Display_Cancels_What_Is_Open) {
 }
 
 TEST(Display, A_Report_Is_Shown_Once_Its_Process_Has_Ended_And_Keeps_Nothing_Of_It) {
-  if (!C_Virtual_Display::Start()) GTEST_SKIP() << "no Xvfb";
+  if (!C_Virtual_Display::Is_There()) GTEST_SKIP() << "no Xvfb";
   GTEST_FLAG_SET(death_test_style, "fast");
   const C_Temp_Folder folder;
   const auto fail = [] {

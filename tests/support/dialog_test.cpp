@@ -199,5 +199,47 @@ TEST_F(Dialog, Nests_With_The_Outer_Dialog_Alive_And_Usable_Unless_The_Inner_One
   }
 }
 
+// A box of the dialog's own thread stands for a second: the displays go on, and presses under it do nothing, then or
+// later. Its title is the button that asks, with the station of its column; a dialog without a title bears it too.
+TEST_F(Dialog, A_Box_Is_Modal_To_The_Dialogs_Of_Its_Thread_And_Their_Displays_Go_On) {
+  panel.SetColumnStation(1, 3);
+  panel.on_press[2] = [&] {
+    front->On_Box(L"请确认", Answer_Ok, 1005, [&] {
+      EXPECT_THAT(panel.refreshes, ElementsAre(Pair(50, 10), Pair(51, 14)));
+      EXPECT_TRUE(front->Press(L"面板", L"测量", 2) && front->Cancel(L"面板"));
+      Sleep(10);
+    });
+    EXPECT_EQ(Message_Box(L"请确认"), Answer_Ok);
+    CParameterInOutDlg edit;
+    edit.AddDataEdit(L"数值", 0, 10.0F, values.text, 1, 0, nullptr);
+    edit.DoParameterDlg(0, 1, 1.0F, 1, nullptr, nullptr, 1);
+  };
+  panel.on_press[3] = [&] { Refuse_Press(L"没有数据"); };
+  front->Next_Dialog(
+      C_Script().Press(L"测量", 1).Run([&] { EXPECT_THAT(panel.presses, ElementsAre(2)); }).Press(L"测量", 2));
+  panel.Show(0);
+  EXPECT_THAT(front->Refusals(), ElementsAre(L"测量: 请先处理打开的窗口", L"测量: 没有数据"));
+  std::wstring names;
+  for (const C_Shown& shown : front->Shown())
+    if (shown.kind == C_Shown::Kind::Dialog || shown.kind == C_Shown::Kind::Box) names += shown.name + L", ";
+  EXPECT_EQ(names, L"面板, 微米仪3 测量, 微米仪3 测量, ");
+}
+
+// While a command runs, its displays are served where it lets them, and closing overtakes the presses that wait.
+TEST_F(Dialog, A_Close_Overtakes_What_Waits_Behind_A_Running_Command) {
+  panel.on_press[1] = [&] {
+    for (const wchar_t* button : {L"测量", L"无"}) front->Press(L"面板", button);
+    front->Cancel(L"面板");
+    for (int i = 0; i < 100; ++i) {
+      Sleep(10);
+      Refresh_Displays();
+    }
+    EXPECT_THAT(panel.refreshes, ElementsAre(Pair(50, 10), Pair(51, 14)));
+  };
+  front->Next_Dialog(C_Script().Press(L"高级"));
+  panel.Show(0);
+  EXPECT_THAT(panel.presses, ElementsAre(1));
+}
+
 }  // namespace
 }  // namespace orsanta

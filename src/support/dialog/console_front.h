@@ -16,7 +16,8 @@ class C_Console_Front : public C_Front {
   void Close_Dialog(int /*dialog*/) override {}
   void Set_Control_Text(int /*dialog*/, int /*control*/, const std::wstring& /*text*/) override {}
   void Refuse_Entry(int /*dialog*/, int /*control*/, const std::wstring& /*reason*/) override {}
-  void Set_Busy(int /*dialog*/, bool /*busy*/) override {}
+  void Set_Command(int /*dialog*/, int /*control*/, C_Command_State /*state*/) override {}
+  void Refuse_Press(int /*dialog*/, int /*control*/, const std::wstring& /*reason*/) override {}
 
   void Post_Message(const C_Message_Model& model, C_Message_Listener& listener) override;
 

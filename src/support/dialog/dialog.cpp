@@ -2,6 +2,7 @@
 
 #include "support/dialog/dialog_entry.h"
 #include "support/dialog/dialog_run.h"
+#include "support/dialog/dialog_thread.h"
 
 namespace orsanta {
 
@@ -160,6 +161,10 @@ void CParameterInOutDlg_Base::SetCaptionName(const wchar_t* title) {
   m_Run->title = title != nullptr ? title : L"";
 }
 
+void CParameterInOutDlg_Base::SetColumnStation(int column, int station) {
+  m_Run->stations[column] = station;
+}
+
 int CParameterInOutDlg_Base::DoParameterDlg(int /*reserved1*/, int /*reserved2*/, float /*reserved3*/, int confirms,
                                             CParameterInOutDlgInterface* /*callback*/, void* /*parent*/,
                                             int /*reserved4*/) {
@@ -172,6 +177,14 @@ int CParameterInOutDlg_Base::SetCtrlWindowText(int id, const std::wstring& text)
 
 int CParameterInOutDlg_Base::GetCtrlWindowText(int id, std::wstring& text) {
   return m_Run->Get_Text(id, text);
+}
+
+void Refresh_Displays() {
+  C_Dialog_Thread::Of_Caller().Refresh_Due();
+}
+
+void Refuse_Press(const std::wstring& reason) {
+  C_Dialog_Thread::Of_Caller().Refuse_Running(reason);
 }
 
 }  // namespace orsanta

@@ -85,7 +85,11 @@ class CParameterInOutDlg_Base {
                        int& selected, int rows, int id, CParameterInOutDlgInterface* callback);
   void AddBlank(int column, float width, int rows, int reserved, int id, CParameterInOutDlgInterface* callback);
 
+  // Without a title the dialog bears what its thread is working on (support/dialog/subject.h): mostly the button whose
+  // press opened it, with its station.
   void SetCaptionName(const wchar_t* title);
+  // The buttons of the column are commands of the station with that number.
+  void SetColumnStation(int column, int station);
 
   // Shows the dialog and returns when it closes: 1 after a confirmation, 0 after a cancel.
   // confirms: 1 for a dialog with a confirmation, which is modal to the windows under it; 0 for one of buttons only.
@@ -104,5 +108,10 @@ class CParameterInOutDlg_Base {
 
 // The class that programs use and derive from.
 class CParameterInOutDlg : public CParameterInOutDlg_Base {};
+
+// For commands that wait: refreshes those displays of the calling thread's dialogs that are due.
+void Refresh_Displays();
+// For commands that can do nothing: says why, in one line at the button that was pressed.
+void Refuse_Press(const std::wstring& reason);
 
 }  // namespace orsanta

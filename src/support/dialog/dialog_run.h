@@ -1,11 +1,9 @@
-// The run of a dialog: its controls with what they are bound to, and the pump that serves all open dialogs of a thread.
-//
-// A thread may run a dialog from inside a callback of another. The pump of the innermost run then serves all of them:
-// the displays are refreshed, and presses of the outer dialogs are handled as long as no dialog with a confirmation is
-// above them. Only support/dialog/dialog.cpp includes this header.
+// The run of one dialog: its controls, what they are bound to, and how it ends. Only sources of support/dialog include
+// this header.
 #pragma once
 
 #include <functional>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -13,6 +11,8 @@
 #include "support/dialog/front.h"
 
 namespace orsanta {
+
+class C_Dialog_Thread;
 
 struct C_Bound_Control {
   C_Control_Model model;
@@ -29,6 +29,7 @@ class C_Dialog_Run : public C_Dialog_Listener {
  public:
   std::wstring title;
   std::vector<C_Bound_Control> controls;
+  std::map<int, int> stations;  // number of the station that a column belongs to
 
   // Adds a control, bound to nothing yet. The reference is valid until the next call.
   C_Bound_Control& Add(C_Control_Kind kind, const wchar_t* caption, int column, float width, int rows, int id,
@@ -51,11 +52,10 @@ class C_Dialog_Run : public C_Dialog_Listener {
   void Show_Text(size_t control, const std::wstring& text);
   bool Take_Entries(const std::vector<C_Control_Entry>& entries);
 
-  class C_Dialog_Thread* m_Thread = nullptr;
+  C_Dialog_Thread* m_Thread = nullptr;
   C_State m_State = C_State::New;
   int m_Dialog = 0;  // the front's handle
   bool m_Confirms = false;
-  bool m_Busy = false;
 };
 
 }  // namespace orsanta

@@ -11,11 +11,17 @@
 // This header is the whole of what a plug-in needs; it holds no code that would have to be linked.
 #pragma once
 
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
 
 namespace orsanta {
+
+// "微米仪3", as the panel names the station.
+inline std::wstring Station_Name(int station) {
+  return L"微米仪" + std::to_wstring(station);
+}
 
 enum class C_Control_Kind {
   Button,           // a press sends an event
@@ -47,8 +53,11 @@ struct C_Control_Model {
 
 struct C_Dialog_Model {
   std::wstring title;
-  bool confirms = false;  // has a way to confirm and a way to cancel, and is modal to the windows under it
+  bool confirms =
+      false;  // has a way to confirm and a way to cancel, and is modal to the windows of its thread under it
   std::vector<C_Control_Model> controls;
+  int owner = 0;                  // the dialog of the same thread on which this one stands; 0 for the first of a thread
+  std::map<int, int> stations{};  // number of the station that a column of controls belongs to
 };
 
 // The content of a control when the operator confirms: text of an edit as it was typed, place of a drop-down or check
@@ -74,7 +83,17 @@ class C_Dialog_Listener {
 
 struct C_Message_Model {
   std::wstring text;
-  unsigned flags = 0;  // Box_ values of support/dialog/message_box.h
+  unsigned flags = 0;    // Box_ values of support/dialog/message_box.h
+  std::wstring title{};  // what it is about, empty where that is not known
+  int station = 0;       // number of the station it is about, 0 for none
+  int owner = 0;         // the dialog of the same thread to whose windows the box is modal; 0: modal to none
+};
+
+// What becomes of the press of a button.
+enum class C_Command_State {
+  Running,  // its callback runs
+  Asks,     // its callback waits for the operator, in a dialog or a box
+  Ended,
 };
 
 // Takes the answer to one message box, an Answer_ value. Any thread; returns at once.
@@ -108,8 +127,11 @@ class C_Front {
   // Shows at the control why its entry is refused, and puts the cursor there. Follows a Confirm event, once for each
   // bad entry.
   virtual void Refuse_Entry(int dialog, int control, const std::wstring& reason) = 0;
-  // Marks the dialog as busy while a command of its runs; its buttons still take presses.
-  virtual void Set_Busy(int dialog, bool busy) = 0;
+  // Marks the button whose command runs. Each press that was sent ends in one Ended, or in one Refuse_Press where it
+  // was not carried out.
+  virtual void Set_Command(int dialog, int control, C_Command_State state) = 0;
+  // Says in one line why the press of a button did nothing.
+  virtual void Refuse_Press(int dialog, int control, const std::wstring& reason) = 0;
 
   // Shows a box and returns at once; the listener gets exactly one answer, possibly before the return.
   virtual void Post_Message(const C_Message_Model& model, C_Message_Listener& listener) = 0;

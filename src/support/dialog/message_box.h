@@ -1,6 +1,7 @@
-// Message boxes: a text that the operator acknowledges. The calling thread waits for the answer; any thread may call,
-// and several boxes may be open at once. Without a display a box is one line on the standard error stream and counts
-// as answered at once: with OK, a yes-or-no question with No.
+// Message boxes: a text that the operator acknowledges. The calling thread waits for the answer, with the displays of
+// its dialogs going on and their buttons refused; any thread may call, and several boxes may stand open at once. The
+// title is the present subject of the thread (support/dialog/subject.h). Without a display a box is one line on the
+// standard error stream and counts as answered at once: with OK, a yes-or-no question with No.
 #pragma once
 
 #include "support/system/wide_string.h"

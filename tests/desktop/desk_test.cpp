@@ -1,0 +1,253 @@
+// The panel on a managed desk: which window stands on which, which of them may be used, and what the operator is told.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <QLineEdit>
+#include <atomic>
+#include <sstream>
+
+#include "common/command.h"
+#include "desktop/virtual_display.h"
+#include "desktop/windows.h"
+#include "support/dialog/dialog.h"
+#include "support/dialog/message_box.h"
+#include "support/dialog/small_dialog.h"
+#include "support/dialog/subject.h"
+#include "support/time/clock.h"
+
+namespace orsanta {
+
+namespace {
+
+constexpr int Slow_Ms = 400;
+constexpr char Panel[] = "面板";
+
+// A panel of two stations as the real one, whose commands ask, show a box, or take their time.
+class C_Panel : public CParameterInOutDlg, public CParameterInOutDlgInterface {
+ public:
+  C_Panel() {
+    SetCaptionName(L"面板");
+    for (int i = 0; i < 2; ++i) {
+      SetColumnStation(i, i + 1);
+      int id = i * 50;
+      for (const wchar_t* caption : {L"设定", L"提示", L"慢", L"测量", L"高级"})
+        AddButton(caption, i, 10.0F, 1, id++, this, 1, 1.0F);
+    }
+    AddDataDynamicDisp(L"状态", 0, 10.0F, 2, this, 100, 49, 1, 1.5F);
+    m_Thread = std::thread([this] { DoParameterDlg(1, 0, 1.0F, 0, nullptr, nullptr, 1); });
+    EXPECT_TRUE(Wait_On_Qt([] { return Find_Window(Panel) != nullptr && Find_Window(Panel)->isActiveWindow(); }));
+  }
+  ~C_Panel() override {
+    On_Qt([] {
+      if (QWidget* window = Find_Window(Panel)) window->close();
+    });
+    m_Thread.join();
+  }
+
+  void OnCtrlButton(int id, long, long) override {
+    switch (id % 50) {
+      case 0:
+        C_Small_Dialog().Number(L"设定推力(g)", m_Force, 0.0, 1000.0).Ask();
+        break;
+      case 1:
+        Message_Box(L"请确认");
+        break;
+      case 2:
+        Sleep(Slow_Ms);
+        break;
+      case 3:
+        ++measured;
+        break;
+      default:
+        Show_Advanced();
+    }
+  }
+  void OnCtrlDynamicDisp(int, std::wstring& text, long) override { text = std::to_wstring(++refreshes); }
+
+  std::atomic<int> measured = 0;
+  std::atomic<int> refreshes = 0;
+
+ private:
+  void Show_Advanced() {
+    CParameterInOutDlg advanced;
+    advanced.SetCaptionName(L"高级窗口");
+    for (int i = 0; i < 18; ++i) advanced.AddButton(L"功能", 0, 20.0F, 1, 0, nullptr, 1, 1.0F);
+    advanced.DoParameterDlg(1, 0, 1.0F, 0, nullptr, nullptr, 1);
+  }
+
+  double m_Force = 100.0;
+  std::thread m_Thread;
+};
+
+QPushButton* Button(const char* window, const char* text, int place = 0) {
+  for (QPushButton* button : Find_Window(window)->findChildren<QPushButton*>())
+    if (button->text() == text && place-- == 0) return button;
+  return nullptr;
+}
+
+std::string Id_Of(const char* title) {
+  std::ostringstream id;
+  On_Qt([&] { id << "0x" << std::hex << Find_Window(title)->winId(); });
+  return id.str();
+}
+
+// The output of a command that works on the test's display.
+std::string On_Display(const std::string& command) {
+  return Shell("export DISPLAY=" + std::string(std::getenv("DISPLAY")) + "; " + command + " 2>&1").output;
+}
+
+// A property of the display's root window, or of the window with that title.
+std::string Property(const std::string& name, const char* title = nullptr) {
+  std::ostringstream command;
+  command << "xprop " << (title == nullptr ? "-root " : "-id ") << (title == nullptr ? "" : Id_Of(title)) << ' '
+          << name;
+  return On_Display(command.str());
+}
+
+// Clicks into the panel where nothing can be pressed.
+void Click_Blank_Spot() {
+  QPoint place;
+  On_Qt([&] { place = Find_Window(Panel)->findChild<QWidget*>("status_line")->mapToGlobal(QPoint(8, 8)); });
+  On_Display("xdotool mousemove " + std::to_string(place.x()) + " " + std::to_string(place.y()) + " click 1");
+}
+
+bool Eventually(const std::function<bool()>& condition) {
+  for (int i = 0; i < 300; ++i) {
+    if (condition()) return true;
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
+  return false;
+}
+
+// Of the windows with these titles, from the lowest to the highest.
+bool Stand_In_Order(std::initializer_list<const char*> titles) {
+  const std::string stack = Property("_NET_CLIENT_LIST_STACKING");
+  size_t place = 0;
+  for (const char* title : titles) {
+    const size_t found = stack.find(Id_Of(title), place);
+    if (found == std::string::npos) return false;
+    place = found;
+  }
+  return true;
+}
+
+bool Is_Active(const char* title) {
+  return Property("_NET_ACTIVE_WINDOW").find(Id_Of(title)) != std::string::npos;
+}
+
+// With frames around the windows, or on a bare display.
+class Desk : public ::testing::TestWithParam<bool> {
+ protected:
+  void SetUp() override {
+    if (!C_Virtual_Display::Is_There())
+      GTEST_SKIP() << "no Xvfb on this machine; install the package xvfb to test real windows";
+    Front();
+    if (!GetParam()) return;
+    m_Manager.emplace();
+    if (!m_Manager->Works()) GTEST_SKIP() << "no openbox on this machine; install the package openbox";
+  }
+
+ private:
+  std::optional<C_Managed_Desk> m_Manager;
+};
+
+INSTANTIATE_TEST_SUITE_P(, Desk, ::testing::Bool(), [](const auto& run) { return run.param ? "With_Frames" : "Bare"; });
+
+TEST_P(Desk, A_Press_Under_A_Dialog_Or_Box_Does_Nothing_And_Says_Why) {
+  C_Panel panel;
+  for (const char* opens : {"设定", "提示"}) {
+    const std::string title = std::string("微米仪2 ") + opens;
+    Click_With_Pointer([&] { return Button(Panel, opens, 1); });
+    ASSERT_TRUE(Wait_On_Qt([&] { return Find_Window(title.c_str()) != nullptr; }));
+    const int refreshed = panel.refreshes;
+    Click_With_Pointer([&] { return Button(Panel, "测量"); });
+    EXPECT_TRUE(Wait_On_Qt(
+        [&] { return Find_By_Text<QLabel>(Find_Window(Panel), ("请先处理：" + title).c_str()) != nullptr; }));
+    On_Qt([&] {
+      Find_Window(Panel)->close();
+      EXPECT_EQ(Button(Panel, opens, 1)->property("command"), "asks");
+    });
+    EXPECT_TRUE(Eventually([&] { return panel.refreshes > refreshed + 3; })) << "displays go on";
+    EXPECT_TRUE(Wait_On_Qt([&] { return Find_Window(title.c_str())->isActiveWindow(); }));
+    On_Qt([&] { Click(Find_Window(title.c_str())->findChild<QPushButton*>("confirm")); });
+    EXPECT_TRUE(
+        Wait_On_Qt([&] { return Find_Window(title.c_str()) == nullptr && Find_Window(Panel)->isActiveWindow(); }));
+  }
+  EXPECT_EQ(panel.measured, 0);
+  Click_With_Pointer([&] { return Button(Panel, "测量"); });
+  EXPECT_TRUE(Eventually([&] { return panel.measured == 1; }));
+}
+
+// The box of a station's own thread stands above the dialogs and blocks none of them; the one on top is answered last.
+TEST_P(Desk, A_Box_Of_Another_Thread_Stands_Above_And_Lets_The_Panel_Work) {
+  C_Panel panel;
+  std::thread lane([] {
+    const C_Subject_Scope subject({2});
+    Message_Box(L"等待测量值稳定超时");
+  });
+  ASSERT_TRUE(Wait_On_Qt([] { return Find_Window("微米仪2") != nullptr; }));
+  On_Qt([] { Click(Button(Panel, "测量")); });
+  EXPECT_TRUE(Eventually([&] { return panel.measured == 1; }));
+  On_Qt([] { Click(Button(Panel, "设定")); });
+  ASSERT_TRUE(Wait_On_Qt([] { return Find_Window("微米仪1 设定") != nullptr; }));
+  EXPECT_TRUE(Wait_On_Qt([] { return Find_Window("微米仪2") != nullptr; }));
+  if (GetParam()) {
+    Click_Blank_Spot();
+    EXPECT_TRUE(Eventually([] { return Stand_In_Order({Panel, "微米仪1 设定", "微米仪2"}); }));
+  }
+  On_Qt([] { QTest::keyClick(Find_Window("微米仪1 设定"), Qt::Key_Escape); });
+  EXPECT_TRUE(Wait_On_Qt([] { return Find_Window("微米仪1 设定") == nullptr && Find_Window("微米仪2") != nullptr; }));
+  On_Qt([] { Click(Find_Window("微米仪2")->findChild<QPushButton*>("confirm")); });
+  lane.join();
+}
+
+TEST_P(Desk, A_Window_Is_Kept_Above_The_One_It_Stands_On_And_Goes_Away_With_It) {
+  if (!GetParam()) GTEST_SKIP() << "a bare display does neither";
+  C_Panel panel;
+  On_Qt([] { Click(Button(Panel, "高级")); });
+  ASSERT_TRUE(
+      Wait_On_Qt([] { return Find_Window("高级窗口") != nullptr && Find_Window("高级窗口")->isActiveWindow(); }));
+  EXPECT_NE(Property("WM_TRANSIENT_FOR", "高级窗口").find(Id_Of(Panel)), std::string::npos);
+  Click_Blank_Spot();
+  EXPECT_TRUE(Eventually([] { return Is_Active(Panel); }));
+  EXPECT_TRUE(Stand_In_Order({Panel, "高级窗口"}));
+  On_Qt([] { Click(Button(Panel, "设定")); });
+  ASSERT_TRUE(Wait_On_Qt([] { return Find_Window("微米仪1 设定") != nullptr; }));
+  Click_Blank_Spot();
+  EXPECT_TRUE(Eventually([] { return Is_Active("微米仪1 设定"); })) << "what has to be answered comes back by itself";
+  EXPECT_TRUE(Stand_In_Order({Panel, "高级窗口", "微米仪1 设定"}));
+  On_Display("xdotool windowminimize " + Id_Of(Panel));
+  for (const char* title : {Panel, "高级窗口", "微米仪1 设定"})
+    EXPECT_TRUE(Eventually([&] { return Property("WM_STATE", title).find("Iconic") != std::string::npos; })) << title;
+  On_Display("xdotool windowactivate " + Id_Of(Panel));
+  EXPECT_TRUE(Eventually([] { return Property("WM_STATE", "微米仪1 设定").find("Normal") != std::string::npos; }));
+  On_Qt([] { Find_Window("微米仪1 设定")->close(); });
+  EXPECT_TRUE(Wait_On_Qt([] { return Find_Window("微米仪1 设定") == nullptr; }));
+}
+
+TEST_P(Desk, Presses_Wait_For_A_Command_And_Closing_Overtakes_Them) {
+  std::atomic<int> measured = 0;
+  {
+    C_Panel panel;
+    On_Qt([] {
+      Click(Button(Panel, "慢"));
+      for (int i = 0; i < 3; ++i) Click(Button(Panel, "测量"));
+      EXPECT_EQ(Button(Panel, "测量")->property("command"), "waiting");
+    });
+    EXPECT_TRUE(Wait_On_Qt([] { return Button(Panel, "慢")->property("command") == "running"; }));
+    EXPECT_TRUE(Wait_On_Qt([] { return Button(Panel, "测量")->property("command") == ""; }));
+    EXPECT_EQ(panel.measured, 1);
+    On_Qt([] {
+      Click(Button(Panel, "慢"));
+      Click(Button(Panel, "测量"));
+      Find_Window(Panel)->close();
+    });
+    EXPECT_TRUE(Wait_On_Qt([] { return Find_Window(Panel) == nullptr; }));
+    measured = panel.measured.load();
+  }
+  EXPECT_EQ(measured, 1);
+}
+
+}  // namespace
+
+}  // namespace orsanta
