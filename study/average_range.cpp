@@ -62,6 +62,7 @@ void Average(const C_Crossed& data, C_Average_Range& result, double& part_span, 
   for (int i = 0; i < data.Parts(); ++i) {
     for (int j = 0; j < data.Appraisers(); ++j) {
       std::vector<double> cell;
+      cell.reserve(static_cast<size_t>(data.trials));
       for (int k = 0; k < data.trials; ++k) cell.push_back(data.Value(i, j, k));
       result.cell_means_mm.push_back(Mean(cell));
       result.cell_ranges_mm.push_back(Span(cell));

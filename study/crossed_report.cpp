@@ -182,6 +182,11 @@ C_Chart Run_Chart(const C_Crossed& data) {
   return chart;
 }
 
+// Where the cell of a part and an appraiser stands in a list of all.
+size_t Cell(const C_Crossed& data, int part, int appraiser) {
+  return static_cast<size_t>(part) * data.appraisers.size() + static_cast<size_t>(appraiser);
+}
+
 // One mark for each cell, appraiser beside appraiser. values: part by part.
 C_Chart By_Appraiser(const C_Crossed& data, const std::vector<double>& values, double factor, const C_Text& title,
                      const C_Text& unit) {
@@ -191,7 +196,7 @@ C_Chart By_Appraiser(const C_Crossed& data, const std::vector<double>& values, d
     const int first = j * data.Parts();
     for (int i = 0; i < data.Parts(); ++i) {
       series.x.push_back(first + i);
-      series.y.push_back(factor * values[static_cast<size_t>(i * data.Appraisers() + j)]);
+      series.y.push_back(factor * values[Cell(data, i, j)]);
     }
     chart.series.push_back(series);
     chart.x_names.emplace_back(first + (data.Parts() - 1) / 2.0, data.appraisers[static_cast<size_t>(j)]);
@@ -209,7 +214,7 @@ C_Chart Interaction(const C_Crossed& data, const std::vector<double>& cell_means
     C_Series series{C_Series::Kind::Linked_Points, Same(data.appraisers[static_cast<size_t>(j)]), j, {}, {}};
     for (int i = 0; i < data.Parts(); ++i) {
       series.x.push_back(i);
-      series.y.push_back((cell_means[static_cast<size_t>(i * data.Appraisers() + j)] - Mean_Of_Part(data, i)) * 1000.0);
+      series.y.push_back((cell_means[Cell(data, i, j)] - Mean_Of_Part(data, i)) * 1000.0);
     }
     chart.series.push_back(series);
   }
