@@ -28,7 +28,7 @@ struct C_Table {
   std::vector<std::vector<C_Text>> rows;
 };
 
-struct C_Report {  // NOLINT(bugprone-exception-escape): the moves of the JSON object throw nothing
+struct C_Report {     // NOLINT(bugprone-exception-escape): the moves of the JSON object throw nothing
   std::string study;  // name of the study in the result file: "grr"
   C_Text title;
   C_Text method;                                  // formulas' source and assumptions
