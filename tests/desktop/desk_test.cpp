@@ -47,7 +47,7 @@ class C_Panel : public CParameterInOutDlg, public CParameterInOutDlgInterface {
   void OnCtrlButton(int id, long, long) override {
     switch (id % 50) {
       case 0:
-        C_Small_Dialog().Number(L"设定推力(g)", m_Force, 0.0, 1000.0).Ask();
+        C_Small_Dialog().Number(L"设定推力(g)", m_Force, {0.0, 1000.0}).Ask();
         break;
       case 1:
         Message_Box(L"请确认");
