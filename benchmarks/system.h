@@ -20,9 +20,11 @@ constexpr int All_Stations = 14;
 
 class C_Benchmark_System {
  public:
-  // Starts the stations, and ends when their probes are up.
-  explicit C_Benchmark_System(int stations) {
-    simulator::Reset();
+  // Starts the stations, and ends when their probes are up. seed: of everything random on the simulator.
+  explicit C_Benchmark_System(int stations, uint64_t seed = 1) {
+    simulator::Settings room;
+    room.seed = seed;
+    simulator::Reset(room);
     base = std::make_unique<C_VoiceMotorBase>(Numbered_Resources(stations), 0, 115200, 0, 0);
     for (int n = 1; n <= stations; ++n) {
       simulator::Place_Part(n, 5.0);
