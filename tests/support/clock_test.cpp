@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 
 #include <ctime>
+#include <set>
+#include <stdexcept>
 #include <thread>
 
 #include "support/system/wide_string.h"
@@ -11,14 +13,6 @@
 
 namespace orsanta {
 namespace {
-
-TEST(Simulated_Clock, Gives_The_Processors_Back) {
-  cpu_set_t before, after;
-  sched_getaffinity(0, sizeof before, &before);
-  C_Simulated_Clock(1);
-  sched_getaffinity(0, sizeof after, &after);
-  EXPECT_TRUE(CPU_EQUAL(&before, &after));
-}
 
 TEST(Simulated_Clock, Sleeps_And_Waits_End_At_Their_Times_And_Nobody_Is_Passed_Over) {
   const C_Simulated_Clock clock(1);
@@ -51,6 +45,56 @@ TEST(Simulated_Clock, Sleeps_And_Waits_End_At_Their_Times_And_Nobody_Is_Passed_O
   const C_Lock_Guard hold(lock);
   EXPECT_FALSE(point.Wait_Until(lock, 1.0)) << "a time that is past";
   EXPECT_EQ(Now_Ms(), 52.25);
+}
+
+// Adds to a text what it was unwound for, after a wait.
+struct C_Waits_At_Its_End {
+  ~C_Waits_At_Its_End() {
+    const int before = std::uncaught_exceptions();
+    Sleep(2);
+    text += Format_Utf8(" %d%d", before, std::uncaught_exceptions());
+  }
+  std::string& text;
+};
+
+// To the system the threads of the simulated clock are one thread, with one row of exceptions.
+TEST(Simulated_Clock, Threads_Keep_Their_Exceptions_And_Numbers_Apart) {
+  const C_Simulated_Clock clock(1);
+  std::string told[3];
+  std::set<uint64_t> numbers = {This_Thread_Number()};
+  C_Thread threads[3];
+  for (int id = 0; id < 3; ++id) {
+    threads[id].Start("thrower", [&, id] {
+      numbers.insert(This_Thread_Number());
+      Sleep(id);
+      try {
+        try {
+          const C_Waits_At_Its_End waits{told[id]};
+          throw id;
+        } catch (int) {
+          Sleep(5 - 2 * id);  // the first that catches lets go last
+          throw;
+        }
+      } catch (int caught) {
+        Sleep(1);
+        told[id] += Format_Utf8(" %d", caught);
+      }
+      told[id] += Format_Utf8(" %d", static_cast<int>(std::current_exception() != nullptr));
+    });
+  }
+  std::thread([&numbers] { numbers.insert(This_Thread_Number()); }).join();
+  for (C_Thread& thread : threads) thread.Join();
+  EXPECT_THAT(told, testing::ElementsAre(" 11 0 0", " 11 1 0", " 11 2 0"));
+  EXPECT_EQ(numbers.size(), 5U);
+  EXPECT_EQ(numbers.count(0), 0U);
+}
+
+TEST(Simulated_Clock_DeathTest, Ends_The_Process_With_An_Exception_That_Leaves_A_Thread) {
+  const auto throw_it = [] {
+    const C_Simulated_Clock clock(1);
+    C_Thread().Start("thrower", [] { throw std::runtime_error("why"); });
+  };
+  EXPECT_DEATH(throw_it(), "why");
 }
 
 TEST(Simulated_Clock_DeathTest, Tells_What_It_Cannot_Serve) {

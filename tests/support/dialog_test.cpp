@@ -241,5 +241,25 @@ TEST_F(Dialog, A_Close_Overtakes_What_Waits_Behind_A_Running_Command) {
   EXPECT_THAT(panel.presses, ElementsAre(1));
 }
 
+TEST_F(Dialog, Of_One_Thread_Is_None_Of_Anothers) {
+  C_Panel panels[2] = {C_Panel(values), C_Panel(values)};
+  uint64_t pressed_on[2] = {}, opened_on[2] = {};
+  C_Thread threads[2];
+  for (int id = 0; id < 2; ++id) {
+    panels[id].on_press[2] = [&, id] {
+      Sleep(100);  // which keeps the other thread from nothing
+      pressed_on[id] = This_Thread_Number();
+    };
+    front->Next_Dialog(C_Script().Press(L"测量", 1).Confirm());
+    threads[id].Start("operator", [&, id] {
+      opened_on[id] = This_Thread_Number();
+      EXPECT_EQ(panels[id].Show(1), 1);
+    });
+  }
+  for (C_Thread& thread : threads) thread.Join();
+  EXPECT_EQ(Now_Ms(), 100.0);
+  EXPECT_THAT(pressed_on, testing::ElementsAreArray(opened_on));
+}
+
 }  // namespace
 }  // namespace orsanta

@@ -29,11 +29,7 @@ void On_Four_Threads(int least_turns, const std::function<void()>& turn) {
 struct C_Loop : CBaseBindThread {
   explicit C_Loop(int its_pass_ms) : pass_ms(its_pass_ms) {}
   ~C_Loop() override { ReleaseSubClass_CBaseBindThread(); }
-  void OnThreadBegin(void* param) override {
-    char name[16] = "";
-    pthread_getname_np(pthread_self(), name, sizeof name);
-    trace += *static_cast<std::string*>(param) + name;
-  }
+  void OnThreadBegin(void* param) override { trace += *static_cast<std::string*>(param); }
   void OnThreadLoop(void*) override {
     trace += "(";
     Sleep(pass_ms);
@@ -43,18 +39,33 @@ struct C_Loop : CBaseBindThread {
   std::string trace;  // touched by the loop while it runs
 };
 
+struct C_Named : CBaseBindThread {
+  void OnThreadBegin(void* name) override { pthread_getname_np(pthread_self(), static_cast<char*>(name), 16); }
+  void OnThreadLoop(void*) override { Sleep(1); }
+};
+
 TEST(Bind_Thread, Begins_Once_Passes_Again_And_Again_And_Ends_After_A_Whole_Pass) {
   const C_Simulated_Clock clock(1);
-  std::string begin = "begin ";
+  std::string begin = "begin";
   C_Loop loop(10);
   for (const int taken : {1, 0}) EXPECT_EQ(loop.BeginThread(&begin, 15, 2, 300000, nullptr), taken);
   Sleep(25);
   EXPECT_EQ(loop.EndThread(1, 1), 1);
   EXPECT_EQ(Now_Ms(), 30.0);
-  loop.BeginThread(&begin, 15, 2, 300000, L"a name of its own");
+  loop.BeginThread(&begin, 15, 2, 300000, nullptr);
   Sleep(1);
   loop.EndThread(1, 1);
-  EXPECT_EQ(loop.trace, "begin C_Loop()()()begin a name of its o()");
+  EXPECT_EQ(loop.trace, "begin()()()begin()");
+}
+
+TEST(Bind_Thread, Has_The_Name_Of_Its_Class_Or_One_Of_Its_Own) {
+  C_Named thread;
+  for (const auto& [name, shown] : {std::pair(L"a name of its own", "a name of its o"), {nullptr, "C_Named"}}) {
+    char found[16] = "";
+    thread.BeginThread(found, 15, 2, 300000, name);
+    thread.EndThread(1, 1);
+    EXPECT_STREQ(found, shown);
+  }
 }
 
 // Whatever its starter had.

@@ -109,7 +109,7 @@ class C_Dump_Text {
 
 void Put_Stack(C_Dump_Text& out, const C_Stack& stack) {
   char line[Line_Room] = "";
-  pthread_getname_np(pthread_self(), line, sizeof(line));
+  Copy_Thread_Name(line, sizeof(line));
   out.Put_Line("\nstack of thread %d (%s):", static_cast<int>(gettid()), line);
   for (int i = 0; i < stack.depth; ++i) {
     Frame_Text(stack.address[i], line, sizeof(line));

@@ -5,6 +5,7 @@
 
 #include "support/dialog/dialog_run.h"
 #include "support/dialog/subject.h"
+#include "support/time/thread_value.h"
 
 namespace orsanta {
 
@@ -30,8 +31,7 @@ class C_Dialog_Thread::C_Box : public C_Message_Listener {
 };
 
 C_Dialog_Thread& C_Dialog_Thread::Of_Caller() {
-  thread_local C_Dialog_Thread thread;
-  return thread;
+  return Of_This_Thread<C_Dialog_Thread>();
 }
 
 void C_Dialog_Thread::Queue(C_Dialog_Run& run, const C_Dialog_Event& event) {

@@ -3,11 +3,16 @@
 #include <utility>
 
 #include "support/dialog/front.h"
+#include "support/time/thread_value.h"
 
 namespace orsanta {
 
 namespace {
-thread_local const C_Subject_Scope* the_innermost = nullptr;
+
+struct C_Innermost {
+  const C_Subject_Scope* scope = nullptr;
+};
+
 }  // namespace
 
 std::wstring C_Subject::Title() const {
@@ -17,15 +22,15 @@ std::wstring C_Subject::Title() const {
 
 const C_Subject& Present_Subject() {
   static const C_Subject none;
-  return the_innermost != nullptr ? the_innermost->m_Subject : none;
+  const C_Subject_Scope* const innermost = Of_This_Thread<C_Innermost>().scope;
+  return innermost != nullptr ? innermost->m_Subject : none;
 }
 
-C_Subject_Scope::C_Subject_Scope(C_Subject subject) : m_Subject(std::move(subject)), m_Outer(the_innermost) {
-  the_innermost = this;
-}
+C_Subject_Scope::C_Subject_Scope(C_Subject subject)
+    : m_Subject(std::move(subject)), m_Outer(std::exchange(Of_This_Thread<C_Innermost>().scope, this)) {}
 
 C_Subject_Scope::~C_Subject_Scope() {
-  the_innermost = m_Outer;
+  Of_This_Thread<C_Innermost>().scope = m_Outer;
 }
 
 }  // namespace orsanta

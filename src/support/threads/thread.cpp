@@ -12,33 +12,33 @@
 namespace orsanta {
 
 void C_Thread::Start(const std::string& name, std::function<void()> body, int level) {
-  MY_ASSERT(!m_Thread.joinable());
+  MY_ASSERT(!m_Is_Running);
   {
     const C_Lock_Guard hold(m_Lock);
     m_Ended = false;
   }
-  const uint64_t ticket = clock_thread::Announce(name);
-  auto run = [this, ticket, name, level, body = std::move(body)] {
-    SetThreadPriority(level);
-    pthread_setname_np(pthread_self(), name.substr(0, 15).c_str());
-    clock_thread::Enter(ticket);
+  auto run = [this, body = std::move(body)] {
     body();
-    {
-      const C_Lock_Guard hold(m_Lock);
-      m_Ended = true;
-      m_End.Notify_All();
-    }
-    clock_thread::Leave(ticket);
+    const C_Lock_Guard hold(m_Lock);
+    m_Ended = true;
+    m_End.Notify_All();
   };
   try {
-    m_Thread = std::thread(std::move(run));
+    if (!clock_thread::Start(name, run)) {
+      m_Thread = std::thread([name, level, run = std::move(run)] {
+        SetThreadPriority(level);
+        pthread_setname_np(pthread_self(), name.substr(0, 15).c_str());
+        run();
+      });
+    }
+    m_Is_Running = true;
   } catch (const std::system_error& error) {
     MY_ASSERT_REPORT(Format_Utf8("thread %s cannot be started: %s", name.c_str(), error.what()));
   }
 }
 
 bool C_Thread::Join(double timeout_ms) {
-  if (!m_Thread.joinable()) return true;
+  if (!m_Is_Running) return true;
   {
     const C_Lock_Guard hold(m_Lock);
     const double until_ms = Now_Ms() + timeout_ms;
@@ -50,7 +50,8 @@ bool C_Thread::Join(double timeout_ms) {
       }
     }
   }
-  m_Thread.join();
+  if (m_Thread.joinable()) m_Thread.join();
+  m_Is_Running = false;
   return true;
 }
 

@@ -30,10 +30,11 @@ class C_Thread {
   void Start(const std::string& name, std::function<void()> body, int level = Priority_Normal);
   // Waits for the end of the body, at most timeout_ms (below 0: without a limit). Returns false when the time ran out.
   bool Join(double timeout_ms = -1.0);
-  bool Is_Running() const { return m_Thread.joinable(); }
+  bool Is_Running() const { return m_Is_Running; }
 
  private:
-  std::thread m_Thread;
+  bool m_Is_Running = false;
+  std::thread m_Thread;  // under the system clock; the simulated one has its own
   C_Leaf_Lock m_Lock;
   bool m_Ended GUARDED_BY(m_Lock) = false;
   C_Wait_Point m_End{"C_Thread::Join"};

@@ -2,12 +2,15 @@
 
 #include <sys/prctl.h>
 
+#include <atomic>
 #include <cerrno>
 #include <chrono>
 #include <cmath>
+#include <cstdio>
 #include <ctime>
 #include <limits>
 #include <thread>
+#include <utility>
 
 #include "support/time/simulation.h"
 
@@ -88,7 +91,12 @@ void C_Wait_Point::Wait(C_Leaf_Lock& lock) {
 }
 
 bool C_Wait_Point::Wait_Until(C_Leaf_Lock& lock, double until_ms) {
-  if (C_Simulation* simulation = C_Simulation::Current()) return simulation->Wait(this, m_What, lock, until_ms);
+  if (C_Simulation* simulation = C_Simulation::Current()) {
+    ++m_Simulated_Waiters;
+    const bool was_notified = simulation->Wait(this, m_What, lock, until_ms);
+    --m_Simulated_Waiters;
+    return was_notified;
+  }
   if (until_ms == Forever_Ms) {
     pthread_cond_wait(&m_Waiters, &lock.m_Mutex);
     return true;
@@ -100,25 +108,45 @@ bool C_Wait_Point::Wait_Until(C_Leaf_Lock& lock, double until_ms) {
 
 void C_Wait_Point::Notify_All() {
   if (C_Simulation* simulation = C_Simulation::Current()) {
-    simulation->Notify(this);
+    if (m_Simulated_Waiters > 0) simulation->Notify(this);
   } else {
     pthread_cond_broadcast(&m_Waiters);
   }
 }
 
+uint64_t This_Thread_Number() {
+  thread_local const uint64_t own_number = clock_thread::New_Number();
+  const C_Simulation* simulation = C_Simulation::Current();
+  const uint64_t number = simulation != nullptr ? simulation->Thread_Number() : 0;
+  return number != 0 ? number : own_number;
+}
+
+void Copy_Thread_Name(char* name, size_t size) {
+  const C_Simulation* simulation = C_Simulation::Current();
+  const char* simulated = simulation != nullptr ? simulation->Thread_Name() : nullptr;
+  if (simulated != nullptr) {
+    std::snprintf(name, size, "%s", simulated);
+  } else if (pthread_getname_np(pthread_self(), name, size) != 0) {
+    std::snprintf(name, size, "unknown");
+  }
+}
+
 namespace clock_thread {
 
-uint64_t Announce(const std::string& name) {
+bool Start(const std::string& name, std::function<void()> body) {
   C_Simulation* simulation = C_Simulation::Current();
-  return simulation ? simulation->Announce(name) : 0;
+  if (simulation != nullptr) simulation->Start(name, std::move(body));
+  return simulation != nullptr;
 }
 
-void Enter(uint64_t ticket) {
-  if (ticket != 0) C_Simulation::Current()->Enter(ticket);
+C_Values* Simulated_Values() {
+  C_Simulation* simulation = C_Simulation::Current();
+  return simulation != nullptr ? simulation->Thread_Values() : nullptr;
 }
 
-void Leave(uint64_t ticket) {
-  if (ticket != 0) C_Simulation::Current()->Leave();
+uint64_t New_Number() {
+  static std::atomic<uint64_t> last{0};
+  return last.fetch_add(1, std::memory_order_relaxed) + 1;
 }
 
 }  // namespace clock_thread

@@ -3,14 +3,18 @@
 // There are two clocks. The system clock, monotonic, serves every real run. The simulated clock serves
 // tests: every thread made through support/threads/thread.h and the thread that installed the clock take part, exactly
 // one of them runs at a time, and when all of them wait, time jumps to the earliest wake-up. Where several are ready at
-// one instant a seeded choice picks one, so that a seed replays a run exactly.
+// one instant a seeded choice picks one, so that a seed replays a run exactly. To the system they all are one thread:
+// they take turns on the one that installed the clock.
 //
 // All calls may come from any thread; under the simulated clock only from threads that take part.
 #pragma once
 
 #include <pthread.h>
 
+#include <cstddef>
 #include <cstdint>
+#include <functional>
+#include <map>
 #include <memory>
 #include <string>
 
@@ -42,6 +46,13 @@ struct C_Local_Time {
 // interval is measured by it. Simulated time counts from midnight on 1 January 2020.
 C_Local_Time Local_Time_Now();
 
+// A number of the calling thread: never 0, and never another's, not even after its end.
+uint64_t This_Thread_Number();
+
+// Its name, cut to `size` bytes with the end of the text. For the report of a crash too: it takes no memory and no
+// lock.
+void Copy_Thread_Name(char* name, size_t size);
+
 // A place where threads wait until they are notified or until a time. It works like a condition variable: the caller
 // holds `lock`, a leaf lock of its own, tests its condition in a loop, and holds the lock again after the return.
 class C_Wait_Point {
@@ -61,7 +72,8 @@ class C_Wait_Point {
 
  private:
   const char* m_What;
-  pthread_cond_t m_Waiters;  // real ones; the simulation lists its own
+  pthread_cond_t m_Waiters;     // of the system clock
+  int m_Simulated_Waiters = 0;  // of the simulated one, which knows who they are
 };
 
 // Runs the process on simulated time from construction to destruction, starting at 0 ms. The thread that makes it takes
@@ -78,12 +90,14 @@ class C_Simulated_Clock {
   std::unique_ptr<class C_Simulation> m_Simulation;
 };
 
-// For support/threads/thread.cpp alone: how a new thread takes part in the present clock. The parent calls Announce
-// before it starts the thread; the thread calls Enter first and Leave last.
+// For support/threads/thread.cpp, time/thread_value.h and the simulated clock.
 namespace clock_thread {
-uint64_t Announce(const std::string& name);  // a ticket for the new thread; 0 under the system clock
-void Enter(uint64_t ticket);
-void Leave(uint64_t ticket);
+// Under the simulated clock: starts a thread of that clock. Under the system clock nothing is done, and false returned.
+bool Start(const std::string& name, std::function<void()> body);
+uint64_t New_Number();
+// What the calling thread has of its own, where the simulated clock has started it; null for a thread of the system.
+using C_Values = std::map<const void*, std::shared_ptr<void>>;
+C_Values* Simulated_Values();
 }  // namespace clock_thread
 
 }  // namespace orsanta

@@ -2,19 +2,8 @@
 
 namespace orsanta {
 
-namespace {
-
-// A number for each thread, never 0 and never used again.
-uint64_t This_Thread() {
-  static std::atomic<uint64_t> next{1};
-  thread_local const uint64_t number = next.fetch_add(1, std::memory_order_relaxed);
-  return number;
-}
-
-}  // namespace
-
 int CMyCriticalSection::Lock() NO_THREAD_SAFETY_ANALYSIS {
-  const uint64_t self = This_Thread();
+  const uint64_t self = This_Thread_Number();
   if (m_Owner.load(std::memory_order_relaxed) != self) {
     Take();
     m_Owner.store(self, std::memory_order_relaxed);
@@ -24,7 +13,7 @@ int CMyCriticalSection::Lock() NO_THREAD_SAFETY_ANALYSIS {
 }
 
 int CMyCriticalSection::Unlock() NO_THREAD_SAFETY_ANALYSIS {
-  if (m_Owner.load(std::memory_order_relaxed) != This_Thread()) return 0;
+  if (m_Owner.load(std::memory_order_relaxed) != This_Thread_Number()) return 0;
   if (--m_Depth > 0) return 1;
   m_Owner.store(0, std::memory_order_relaxed);
   Give_Back();

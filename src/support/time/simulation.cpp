@@ -1,14 +1,12 @@
 #include "support/time/simulation.h"
 
-#include <semaphore.h>
-
 #include <algorithm>
-#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <limits>
 
 #include "support/time/clock.h"
+#include "support/time/fiber.h"
 
 namespace orsanta {
 
@@ -21,47 +19,33 @@ std::atomic<C_Simulation*> the_simulation{nullptr};
 }  // namespace
 
 struct C_Simulation::C_Participant {
-  explicit C_Participant(std::string its_name) : name(std::move(its_name)) { sem_init(&turn, 0, 0); }
-  ~C_Participant() { sem_destroy(&turn); }
-  C_Participant(const C_Participant&) = delete;
-  C_Participant& operator=(const C_Participant&) = delete;
-
-  // A new thread is ready at the present time.
-  double wake_ms = -Forever_Ms;  // from then on it may run
-  const void* point = nullptr;   // where it waits; null while it sleeps, runs or is ready
-  bool notified = false;         // the last wait ended by a notification
-  sem_t turn;                    // raised when the run is handed to this thread
-  const char* what = "start";    // where it waits, for the report
+  uint64_t number = 0;          // of the thread; rises in the order of joining
+  double wake_ms = Forever_Ms;  // while it waits: from then on it may run
+  bool is_ready = false;        // it may run
+  const void* point = nullptr;  // where it waits, or waited until it got ready; null while it sleeps or runs
+  bool notified = false;        // the last wait ended by a notification
+  const char* what = "start";   // where it waits, for the report
   std::string name;
+  clock_thread::C_Values values;
+  std::unique_ptr<C_Fiber> fiber;
 };
-
-namespace {
-thread_local void* the_participant = nullptr;  // the C_Participant of the calling thread
-}
 
 C_Simulation* C_Simulation::Current() {
   return the_simulation.load(std::memory_order_acquire);
 }
 
 C_Simulation::C_Simulation(uint64_t seed) : m_Choice(seed) {
+  const uint64_t number = This_Thread_Number();
   C_Simulation* expected = nullptr;
   if (!the_simulation.compare_exchange_strong(expected, this)) {
     std::fputs("simulated clock: one is installed already\n", stderr);
     std::abort();
   }
-  m_Participants.push_back(std::make_unique<C_Participant>("installing thread"));
-  the_participant = m_Participants.back().get();
-  Stay_On_This_Processor();
-}
-
-// New threads inherit it. Where the system refuses, the run is slower and otherwise the same.
-void C_Simulation::Stay_On_This_Processor() {
-  const int processor = sched_getcpu();
-  if (processor < 0 || sched_getaffinity(0, sizeof(m_Old_Processors), &m_Old_Processors) != 0) return;
-  cpu_set_t one;
-  CPU_ZERO(&one);
-  CPU_SET(static_cast<size_t>(processor), &one);
-  m_Pinned = sched_setaffinity(0, sizeof(one), &one) == 0;
+  m_Participants.push_back(std::make_unique<C_Participant>());
+  m_Running = m_Participants.back().get();
+  m_Running->number = number;
+  m_Running->name = "installing thread";
+  m_Running->fiber = std::make_unique<C_Fiber>();
 }
 
 C_Simulation::~C_Simulation() {
@@ -70,35 +54,42 @@ C_Simulation::~C_Simulation() {
     for (const auto& participant : m_Participants) std::fprintf(stderr, "  %s\n", participant->name.c_str());
     std::abort();
   }
-  if (m_Pinned) sched_setaffinity(0, sizeof(m_Old_Processors), &m_Old_Processors);
-  the_participant = nullptr;
   the_simulation.store(nullptr, std::memory_order_release);
 }
 
 C_Simulation::C_Participant& C_Simulation::Self() const {
-  if (the_participant == nullptr) {
+  if (!Takes_Part()) {
     std::fputs("simulated clock: a thread that was not made through support/threads/thread waits or notifies\n",
                stderr);
     std::abort();
   }
-  return *static_cast<C_Participant*>(the_participant);
+  return *m_Running;
+}
+
+uint64_t C_Simulation::Thread_Number() const {
+  return Takes_Part() ? m_Running->number : 0;
+}
+
+const char* C_Simulation::Thread_Name() const {
+  return Takes_Part() ? m_Running->name.c_str() : nullptr;
+}
+
+clock_thread::C_Values* C_Simulation::Thread_Values() {
+  return Takes_Part() && m_Running != m_Participants.front().get() ? &m_Running->values : nullptr;
 }
 
 void C_Simulation::Sleep(int ms) {
-  C_Participant& self = Self();
-  self.what = "Sleep";
-  self.wake_ms = Now_Ms() + std::max(ms, 0);
-  Hand_Over(self);
+  Self().what = "Sleep";
+  Wait_Until(Now_Ms() + std::max(ms, 0));
 }
 
 bool C_Simulation::Wait(const void* point, const char* what, C_Leaf_Lock& lock, double until_ms) {
   C_Participant& self = Self();
   self.what = what;
-  self.wake_ms = until_ms;
   self.point = point;
   self.notified = false;
   lock.Unlock();
-  Hand_Over(self);
+  Wait_Until(until_ms);
   lock.Lock();
   return self.notified;
 }
@@ -109,57 +100,75 @@ void C_Simulation::Notify(const void* point) {
     if (participant->point != point) continue;
     participant->point = nullptr;
     participant->notified = true;
-    participant->wake_ms = -Forever_Ms;
+    Make_Ready(*participant);
   }
 }
 
-uint64_t C_Simulation::Announce(const std::string& name) {
+void C_Simulation::Start(const std::string& name, std::function<void()> body) {
   Self();
-  m_Participants.push_back(std::make_unique<C_Participant>(name));
-  return reinterpret_cast<uint64_t>(m_Participants.back().get());
+  auto participant = std::make_unique<C_Participant>();
+  participant->number = clock_thread::New_Number();
+  participant->name = name;
+  participant->fiber = std::make_unique<C_Fiber>([this, body = std::move(body)]() mutable -> C_Fiber& {
+    body();
+    body = nullptr;  // what it holds ends while it still takes part
+    return End();
+  });
+  Make_Ready(*participant);
+  m_Participants.push_back(std::move(participant));
 }
 
-void C_Simulation::Enter(uint64_t ticket) {
-  the_participant = reinterpret_cast<C_Participant*>(ticket);  // NOLINT: a ticket is the address as a number
-  while (sem_wait(&Self().turn) != 0 && errno == EINTR) {
-  }
+// On a thread that ends, as its last step.
+C_Fiber& C_Simulation::End() {
+  m_Running->values.clear();
+  const auto self = std::find_if(m_Participants.begin(), m_Participants.end(),
+                                 [this](const auto& participant) { return participant.get() == m_Running; });
+  m_Ended = std::move(*self);
+  m_Participants.erase(self);
+  return *Choose_Next().fiber;
 }
 
-void C_Simulation::Leave() {
-  const auto found = std::find_if(m_Participants.begin(), m_Participants.end(),
-                                  [](const auto& participant) { return participant.get() == the_participant; });
-  m_Participants.erase(found);
-  the_participant = nullptr;
-  sem_post(&Choose_Next().turn);
-}
-
-// Gives the run to the next thread and blocks until this one gets it again.
-void C_Simulation::Hand_Over(C_Participant& self) {
+// Gives the run to the next thread, and returns when this one gets it again.
+void C_Simulation::Wait_Until(double until_ms) {
+  C_Participant& self = *m_Running;
+  self.wake_ms = until_ms;
+  if (until_ms <= Now_Ms()) Make_Ready(self);
   C_Participant& next = Choose_Next();
-  if (&next == &self) return;
-  sem_post(&next.turn);
-  while (sem_wait(&self.turn) != 0 && errno == EINTR) {
-  }
+  if (&next != &self) self.fiber->Switch_To(*next.fiber);
 }
 
-// Picks one of the threads that may run at the earliest possible time, and moves the time there.
+void C_Simulation::Make_Ready(C_Participant& participant) {
+  if (participant.is_ready) return;
+  participant.is_ready = true;
+  participant.wake_ms = Forever_Ms;
+  const auto joined_later =
+      std::upper_bound(m_Ready.begin(), m_Ready.end(), participant.number,
+                       [](uint64_t number, const C_Participant* ready) { return number < ready->number; });
+  m_Ready.insert(joined_later, &participant);
+}
+
+// Picks one of the ready threads.
 C_Simulation::C_Participant& C_Simulation::Choose_Next() {
+  if (m_Ready.empty()) Move_Time();
+  // Every one with the same chance: the k-th replaces the one held with a chance of 1 in k.
+  size_t chosen = 0;
+  for (size_t k = 2; k <= m_Ready.size(); ++k)
+    if (m_Choice() % k == 0) chosen = k - 1;
+  m_Running = m_Ready[chosen];
+  m_Ready.erase(m_Ready.begin() + static_cast<std::ptrdiff_t>(chosen));
+  m_Running->is_ready = false;
+  m_Running->point = nullptr;
+  return *m_Running;
+}
+
+// To the earliest wake-up.
+void C_Simulation::Move_Time() {
   double earliest = Forever_Ms;
   for (const auto& participant : m_Participants) earliest = std::min(earliest, participant->wake_ms);
   if (earliest == Forever_Ms) Report_Deadlock();
-  const double now = std::max(Now_Ms(), earliest);
-  m_Now_Ms.store(now, std::memory_order_relaxed);
-  uint64_t candidates = 0;
-  C_Participant* chosen = nullptr;
-  // One pass, every candidate with the same chance: the k-th replaces the one held with a chance of 1 in k.
-  for (const auto& participant : m_Participants) {
-    if (participant->wake_ms > now) continue;
-    ++candidates;
-    if (candidates == 1 || m_Choice() % candidates == 0) chosen = participant.get();
-  }
-  chosen->point = nullptr;
-  chosen->wake_ms = Forever_Ms;
-  return *chosen;
+  m_Now_Ms.store(earliest, std::memory_order_relaxed);
+  for (const auto& participant : m_Participants)
+    if (participant->wake_ms <= earliest) Make_Ready(*participant);
 }
 
 void C_Simulation::Report_Deadlock() const {

@@ -1,27 +1,28 @@
 // The simulated clock's scheduler. support/time/clock.cpp forwards its calls to it while one is installed; nothing else
 // includes this header.
 //
-// Each participating thread is in one of three states: running (exactly one), ready, or waiting, with a wake-up
-// time, at a wait point, or both. A thread that waits hands the run over to the next and blocks until it gets the run
-// again. Since only the thread that holds the run touches the scheduler, the run itself is the lock, and
-// a notification cannot be lost.
-//
-// While it is installed, all participants stay on the one processor that the installing thread ran on: a hand-over
-// within a processor costs a tenth of one that wakes another processor, and two participants never run at once anyway.
+// Each participating thread is a fiber (fiber.h) on the thread that installed the clock, or that thread itself. It is
+// in one of three states: running (exactly one), ready, or waiting, with a wake-up time, at a wait point, or both. One
+// that waits hands the run over to the next and stands still until it gets the run again. Since all of this happens on
+// one thread, nothing of the scheduler needs a lock, and a notification cannot be lost.
 #pragma once
 
-#include <sched.h>
+#include <pthread.h>
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <random>
 #include <string>
 #include <vector>
 
+#include "support/time/clock.h"
 #include "support/time/lock.h"
 
 namespace orsanta {
+
+class C_Fiber;
 
 class C_Simulation {
  public:
@@ -38,26 +39,32 @@ class C_Simulation {
   // Waits at `point` with `lock` released. Returns false when until_ms came first.
   bool Wait(const void* point, const char* what, C_Leaf_Lock& lock, double until_ms) REQUIRES(lock);
   void Notify(const void* point);
-
-  uint64_t Announce(const std::string& name);
-  void Enter(uint64_t ticket);
-  void Leave();
+  void Start(const std::string& name, std::function<void()> body);
+  // Of the calling thread; 0 and null if it does not take part.
+  uint64_t Thread_Number() const;
+  const char* Thread_Name() const;
+  // Of the calling thread; null if it does not take part, or is the installing one, which keeps what it had.
+  clock_thread::C_Values* Thread_Values();
 
  private:
   struct C_Participant;
 
   C_Participant& Self() const;
+  bool Takes_Part() const { return pthread_equal(pthread_self(), m_Thread) != 0; }
+  void Wait_Until(double until_ms);
+  void Make_Ready(C_Participant& participant);
   C_Participant& Choose_Next();
-  void Hand_Over(C_Participant& self);
+  void Move_Time();
+  C_Fiber& End();
   [[noreturn]] void Report_Deadlock() const;
 
-  void Stay_On_This_Processor();
-
-  bool m_Pinned = false;
-  cpu_set_t m_Old_Processors{};  // of the installing thread
-  std::atomic<double> m_Now_Ms{0.0};
+  const pthread_t m_Thread = pthread_self();
+  std::atomic<double> m_Now_Ms{0.0};  // read by threads that do not take part, too
   std::mt19937_64 m_Choice;
   std::vector<std::unique_ptr<C_Participant>> m_Participants;  // in the order in which they joined
+  std::vector<C_Participant*> m_Ready;                         // in the same order
+  C_Participant* m_Running = nullptr;
+  std::unique_ptr<C_Participant> m_Ended;  // the last one that did: its stack was in use until the next one ran
 };
 
 }  // namespace orsanta
