@@ -18,7 +18,6 @@ constexpr double Contact_Damping_Ratio = 0.03;
 constexpr double Stop_Damping_Ratio = 0.3;
 constexpr double Dry_Friction = 0.1;       // g
 constexpr double Viscous_Friction = 0.01;  // g for each mm/s
-constexpr double Least_Gain = 1.0;         // g/A, where the given truth would stall or reverse the coil
 constexpr double Vibration_Hz = 37.0;
 
 double Critical_Damping() {  // g for each mm/s
@@ -30,14 +29,6 @@ double Critical_Damping() {  // g for each mm/s
 
 C_Plant::C_Plant(const Force_Truth& force, double upper_stop_mm, double lower_stop_mm)
     : m_Surface(lower_stop_mm), m_Force(force), m_Upper_Stop(upper_stop_mm), m_Lower_Stop(lower_stop_mm) {}
-
-double C_Plant::Gain() const {
-  return std::max(m_Force.p[1] + m_Position * (m_Force.p[3] + m_Position * m_Force.p[4]), Least_Gain);
-}
-
-double C_Plant::Holding_Current() const {
-  return -(m_Force.p[0] + m_Force.p[2] * m_Position) / Gain();
-}
 
 // Semi-implicit Euler: the new speed from the forces at the old place, the new place from the new speed. It keeps the
 // energy of the stiff contact, so that only the modelled damping takes it away.

@@ -5,6 +5,8 @@
 // lock.
 #pragma once
 
+#include <algorithm>
+
 #include "simulator/simulator.h"
 
 namespace simulator {
@@ -24,8 +26,10 @@ class C_Plant {
   double Contact_Force() const { return m_Contact_Force; }
 
   // Grams for each ampere at the present position, and the current at which coil, spring and weight balance there.
-  double Gain() const;
-  double Holding_Current() const;
+  double Gain() const {
+    return std::max(m_Force.p[1] + m_Position * (m_Force.p[3] + m_Position * m_Force.p[4]), Least_Gain);
+  }
+  double Holding_Current() const { return -(m_Force.p[0] + m_Force.p[2] * m_Position) / Gain(); }
 
   // Where the probe first touches, and by how much that surface vibrates about it.
   void Set_Surface(double position_mm);
@@ -38,6 +42,8 @@ class C_Plant {
   void Set_Weak_Lift(bool weak) { m_Weak_Lift = weak; }
 
  private:
+  static constexpr double Least_Gain = 1.0;  // g/A, where the given truth would stall or reverse the coil
+
   double m_Position = 0.0;
   double m_Velocity = 0.0;
   double m_Contact_Force = 0.0;

@@ -58,6 +58,7 @@ void C_Server::Advance(Ticks to) {
 // The next time at which a waiting thread might continue, at most `to`.
 Ticks C_Server::Next_Look(Ticks to) const {
   Ticks next = to;
+  if (m_Unfinished == 0) return next;
   for (const auto& [number, thread] : m_Threads) {
     if (!thread.queue.empty()) next = std::min(next, Next_Look_At(thread));
   }
@@ -84,6 +85,7 @@ bool C_Server::Queue(int thread, const C_Instruction& instruction) {
   if (t.queue.empty()) t.due = m_Now + m_Pace;
   t.queue.push_back(instruction);
   ++t.queued;
+  ++m_Unfinished;
   Run_Threads();
   return true;
 }
@@ -111,13 +113,14 @@ void C_Server::Clear_Thread(int thread) {
   if (found == m_Threads.end()) return;
   C_Thread& t = found->second;
   t.finished += t.queue.size();
+  m_Unfinished -= t.queue.size();
   t.queue.clear();
   t.wait_begun = false;
 }
 
 void C_Server::Run_Threads() {
   bool progress = true;
-  while (progress) {  // one thread may have waited for what another did
+  while (progress && m_Unfinished > 0) {  // one thread may have waited for what another did
     progress = false;
     for (auto& [number, thread] : m_Threads) {
       if (!thread.queue.empty()) progress = Run(number, thread) || progress;
@@ -137,6 +140,7 @@ bool C_Server::Run(int number, C_Thread& thread) {
     thread.wait_begun = false;
     if (!wait) Execute(number, thread, ins);
     ++thread.finished;
+    --m_Unfinished;
     done_any = true;
   }
   return done_any;

@@ -100,6 +100,7 @@ class C_Server {
   const Ticks m_Pace;
   Ticks m_Now;
   std::map<int, C_Thread> m_Threads;
+  size_t m_Unfinished = 0;  // instructions of all threads; mostly there are none, and no thread is looked at
   std::deque<C_Instruction_Error> m_Errors;
   std::unordered_map<int, std::unique_ptr<C_Sample_Fifo>> m_Inputs;
   std::unordered_map<int, C_Output_Map> m_Outputs;
