@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <cerrno>
 #include <chrono>
 #include <cstdio>
 #include <cstring>
@@ -30,6 +31,8 @@ constexpr double Block_Mm = 5.0;  // the reference block, which lies under every
 constexpr int State_Ms = 200;     // between two states sent to the strip
 constexpr int Io_Channels = 8;    // of the IO card; stations beyond have none
 constexpr const char* Strip_Program = "orsanta_strip";
+constexpr int Poll_Ms = 20;  // while the strip is to end
+constexpr int Longest_End_Ms = 2000;
 constexpr int Not_Started = 127;  // status of a child that found no program
 
 struct C_Panel {
@@ -62,15 +65,20 @@ class C_Strip {
     close(from_strip[1]);
     m_In = to_strip[1];
     m_Out = from_strip[0];
+    fcntl(m_In, F_SETFL, O_NONBLOCK);  // a strip that does not read must not hold up the panel
   }
-  ~C_Strip() { Wait(); }
+  ~C_Strip() {
+    Wait();
+    if (m_Out >= 0) close(m_Out);
+  }
   C_Strip(const C_Strip&) = delete;
   C_Strip& operator=(const C_Strip&) = delete;
 
-  // One line to the strip; false when it has gone.
+  // One line to the strip; false when it has gone. A strip that does not read misses the line: a line is too short to
+  // be written in part.
   bool Tell(const std::string& line) const {
     const std::string whole = line + "\n";
-    return write(m_In, whole.data(), whole.size()) == static_cast<ssize_t>(whole.size());
+    return write(m_In, whole.data(), whole.size()) >= 0 || errno == EAGAIN;
   }
   // The next lines from the strip; false when it has gone.
   bool Read(std::string& text) const {
@@ -85,13 +93,15 @@ class C_Strip {
     if (m_In >= 0) close(m_In);
     m_In = -1;
   }
-  // Waits for its end; returns its status.
+  // Waits for its end, which it brings about where the strip does not end by itself; returns its status.
   int Wait() {
     Hang_Up();
     if (m_Pid <= 0) return m_Status;
     int status = 0;
-    waitpid(m_Pid, &status, 0);
-    close(m_Out);
+    for (int waited_ms = 0; waitpid(m_Pid, &status, WNOHANG) == 0; waited_ms += Poll_Ms) {
+      if (waited_ms == Longest_End_Ms) kill(m_Pid, SIGKILL);
+      std::this_thread::sleep_for(std::chrono::milliseconds(Poll_Ms));
+    }
     m_Pid = 0;
     m_Status = WIFEXITED(status) ? WEXITSTATUS(status) : Failed;
     return m_Status;
@@ -178,7 +188,7 @@ void Show_Panel(const C_Panel& panel) {
     show_dlg();
     closing = true;
     teller.join();
-    strip.Hang_Up();
+    strip.Wait();
     reader.join();
   }
   Orsanta_dll_uninit();

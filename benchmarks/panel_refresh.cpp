@@ -45,6 +45,8 @@ class C_Absent_Person : public C_Front {
   void Draw_Chart(unsigned, const C_Chart_Model&) override {}
   bool Is_Chart_Open(unsigned) override { return false; }
   void Close_Chart(unsigned) override {}
+  void Raise_Chart(unsigned) override {}
+  void Show_Stations(const std::vector<C_Station_Tile>&) override {}
 };
 
 long Resident_Kb() {

@@ -1,5 +1,6 @@
 #include "desktop/chart_view.h"
 
+#include <QFontMetrics>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
@@ -14,15 +15,17 @@
 namespace orsanta {
 
 namespace {
-constexpr int Left = 72;  // pixels around the plot
+constexpr int Least_Left = 72;  // pixels around the plot
 constexpr int Right = 20;
 constexpr int Top = 34;
 constexpr int Bottom = 32;
 constexpr int Tick_Text = 13;
+constexpr int Label_Gap = 8;
 constexpr int X_Tick_Width = 60;  // pixels that one label takes
 constexpr int Y_Tick_Height = 44;
 constexpr double Wheel_Step = 0.8;     // of the span for one notch
 constexpr int Key_Pan = 40;            // pixels
+constexpr double Least_X_Span = 2.0;   // measurements: below that no number would be in view
 constexpr double Point_Spacing = 6.0;  // points wider apart than this are marked
 
 QFont Small_Font(const QWidget& widget) {
@@ -39,19 +42,25 @@ C_Chart_View::C_Chart_View() {
   setObjectName(QStringLiteral("chart_view"));
 }
 
+// What is looked at stays through the drawings of one kind; another kind, with another title, is shown whole.
 void C_Chart_View::Set_Model(const C_Chart_Model& model) {
+  if (model.title != m_Model.title) m_Following = true;
   m_Model = model;
   const size_t count = std::min(m_Model.x.size(), m_Model.y.size());
   m_Model.x.resize(count);
   m_Model.y.resize(count);
   if (!m_Has_View || (m_Following && m_Model.axes_follow)) Fit_Axes();
-  Find_Nearest();
-  update();
+  View_Changed();
 }
 
 void C_Chart_View::Follow() {
   m_Following = true;
   Fit_Axes();
+  View_Changed();
+}
+
+void C_Chart_View::View_Changed() {
+  Place_Axes();
   Find_Nearest();
   update();
 }
@@ -78,8 +87,15 @@ void C_Chart_View::Fit_Axes() {
   m_Has_View = true;
 }
 
+// The longest label of the y axis sets where the plot begins.
 void C_Chart_View::Place_Axes() {
-  m_Plot = QRectF(Left, Top, width() - Left - Right, height() - Top - Bottom);
+  const int plot_height = height() - Top - Bottom;
+  m_Y_Ticks = Make_Ticks(m_Y, std::max(2, plot_height / Y_Tick_Height), false);
+  int left = Least_Left;
+  const QFontMetrics metrics(Small_Font(*this));
+  for (const C_Chart_Tick& tick : m_Y_Ticks)
+    left = std::max(left, metrics.horizontalAdvance(tick.label) + 2 * Label_Gap);
+  m_Plot = QRectF(left, Top, width() - left - Right, plot_height);
   m_X.first = m_Plot.left();
   m_X.last = m_Plot.right();
   m_Y.first = m_Plot.bottom();
@@ -87,24 +103,21 @@ void C_Chart_View::Place_Axes() {
 }
 
 void C_Chart_View::resizeEvent(QResizeEvent*) {
-  Place_Axes();
-  Find_Nearest();
+  View_Changed();
 }
 
 void C_Chart_View::Zoom(const QPointF& place, double factor, bool along_x, bool along_y) {
   m_Following = false;
-  if (along_x) m_X.Zoom(place.x(), factor);
+  if (along_x && (factor > 1.0 || (m_X.high - m_X.low) * factor >= Least_X_Span)) m_X.Zoom(place.x(), factor);
   if (along_y) m_Y.Zoom(place.y(), factor);
-  Find_Nearest();
-  update();
+  View_Changed();
 }
 
 void C_Chart_View::Shift(const QPointF& pixels) {
   m_Following = false;
   m_X.Shift(pixels.x());
   m_Y.Shift(pixels.y());
-  Find_Nearest();
-  update();
+  View_Changed();
 }
 
 void C_Chart_View::wheelEvent(QWheelEvent* event) {
@@ -208,13 +221,13 @@ void C_Chart_View::Draw_Grid(QPainter& painter) const {
     painter.drawText(QRectF(pixel - X_Tick_Width / 2.0, m_Plot.bottom() + 4, X_Tick_Width, Bottom - 4),
                      Qt::AlignHCenter | Qt::AlignTop, tick.label);
   }
-  const int y_most = std::max(2, static_cast<int>(m_Plot.height()) / Y_Tick_Height);
-  for (const C_Chart_Tick& tick : Make_Ticks(m_Y, y_most, false)) {
+  for (const C_Chart_Tick& tick : m_Y_Ticks) {
     const double pixel = std::round(m_Y.To_Pixel(tick.value));
     painter.setPen(theme::Rule);
     painter.drawLine(QPointF(m_Plot.left(), pixel), QPointF(m_Plot.right(), pixel));
     painter.setPen(theme::Quiet);
-    painter.drawText(QRectF(0, pixel - 12, Left - 8, 24), Qt::AlignRight | Qt::AlignVCenter, tick.label);
+    painter.drawText(QRectF(0, pixel - 12, m_Plot.left() - Label_Gap, 24), Qt::AlignRight | Qt::AlignVCenter,
+                     tick.label);
   }
   painter.setPen(theme::Quiet);
   painter.drawRect(m_Plot);

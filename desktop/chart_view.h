@@ -6,6 +6,7 @@
 
 #include <QWidget>
 #include <optional>
+#include <vector>
 
 #include "desktop/chart_axis.h"
 #include "support/dialog/front.h"
@@ -37,6 +38,7 @@ class C_Chart_View : public QWidget {
   void keyPressEvent(QKeyEvent* event) override;
 
  private:
+  void View_Changed();
   void Fit_Axes();
   void Place_Axes();
   void Zoom(const QPointF& place, double factor, bool along_x, bool along_y);
@@ -52,6 +54,7 @@ class C_Chart_View : public QWidget {
   bool m_Following = true;  // until the operator zooms or pans
   C_Chart_Axis m_X;
   C_Chart_Axis m_Y;
+  std::vector<C_Chart_Tick> m_Y_Ticks;
   QRectF m_Plot;  // within the axes
   std::optional<QPointF> m_Pointer;
   std::optional<QPointF> m_Drag_From;

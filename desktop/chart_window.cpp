@@ -1,11 +1,14 @@
 #include "desktop/chart_window.h"
 
 #include <QCloseEvent>
+#include <QDateTime>
 #include <QFileDialog>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QPainter>
 #include <QPixmap>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QSaveFile>
 #include <QVBoxLayout>
 #include <algorithm>
@@ -15,6 +18,10 @@
 #include "desktop/window_head.h"
 
 namespace orsanta {
+
+namespace {
+constexpr int Title_Height = 40;  // of a saved picture, pixels
+}  // namespace
 
 C_Chart_Window::C_Chart_Window(const C_Chart_Model& model, std::function<void()> closed)
     : QWidget(nullptr, Qt::Window), m_Closed(std::move(closed)) {
@@ -39,7 +46,10 @@ C_Chart_Window::C_Chart_Window(const C_Chart_Model& model, std::function<void()>
     QObject::connect(button, &QPushButton::clicked, this, std::move(work));
     foot->addWidget(button);
   };
-  add_button(QStringLiteral("显示全部"), "follow", [this] { m_View->Follow(); });
+  add_button(QStringLiteral("显示全部"), "follow", [this] {
+    m_View->Follow();
+    m_View->setFocus();  // the arrows go on moving the chart
+  });
   add_button(QStringLiteral("保存图片"), "save_png",
              [this] { Ask_And_Save(QStringLiteral("PNG (*.png)"), QStringLiteral("png"), &C_Chart_Window::Save_Png); });
   add_button(QStringLiteral("保存数据"), "save_csv",
@@ -63,7 +73,9 @@ void C_Chart_Window::Redraw(const C_Chart_Model& model) {
 
 void C_Chart_Window::Ask_And_Save(const QString& filter, const QString& suffix,
                                   QString (C_Chart_Window::*save)(const QString&)) {
-  auto* dialog = new QFileDialog(this, QString(), QString(), filter);
+  auto* dialog = new QFileDialog(this, windowTitle(), QString(), filter);
+  dialog->setOption(QFileDialog::DontUseNativeDialog);  // its texts are ours, in the language of the panel
+  dialog->selectFile(File_Name() + QLatin1Char('.') + suffix);
   dialog->setAttribute(Qt::WA_DeleteOnClose);
   dialog->setAcceptMode(QFileDialog::AcceptSave);
   dialog->setDefaultSuffix(suffix);
@@ -74,8 +86,26 @@ void C_Chart_Window::Ask_And_Save(const QString& filter, const QString& suffix,
   dialog->open();
 }
 
+// Title and time, without what a file system may not take.
+QString C_Chart_Window::File_Name() const {
+  QString name = windowTitle() + QDateTime::currentDateTime().toString(QStringLiteral(" yyyy-MM-dd hh.mm.ss"));
+  return name.replace(QRegularExpression(QStringLiteral("[/\\\\:：*?\"<>|]")), QStringLiteral(" "));
+}
+
+// The drawing under its title, with unit and station, and the time.
 QString C_Chart_Window::Save_Png(const QString& path) {
-  const QPixmap picture = m_View->grab();
+  const QPixmap drawing = m_View->grab();
+  QPixmap picture(drawing.size() + QSize(0, static_cast<int>(Title_Height * drawing.devicePixelRatio())));
+  picture.setDevicePixelRatio(drawing.devicePixelRatio());
+  picture.fill(theme::Paper);
+  QPainter painter(&picture);
+  painter.setPen(theme::Ink);
+  const QRect head(12, 0, m_View->width() - 24, Title_Height);
+  painter.drawText(head, Qt::AlignLeft | Qt::AlignVCenter, windowTitle());
+  painter.drawText(head, Qt::AlignRight | Qt::AlignVCenter,
+                   QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd hh:mm:ss")));
+  painter.drawPixmap(0, Title_Height, drawing);
+  painter.end();
   QSaveFile file(path);
   if (file.open(QIODevice::WriteOnly) && picture.save(&file, "PNG") && file.commit()) return QString();
   return QStringLiteral("无法写入 %1：%2").arg(path, file.errorString());
@@ -83,7 +113,8 @@ QString C_Chart_Window::Save_Png(const QString& path) {
 
 QString C_Chart_Window::Save_Csv(const QString& path) {
   QSaveFile file(path);
-  bool good = file.open(QIODevice::WriteOnly | QIODevice::Text) && file.write("number,value\n") > 0;
+  bool good = file.open(QIODevice::WriteOnly | QIODevice::Text) &&
+              file.write(("序号,\"" + windowTitle() + "\"\n").toUtf8()) > 0;
   const size_t count = std::min(m_Model.x.size(), m_Model.y.size());
   for (size_t i = 0; good && i < count; ++i) {
     const QByteArray line = QByteArray::number(m_Model.x[i], 'g', 17) + ',' + QByteArray::number(m_Model.y[i], 'g', 17);

@@ -26,6 +26,7 @@ class C_Chart_Window : public QWidget {
   void closeEvent(QCloseEvent* event) override;
 
  private:
+  QString File_Name() const;
   void Ask_And_Save(const QString& filter, const QString& suffix, QString (C_Chart_Window::*save)(const QString&));
 
   std::function<void()> m_Closed;

@@ -139,6 +139,20 @@ bool C_Desktop_Front::Is_Chart_Open(unsigned chart) {
   return found != m_Charts.end() && found->second.open;
 }
 
+void C_Desktop_Front::Raise_Chart(unsigned chart) {
+  m_Thread.Post([this, chart] { m_Windows->Raise_Chart(chart); });
+}
+
+// Most of the time nothing has changed.
+void C_Desktop_Front::Show_Stations(const std::vector<C_Station_Tile>& tiles) {
+  {
+    const C_Lock_Guard hold(m_Lock);
+    if (tiles == m_Tiles) return;
+    m_Tiles = tiles;
+  }
+  m_Thread.Post([this, tiles] { m_Windows->Show_Stations(tiles); });
+}
+
 void C_Desktop_Front::Close_Chart(unsigned chart) {
   {
     const C_Lock_Guard hold(m_Lock);

@@ -34,6 +34,8 @@ class C_Desktop_Front : public C_Front {
   void Draw_Chart(unsigned chart, const C_Chart_Model& model) override;
   bool Is_Chart_Open(unsigned chart) override;
   void Close_Chart(unsigned chart) override;
+  void Raise_Chart(unsigned chart) override;
+  void Show_Stations(const std::vector<C_Station_Tile>& tiles) override;
 
  private:
   struct C_Chart_State {
@@ -59,7 +61,8 @@ class C_Desktop_Front : public C_Front {
   int m_Last_Message GUARDED_BY(m_Lock) = 0;
   std::map<int, C_Open_Message> m_Messages GUARDED_BY(m_Lock);
   std::map<unsigned, C_Chart_State> m_Charts GUARDED_BY(m_Lock);
-  std::unique_ptr<C_Window_Manager> m_Windows;  // made, used and ended on the Qt thread
+  std::vector<C_Station_Tile> m_Tiles GUARDED_BY(m_Lock);  // as last shown
+  std::unique_ptr<C_Window_Manager> m_Windows;             // made, used and ended on the Qt thread
   C_Qt_Thread& m_Thread = C_Qt_Thread::Get();
 };
 

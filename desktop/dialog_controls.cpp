@@ -6,6 +6,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QScreen>
 #include <QStyle>
 #include <QVBoxLayout>
 #include <algorithm>
@@ -20,6 +21,10 @@ namespace {
 
 constexpr double Unit_Of_Panels = 20.0;  // pixels of one unit of width in windows of buttons
 constexpr double Unit_Of_Forms = 36.0;   // and in windows of edits, whose captions are longer
+constexpr int Narrow_Column = 122;       // pixels: the longest caption in narrow text
+constexpr int Greatest_Stretch = 3;      // of a column in a wide window, against its least width, in halves
+constexpr int Narrow_Text = 14;          // pixels
+constexpr int Title_Height = 24;         // of the station's name above its column, pixels
 
 void Set_Mark(QWidget* widget, const char* property, const QVariant& value) {
   if (widget->property(property) == value) return;
@@ -60,36 +65,55 @@ C_Dialog_Controls::C_Dialog_Controls(const C_Dialog_Model& model, int row_height
   std::map<int, double> widths;
   for (const C_Control_Model& control : model.controls) {
     double& width = widths[control.column];
-    width = std::max(width, static_cast<double>(control.width));
+    width = std::max(width, static_cast<double>(control.width) * (m_Is_Form ? Unit_Of_Forms : Unit_Of_Panels));
   }
+  double whole = 0.0;
+  for (const auto& [number, width] : widths) whole += width + theme::Row_Gap;
+  m_Is_Narrow = whole > screen()->availableGeometry().width();
+  setProperty("narrow", m_Is_Narrow);
+  const int margin = m_Is_Narrow ? 4 : 12;
   auto* row = new QHBoxLayout(this);
-  row->setContentsMargins(12, 12, 12, 12);
-  row->setSpacing(10);
+  row->setContentsMargins(margin, margin, margin, margin);
+  row->setSpacing(m_Is_Narrow ? 4 : 10);
   for (const auto& [number, width] : widths) {
     QWidget* column = Make_Column(model, number);
-    column->setMinimumWidth(static_cast<int>(width * (m_Is_Form ? Unit_Of_Forms : Unit_Of_Panels)));
-    row->addWidget(column, static_cast<int>(width * 10.0));
+    column->setMinimumWidth(m_Is_Narrow ? Narrow_Column : static_cast<int>(width));
+    if (!m_Is_Form) column->setMaximumWidth(static_cast<int>(width) * Greatest_Stretch / 2);
+    row->addWidget(column, static_cast<int>(width));
   }
 }
 
-// Rows shrink a little before a column scrolls.
+// Rows shrink a little before a column scrolls, and grow where there is room.
 int C_Dialog_Controls::Row_Height(const C_Dialog_Model& model, int space) {
-  std::map<int, int> rows;
-  int most = 1;
+  std::map<int, std::pair<int, int>> columns;  // rows of buttons, and pixels of all else
+  int height = model.confirms ? theme::Row_Height : theme::Greatest_Row_Height;
   for (const C_Control_Model& control : model.controls) {
-    most = std::max(most, rows[control.column] += control.rows);
+    auto& [rows, fixed] = columns[control.column];
+    if (control.kind == C_Control_Kind::Dynamic_Display) {
+      fixed += C_Status_Display::Height(control.rows, static_cast<double>(control.text_scale)) + theme::Row_Gap;
+    } else {
+      rows += control.rows;
+    }
+    const int title = model.stations.count(control.column) != 0 ? Title_Height : 0;
+    if (rows > 0) height = std::min(height, (space - fixed - title) / rows - theme::Row_Gap);
   }
-  return std::clamp(space / most - theme::Row_Gap, theme::Least_Row_Height, theme::Row_Height);
+  return std::max(height, theme::Least_Row_Height);
 }
 
 QWidget* C_Dialog_Controls::Make_Column(const C_Dialog_Model& model, int number) {
   auto* column = new QFrame;
   column->setObjectName(m_Is_Form ? QStringLiteral("form") : QStringLiteral("column"));
   auto* layout = new QVBoxLayout(column);
-  layout->setContentsMargins(10, 10, 10, 10);
+  const int margin = m_Is_Narrow ? 3 : 10;
+  layout->setContentsMargins(margin, margin, margin, margin);
   layout->setSpacing(m_Is_Form ? 4 : theme::Row_Gap);
   const auto station = model.stations.find(number);
   const QString name = station != model.stations.end() ? To_Qt(Station_Name(station->second)) : QString();
+  if (model.shows_stations && !name.isEmpty()) {
+    QLabel* title = Make_Label(name, "column_title");
+    title->setFixedHeight(Title_Height - theme::Row_Gap);
+    layout->addWidget(title);
+  }
   for (size_t i = 0; i < model.controls.size(); ++i) {
     if (model.controls[i].column != number) continue;
     m_Controls[i].station = name;
@@ -155,8 +179,11 @@ QPushButton* C_Dialog_Controls::Make_Button(int index, const C_Control_Model& mo
   auto* button = new QPushButton(To_Qt(model.caption));
   button->setMinimumHeight(model.rows * m_Row_Height);
   QFont text_font = font();
-  text_font.setPixelSize(static_cast<int>(theme::Normal_Text * static_cast<double>(model.text_scale)));
+  const int size = m_Is_Narrow ? Narrow_Text : theme::Normal_Text;
+  text_font.setPixelSize(static_cast<int>(size * static_cast<double>(model.text_scale)));
   button->setFont(text_font);
+  button->setProperty("main", model.is_main);
+  button->setProperty("narrow", m_Is_Narrow);
   button->setAutoDefault(true);
   QObject::connect(button, &QPushButton::clicked, this, [this, index] { m_Pressed(index); });
   return button;

@@ -55,7 +55,8 @@ class C_Dialog_Controls : public QWidget {
 
   std::vector<C_Control> m_Controls;
   bool m_Is_Form;
-  int m_Row_Height;  // pixels
+  bool m_Is_Narrow = false;  // more columns than the screen takes at their full width
+  int m_Row_Height;          // pixels
   std::function<void(int)> m_Pressed;
   std::function<void(int)> m_Edited;
 };

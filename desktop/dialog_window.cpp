@@ -13,6 +13,7 @@
 
 #include "desktop/busy_indicator.h"
 #include "desktop/dialog_controls.h"
+#include "desktop/station_board.h"
 #include "desktop/status_line.h"
 #include "desktop/theme.h"
 #include "desktop/window_head.h"
@@ -40,9 +41,14 @@ C_Dialog_Window::C_Dialog_Window(int number, const C_Dialog_Model& model, std::s
   layout->setContentsMargins(1, 1, 1, 1);
   layout->setSpacing(0);
   layout->addWidget(new C_Window_Head(this));
+  int space = screen()->availableGeometry().height() - Window_Frame - Around_Columns;
+  if (model.shows_stations) {
+    m_Board = new C_Station_Board(static_cast<int>(model.stations.size()), [this](const QString& text) { Say(text); });
+    layout->addWidget(m_Board);
+    space -= m_Board->height();
+  }
   m_Busy_Mark = new C_Busy_Indicator;
   layout->addWidget(m_Busy_Mark);
-  const int space = screen()->availableGeometry().height() - Window_Frame - Around_Columns;
   m_Controls = new C_Dialog_Controls(
       model, C_Dialog_Controls::Row_Height(model, space), [this](int control) { Press(control); },
       [this](int control) { m_Link->Forget(control); });
@@ -139,6 +145,18 @@ void C_Dialog_Window::Refuse_Press(int control, const QString& reason) {
 void C_Dialog_Window::Show_Running(const QString& name) {
   m_Busy_Mark->Run(!name.isEmpty());
   if (m_Status != nullptr) m_Status->Show_Running(name);
+}
+
+void C_Dialog_Window::Show_News(const QString& text) {
+  if (m_Status != nullptr) m_Status->Show_News(text);
+}
+
+void C_Dialog_Window::Show_Stations(const std::vector<C_Station_Tile>& tiles) {
+  if (m_Board != nullptr) m_Board->Show(tiles);
+}
+
+void C_Dialog_Window::Show_Message(int station, const QString& text, bool waits) {
+  if (m_Board != nullptr) m_Board->Show_Message(station, text, waits);
 }
 
 void C_Dialog_Window::Say(const QString& text) {

@@ -9,6 +9,7 @@
 #include <QElapsedTimer>
 #include <map>
 #include <memory>
+#include <vector>
 
 #include "desktop/dialog_link.h"
 
@@ -18,6 +19,7 @@ namespace orsanta {
 
 class C_Busy_Indicator;
 class C_Dialog_Controls;
+class C_Station_Board;
 class C_Status_Line;
 
 class C_Dialog_Window : public QDialog {
@@ -32,6 +34,10 @@ class C_Dialog_Window : public QDialog {
   void Refuse_Press(int control, const QString& reason);
   // Says at the bottom that the command with that name runs, here or in another dialog; empty for none.
   void Show_Running(const QString& name);
+  void Show_News(const QString& text);
+  // In a window that shows the stations; in others they do nothing.
+  void Show_Stations(const std::vector<C_Station_Tile>& tiles);
+  void Show_Message(int station, const QString& text, bool waits);
   // Says it for some seconds.
   void Say(const QString& text);
   // The station of a control, where it has one, and its caption.
@@ -63,7 +69,8 @@ class C_Dialog_Window : public QDialog {
   C_Busy_Indicator* m_Busy_Mark = nullptr;
   C_Dialog_Controls* m_Controls = nullptr;
   QScrollArea* m_Scroll = nullptr;
-  C_Status_Line* m_Status = nullptr;  // null in a dialog that confirms
+  C_Status_Line* m_Status = nullptr;   // null in a dialog that confirms
+  C_Station_Board* m_Board = nullptr;  // null in a window that does not show the stations
 };
 
 }  // namespace orsanta

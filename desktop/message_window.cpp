@@ -4,9 +4,11 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QScreen>
 #include <QStyle>
 #include <QVBoxLayout>
+#include <algorithm>
 #include <utility>
 
 #include "desktop/theme.h"
@@ -21,6 +23,18 @@ constexpr int Set_Off_X = 36;  // pixels between boxes that stand open together:
 constexpr int Set_Off_Y = 72;
 constexpr int Places = 6;        // set-offs before the first place is used again
 constexpr int Text_Width = 380;  // pixels of the narrowest text
+constexpr int Greatest_Text_Width = 620;
+// A path may be broken behind each of its slashes.
+QString With_Breaks(const QString& text) {
+  constexpr int Longest_Word = 30;
+  QString broken = text;
+  for (const QString& word : text.split(QRegularExpression(QStringLiteral("\\s")))) {
+    if (word.size() <= Longest_Word || !word.contains(QLatin1Char('/'))) continue;
+    broken.replace(word, QString(word).replace(QLatin1Char('/'), QStringLiteral("/\u200B")));
+  }
+  return broken;
+}
+
 }  // namespace
 
 C_Message_Window::C_Message_Window(const C_Message_Model& model, int place, std::function<void(int)> answered,
@@ -51,11 +65,14 @@ C_Message_Window::C_Message_Window(const C_Message_Model& model, int place, std:
   icon->setPixmap(style()->standardIcon(picture).pixmap(40, 40));
   icon->setObjectName((model.flags & Box_Stop_Icon) != 0 ? QStringLiteral("stop_icon") : QStringLiteral("icon"));
   row->addWidget(icon, 0, Qt::AlignTop);
-  auto* text = new QLabel(To_Qt(model.text));
+  auto* text = new QLabel(With_Breaks(To_Qt(model.text)));
   text->setTextFormat(Qt::PlainText);
   text->setObjectName(QStringLiteral("message"));
   text->setWordWrap(true);
-  text->setMinimumWidth(Text_Width);
+  text->ensurePolished();
+  const int widest = text->fontMetrics().boundingRect(QRect(), 0, text->text()).width();
+  text->setFixedWidth(std::clamp(widest + 2, Text_Width, Greatest_Text_Width));
+  text->setMinimumHeight(text->heightForWidth(text->width()));  // all its lines, however long a path in it is
   row->addWidget(text, 1);
   layout->addLayout(row);
 

@@ -12,6 +12,7 @@
 #include <thread>
 #include <utility>
 
+#include "desktop/chinese_texts.h"
 #include "desktop/display.h"
 #include "desktop/theme.h"
 
@@ -85,6 +86,7 @@ void C_Qt_Thread::Run(const std::function<void(const std::string&)>& started) {
   display.keeps.reset();
   setlocale(LC_ALL, host_locale.c_str());
   QApplication::setQuitOnLastWindowClosed(false);
+  Install_Chinese_Texts();
   if (!Set_Up_Look()) {
     fputs(
         "orsanta: no font with Chinese was found, texts will show as boxes; install one, for example the package "

@@ -12,11 +12,18 @@ constexpr int Margin = 10;
 constexpr int Caption_Height = 24;
 constexpr int Smallest_Text = 12;
 constexpr double Line_Height = 1.15;  // of the text size
+int Largest_Text(double scale) {
+  return static_cast<int>(theme::Normal_Text * scale);
+}
 }  // namespace
 
+int C_Status_Display::Height(int rows, double scale) {
+  return Caption_Height + static_cast<int>(Line_Height * rows * Largest_Text(scale)) + Margin;
+}
+
 C_Status_Display::C_Status_Display(const QString& caption, int rows, double scale)
-    : m_Caption(caption), m_Largest_Text(static_cast<int>(2.0 * theme::Normal_Text * scale)) {
-  setMinimumHeight(Caption_Height + static_cast<int>(Line_Height * rows * m_Largest_Text) + Margin);
+    : m_Caption(caption), m_Largest_Text(Largest_Text(scale)) {
+  setMinimumHeight(Height(rows, scale));
   setAccessibleName(caption);
 }
 

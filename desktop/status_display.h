@@ -1,5 +1,4 @@
-// A display that can be read from two metres: light text on a dark ground, as large as its space allows. Qt thread
-// only.
+// The text of a station in its column: light on a dark ground, as large as its space allows. Qt thread only.
 #pragma once
 
 #include <QWidget>
@@ -10,6 +9,7 @@ class C_Status_Display : public QWidget {
  public:
   // rows: height in rows. scale: size of the text against the normal one.
   C_Status_Display(const QString& caption, int rows, double scale);
+  static int Height(int rows, double scale);  // the least, pixels
 
   void Set_Text(const QString& text);  // lines are parted by line feeds
   QString Text() const { return m_Text; }

@@ -35,11 +35,15 @@ QLabel#status_line[kind="running"] { color: #FFD27A; }
 QLabel#status_line[kind="said"] { background: #FFD27A; color: #14202B; font-weight: 600; }
 QFrame#column, QFrame#form { background: #FFFFFF; border: 1px solid #D5DBE1; border-radius: 6px; }
 QPushButton { background: #F4F6F8; color: #14202B; border: 1px solid #A9B4BF; border-radius: 4px; padding: 2px 8px; }
+QPushButton[narrow="true"] { padding: 2px 1px; }
+QPushButton[main="true"] { background: #0B5CAD; color: #FFFFFF; border: 1px solid #083A6E; font-weight: 700; }
+QPushButton[main="true"]:focus { border: 3px solid #14202B; }
 QPushButton:hover { background: #E6EEF7; border-color: #0B5CAD; }
 QPushButton:focus { border: 2px solid #0B5CAD; }
-QPushButton[command="waiting"] { background: #CFE2F6; border: 2px dashed #0B5CAD; }
-QPushButton[command="running"] { background: #FFD27A; border: 2px solid #8A5A00; }
-QPushButton[command="asks"] { background: #CFE2F6; border: 3px solid #0B5CAD; font-weight: 600; }
+QPushButton[main="true"]:hover { background: #0A4F95; }
+QPushButton[command="waiting"] { background: #CFE2F6; color: #14202B; border: 2px dashed #0B5CAD; }
+QPushButton[command="running"] { background: #FFD27A; color: #14202B; border: 2px solid #8A5A00; }
+QPushButton[command="asks"] { background: #CFE2F6; color: #14202B; border: 3px solid #0B5CAD; font-weight: 600; }
 QPushButton:pressed { background: #0B5CAD; color: #FFFFFF; border-color: #0B5CAD; }
 QPushButton:disabled { background: #ECEFF2; color: #A9B4BF; border-color: #D5DBE1; }
 QPushButton:checked { background: #0B5CAD; color: #FFFFFF; }
@@ -53,6 +57,7 @@ QLineEdit:focus { border: 2px solid #0B5CAD; }
 QLineEdit[refused="true"] { border: 2px solid #B41E1E; background: #FDF1F1; }
 QCheckBox { spacing: 10px; }
 QCheckBox::indicator { width: 20px; height: 20px; }
+QLabel#column_title { color: #14202B; font-weight: 700; font-size: 15px; }
 QLabel#caption { color: #14202B; }
 QLabel#hint { color: #5A6876; font-size: 14px; margin-bottom: 5px; }
 QLabel#hint[refused="true"] { color: #B41E1E; font-weight: 600; }

@@ -23,7 +23,8 @@ const QColor Display_Back(0x0C, 0x1A, 0x24);  // status displays
 const QColor Display_Ink(0xE9, 0xF7, 0xEF);
 const QColor Display_Caption(0x9F, 0xB6, 0xC4);
 const QColor Alarm(0xB4, 0x1E, 0x1E);
-constexpr int Row_Height = 38;        // pixels of one row of controls
+constexpr int Row_Height = 38;  // pixels of one row of controls
+constexpr int Greatest_Row_Height = 52;
 constexpr int Row_Gap = 6;            // between rows
 constexpr int Least_Row_Height = 28;  // of a row, where many must fit
 constexpr int Normal_Text = 16;       // pixel size of text at scale 1

@@ -1,6 +1,7 @@
 #include "desktop/window_manager.h"
 
 #include <QApplication>
+#include <QDateTime>
 #include <QScreen>
 #include <algorithm>
 
@@ -92,6 +93,8 @@ QWidget* C_Window_Manager::Blocker_Of(const QWidget* window) const {
 void C_Window_Manager::Open_Dialog(int number, const C_Dialog_Model& model, std::shared_ptr<C_Dialog_Link> link) {
   auto* window = new C_Dialog_Window(number, model, std::move(link), Window_To_Stand_On(model.owner));
   m_Dialogs.push_back({number, model.owner, model.confirms, window});
+  window->Show_Stations(m_Tiles);
+  Show_Last_Messages();
   Bring_To_Front(*window);
   for (const C_Open_Box& box : m_Boxes) {
     if (Find(box.owner) == nullptr) Stand_On(*box.window, window);
@@ -139,11 +142,43 @@ void C_Window_Manager::Refuse_Press(int number, int control, const std::wstring&
 void C_Window_Manager::Show_Message(const C_Message_Model& model, std::function<void(int)> answered) {
   auto* box = new C_Message_Window(model, static_cast<int>(m_Boxes.size()), std::move(answered),
                                    Window_To_Stand_On(model.owner));
-  m_Boxes.push_back({model.owner, box});
+  m_Boxes.push_back({model.owner, model.station, box});
   QObject::connect(box, &QObject::destroyed, qApp, [this, box] {
     std::erase_if(m_Boxes, [box](const C_Open_Box& open) { return open.window == box; });
+    Show_Last_Messages();
   });
+  Note_Message(model);
   Bring_To_Front(*box);
+}
+
+void C_Window_Manager::Note_Message(const C_Message_Model& model) {
+  const QString time = QDateTime::currentDateTime().toString(QStringLiteral("hh:mm:ss "));
+  const QString text = To_Qt(model.text).simplified();
+  m_Messages[model.station].text = time + text;
+  m_News = time + (model.station == 0 ? QString() : To_Qt(Station_Name(model.station)) + QStringLiteral("：")) + text;
+  Show_Last_Messages();
+}
+
+void C_Window_Manager::Show_Last_Messages() {
+  for (auto& [station, message] : m_Messages) {
+    const int number = station;
+    message.waits =
+        std::any_of(m_Boxes.begin(), m_Boxes.end(), [number](const auto& box) { return box.station == number; });
+    for (const C_Open_Dialog& open : m_Dialogs) open.window->Show_Message(station, message.text, message.waits);
+  }
+  for (const C_Open_Dialog& open : m_Dialogs) open.window->Show_News(m_News);
+}
+
+void C_Window_Manager::Show_Stations(const std::vector<C_Station_Tile>& tiles) {
+  m_Tiles = tiles;
+  for (const C_Open_Dialog& open : m_Dialogs) open.window->Show_Stations(tiles);
+}
+
+void C_Window_Manager::Raise_Chart(unsigned chart) {
+  const auto found = m_Charts.find(chart);
+  if (found == m_Charts.end()) return;
+  found->second->setWindowState(found->second->windowState() & ~Qt::WindowMinimized);
+  Bring_To_Front(*found->second);
 }
 
 void C_Window_Manager::Draw_Chart(unsigned chart, const C_Chart_Model& model, std::function<void()> closed) {

@@ -5,6 +5,7 @@
 // manages the windows of the desktop.
 #pragma once
 
+#include <QString>
 #include <functional>
 #include <map>
 #include <memory>
@@ -37,6 +38,9 @@ class C_Window_Manager {
   // closed: the operator closed the chart.
   void Draw_Chart(unsigned chart, const C_Chart_Model& model, std::function<void()> closed);
   void Close_Chart(unsigned chart);
+  void Raise_Chart(unsigned chart);
+
+  void Show_Stations(const std::vector<C_Station_Tile>& tiles);
 
  private:
   struct C_Open_Dialog {
@@ -47,8 +51,18 @@ class C_Window_Manager {
   };
   struct C_Open_Box {
     int owner;
+    int station;
     C_Message_Window* window;
   };
+
+  struct C_Last_Message {
+    QString text;  // with its time
+    bool waits = false;
+  };
+
+  // Keeps the message, so that it can be read once its box is answered.
+  void Note_Message(const C_Message_Model& model);
+  void Show_Last_Messages();
 
   const C_Open_Dialog* Find(int number) const;
   const C_Open_Dialog* Find(const QWidget* window) const;
@@ -63,6 +77,9 @@ class C_Window_Manager {
   std::vector<C_Open_Dialog> m_Dialogs;  // in the order of their opening
   std::vector<C_Open_Box> m_Boxes;
   std::map<unsigned, C_Chart_Window*> m_Charts;
+  std::vector<C_Station_Tile> m_Tiles;
+  std::map<int, C_Last_Message> m_Messages;  // by station; 0 for those of none
+  QString m_News;                            // the newest message of all
   C_Input_Gate m_Gate;
 };
 

@@ -181,6 +181,7 @@ int Run(const std::string& platform, const std::string& argument) {
   Set_Up_Look();
   C_Strip strip(stations);
   const C_Host_Lines lines(strip);
+  strip.setAttribute(Qt::WA_ShowWithoutActivating);
   QTimer::singleShot(Show_After_Ms, &strip, [&strip] { strip.show(); });
   return QApplication::exec();
 }

@@ -120,6 +120,7 @@ void C_ORS_Dlg::Show_Chart(int index, int kind) {
   const CMyStringW title = Format_Text(kind == 2 ? "电机：%d测量温度" : "电机：%d测量结果", index + 1);
   m_pMotorBase->PlotWorkers[index]->Plot_Last(title.Text(), data.Copy(), static_cast<int>(m_pMotorBase->PlotPointNum),
                                               0);
+  m_pMotorBase->PlotWorkers[index]->Raise();
 }
 
 // Required: of the station that was charted last, which need not be the one of this dialog; operators clear what they

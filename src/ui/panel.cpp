@@ -6,6 +6,7 @@
 #include "support/dialog/small_dialog.h"
 #include "ui/panel_ids.h"
 #include "ui/plot_task.h"
+#include "ui/station_board.h"
 
 namespace orsanta {
 
@@ -45,11 +46,14 @@ C_ORS_Dlg::C_ORS_Dlg(C_VoiceMotorBase* base) : m_pMotorBase(base) {
   for (const C_Button& button : Global_Buttons) Add_Panel_Button(button.caption, base->StationCount, button.sub_id);
   for (int i = 0; i < base->StationCount; ++i) base->PlotWorkers.Add(new plot_task(base, i));
   if (m_StateText.GetSize() < 1) return;
+  ShowStations();
+  m_Board = std::make_unique<C_Station_Board>(*base);
   SetCaptionName((std::wstring(L"Orsanta控制系统 ") + Build_Date).c_str());
   DoParameterDlg(1, 0, 1.0F, 0, nullptr, nullptr, 1);
 }
 
 C_ORS_Dlg::~C_ORS_Dlg() {
+  for (plot_task* worker : m_pMotorBase->PlotWorkers) worker->Ask_To_End();
   for (int i = 0; i < m_pMotorBase->StationCount; ++i) {
     delete m_pMotorBase->PlotWorkers[0];
     m_pMotorBase->PlotWorkers.DelStartData();
@@ -81,6 +85,7 @@ void C_ORS_Dlg::Add_Station_Column(int index) {
   m_ResultText.Add(title);
   if (m_pMotorBase->StationList[index]->Get_Motor_Ready() != 0) {
     for (const C_Button& button : Station_Buttons) Add_Panel_Button(button.caption, index, button.sub_id);
+    for (const int sub_id : {panel_id::Measure, panel_id::Return_Probe}) SetMainButton(Id(index, sub_id));
     AddDataDynamicDisp(Format_Text("微米仪%d状态", can_id), index, C_Small_Dialog::Control_Width, 2, this, Refresh_Ms,
                        Id(index, panel_id::Status), 1, 1.5F);
     Add_Panel_Button(L"高级功能", index, panel_id::Advanced);

@@ -13,6 +13,7 @@
 // settings by mistake, and no one else.
 #pragma once
 
+#include <memory>
 #include <string>
 
 #include "support/base/array.h"
@@ -22,6 +23,7 @@
 
 namespace orsanta {
 
+class C_Station_Board;
 class C_VoiceMotor;
 class C_VoiceMotorBase;
 
@@ -82,6 +84,7 @@ class C_ORS_Dlg : public CParameterInOutDlg, public CParameterInOutDlgInterface,
   CMyArray<std::wstring> m_StateText;   // the status half of each station's display
   CMyArray<std::wstring> m_ResultText;  // the result half
   C_VoiceMotorBase* m_pMotorBase;
+  std::unique_ptr<C_Station_Board> m_Board;
   int m_AdvanceDlgOpen = 0;  // 1 while the advanced dialog is open
   bool m_BeUnlocked = false;
   int m_LockCounter = 0;  // milliseconds since the last press, as the displays count them

@@ -12,6 +12,7 @@ namespace orsanta {
 namespace {
 
 constexpr int Pass_Ms = 500;
+constexpr int End_Ms = 1;  // between passes that do nothing any more
 constexpr int Chart_Width = 500;   // pixels at opening
 constexpr int Chart_Height = 400;  // pixels at opening
 constexpr int Stop_Timeout_Ms = 300000;
@@ -24,11 +25,25 @@ plot_task::plot_task(C_VoiceMotorBase* base, int motor_index) : m_MotorIndex(mot
 }
 
 plot_task::~plot_task() {
+  Ask_To_End();
   ReleaseSubClass_CBaseBindThread();
 }
 
+void plot_task::Ask_To_End() {
+  const C_Lock_Guard hold(m_Lock);
+  m_Ends = true;
+  m_Asked_To_End.Notify_All();
+}
+
+bool plot_task::Rest() {
+  const double until_ms = Now_Ms() + Pass_Ms;
+  const C_Lock_Guard hold(m_Lock);
+  while (!m_Ends && m_Asked_To_End.Wait_Until(m_Lock, until_ms)) continue;
+  return !m_Ends;
+}
+
 void plot_task::OnThreadLoop(void* param) {
-  Sleep(Pass_Ms);
+  if (!Rest()) return Sleep(End_Ms);
   if (m_Plot.BeImageWindowCreate() == 0) return;
   const C_VoiceMotorBase& base = *static_cast<C_VoiceMotorBase*>(param);
   const C_VoiceMotor& station = *base.StationList[m_MotorIndex];

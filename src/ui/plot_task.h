@@ -26,13 +26,23 @@ class plot_task : public CBaseBindThread {
   // Draws the last n points of y over their numbers since the start of y, and opens the window if it is not open. An
   // empty y draws nothing and opens nothing.
   void Plot_Last(const std::wstring& title, CMyArray<double> y, int n, int mode);
+  // Brings the open window above the others.
+  void Raise() { m_Plot.Raise(); }
+  // Returns at once; the destructor then need not wait for the pass.
+  void Ask_To_End();
 
  protected:
   void OnThreadLoop(void* param) override;
 
  private:
+  // Waits for the next pass; false where none is to come.
+  bool Rest();
+
   CKestrunePlot m_Plot;
   int m_MotorIndex;
+  C_Leaf_Lock m_Lock;
+  bool m_Ends GUARDED_BY(m_Lock) = false;
+  C_Wait_Point m_Asked_To_End{"plot_task"};
 };
 
 }  // namespace orsanta

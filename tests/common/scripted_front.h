@@ -134,6 +134,16 @@ class C_Scripted_Front : public C_Front {
     return open != nullptr && Deliver(*open, {});
   }
 
+  std::vector<C_Station_Tile> Tiles() const {
+    const C_Lock_Guard hold(m_Lock);
+    return m_Tiles;
+  }
+  // How often a chart was brought to the front.
+  int Raised() const {
+    const C_Lock_Guard hold(m_Lock);
+    return m_Raised;
+  }
+
   // --- C_Front ---
   int Open_Dialog(const C_Dialog_Model& model, C_Dialog_Listener& listener) override;
   void Close_Dialog(int dialog) override;
@@ -169,6 +179,14 @@ class C_Scripted_Front : public C_Front {
   bool Is_Chart_Open(unsigned chart) override {
     const C_Lock_Guard hold(m_Lock);
     return m_Charts.count(chart) != 0;
+  }
+  void Raise_Chart(unsigned) override {
+    const C_Lock_Guard hold(m_Lock);
+    ++m_Raised;
+  }
+  void Show_Stations(const std::vector<C_Station_Tile>& tiles) override {
+    const C_Lock_Guard hold(m_Lock);
+    m_Tiles = tiles;
   }
   void Close_Chart(unsigned chart) override {
     const C_Lock_Guard hold(m_Lock);
@@ -239,6 +257,8 @@ class C_Scripted_Front : public C_Front {
   std::vector<C_Shown> m_Shown;
   std::map<int, C_Open> m_Open;
   std::set<unsigned> m_Charts;
+  std::vector<C_Station_Tile> m_Tiles;
+  int m_Raised = 0;
   std::list<C_Thread> m_Late_Answers;
   int m_Last_Dialog = 0;
 };

@@ -9,6 +9,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QLineEdit>
+#include <QRegularExpression>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QWheelEvent>
@@ -53,6 +54,7 @@ C_Control_Model Control(C_Control_Kind kind, const std::wstring& caption, int co
 C_Dialog_Model Panel_Model(int stations) {
   C_Dialog_Model model;
   model.title = L"面板";
+  model.shows_stations = true;
   for (int i = 0; i < stations; ++i) {
     model.stations[i] = i + 1;
     for (int k = 0; k < 11; ++k) model.controls.push_back(Control(Button, L"按钮" + std::to_wstring(k), i));
@@ -62,6 +64,14 @@ C_Dialog_Model Panel_Model(int stations) {
   }
   model.controls.push_back(Control(Button, L"全部", stations));
   return model;
+}
+
+// Every state, with a thickness, so that the board is seen at work.
+std::vector<C_Station_Tile> Tiles(int stations) {
+  std::vector<C_Station_Tile> tiles;
+  for (int i = 0; i < stations; ++i)
+    tiles.push_back({i + 1, static_cast<C_Station_Condition>(i % 6), L"12.3456", L"200 g"});
+  return tiles;
 }
 
 // A dialog with one of each control that takes an entry.
@@ -173,7 +183,12 @@ TEST_F(Windows, Buttons_Answer_Mouse_And_Keys_And_Show_Their_Press) {
 TEST_F(Windows, Four_Stations_Fit_The_Screen_And_Fourteen_Scroll) {
   for (const int stations : {4, 14}) {
     const int dialog = Open(Panel_Model(stations));
+    Front().Show_Stations(Tiles(stations));
     On_Qt([&] {
+      const QList<QWidget*> tiles = Find_Window("面板")->findChildren<QWidget*>("tile");
+      EXPECT_EQ(tiles.size(), stations);
+      for (const QWidget* tile : tiles) EXPECT_EQ(tile->visibleRegion(), QRegion(tile->rect()));
+      EXPECT_EQ(tiles.back()->accessibleDescription().section(' ', 1), "12.3456 200 g");
       QWidget* panel = Find_Window("面板");
       EXPECT_LE(panel->width(), 1280);
       EXPECT_LE(panel->height(), 800);
@@ -187,7 +202,7 @@ TEST_F(Windows, Four_Stations_Fit_The_Screen_And_Fourteen_Scroll) {
       EXPECT_EQ(QApplication::focusWidget(), last);
       EXPECT_FALSE(last->visibleRegion().isEmpty());
       for (QWidget* display : panel->findChildren<QWidget*>())
-        EXPECT_TRUE(display->accessibleName() != QStringLiteral("状态") || display->height() >= 100);
+        EXPECT_TRUE(display->accessibleName() != QStringLiteral("状态") || display->height() >= 80);
     });
     Close(dialog);
   }
@@ -298,31 +313,46 @@ TEST_F(Windows, A_Chart_Follows_Zooms_And_Saves) {
     zoomed = view->grab().toImage();
     EXPECT_NE(zoomed, all);
   });
-  Front().Draw_Chart(Number, Chart(L"曲线三", 50000));
-  ASSERT_TRUE(Wait_On_Qt([] { return Find_Window("曲线三") != nullptr; }));
+  C_Chart_Model again = Chart(L"曲线二", 50000);
+  again.note = L"再画";
+  Front().Draw_Chart(Number, again);
+  Front().Raise_Chart(Number);
   On_Qt([&] {
-    QWidget* chart = Find_Window("曲线三");
+    QWidget* chart = Find_Window("曲线二");
     auto* view = chart->findChild<QWidget*>("chart_view");
     EXPECT_EQ(view->grab().toImage(), zoomed) << "what the person looks at stays";
     Click(chart->findChild<QPushButton*>("follow"));
     EXPECT_EQ(view->grab().toImage(), all);
+    EXPECT_EQ(chart->focusWidget(), view) << "the arrows go on moving the chart";
     Click(chart->findChild<QPushButton*>("save_csv"));
   });
   const auto save_as = [](const QString& name) {
     ASSERT_TRUE(Wait_On_Qt([] { return QApplication::activeModalWidget() != nullptr; }));
     On_Qt([&] {
+      for (const QAbstractButton* button : QApplication::activeModalWidget()->findChildren<QAbstractButton*>())
+        EXPECT_FALSE(button->text().contains(QRegularExpression("[A-Za-z]{2}"))) << qPrintable(button->text());
       auto* edit = QApplication::activeModalWidget()->findChild<QLineEdit*>();
+      EXPECT_TRUE(edit->text().startsWith("曲线二 20")) << "a name that says what it is, and when";
       edit->setText(QDir::current().filePath(name));
       QTest::keyClick(edit, Qt::Key_Return);
     });
   };
   save_as("points.csv");
-  On_Qt([] { Click(Find_Window("曲线三")->findChild<QPushButton*>("save_png")); });
+  On_Qt([] { Click(Find_Window("曲线二")->findChild<QPushButton*>("save_png")); });
   save_as("picture.png");
   EXPECT_TRUE(Wait_On_Qt([] { return QImage("picture.png").size().width() == 698; }));
   EXPECT_EQ(Shell("sed -n '2p;$=' points.csv").output, "0,2\n50001\n") << "the first point, and the number of lines";
 
-  On_Qt([] { Find_Window("曲线三")->close(); });
+  EXPECT_TRUE(File_Text("points.csv").starts_with("序号,\"曲线二\"\n"));
+
+  On_Qt([] { QTest::keyClick(Find_Window("曲线二")->findChild<QWidget*>("chart_view"), Qt::Key_Plus); });
+  Front().Draw_Chart(Number, Chart(L"曲线三", 50000));
+  ASSERT_TRUE(Wait_On_Qt([] { return Find_Window("曲线三") != nullptr; }));
+  On_Qt([&] {
+    EXPECT_EQ(Find_Window("曲线三")->findChild<QWidget*>("chart_view")->grab().toImage(), all)
+        << "another kind, shown whole";
+    Find_Window("曲线三")->close();
+  });
   EXPECT_TRUE(Wait_On_Qt([] { return !Front().Is_Chart_Open(Number); }));
   Front().Draw_Chart(Number, Chart(L"曲线四", 5));
   ASSERT_TRUE(Wait_On_Qt([] { return Find_Window("曲线四") != nullptr; })) << "opens again";

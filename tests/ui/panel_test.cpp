@@ -25,6 +25,8 @@ TEST_F(Operator_Panel, Stands_In_Columns_And_An_Absent_Station_Stays_Blank) {
     EXPECT_EQ(simulator::Get_Output(1), 1) << "ready, as after a lift-off";
     EXPECT_EQ(Station(0).ThicknessArray.GetSize(), 0) << "no automatic measurement goes on under a new panel";
     EXPECT_EQ(base->PlotWorkers.GetSize(), 2) << "an absent station has a chart worker too";
+    ASSERT_EQ(front->Tiles().size(), 2U);
+    EXPECT_EQ(front->Tiles()[1], (C_Station_Tile{2, C_Station_Condition::Not_Connected, L"", L"200 g"}));
   }));
   EXPECT_EQ(base->PlotWorkers.GetSize(), 0);
   const std::vector<C_Shown> shown = front->Shown();
@@ -69,6 +71,9 @@ TEST_F(Operator_Panel, Measures_Parts_Against_A_Corrected_Reference) {
     EXPECT_EQ(base->LoopPaused, 1);
     Settle();
     EXPECT_THAT(Display(0), HasSubstr(L"  mm\r\n0")) << "under the part: the probe has not gone back";
+    EXPECT_EQ(front->Tiles()[0].condition, C_Station_Condition::Result);
+    EXPECT_EQ(front->Tiles()[0].thickness + L"  mm\r\n0", Display(0));
+    EXPECT_EQ(front->Tiles()[0].force, L"100 g");
     EXPECT_NEAR(std::stod(Display(0)), 3.2, Near_Mm);
   });
   script.Press(L"测量(手动模式)").Run([&] {
@@ -80,6 +85,7 @@ TEST_F(Operator_Panel, Measures_Parts_Against_A_Corrected_Reference) {
     EXPECT_EQ(front->Text_Of(Panel, L"测量"), L"测量");
     Settle();
     EXPECT_THAT(Display(0), HasSubstr(L"  mm\r\n1"));
+    EXPECT_EQ(front->Tiles()[0].condition, C_Station_Condition::Lifted);
     EXPECT_EQ(Sent(1), "speed 25, to 0, up 40, low -40, ");
     simulator::Place_Part(1, 2.5);
     Station(0).Val_Force_Set[0] = 80.0;
@@ -173,6 +179,7 @@ TEST_F(Operator_Panel, A_Command_That_Waits_Goes_On_When_The_Box_Of_Its_Lane_Is_
     EXPECT_EQ(Now_Ms() - started_ms, 5020.0) << "the wait of a slow measurement has its own end";
     Settle();
     EXPECT_EQ(Display(0), L"1") << "the return ran behind the answered box";
+    EXPECT_EQ(front->Tiles()[0].condition, C_Station_Condition::Fault);
   });
   Run_Panel(script);
   EXPECT_EQ(front->Boxes().size(), 1U);

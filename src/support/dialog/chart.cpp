@@ -27,6 +27,10 @@ int CKestrunePlot::BeImageWindowCreate() {
   return Front().Is_Chart_Open(m_Number) ? 1 : 0;
 }
 
+void CKestrunePlot::Raise() {
+  Front().Raise_Chart(m_Number);
+}
+
 int CKestrunePlot::Plot(const std::wstring& title, const CMyArray<double>& x, const CMyArray<double>& y, int /*mode*/,
                         int width, int height, CKestruneGraph::LineStyle style, const std::wstring& note) {
   C_Chart_Model model;

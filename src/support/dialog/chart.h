@@ -24,6 +24,8 @@ class CKestrunePlot {
   void SetDynamicAdjustRange(int follow);
   // Non-zero while the chart's window is open.
   int BeImageWindowCreate();
+  // Brings the window, where it is open, above the others.
+  void Raise();
   // Opens the window if it is not open, and draws the line through the points x[i], y[i].
   // mode: 0. width, height: pixels of the window at opening. note: a text under the title, empty for none. Returns 1,
   // or 0 where no window can open.

@@ -19,11 +19,14 @@ class C_Console_Front : public C_Front {
   void Set_Command(int /*dialog*/, int /*control*/, C_Command_State /*state*/) override {}
   void Refuse_Press(int /*dialog*/, int /*control*/, const std::wstring& /*reason*/) override {}
 
+  void Show_Stations(const std::vector<C_Station_Tile>& /*tiles*/) override {}
+
   void Post_Message(const C_Message_Model& model, C_Message_Listener& listener) override;
 
   void Draw_Chart(unsigned /*chart*/, const C_Chart_Model& /*model*/) override {}
   bool Is_Chart_Open(unsigned /*chart*/) override { return false; }
   void Close_Chart(unsigned /*chart*/) override {}
+  void Raise_Chart(unsigned /*chart*/) override {}
 
  private:
   std::atomic<int> m_Last_Dialog{0};

@@ -165,6 +165,14 @@ void CParameterInOutDlg_Base::SetColumnStation(int column, int station) {
   m_Run->stations[column] = station;
 }
 
+void CParameterInOutDlg_Base::SetMainButton(int id) {
+  for (C_Bound_Control& control : m_Run->controls) control.model.is_main |= control.id == id;
+}
+
+void CParameterInOutDlg_Base::ShowStations() {
+  m_Run->shows_stations = true;
+}
+
 int CParameterInOutDlg_Base::DoParameterDlg(int /*reserved1*/, int /*reserved2*/, float /*reserved3*/, int confirms,
                                             CParameterInOutDlgInterface* /*callback*/, void* /*parent*/,
                                             int /*reserved4*/) {

@@ -90,6 +90,10 @@ class CParameterInOutDlg_Base {
   void SetCaptionName(const wchar_t* title);
   // The buttons of the column are commands of the station with that number.
   void SetColumnStation(int column, int station);
+  // The button with that id is one that is pressed all day, and is to be found at a glance.
+  void SetMainButton(int id);
+  // The stations at a glance (C_Front::Show_Stations) stand above all else.
+  void ShowStations();
 
   // Shows the dialog and returns when it closes: 1 after a confirmation, 0 after a cancel.
   // confirms: 1 for a dialog with a confirmation, which is modal to the windows under it; 0 for one of buttons only.

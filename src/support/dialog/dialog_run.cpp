@@ -28,6 +28,7 @@ int C_Dialog_Run::Run(bool confirms) {
   model.title = title.empty() ? Present_Subject().Title() : title;
   model.confirms = confirms;
   model.stations = stations;
+  model.shows_stations = shows_stations;
   const double now = Now_Ms();
   for (C_Bound_Control& control : controls) {
     model.controls.push_back(control.model);

@@ -30,6 +30,7 @@ class C_Dialog_Run : public C_Dialog_Listener {
   std::wstring title;
   std::vector<C_Bound_Control> controls;
   std::map<int, int> stations;  // number of the station that a column belongs to
+  bool shows_stations = false;
 
   // Adds a control, bound to nothing yet. The reference is valid until the next call.
   C_Bound_Control& Add(C_Control_Kind kind, const wchar_t* caption, int column, float width, int rows, int id,

@@ -49,6 +49,7 @@ struct C_Control_Model {
   int digits = 0;                   // decimals of a number edit
   int selected = 0;                 // place of a drop-down at opening; 0 or 1 of a check box
   std::vector<std::wstring> items;  // of a drop-down
+  bool is_main = false;             // a button that is pressed all day
 };
 
 struct C_Dialog_Model {
@@ -58,6 +59,7 @@ struct C_Dialog_Model {
   std::vector<C_Control_Model> controls;
   int owner = 0;                  // the dialog of the same thread on which this one stands; 0 for the first of a thread
   std::map<int, int> stations{};  // number of the station that a column of controls belongs to
+  bool shows_stations = false;    // with what Show_Stations tells, above all else
 };
 
 // The content of a control when the operator confirms: text of an edit as it was typed, place of a drop-down or check
@@ -87,6 +89,25 @@ struct C_Message_Model {
   std::wstring title{};  // what it is about, empty where that is not known
   int station = 0;       // number of the station it is about, 0 for none
   int owner = 0;         // the dialog of the same thread to whose windows the box is modal; 0: modal to none
+};
+
+enum class C_Station_Condition {
+  Not_Connected,
+  Lifted,     // the probe is up
+  Measuring,  // a task runs
+  Pressing,   // the probe is down, or on its way up
+  Result,     // the probe is down and its measurement has ended
+  Fault,      // the last measurement failed
+};
+
+// One station at a glance.
+struct C_Station_Tile {
+  int station = 0;  // number as it stands on the panel
+  C_Station_Condition condition = C_Station_Condition::Not_Connected;
+  std::wstring thickness{};  // of the last measurement, mm; empty for none
+  std::wstring force{};      // that is set, with its unit
+
+  bool operator==(const C_Station_Tile&) const = default;
 };
 
 // What becomes of the press of a button.
@@ -133,6 +154,9 @@ class C_Front {
   // Says in one line why the press of a button did nothing.
   virtual void Refuse_Press(int dialog, int control, const std::wstring& reason) = 0;
 
+  // What the dialogs with `shows_stations` show, until the next call.
+  virtual void Show_Stations(const std::vector<C_Station_Tile>& tiles) = 0;
+
   // Shows a box and returns at once; the listener gets exactly one answer, possibly before the return.
   virtual void Post_Message(const C_Message_Model& model, C_Message_Listener& listener) = 0;
 
@@ -140,6 +164,8 @@ class C_Front {
   virtual void Draw_Chart(unsigned chart, const C_Chart_Model& model) = 0;
   virtual bool Is_Chart_Open(unsigned chart) = 0;
   virtual void Close_Chart(unsigned chart) = 0;
+  // Brings an open chart above the other windows, and back where it was put away.
+  virtual void Raise_Chart(unsigned chart) = 0;
 };
 
 // The present front. At the first call: the desktop front if a display and the plug-in are there, else the console
