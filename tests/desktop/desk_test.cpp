@@ -174,7 +174,7 @@ TEST_P(Desk, A_Press_Under_A_Dialog_Or_Box_Does_Nothing_And_Says_Why) {
         Wait_On_Qt([&] { return Find_Window(title.c_str()) == nullptr && Find_Window(Panel)->isActiveWindow(); }));
   }
   EXPECT_EQ(panel.measured, 0);
-  Click_With_Pointer([&] { return Button(Panel, "测量"); });
+  On_Qt([] { Click(Button(Panel, "测量")); });
   EXPECT_TRUE(Eventually([&] { return panel.measured == 1; }));
 }
 
