@@ -37,8 +37,7 @@ QString With_Breaks(const QString& text) {
 
 }  // namespace
 
-C_Message_Window::C_Message_Window(const C_Message_Model& model, int place, std::function<void(int)> answered,
-                                   QWidget* under)
+C_Message_Window::C_Message_Window(const C_Message_Model& model, int place, C_Answered answered, QWidget* under)
     : QDialog(under), m_Yes_No((model.flags & Box_Yes_No) != 0), m_Answered(std::move(answered)) {
   Qt::WindowFlags flags = Qt::Dialog | Qt::WindowTitleHint | Qt::WindowCloseButtonHint;
   if ((model.flags & Box_System_Modal) != 0) flags |= Qt::WindowStaysOnTopHint;
@@ -104,7 +103,7 @@ C_Message_Window::C_Message_Window(const C_Message_Model& model, int place, std:
 
 void C_Message_Window::Answer(int answer) {
   if (!m_Answered) return;
-  std::exchange(m_Answered, nullptr)(answer);
+  std::exchange(m_Answered, nullptr)(this, answer);
   QWidget* under = isActiveWindow() ? parentWidget() : nullptr;
   close();
   if (under != nullptr) under->activateWindow();  // a bare display leaves the keyboard to nobody

@@ -11,9 +11,11 @@ namespace orsanta {
 
 class C_Message_Window : public QDialog {
  public:
-  // answered: called once, with an Answer_ value. place: how many boxes stand open, which sets this one off from them.
-  // under: the window on which it stands, null for none.
-  C_Message_Window(const C_Message_Model& model, int place, std::function<void(int)> answered, QWidget* under);
+  using C_Answered = std::function<void(const C_Message_Window*, int)>;
+
+  // answered: called once, with this window and an Answer_ value. place: how many boxes stand open, which sets this one
+  // off from them. under: the window on which it stands, null for none.
+  C_Message_Window(const C_Message_Model& model, int place, C_Answered answered, QWidget* under);
 
   void Answer(int answer);
   void reject() override;
@@ -24,7 +26,7 @@ class C_Message_Window : public QDialog {
 
  private:
   bool m_Yes_No;
-  std::function<void(int)> m_Answered;
+  C_Answered m_Answered;
   QElapsedTimer m_Shown;
 };
 

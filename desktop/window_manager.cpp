@@ -140,13 +140,13 @@ void C_Window_Manager::Refuse_Press(int number, int control, const std::wstring&
 }
 
 void C_Window_Manager::Show_Message(const C_Message_Model& model, std::function<void(int)> answered) {
-  auto* box = new C_Message_Window(model, static_cast<int>(m_Boxes.size()), std::move(answered),
-                                   Window_To_Stand_On(model.owner));
-  m_Boxes.push_back({model.owner, model.station, box});
-  QObject::connect(box, &QObject::destroyed, qApp, [this, box] {
+  const auto end = [this, answered = std::move(answered)](const C_Message_Window* box, int answer) {
     std::erase_if(m_Boxes, [box](const C_Open_Box& open) { return open.window == box; });
     Show_Last_Messages();
-  });
+    answered(answer);
+  };
+  auto* box = new C_Message_Window(model, static_cast<int>(m_Boxes.size()), end, Window_To_Stand_On(model.owner));
+  m_Boxes.push_back({model.owner, model.station, box});
   Note_Message(model);
   Bring_To_Front(*box);
 }

@@ -12,7 +12,7 @@ namespace orsanta {
 namespace {
 
 constexpr int Pass_Ms = 500;
-constexpr int End_Ms = 1;  // between passes that do nothing any more
+constexpr int End_Ms = 1;          // between passes that do nothing any more
 constexpr int Chart_Width = 500;   // pixels at opening
 constexpr int Chart_Height = 400;  // pixels at opening
 constexpr int Stop_Timeout_Ms = 300000;

@@ -2,7 +2,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <QLineEdit>
+#include <QScreen>
+#include <QWindow>
 #include <atomic>
 #include <sstream>
 
@@ -25,7 +26,8 @@ constexpr char Panel[] = "面板";
 // A panel of two stations as the real one, whose commands ask, show a box, or take their time.
 class C_Panel : public CParameterInOutDlg, public CParameterInOutDlgInterface {
  public:
-  C_Panel() {
+  // has_frame: as the desk draws it.
+  explicit C_Panel(bool has_frame) {
     SetCaptionName(L"面板");
     for (int i = 0; i < 2; ++i) {
       SetColumnStation(i, i + 1);
@@ -35,7 +37,7 @@ class C_Panel : public CParameterInOutDlg, public CParameterInOutDlgInterface {
     }
     AddDataDynamicDisp(L"状态", 0, 10.0F, 2, this, 100, 49, 1, 1.5F);
     m_Thread = std::thread([this] { DoParameterDlg(1, 0, 1.0F, 0, nullptr, nullptr, 1); });
-    EXPECT_TRUE(Wait_On_Qt([] { return Find_Window(Panel) != nullptr && Find_Window(Panel)->isActiveWindow(); }));
+    EXPECT_TRUE(Wait_On_Qt([has_frame] { return Stands(has_frame); }));
   }
   ~C_Panel() override {
     On_Qt([] {
@@ -68,6 +70,14 @@ class C_Panel : public CParameterInOutDlg, public CParameterInOutDlgInterface {
   std::atomic<int> refreshes = 0;
 
  private:
+  // True once the panel has the keyboard and its final place, at which the pointer finds its buttons.
+  static bool Stands(bool has_frame) {
+    const QWidget* window = Find_Window(Panel);
+    if (window == nullptr || !window->isActiveWindow() || !window->windowHandle()->isExposed()) return false;
+    const bool is_placed = window->geometry().bottom() == window->screen()->availableGeometry().bottom();
+    return is_placed && window->windowHandle()->frameMargins().isNull() != has_frame;
+  }
+
   void Show_Advanced() {
     CParameterInOutDlg advanced;
     advanced.SetCaptionName(L"高级窗口");
@@ -154,7 +164,7 @@ class Desk : public ::testing::TestWithParam<bool> {
 INSTANTIATE_TEST_SUITE_P(, Desk, ::testing::Bool(), [](const auto& run) { return run.param ? "With_Frames" : "Bare"; });
 
 TEST_P(Desk, A_Press_Under_A_Dialog_Or_Box_Does_Nothing_And_Says_Why) {
-  C_Panel panel;
+  C_Panel panel(GetParam());
   for (const char* opens : {"设定", "提示"}) {
     const std::string title = std::string("微米仪2 ") + opens;
     Click_With_Pointer([&] { return Button(Panel, opens, 1); });
@@ -180,7 +190,7 @@ TEST_P(Desk, A_Press_Under_A_Dialog_Or_Box_Does_Nothing_And_Says_Why) {
 
 // The box of a station's own thread stands above the dialogs and blocks none of them; the one on top is answered last.
 TEST_P(Desk, A_Box_Of_Another_Thread_Stands_Above_And_Lets_The_Panel_Work) {
-  C_Panel panel;
+  C_Panel panel(GetParam());
   std::thread lane([] {
     const C_Subject_Scope subject({2});
     Message_Box(L"等待测量值稳定超时");
@@ -208,7 +218,7 @@ TEST_P(Desk, A_Box_Of_Another_Thread_Stands_Above_And_Lets_The_Panel_Work) {
 
 TEST_P(Desk, A_Window_Is_Kept_Above_The_One_It_Stands_On_And_Goes_Away_With_It) {
   if (!GetParam()) GTEST_SKIP() << "a bare display does neither";
-  C_Panel panel;
+  C_Panel panel(GetParam());
   On_Qt([] { Click(Button(Panel, "高级")); });
   ASSERT_TRUE(
       Wait_On_Qt([] { return Find_Window("高级窗口") != nullptr && Find_Window("高级窗口")->isActiveWindow(); }));
@@ -233,7 +243,7 @@ TEST_P(Desk, A_Window_Is_Kept_Above_The_One_It_Stands_On_And_Goes_Away_With_It) 
 TEST_P(Desk, Presses_Wait_For_A_Command_And_Closing_Overtakes_Them) {
   std::atomic<int> measured = 0;
   {
-    C_Panel panel;
+    C_Panel panel(GetParam());
     On_Qt([] {
       Click(Button(Panel, "慢"));
       for (int i = 0; i < 3; ++i) Click(Button(Panel, "测量"));
