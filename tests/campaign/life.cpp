@@ -286,9 +286,7 @@ class C_Life {
     Check_User_Zero(n);
     const bool is_told = !m_Front->Boxes_Since(from).empty();
     Log(n, is_told ? "reference with a box" : "reference");
-    m_Is_Referenced[n] = !is_told && !m_Faults->Met(n, Fault::Frozen, m_From_Ms[n]) &&
-                         !m_Faults->Met(n, Fault::Stuck, m_From_Ms[n]) &&
-                         !m_Faults->Met(n, Fault::Restless, m_From_Ms[n]);
+    m_Is_Referenced[n] = !is_told && !Can_Deceive(n) && !m_Faults->Met(n, Fault::Restless, m_From_Ms[n]);
     Save(n, force, [n] { Save_Parameter2file(n); });
   }
   void Save(int n, double force, const std::function<void()>& save) {
@@ -387,10 +385,15 @@ class C_Life {
       ++m_Counts[Fault_Names[fault] + ("/" + ending)];
       met += met.empty() ? Fault_Names[fault] : std::string(", ") + Fault_Names[fault];
     }
-    // Frozen samples, and a probe that stands, hold still: a gauge cannot tell them from a part.
-    const bool can_be = m_Faults->Met(n, Fault::Frozen, m_From_Ms[n]) || m_Faults->Met(n, Fault::Stuck, m_From_Ms[n]);
-    if (outcome == Outcome::Wrong_Silently && !met.empty() && !can_be)
+    if (outcome == Outcome::Wrong_Silently && !met.empty() && !Can_Deceive(n))
       Find(n, Format_Utf8("wrong and nobody told: %.4f mm for %.4f mm, with %s", thickness, truth, met.c_str()));
+  }
+  // Frozen samples, and a probe that does not move, hold still: a gauge cannot tell them from a part. And a drive that
+  // is gone from the bus takes no command: one that comes back in time lands with the current limit of before.
+  bool Can_Deceive(int n) const {
+    for (const Fault fault : {Fault::Frozen, Fault::Stuck, Fault::Absent})
+      if (m_Faults->Met(n, fault, m_From_Ms[n])) return true;
+    return false;
   }
   static int Count(const char* folder) {
     const std::filesystem::directory_iterator entries(folder);
