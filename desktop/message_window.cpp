@@ -96,7 +96,7 @@ C_Message_Window::C_Message_Window(const C_Message_Model& model, int place, C_An
 
   adjustSize();
   const QRect space = screen()->availableGeometry();
-  const QPoint first(space.center().x() - width() / 2, space.top() + space.height() / 6);
+  const QPoint first(space.center().x() - width() / 2, space.top() + space.height() / 3);  // below the stations
   move(first + (place % Places) * QPoint(Set_Off_X, Set_Off_Y));
   m_Shown.start();
 }

@@ -196,7 +196,9 @@ class C_Operator {
     }
     return nullptr;
   }
-  static bool Is_Busy() { return Find_By_Text<QLabel>(Find_Window("控制系统"), "正在执行…") != nullptr; }
+  static bool Is_Busy() {
+    return Find_Window("控制系统")->findChild<QLabel*>("status_line")->text().startsWith("正在执行");
+  }
   static bool Shows(const QString& caption, bool is_tick_box = false) {
     QWidget* top = Top_Dialog();
     if (top == nullptr) return false;
