@@ -25,28 +25,15 @@ struct C_Main_Thread_End {
   }
 };
 
-void Watch_Thread() {
-  thread_local const C_Main_Thread_End end;
-  static_cast<void>(end);
-}
-
 class C_Exported_Front : public C_Desktop_Front {
  public:
   C_Exported_Front() {
     if (!the_Qt_Runs.exchange(true)) std::atexit([] { C_Qt_Thread::Get().Halt(); });
   }
 
-  int Open_Dialog(const C_Dialog_Model& model, C_Dialog_Listener& listener) override {
-    Watch_Thread();
-    return C_Desktop_Front::Open_Dialog(model, listener);
-  }
-  void Post_Message(const C_Message_Model& model, C_Message_Listener& listener) override {
-    Watch_Thread();
-    C_Desktop_Front::Post_Message(model, listener);
-  }
-  void Draw_Chart(unsigned chart, const C_Chart_Model& model) override {
-    Watch_Thread();
-    C_Desktop_Front::Draw_Chart(chart, model);
+  void On_Used() override {
+    thread_local const C_Main_Thread_End end;
+    static_cast<void>(end);
   }
 };
 
@@ -57,7 +44,6 @@ class C_Exported_Front : public C_Desktop_Front {
 extern "C" __attribute__((visibility("default"))) orsanta::C_Front* orsanta_make_front() {
   std::string reason = "the host program runs a Qt application of its own";
   if (QCoreApplication::instance() == nullptr || orsanta::the_Qt_Runs) {
-    orsanta::Watch_Thread();
     auto front = std::make_unique<orsanta::C_Exported_Front>();
     if (front->Start(reason)) return front.release();
   }

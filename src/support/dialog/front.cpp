@@ -51,7 +51,9 @@ std::unique_ptr<C_Front> Make_Built_In_Front() {
 }  // namespace
 
 C_Front& Front() {
-  return C_Replaceable<C_Front>::Instance().Get(&Make_Built_In_Front);
+  C_Front& front = C_Replaceable<C_Front>::Instance().Get(&Make_Built_In_Front);
+  front.On_Used();
+  return front;
 }
 
 std::unique_ptr<C_Front> Replace_Front(std::unique_ptr<C_Front> front) {

@@ -139,6 +139,10 @@ class C_Front {
  public:
   virtual ~C_Front() = default;
 
+  // Called on each thread that asks for the front, each time: a front that must see to something before the process ends
+  // does so at the end of the main thread.
+  virtual void On_Used() {}
+
   // Opens a dialog and returns its handle, above 0. The listener gets its events until Close_Dialog has returned; a
   // dialog that confirms stays open after a Confirm event until it is closed or its entries are refused.
   virtual int Open_Dialog(const C_Dialog_Model& model, C_Dialog_Listener& listener) = 0;
