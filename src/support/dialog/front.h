@@ -139,8 +139,8 @@ class C_Front {
  public:
   virtual ~C_Front() = default;
 
-  // Called on each thread that asks for the front, each time: a front that must see to something before the process ends
-  // does so at the end of the main thread.
+  // Called on each thread that asks for the front, each time: a front that must see to something before the process
+  // ends does so at the end of the main thread.
   virtual void On_Used() {}
 
   // Opens a dialog and returns its handle, above 0. The listener gets its events until Close_Dialog has returned; a
