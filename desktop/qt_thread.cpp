@@ -6,6 +6,7 @@
 #include <atomic>
 #include <chrono>
 #include <clocale>
+#include <csignal>
 #include <cstdio>
 #include <future>
 #include <memory>
@@ -44,6 +45,15 @@ void Filter_Message(QtMsgType type, const QMessageLogContext& context, const QSt
   }
 }
 
+// A write of the calling thread, and of those that it starts, to a display that has just gone away must not end the
+// process.
+void Take_No_Pipe_Signal() {
+  sigset_t pipe_signal;
+  sigemptyset(&pipe_signal);
+  sigaddset(&pipe_signal, SIGPIPE);
+  pthread_sigmask(SIG_BLOCK, &pipe_signal, nullptr);
+}
+
 [[noreturn]] void Rest_For_Good() {
   for (;;) pause();
 }
@@ -71,6 +81,7 @@ bool C_Qt_Thread::Start(std::string& reason) {
 // Qt takes the first thread that touches any of its objects for its main thread, and wakes that one when the display
 // has events. So nothing of Qt may be used before this, or on another thread.
 void C_Qt_Thread::Run(const std::function<void(const std::string&)>& started) {
+  Take_No_Pipe_Signal();
   C_Display display = Find_Display();
   if (display.platform.empty()) return started(display.reason);
   the_Previous_Handler = qInstallMessageHandler(Filter_Message);
