@@ -95,6 +95,11 @@ QPushButton* Button(const char* window, const char* text, int place = 0) {
   return nullptr;
 }
 
+bool Has_Keyboard(const char* title) {
+  const QWidget* window = Find_Window(title);
+  return window != nullptr && window->isActiveWindow();
+}
+
 std::string Id_Of(const char* title) {
   std::ostringstream id;
   On_Qt([&] { id << "0x" << std::hex << Find_Window(title)->winId(); });
@@ -178,10 +183,9 @@ TEST_P(Desk, A_Press_Under_A_Dialog_Or_Box_Does_Nothing_And_Says_Why) {
       EXPECT_EQ(Button(Panel, opens, 1)->property("command"), "asks");
     });
     EXPECT_TRUE(Eventually([&] { return panel.refreshes > refreshed + 3; })) << "displays go on";
-    EXPECT_TRUE(Wait_On_Qt([&] { return Find_Window(title.c_str())->isActiveWindow(); }));
+    EXPECT_TRUE(Wait_On_Qt([&] { return Has_Keyboard(title.c_str()); }));
     On_Qt([&] { Click(Find_Window(title.c_str())->findChild<QPushButton*>("confirm")); });
-    EXPECT_TRUE(
-        Wait_On_Qt([&] { return Find_Window(title.c_str()) == nullptr && Find_Window(Panel)->isActiveWindow(); }));
+    EXPECT_TRUE(Wait_On_Qt([&] { return Find_Window(title.c_str()) == nullptr && Has_Keyboard(Panel); }));
   }
   EXPECT_EQ(panel.measured, 0);
   On_Qt([] { Click(Button(Panel, "测量")); });
