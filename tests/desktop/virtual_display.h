@@ -25,6 +25,8 @@ class C_Virtual_Display {
     setenv("DISPLAY", std::string(":").append(std::to_string(number)).c_str(), 1);
     unsetenv("WAYLAND_DISPLAY");
     unsetenv("QT_QPA_PLATFORM");
+    // No services of a desktop: without an address the windows' library has a program look for some, which may not end.
+    setenv("DBUS_SESSION_BUS_ADDRESS", "disabled:", 1);
     // Where the desktop gives no folder for running programs, the windows' library makes one and leaves it.
     if (theFolder.empty()) theFolder = (std::filesystem::temp_directory_path() / "orsanta_XXXXXX").string();
     if (mkdtemp(theFolder.data()) != nullptr) setenv("XDG_RUNTIME_DIR", theFolder.c_str(), 1);
