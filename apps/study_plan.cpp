@@ -1,6 +1,7 @@
 #include "study_plan.h"
 
 #include <algorithm>
+#include <numeric>
 #include <random>
 #include <set>
 #include <sstream>
@@ -47,13 +48,13 @@ std::string Appraiser_Name(int number) {
 
 std::vector<C_Step> Crossed_Plan(const C_Study_Options& options) {
   C_Errors errors(options.seed);
-  std::vector<double> appraiser_errors;
-  for (int j = 0; j < options.appraisers; ++j) appraiser_errors.push_back(errors.Of(options.appraiser_um));
+  std::vector<double> appraiser_errors(static_cast<size_t>(options.appraisers));
+  for (double& error : appraiser_errors) error = errors.Of(options.appraiser_um);
   std::vector<C_Step> steps;
   for (int trial = 1; trial <= options.trials; ++trial) {
     for (int j = 0; j < options.appraisers; ++j) {
-      std::vector<int> order;
-      for (int part = 0; part < options.parts; ++part) order.push_back(part);
+      std::vector<int> order(static_cast<size_t>(options.parts));
+      std::iota(order.begin(), order.end(), 0);
       errors.Shuffle(order);
       for (const int part : order) {
         C_Step step;
