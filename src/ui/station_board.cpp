@@ -35,7 +35,7 @@ void C_Station_Board::OnThreadLoop(void*) {
 C_Station_Tile C_Station_Board::Look_At(int index, C_Watched& watched) const {
   using enum C_Station_Condition;
   const C_VoiceMotor& station = *m_Base.StationList[index];
-  const bool works = const_cast<C_VoiceMotorBase&>(m_Base).GetDelayProcessFifoCount(index) > 0;
+  const bool works = m_Base.GetDelayProcessFifoCount(index) > 0;
   const bool is_up = station.Get_Force_Back_Finish() != 0;
   if (station.m_TestTime != watched.last_time_ms) watched.has_measured = watched.is_measured = true;
   watched.last_time_ms = station.m_TestTime;
