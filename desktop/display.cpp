@@ -74,7 +74,7 @@ bool Can_Load_Platform(const std::string& platform, std::string& reason) {
 }
 
 std::string Choose_Platform() {
-  const std::string chosen = Environment("QT_QPA_PLATFORM");
+  std::string chosen = Environment("QT_QPA_PLATFORM");
   if (!chosen.empty()) return chosen;
   if (!Environment("DISPLAY").empty()) return "xcb";
   return Environment("WAYLAND_DISPLAY").empty() ? "" : "wayland";

@@ -56,6 +56,7 @@ QImage With_Few_Colours(const QImage& picture) {
   for (int y = 0; y < image.height(); ++y)
     for (int x = 0; x < image.width(); ++x) ++counts[image.pixel(x, y)];
   std::vector<std::pair<int, QRgb>> order;
+  order.reserve(counts.size());
   for (const auto& [colour, count] : counts) order.emplace_back(-count, colour);
   std::sort(order.begin(), order.end());
   order.resize(std::min<size_t>(order.size(), 256));
@@ -262,6 +263,7 @@ class C_Operator {
 
 }  // namespace orsanta
 
+// NOLINTNEXTLINE(bugprone-exception-escape): one ends the program with its message
 int main(int argc, char** argv) {
   using namespace orsanta;
   if (argc != 2 || !std::filesystem::is_directory(argv[1])) {
