@@ -1,6 +1,7 @@
 #include "support/store/store_access.h"
 
 #include <cerrno>
+#include <optional>
 
 #include "support/store/store_disk.h"
 #include "support/time/lock.h"
@@ -13,7 +14,9 @@ namespace {
 // turns.
 class C_Folder_Holder {
  public:
-  explicit C_Folder_Holder(C_Disk& disk) : m_Disk(disk), m_Error(disk.Lock_Folder(m_Folder)), m_Threads(the_Threads) {}
+  explicit C_Folder_Holder(C_Disk& disk) : m_Disk(disk), m_Error(disk.Lock_Folder(m_Folder)) {
+    if (m_Error == 0) m_Threads.emplace(the_Threads);  // who did not get the folder does not wait for it twice
+  }
   ~C_Folder_Holder() {
     if (m_Error == 0) m_Disk.Unlock_Folder(m_Folder);
   }
@@ -27,7 +30,7 @@ class C_Folder_Holder {
   C_Disk& m_Disk;
   int m_Folder = -1;
   int m_Error;
-  C_Lock_Guard<C_Leaf_Lock> m_Threads;
+  std::optional<C_Lock_Guard<C_Leaf_Lock>> m_Threads;
 };
 
 // Returns 0 or the error; the old store then remains.
