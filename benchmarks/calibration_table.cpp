@@ -12,6 +12,7 @@
 #include "common/scripted_front.h"
 #include "common/temp_folder.h"
 #include "drive/motor.h"
+#include "simulated_clock/simulated_clock.h"
 #include "simulator/simulator.h"
 #include "station/calibration_operator.h"
 #include "station/voice_motor.h"

@@ -4,6 +4,7 @@
 #include <random>
 
 #include "benchmarks/system.h"
+#include "simulated_clock/simulated_clock.h"
 
 namespace {
 

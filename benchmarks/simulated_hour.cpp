@@ -7,6 +7,7 @@
 #include <cstdlib>
 
 #include "benchmarks/system.h"
+#include "simulated_clock/simulated_clock.h"
 #include "support/threads/thread.h"
 
 namespace {

@@ -26,6 +26,7 @@
 #include "common/pty.h"
 #include "common/resources.h"
 #include "orsanta/orsanta.h"
+#include "simulated_clock/simulated_clock.h"
 #include "simulator/simulator.h"
 #include "station/debug_com.h"
 #include "support/threads/thread.h"

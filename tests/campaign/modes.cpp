@@ -16,6 +16,7 @@
 #include "campaign/random_operator.h"
 #include "common/resources.h"
 #include "orsanta/orsanta.h"
+#include "simulated_clock/simulated_clock.h"
 #include "simulator/simulator.h"
 #include "support/system/wide_string.h"
 #include "support/threads/thread.h"

@@ -6,8 +6,8 @@
 #include "common/scripted_front.h"
 #include "common/server_pace.h"
 #include "common/temp_folder.h"
+#include "simulated_clock/simulated_clock.h"
 #include "simulator/simulator.h"
-#include "support/time/clock.h"
 
 namespace orsanta {
 

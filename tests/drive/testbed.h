@@ -15,6 +15,7 @@
 
 #include "common/scripted_front.h"
 #include "common/server_pace.h"
+#include "simulated_clock/simulated_clock.h"
 #include "simulator/simulator.h"
 
 namespace orsanta {

@@ -4,6 +4,7 @@
 #include <limits>
 #include <thread>
 
+#include "simulated_clock/simulated_clock.h"
 #include "simulator_line.h"
 #include "support/threads/thread.h"
 

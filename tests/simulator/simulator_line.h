@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "drive/tremalink.h"
+#include "simulated_clock/simulated_clock.h"
 #include "simulator/simulator.h"
 #include "support/time/clock.h"
 

@@ -13,6 +13,7 @@
 #include <stdexcept>
 
 #include "common/failed_check.h"
+#include "simulated_clock/simulated_clock.h"
 #include "support/base/array.h"
 #include "support/base/crash_report.h"
 #include "support/base/symbolizer.h"

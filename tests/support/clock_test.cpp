@@ -7,6 +7,7 @@
 #include <stdexcept>
 #include <thread>
 
+#include "simulated_clock/simulated_clock.h"
 #include "support/system/wide_string.h"
 #include "support/threads/thread.h"
 #include "support/time/critical_section.h"

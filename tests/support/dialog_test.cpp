@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "common/scripted_front.h"
+#include "simulated_clock/simulated_clock.h"
 #include "support/dialog/console_front.h"
 #include "support/dialog/dialog_entry.h"
 

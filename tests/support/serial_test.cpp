@@ -8,6 +8,7 @@
 #include "common/pty.h"
 #include "common/scripted_front.h"
 #include "common/temp_folder.h"
+#include "simulated_clock/simulated_clock.h"
 
 namespace orsanta {
 namespace {

@@ -8,6 +8,7 @@
 
 #include "common/other_process.h"
 #include "common/temp_folder.h"
+#include "simulated_clock/simulated_clock.h"
 #include "support/base/process.h"
 #include "support/services/vector_file.h"
 #include "support/system/file.h"

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 
 #include "common/other_process.h"
+#include "simulated_clock/simulated_clock.h"
 #include "store_thing.h"
 #include "support/store/store_claim.h"
 

@@ -6,6 +6,7 @@
 
 #include "common/failed_check.h"
 #include "common/thread_levels.h"
+#include "simulated_clock/simulated_clock.h"
 #include "support/threads/task_lanes.h"
 #include "support/time/critical_section.h"
 

@@ -19,6 +19,7 @@
 #include "common/temp_folder.h"
 #include "drive/motor.h"
 #include "host/motor_base.h"
+#include "simulated_clock/simulated_clock.h"
 #include "simulator/simulator.h"
 #include "station/voice_motor.h"
 #include "support/time/clock.h"

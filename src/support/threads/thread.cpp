@@ -8,6 +8,7 @@
 #include "support/base/type_name.h"
 #include "support/system/wide_string.h"
 #include "support/time/lock.h"
+#include "support/time/replacement_clock.h"
 
 namespace orsanta {
 
@@ -24,7 +25,9 @@ void C_Thread::Start(const std::string& name, std::function<void()> body, int le
     m_End.Notify_All();
   };
   try {
-    if (!clock_thread::Start(name, run)) {
+    if (C_Replacement_Clock* const clock = C_Replacement_Clock::Current()) {
+      clock->Start_Thread(name, run);
+    } else {
       m_Thread = std::thread([name, level, run = std::move(run)] {
         SetThreadPriority(level);
         pthread_setname_np(pthread_self(), name.substr(0, 15).c_str());

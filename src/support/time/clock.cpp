@@ -10,15 +10,16 @@
 #include <ctime>
 #include <limits>
 #include <thread>
-#include <utility>
 
-#include "support/time/simulation.h"
+#include "support/time/replacement_clock.h"
 
 namespace orsanta {
 
 namespace {
 
 constexpr double Forever_Ms = std::numeric_limits<double>::infinity();
+
+std::atomic<C_Replacement_Clock*> the_replacement{nullptr};
 
 timespec To_Monotonic(double ms) {
   const double whole_s = std::floor(ms / 1000.0);
@@ -35,20 +36,20 @@ void Ask_For_Sharp_Timers() {
 }  // namespace
 
 bool Is_Simulated_Time() {
-  return C_Simulation::Current() != nullptr;
+  return C_Replacement_Clock::Current() != nullptr;
 }
 
 double Now_Ms() {
-  if (C_Simulation* simulation = C_Simulation::Current()) return simulation->Now_Ms();
+  if (C_Replacement_Clock* clock = C_Replacement_Clock::Current()) return clock->Now_Ms();
   return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now().time_since_epoch()).count();
 }
 
 C_Local_Time Local_Time_Now() {
   std::tm parts{};
   int64_t ms = 0;
-  if (const C_Simulation* simulation = C_Simulation::Current()) {
+  if (const C_Replacement_Clock* clock = C_Replacement_Clock::Current()) {
     constexpr std::time_t Simulated_Start = 1577836800;  // seconds: 2020-01-01 00:00:00, read as UTC below
-    ms = static_cast<int64_t>(simulation->Now_Ms());
+    ms = static_cast<int64_t>(clock->Now_Ms());
     const std::time_t seconds = Simulated_Start + ms / 1000;
     gmtime_r(&seconds, &parts);
   } else {
@@ -62,8 +63,8 @@ C_Local_Time Local_Time_Now() {
 }
 
 void Sleep(int ms) {
-  if (C_Simulation* simulation = C_Simulation::Current()) {
-    simulation->Sleep(ms);
+  if (C_Replacement_Clock* clock = C_Replacement_Clock::Current()) {
+    clock->Sleep(ms);
     return;
   }
   Ask_For_Sharp_Timers();
@@ -91,9 +92,9 @@ void C_Wait_Point::Wait(C_Leaf_Lock& lock) {
 }
 
 bool C_Wait_Point::Wait_Until(C_Leaf_Lock& lock, double until_ms) {
-  if (C_Simulation* simulation = C_Simulation::Current()) {
+  if (C_Replacement_Clock* clock = C_Replacement_Clock::Current()) {
     ++m_Simulated_Waiters;
-    const bool was_notified = simulation->Wait(this, m_What, lock, until_ms);
+    const bool was_notified = clock->Wait(this, m_What, lock, until_ms);
     --m_Simulated_Waiters;
     return was_notified;
   }
@@ -107,23 +108,23 @@ bool C_Wait_Point::Wait_Until(C_Leaf_Lock& lock, double until_ms) {
 }
 
 void C_Wait_Point::Notify_All() {
-  if (C_Simulation* simulation = C_Simulation::Current()) {
-    if (m_Simulated_Waiters > 0) simulation->Notify(this);
+  if (C_Replacement_Clock* clock = C_Replacement_Clock::Current()) {
+    if (m_Simulated_Waiters > 0) clock->Notify(this);
   } else {
     pthread_cond_broadcast(&m_Waiters);
   }
 }
 
 uint64_t This_Thread_Number() {
-  thread_local const uint64_t own_number = clock_thread::New_Number();
-  const C_Simulation* simulation = C_Simulation::Current();
-  const uint64_t number = simulation != nullptr ? simulation->Thread_Number() : 0;
+  thread_local const uint64_t own_number = New_Thread_Number();
+  const C_Replacement_Clock* clock = C_Replacement_Clock::Current();
+  const uint64_t number = clock != nullptr ? clock->Thread_Number() : 0;
   return number != 0 ? number : own_number;
 }
 
 void Copy_Thread_Name(char* name, size_t size) {
-  const C_Simulation* simulation = C_Simulation::Current();
-  const char* simulated = simulation != nullptr ? simulation->Thread_Name() : nullptr;
+  const C_Replacement_Clock* clock = C_Replacement_Clock::Current();
+  const char* simulated = clock != nullptr ? clock->Thread_Name() : nullptr;
   if (simulated != nullptr) {
     std::snprintf(name, size, "%s", simulated);
   } else if (pthread_getname_np(pthread_self(), name, size) != 0) {
@@ -131,24 +132,22 @@ void Copy_Thread_Name(char* name, size_t size) {
   }
 }
 
-namespace clock_thread {
-
-bool Start(const std::string& name, std::function<void()> body) {
-  C_Simulation* simulation = C_Simulation::Current();
-  if (simulation != nullptr) simulation->Start(name, std::move(body));
-  return simulation != nullptr;
+bool C_Replacement_Clock::Install() {
+  C_Replacement_Clock* none = nullptr;
+  return the_replacement.compare_exchange_strong(none, this);
 }
 
-C_Values* Simulated_Values() {
-  C_Simulation* simulation = C_Simulation::Current();
-  return simulation != nullptr ? simulation->Thread_Values() : nullptr;
+void C_Replacement_Clock::Remove() {
+  the_replacement.store(nullptr, std::memory_order_release);
 }
 
-uint64_t New_Number() {
+C_Replacement_Clock* C_Replacement_Clock::Current() {
+  return the_replacement.load(std::memory_order_acquire);
+}
+
+uint64_t New_Thread_Number() {
   static std::atomic<uint64_t> last{0};
   return last.fetch_add(1, std::memory_order_relaxed) + 1;
 }
-
-}  // namespace clock_thread
 
 }  // namespace orsanta

@@ -1,22 +1,14 @@
 // Time and waiting: the one place of the system that asks the operating system for time, sleep or a blocking wait.
 //
-// There are two clocks. The system clock, monotonic, serves every real run. The simulated clock serves
-// tests: every thread made through support/threads/thread.h and the thread that installed the clock take part, exactly
-// one of them runs at a time, and when all of them wait, time jumps to the earliest wake-up. Where several are ready at
-// one instant a seeded choice picks one, so that a seed replays a run exactly. To the system they all are one thread:
-// they take turns on the one that installed the clock.
+// The system clock, monotonic, serves every real run. Tests put the simulated clock (simulated_clock/) in its place.
 //
-// All calls may come from any thread; under the simulated clock only from threads that take part.
+// All calls may come from any thread; under the simulated clock only from threads that take part in it.
 #pragma once
 
 #include <pthread.h>
 
 #include <cstddef>
 #include <cstdint>
-#include <functional>
-#include <map>
-#include <memory>
-#include <string>
 
 #include "support/time/lock.h"
 
@@ -75,29 +67,5 @@ class C_Wait_Point {
   pthread_cond_t m_Waiters;     // of the system clock
   int m_Simulated_Waiters = 0;  // of the simulated one, which knows who they are
 };
-
-// Runs the process on simulated time from construction to destruction, starting at 0 ms. The thread that makes it takes
-// part; at its end all other participating threads must have ended. One at a time.
-// If all threads wait and none has a wake-up time, the clock prints which thread waits where and aborts the process.
-class C_Simulated_Clock {
- public:
-  explicit C_Simulated_Clock(uint64_t seed);
-  ~C_Simulated_Clock();
-  C_Simulated_Clock(const C_Simulated_Clock&) = delete;
-  C_Simulated_Clock& operator=(const C_Simulated_Clock&) = delete;
-
- private:
-  std::unique_ptr<class C_Simulation> m_Simulation;
-};
-
-// For support/threads/thread.cpp, time/thread_value.h and the simulated clock.
-namespace clock_thread {
-// Under the simulated clock: starts a thread of that clock. Under the system clock nothing is done, and false returned.
-bool Start(const std::string& name, std::function<void()> body);
-uint64_t New_Number();
-// What the calling thread has of its own, where the simulated clock has started it; null for a thread of the system.
-using C_Values = std::map<const void*, std::shared_ptr<void>>;
-C_Values* Simulated_Values();
-}  // namespace clock_thread
 
 }  // namespace orsanta

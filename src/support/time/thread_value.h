@@ -2,7 +2,7 @@
 // compiler, the threads of the simulated clock are one thread.
 #pragma once
 
-#include "support/time/clock.h"
+#include "support/time/replacement_clock.h"
 
 namespace orsanta {
 
@@ -11,7 +11,8 @@ namespace orsanta {
 template <class T>
 T& Of_This_Thread() {
   static constexpr char Key = 0;  // its address stands for the type
-  clock_thread::C_Values* const values = clock_thread::Simulated_Values();
+  C_Replacement_Clock* const clock = C_Replacement_Clock::Current();
+  C_Replacement_Clock::C_Values* const values = clock != nullptr ? clock->Thread_Values() : nullptr;
   if (values == nullptr) {
     thread_local T value;
     return value;

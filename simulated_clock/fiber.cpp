@@ -2,7 +2,7 @@
 // mask alone, for which swapcontext calls the system each time.
 #undef _FORTIFY_SOURCE  // its longjmp takes another stack for an error
 
-#include "support/time/fiber.h"
+#include "simulated_clock/fiber.h"
 
 #include <cxxabi.h>
 #include <sys/mman.h>

@@ -19,7 +19,7 @@
 #include <cstddef>
 #include <functional>
 
-#include "support/time/sanitizer_fiber.h"
+#include "simulated_clock/sanitizer_fiber.h"
 
 namespace orsanta {
 

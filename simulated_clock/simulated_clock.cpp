@@ -1,12 +1,12 @@
-#include "support/time/simulation.h"
+#include "simulated_clock/simulated_clock.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <limits>
 
+#include "simulated_clock/fiber.h"
 #include "support/time/clock.h"
-#include "support/time/fiber.h"
 
 namespace orsanta {
 
@@ -14,11 +14,9 @@ namespace {
 
 constexpr double Forever_Ms = std::numeric_limits<double>::infinity();
 
-std::atomic<C_Simulation*> the_simulation{nullptr};
-
 }  // namespace
 
-struct C_Simulation::C_Participant {
+struct C_Simulated_Clock::C_Participant {
   uint64_t number = 0;          // of the thread; rises in the order of joining
   double wake_ms = Forever_Ms;  // while it waits: from then on it may run
   bool is_ready = false;        // it may run
@@ -26,18 +24,13 @@ struct C_Simulation::C_Participant {
   bool notified = false;        // the last wait ended by a notification
   const char* what = "start";   // where it waits, for the report
   std::string name;
-  clock_thread::C_Values values;
+  C_Values values;
   std::unique_ptr<C_Fiber> fiber;
 };
 
-C_Simulation* C_Simulation::Current() {
-  return the_simulation.load(std::memory_order_acquire);
-}
-
-C_Simulation::C_Simulation(uint64_t seed) : m_Choice(seed) {
+C_Simulated_Clock::C_Simulated_Clock(uint64_t seed) : m_Choice(seed) {
   const uint64_t number = This_Thread_Number();
-  C_Simulation* expected = nullptr;
-  if (!the_simulation.compare_exchange_strong(expected, this)) {
+  if (!Install()) {
     std::fputs("simulated clock: one is installed already\n", stderr);
     std::abort();
   }
@@ -48,16 +41,16 @@ C_Simulation::C_Simulation(uint64_t seed) : m_Choice(seed) {
   m_Running->fiber = std::make_unique<C_Fiber>();
 }
 
-C_Simulation::~C_Simulation() {
+C_Simulated_Clock::~C_Simulated_Clock() {
   if (m_Participants.size() != 1) {
     std::fputs("simulated clock: these threads still take part at its end:\n", stderr);
     for (const auto& participant : m_Participants) std::fprintf(stderr, "  %s\n", participant->name.c_str());
     std::abort();
   }
-  the_simulation.store(nullptr, std::memory_order_release);
+  Remove();
 }
 
-C_Simulation::C_Participant& C_Simulation::Self() const {
+C_Simulated_Clock::C_Participant& C_Simulated_Clock::Self() const {
   if (!Takes_Part()) {
     std::fputs("simulated clock: a thread that was not made through support/threads/thread waits or notifies\n",
                stderr);
@@ -66,24 +59,24 @@ C_Simulation::C_Participant& C_Simulation::Self() const {
   return *m_Running;
 }
 
-uint64_t C_Simulation::Thread_Number() const {
+uint64_t C_Simulated_Clock::Thread_Number() const {
   return Takes_Part() ? m_Running->number : 0;
 }
 
-const char* C_Simulation::Thread_Name() const {
+const char* C_Simulated_Clock::Thread_Name() const {
   return Takes_Part() ? m_Running->name.c_str() : nullptr;
 }
 
-clock_thread::C_Values* C_Simulation::Thread_Values() {
+C_Replacement_Clock::C_Values* C_Simulated_Clock::Thread_Values() {
   return Takes_Part() && m_Running != m_Participants.front().get() ? &m_Running->values : nullptr;
 }
 
-void C_Simulation::Sleep(int ms) {
+void C_Simulated_Clock::Sleep(int ms) {
   Self().what = "Sleep";
   Wait_Until(Now_Ms() + std::max(ms, 0));
 }
 
-bool C_Simulation::Wait(const void* point, const char* what, C_Leaf_Lock& lock, double until_ms) {
+bool C_Simulated_Clock::Wait(const void* point, const char* what, C_Leaf_Lock& lock, double until_ms) {
   C_Participant& self = Self();
   self.what = what;
   self.point = point;
@@ -94,7 +87,7 @@ bool C_Simulation::Wait(const void* point, const char* what, C_Leaf_Lock& lock, 
   return self.notified;
 }
 
-void C_Simulation::Notify(const void* point) {
+void C_Simulated_Clock::Notify(const void* point) {
   Self();
   for (const auto& participant : m_Participants) {
     if (participant->point != point) continue;
@@ -104,10 +97,10 @@ void C_Simulation::Notify(const void* point) {
   }
 }
 
-void C_Simulation::Start(const std::string& name, std::function<void()> body) {
+void C_Simulated_Clock::Start_Thread(const std::string& name, std::function<void()> body) {
   Self();
   auto participant = std::make_unique<C_Participant>();
-  participant->number = clock_thread::New_Number();
+  participant->number = New_Thread_Number();
   participant->name = name;
   participant->fiber = std::make_unique<C_Fiber>([this, body = std::move(body)]() mutable -> C_Fiber& {
     body();
@@ -119,7 +112,7 @@ void C_Simulation::Start(const std::string& name, std::function<void()> body) {
 }
 
 // On a thread that ends, as its last step.
-C_Fiber& C_Simulation::End() {
+C_Fiber& C_Simulated_Clock::End() {
   m_Running->values.clear();
   const auto self = std::find_if(m_Participants.begin(), m_Participants.end(),
                                  [this](const auto& participant) { return participant.get() == m_Running; });
@@ -129,7 +122,7 @@ C_Fiber& C_Simulation::End() {
 }
 
 // Gives the run to the next thread, and returns when this one gets it again.
-void C_Simulation::Wait_Until(double until_ms) {
+void C_Simulated_Clock::Wait_Until(double until_ms) {
   C_Participant& self = *m_Running;
   self.wake_ms = until_ms;
   if (until_ms <= Now_Ms()) Make_Ready(self);
@@ -137,7 +130,7 @@ void C_Simulation::Wait_Until(double until_ms) {
   if (&next != &self) self.fiber->Switch_To(*next.fiber);
 }
 
-void C_Simulation::Make_Ready(C_Participant& participant) {
+void C_Simulated_Clock::Make_Ready(C_Participant& participant) {
   if (participant.is_ready) return;
   participant.is_ready = true;
   participant.wake_ms = Forever_Ms;
@@ -148,7 +141,7 @@ void C_Simulation::Make_Ready(C_Participant& participant) {
 }
 
 // Picks one of the ready threads.
-C_Simulation::C_Participant& C_Simulation::Choose_Next() {
+C_Simulated_Clock::C_Participant& C_Simulated_Clock::Choose_Next() {
   if (m_Ready.empty()) Move_Time();
   // Every one with the same chance: the k-th replaces the one held with a chance of 1 in k.
   size_t chosen = 0;
@@ -162,7 +155,7 @@ C_Simulation::C_Participant& C_Simulation::Choose_Next() {
 }
 
 // To the earliest wake-up.
-void C_Simulation::Move_Time() {
+void C_Simulated_Clock::Move_Time() {
   double earliest = Forever_Ms;
   for (const auto& participant : m_Participants) earliest = std::min(earliest, participant->wake_ms);
   if (earliest == Forever_Ms) Report_Deadlock();
@@ -171,15 +164,12 @@ void C_Simulation::Move_Time() {
     if (participant->wake_ms <= earliest) Make_Ready(*participant);
 }
 
-void C_Simulation::Report_Deadlock() const {
+void C_Simulated_Clock::Report_Deadlock() const {
   std::fprintf(stderr, "simulated clock: at %.3f ms every thread waits and none has a wake-up time:\n", Now_Ms());
   for (const auto& participant : m_Participants) {
     std::fprintf(stderr, "  %s waits in %s\n", participant->name.c_str(), participant->what);
   }
   std::abort();
 }
-
-C_Simulated_Clock::C_Simulated_Clock(uint64_t seed) : m_Simulation(std::make_unique<C_Simulation>(seed)) {}
-C_Simulated_Clock::~C_Simulated_Clock() = default;
 
 }  // namespace orsanta
