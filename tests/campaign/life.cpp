@@ -107,7 +107,7 @@ class C_Life {
   }
 
   [[noreturn]] void Run() {
-    const int threads = Count("/proc/self/task"), files = Count("/proc/self/fd");
+    const auto files = Open_Files();
     const double length = m_Plan.cycles * Mean_Cycle_Ms / m_Plan.stations;
     m_End_Ms = Now_Ms() + length + 3000.0;
     if (Draw(0, 2) == 0) Plan_A_Kill(length);
@@ -126,8 +126,9 @@ class C_Life {
     Stop();
     m_Workers.clear();
     for (auto& line : m_Lines) line.reset();
-    Look_For_Remains("threads", threads, "/proc/self/task");
-    Look_For_Remains("files", files, "/proc/self/fd");
+    m_Killer.Join();
+    if (m_Clock.Threads() > 1) Find(0, Format_Utf8("%zu threads are left behind", m_Clock.Threads() - 1));
+    if (Open_Files() > files) Find(0, Format_Utf8("%td files are left behind", Open_Files() - files));
     End();
   }
 
@@ -396,14 +397,9 @@ class C_Life {
       if (m_Faults->Met(n, fault, m_From_Ms[n])) return true;
     return false;
   }
-  static int Count(const char* folder) {
-    const std::filesystem::directory_iterator entries(folder);
-    return static_cast<int>(std::distance(begin(entries), end(entries)));
-  }
-  // The system's threads are told ended a moment before they are gone.
-  void Look_For_Remains(const char* what, int before, const char* folder) {
-    for (int tries = 0; tries < 200 && Count(folder) > before; ++tries) usleep(5000);
-    if (Count(folder) > before) Find(0, Format_Utf8("%d %s are left behind", Count(folder) - before, what));
+  static std::ptrdiff_t Open_Files() {
+    const std::filesystem::directory_iterator entries("/proc/self/fd");
+    return std::distance(begin(entries), end(entries));
   }
   int Draw(int least, int greatest) { return std::uniform_int_distribution(least, greatest)(m_Random); }
 
