@@ -20,10 +20,11 @@
 #include <functional>
 
 #include "simulated_clock/sanitizer_fiber.h"
+#include "support/time/uncopied.h"
 
 namespace orsanta {
 
-class C_Fiber {
+class C_Fiber : private C_Uncopied {
  public:
   // The calling thread, as it runs.
   C_Fiber() = default;
@@ -31,8 +32,6 @@ class C_Fiber {
   // then destroys this. Throws std::system_error when there is no memory for a stack.
   explicit C_Fiber(std::function<C_Fiber&()> body);
   ~C_Fiber();
-  C_Fiber(const C_Fiber&) = delete;
-  C_Fiber& operator=(const C_Fiber&) = delete;
 
   // Called on this fiber, while it runs: lets `next` run, and returns when a fiber switches back to this one.
   void Switch_To(C_Fiber& next);

@@ -16,7 +16,7 @@
 
 namespace orsanta {
 
-class C_Sanitizer_Fiber {
+class C_Sanitizer_Fiber : private C_Uncopied {
  public:
   // The calling thread.
   C_Sanitizer_Fiber() {
@@ -44,6 +44,8 @@ class C_Sanitizer_Fiber {
 
 #include <sanitizer/tsan_interface.h>
 
+#include "support/time/uncopied.h"
+
 namespace orsanta {
 
 class C_Sanitizer_Fiber {
@@ -53,8 +55,6 @@ class C_Sanitizer_Fiber {
   ~C_Sanitizer_Fiber() {
     if (m_Is_New) __tsan_destroy_fiber(m_Fiber);
   }
-  C_Sanitizer_Fiber(const C_Sanitizer_Fiber&) = delete;
-  C_Sanitizer_Fiber& operator=(const C_Sanitizer_Fiber&) = delete;
 
   void Leave_For(C_Sanitizer_Fiber& next) { __tsan_switch_to_fiber(next.m_Fiber, 0); }
   void Arrive() {}

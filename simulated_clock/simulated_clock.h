@@ -34,8 +34,6 @@ class C_Simulated_Clock final : public C_Replacement_Clock {
  public:
   explicit C_Simulated_Clock(uint64_t seed);
   ~C_Simulated_Clock();
-  C_Simulated_Clock(const C_Simulated_Clock&) = delete;
-  C_Simulated_Clock& operator=(const C_Simulated_Clock&) = delete;
 
   // How many threads take part.
   size_t Threads() const { return m_Participants.size(); }

@@ -11,6 +11,7 @@
 #include "simulator/sample_fifo.h"
 #include "simulator/simulator.h"
 #include "simulator/ticks.h"
+#include "support/time/uncopied.h"
 
 namespace simulator {
 
@@ -21,12 +22,10 @@ double Fit_Into_Format(double value, int format);
 // Whether the value can be sent through a port of that width.
 bool Fits_Format(double value, int format);
 
-class C_Device {
+class C_Device : private orsanta::C_Uncopied {
  public:
   C_Device(const Settings& settings, int can_id);
   virtual ~C_Device() = default;
-  C_Device(const C_Device&) = delete;
-  C_Device& operator=(const C_Device&) = delete;
 
   int Can_Id() const { return m_Can_Id; }
   void Advance(Ticks to);

@@ -27,10 +27,11 @@
 #include "support/base/array.h"
 #include "support/time/critical_section.h"
 #include "support/time/shared.h"
+#include "support/time/uncopied.h"
 
 namespace orsanta {
 
-class C_Interpolation_Voice_Motor : public C_Mapped_Device {
+class C_Interpolation_Voice_Motor : public C_Mapped_Device, private C_Uncopied {
  public:
   // can_id: CAN id of the device. axis: its axis in the server. sensor_io: IO number of the home sensor. thread_num:
   // instruction thread. connect_server: 1 lets this object open the connection when none is open.
@@ -42,8 +43,6 @@ class C_Interpolation_Voice_Motor : public C_Mapped_Device {
                               int sensor_io2, int io_bit);
   // Ends the sixteen window threads. The last object of the process rebuilds the server's side of the connection.
   ~C_Interpolation_Voice_Motor();
-  C_Interpolation_Voice_Motor(const C_Interpolation_Voice_Motor&) = delete;
-  C_Interpolation_Voice_Motor& operator=(const C_Interpolation_Voice_Motor&) = delete;
 
   // --- Mapping (interpolation_map.cpp) ---
 

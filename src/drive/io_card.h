@@ -9,18 +9,16 @@
 #include "support/base/array.h"
 #include "support/time/shared.h"
 #include "support/time/stopwatch.h"
+#include "support/time/uncopied.h"
 
 namespace orsanta {
 
-class C_Io_Card {
+class C_Io_Card : private C_Uncopied {
  public:
   static constexpr int Channel_Count = 8;  // of the card, as IO numbers 0 to 7
   static constexpr int Read_Failed = -1;   // of Get_Io
 
-  C_Io_Card() = default;
   ~C_Io_Card();
-  C_Io_Card(const C_Io_Card&) = delete;
-  C_Io_Card& operator=(const C_Io_Card&) = delete;
 
   // IoInit: 0 without a card, any other value with one. Ends all simulation.
   void Set_Io_Mode(int IoInit);

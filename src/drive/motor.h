@@ -28,10 +28,11 @@
 #include "support/base/array.h"
 #include "support/system/wide_string.h"
 #include "support/time/shared.h"
+#include "support/time/uncopied.h"
 
 namespace orsanta {
 
-class C_Kestrune_Motor_test : public C_Mapped_Device {
+class C_Kestrune_Motor_test : public C_Mapped_Device, private C_Uncopied {
  public:
   // can_id: CAN id of the drive, 1 to 63. thread_num: instruction thread of the motion server for this drive's
   // instructions. connect_server: 1 lets this object open the connection when none is open.
@@ -41,8 +42,6 @@ class C_Kestrune_Motor_test : public C_Mapped_Device {
   C_Kestrune_Motor_test(int can_id, int thread_num, int connect_server);
   // Ends the window threads. The last object of the process releases the server.
   ~C_Kestrune_Motor_test();
-  C_Kestrune_Motor_test(const C_Kestrune_Motor_test&) = delete;
-  C_Kestrune_Motor_test& operator=(const C_Kestrune_Motor_test&) = delete;
 
   // --- Mapping (motor_map.cpp) ---
 

@@ -7,15 +7,14 @@
 
 #include "support/base/array.h"
 #include "support/time/lock.h"
+#include "support/time/uncopied.h"
 
 namespace orsanta {
 
-class C_History {
+class C_History : private C_Uncopied {
  public:
   // limit: greatest number of values held, at least 4.
   explicit C_History(int limit) : m_Limit(limit) { MY_ASSERT(limit >= 4); }
-  C_History(const C_History&) = delete;
-  C_History& operator=(const C_History&) = delete;
 
   void Append(double value);
   // Appends the values in their order; of more than the limit only the newest stay.

@@ -31,6 +31,7 @@
 #include "support/store/store.h"
 #include "support/time/critical_section.h"
 #include "support/time/stopwatch.h"
+#include "support/time/uncopied.h"
 
 namespace orsanta {
 
@@ -38,7 +39,7 @@ class C_Interpolation_Voice_Motor;
 class C_Kestrune_Motor_test;
 class C_VoiceDebugCom;
 
-class C_VoiceMotor : public CAutoSaveClassData2, public C_Force_Model, public C_Handshake {
+class C_VoiceMotor : public CAutoSaveClassData2, public C_Force_Model, public C_Handshake, private C_Uncopied {
  public:
   // Greatest lengths of the histories; the newest values are kept.
   static constexpr int Max_History_Samples = 1000000;
@@ -55,8 +56,6 @@ class C_VoiceMotor : public CAutoSaveClassData2, public C_Force_Model, public C_
                int reserved1, int reserved2, int reserved3);
   // Saves the parameters, then ends the link and the drive. No sequence of the station may run.
   ~C_VoiceMotor() override;
-  C_VoiceMotor(const C_VoiceMotor&) = delete;
-  C_VoiceMotor& operator=(const C_VoiceMotor&) = delete;
 
   // --- Motion ---
 

@@ -15,6 +15,8 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "support/time/uncopied.h"
+
 namespace orsanta {
 
 namespace {
@@ -26,7 +28,7 @@ namespace {
 }();
 
 // A file as memory while it lives; empty when it cannot be read.
-class C_Mapped_File {
+class C_Mapped_File : private C_Uncopied {
  public:
   explicit C_Mapped_File(const char* path) {
     const int file = open(path, O_RDONLY | O_CLOEXEC);
@@ -44,8 +46,6 @@ class C_Mapped_File {
   ~C_Mapped_File() {
     if (m_Start != nullptr) munmap(const_cast<char*>(m_Start), m_Size);
   }
-  C_Mapped_File(const C_Mapped_File&) = delete;
-  C_Mapped_File& operator=(const C_Mapped_File&) = delete;
 
   // `count` records of type T from `offset` on; null when the file does not hold them.
   template <class T>

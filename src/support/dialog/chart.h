@@ -6,6 +6,7 @@
 
 #include "support/base/array.h"
 #include "support/time/shared.h"
+#include "support/time/uncopied.h"
 
 namespace orsanta {
 
@@ -13,12 +14,10 @@ struct CKestruneGraph {
   enum LineStyle { Line_None = 0, Line_Solid = 1 };
 };
 
-class CKestrunePlot {
+class CKestrunePlot : private C_Uncopied {
  public:
   CKestrunePlot();
   ~CKestrunePlot();
-  CKestrunePlot(const CKestrunePlot&) = delete;
-  CKestrunePlot& operator=(const CKestrunePlot&) = delete;
 
   // 1: the axes follow the data at each new plot. 0: they stay as the first plot set them.
   void SetDynamicAdjustRange(int follow);

@@ -16,6 +16,7 @@
 #include "support/dialog/front.h"
 #include "support/system/wide_string.h"
 #include "support/time/shared.h"
+#include "support/time/uncopied.h"
 
 namespace orsanta {
 
@@ -43,12 +44,10 @@ class CParameterInOutDlgInterface {
   virtual ~CParameterInOutDlgInterface() = default;
 };
 
-class CParameterInOutDlg_Base {
+class CParameterInOutDlg_Base : private C_Uncopied {
  public:
   CParameterInOutDlg_Base();
   virtual ~CParameterInOutDlg_Base();
-  CParameterInOutDlg_Base(const CParameterInOutDlg_Base&) = delete;
-  CParameterInOutDlg_Base& operator=(const CParameterInOutDlg_Base&) = delete;
 
   // Arguments that recur. caption: shown on or beside the control. column: the control goes to the bottom of that
   // column. width: size in the builder's units. rows: height. id: number of the control in callbacks; 0 is one too.

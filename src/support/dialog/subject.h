@@ -4,6 +4,8 @@
 
 #include <string>
 
+#include "support/time/uncopied.h"
+
 namespace orsanta {
 
 struct C_Subject {
@@ -17,12 +19,10 @@ struct C_Subject {
 const C_Subject& Present_Subject();
 
 // Sets the subject of the calling thread from construction to destruction.
-class C_Subject_Scope {
+class C_Subject_Scope : private C_Uncopied {
  public:
   explicit C_Subject_Scope(C_Subject subject);
   ~C_Subject_Scope();
-  C_Subject_Scope(const C_Subject_Scope&) = delete;
-  C_Subject_Scope& operator=(const C_Subject_Scope&) = delete;
 
  private:
   friend const C_Subject& Present_Subject();

@@ -16,19 +16,17 @@
 #include <string>
 
 #include "support/time/lock.h"
+#include "support/time/uncopied.h"
 
 namespace orsanta {
 
-class CComSerial {
+class CComSerial : private C_Uncopied {
  public:
   static constexpr std::array<int, 7> Rates = {9600, 14400, 19200, 28800, 38400, 57600, 115200};  // baud; on offer
   static constexpr double Reopen_Period_Ms = 500.0;
   static constexpr double Rate_Tolerance = 0.02;  // of the rate; both ends of a line may be off by as much
 
-  CComSerial() = default;
   ~CComSerial();
-  CComSerial(const CComSerial&) = delete;
-  CComSerial& operator=(const CComSerial&) = delete;
 
   // Opens the port with that number, 1 for the first, at the fastest rate. Returns 1, or 0 when there is no such port,
   // it is no serial line, or another program has it; a trace line then has the reason.

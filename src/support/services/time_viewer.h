@@ -11,6 +11,7 @@
 #include <string>
 
 #include "support/base/array.h"
+#include "support/time/uncopied.h"
 
 namespace orsanta {
 
@@ -54,14 +55,12 @@ class C_TimeViewer {
 };
 
 // Begins a mark and ends it with the scope, on every way out.
-class C_Time_Mark {
+class C_Time_Mark : private C_Uncopied {
  public:
   C_Time_Mark(C_TimeViewer& viewer, std::wstring name) : m_Viewer(viewer), m_Name(std::move(name)) {
     m_Viewer.TimeBegin(m_Name);
   }
   ~C_Time_Mark() { m_Viewer.TimeEnd(m_Name); }
-  C_Time_Mark(const C_Time_Mark&) = delete;
-  C_Time_Mark& operator=(const C_Time_Mark&) = delete;
 
  private:
   C_TimeViewer& m_Viewer;

@@ -33,6 +33,7 @@
 #include "support/store/store_claim.h"
 #include "support/system/wide_string.h"
 #include "support/time/shared.h"
+#include "support/time/uncopied.h"
 
 namespace orsanta {
 
@@ -146,12 +147,10 @@ class CAutoSaveClassData2 : public CDynamicClassCreatorObject {
 
 // Enters a class for the span of a scope: its name goes on the stack of class names, and its area on the stack of
 // areas.
-class C_Store_Class {
+class C_Store_Class : private C_Uncopied {
  public:
   C_Store_Class(const CAutoSaveClassData2& object, CAutoSaveClassData_Data& data);
   ~C_Store_Class();
-  C_Store_Class(const C_Store_Class&) = delete;
-  C_Store_Class& operator=(const C_Store_Class&) = delete;
 
  private:
   CAutoSaveClassData_Data& m_Data;

@@ -5,6 +5,7 @@
 
 #include "support/store/store_disk.h"
 #include "support/time/lock.h"
+#include "support/time/uncopied.h"
 
 namespace orsanta {
 
@@ -12,7 +13,7 @@ namespace {
 
 // Locks the folder for the span of a scope. Where the file system has no locks, the threads of this process still take
 // turns.
-class C_Folder_Holder {
+class C_Folder_Holder : private C_Uncopied {
  public:
   explicit C_Folder_Holder(C_Disk& disk) : m_Disk(disk), m_Error(disk.Lock_Folder(m_Folder)) {
     if (m_Error == 0) m_Threads.emplace(the_Threads);  // who did not get the folder does not wait for it twice
@@ -20,8 +21,6 @@ class C_Folder_Holder {
   ~C_Folder_Holder() {
     if (m_Error == 0) m_Disk.Unlock_Folder(m_Folder);
   }
-  C_Folder_Holder(const C_Folder_Holder&) = delete;
-  C_Folder_Holder& operator=(const C_Folder_Holder&) = delete;
   int Error() const { return m_Error; }
 
  private:

@@ -8,14 +8,13 @@
 
 #include <string>
 
+#include "support/time/uncopied.h"
+
 namespace orsanta {
 
-class C_Store_Claim {
+class C_Store_Claim : private C_Uncopied {
  public:
-  C_Store_Claim() = default;
   ~C_Store_Claim();  // releases the claim
-  C_Store_Claim(const C_Store_Claim&) = delete;
-  C_Store_Claim& operator=(const C_Store_Claim&) = delete;
 
   // Claims the store of that name in the working directory; once claimed it stays so. Returns 0, or the id of the
   // process that has the store, -1 where that runs on another computer or in another container. Also returns 0 where

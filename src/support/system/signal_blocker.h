@@ -6,9 +6,11 @@
 #include <csignal>
 #include <ctime>
 
+#include "support/time/uncopied.h"
+
 namespace orsanta {
 
-class C_Signal_Blocker {
+class C_Signal_Blocker : private C_Uncopied {
  public:
   C_Signal_Blocker() {
     sigset_t held;
@@ -28,8 +30,6 @@ class C_Signal_Blocker {
     }
     pthread_sigmask(SIG_SETMASK, &m_Before, nullptr);
   }
-  C_Signal_Blocker(const C_Signal_Blocker&) = delete;
-  C_Signal_Blocker& operator=(const C_Signal_Blocker&) = delete;
 
  private:
   sigset_t m_Pending;  // before the scope

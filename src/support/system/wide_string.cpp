@@ -11,6 +11,8 @@
 #include <new>
 #include <vector>
 
+#include "support/time/uncopied.h"
+
 namespace orsanta {
 
 namespace {
@@ -68,12 +70,10 @@ std::wstring Widen_Text_Conversions(const wchar_t* format) {
 }
 
 // The "C" locale for the calling thread while it lives, whatever locale the host has set.
-class C_Plain_Locale {
+class C_Plain_Locale : private C_Uncopied {
  public:
   C_Plain_Locale() : m_Old(uselocale(Plain())) {}
   ~C_Plain_Locale() { uselocale(m_Old); }
-  C_Plain_Locale(const C_Plain_Locale&) = delete;
-  C_Plain_Locale& operator=(const C_Plain_Locale&) = delete;
 
  private:
   static locale_t Plain() {

@@ -14,16 +14,14 @@
 #include "support/system/priority.h"
 #include "support/time/clock.h"
 #include "support/time/lock.h"
+#include "support/time/uncopied.h"
 
 namespace orsanta {
 
 // One function on a thread of its own. Start, Join and the destructor belong to one owner.
-class C_Thread {
+class C_Thread : private C_Uncopied {
  public:
-  C_Thread() = default;
   ~C_Thread() { Join(-1.0); }
-  C_Thread(const C_Thread&) = delete;
-  C_Thread& operator=(const C_Thread&) = delete;
 
   // name: shown by debuggers and by the simulated clock's report. level: of support/system/priority.h; the thread takes
   // it before anything else, and nothing of it from the caller.
@@ -40,12 +38,9 @@ class C_Thread {
   C_Wait_Point m_End{"C_Thread::Join"};
 };
 
-class CBaseBindThread {
+class CBaseBindThread : private C_Uncopied {
  public:
-  CBaseBindThread() = default;
   virtual ~CBaseBindThread();
-  CBaseBindThread(const CBaseBindThread&) = delete;
-  CBaseBindThread& operator=(const CBaseBindThread&) = delete;
 
   // For the panel's window objects; it has no effect here, because the fronts run on threads of their own.
   void SetUseCWndThread(int use);

@@ -11,6 +11,7 @@
 #include <cstdint>
 
 #include "support/time/lock.h"
+#include "support/time/uncopied.h"
 
 namespace orsanta {
 
@@ -47,13 +48,11 @@ void Copy_Thread_Name(char* name, size_t size);
 
 // A place where threads wait until they are notified or until a time. It works like a condition variable: the caller
 // holds `lock`, a leaf lock of its own, tests its condition in a loop, and holds the lock again after the return.
-class C_Wait_Point {
+class C_Wait_Point : private C_Uncopied {
  public:
   // what: names the place in the report of a run in which every thread waits.
   explicit C_Wait_Point(const char* what);
   ~C_Wait_Point();
-  C_Wait_Point(const C_Wait_Point&) = delete;
-  C_Wait_Point& operator=(const C_Wait_Point&) = delete;
 
   // Waits until notified. May also return without cause.
   void Wait(C_Leaf_Lock& lock) REQUIRES(lock);

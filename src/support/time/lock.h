@@ -13,6 +13,8 @@
 
 #include <pthread.h>
 
+#include "support/time/uncopied.h"
+
 #if defined(__clang__)
 #define ORSANTA_THREAD_MARK(mark) __attribute__((mark))
 #else
@@ -31,7 +33,7 @@ namespace orsanta {
 // A mutex that lends its waiters' priority to its holder, so that a time-critical thread never waits for one that a
 // busy machine does not run; on a kernel that cannot lend, a plain mutex. It has no destructor, because nothing has to
 // be released: a static one serves threads that still run while the process ends.
-class CAPABILITY("leaf lock") C_Leaf_Lock {
+class CAPABILITY("leaf lock") C_Leaf_Lock : private C_Uncopied {
  public:
   C_Leaf_Lock() {
     pthread_mutexattr_t attributes;
@@ -40,8 +42,6 @@ class CAPABILITY("leaf lock") C_Leaf_Lock {
     if (pthread_mutex_init(&m_Mutex, &attributes) != 0) pthread_mutex_init(&m_Mutex, nullptr);
     pthread_mutexattr_destroy(&attributes);
   }
-  C_Leaf_Lock(const C_Leaf_Lock&) = delete;
-  C_Leaf_Lock& operator=(const C_Leaf_Lock&) = delete;
 
   void Lock() ACQUIRE() { pthread_mutex_lock(&m_Mutex); }
   void Unlock() RELEASE() { pthread_mutex_unlock(&m_Mutex); }
@@ -54,12 +54,10 @@ class CAPABILITY("leaf lock") C_Leaf_Lock {
 
 // Holds a lock of either kind for the span of a scope, so that every way out releases it.
 template <class T>
-class SCOPED_CAPABILITY C_Lock_Guard {
+class SCOPED_CAPABILITY C_Lock_Guard : private C_Uncopied {
  public:
   explicit C_Lock_Guard(T& lock) ACQUIRE(lock) : m_Lock(lock) { m_Lock.Lock(); }
   ~C_Lock_Guard() RELEASE() { m_Lock.Unlock(); }
-  C_Lock_Guard(const C_Lock_Guard&) = delete;
-  C_Lock_Guard& operator=(const C_Lock_Guard&) = delete;
 
  private:
   T& m_Lock;

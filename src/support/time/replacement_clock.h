@@ -9,14 +9,12 @@
 #include <string>
 
 #include "support/time/lock.h"
+#include "support/time/uncopied.h"
 
 namespace orsanta {
 
-class C_Replacement_Clock {
+class C_Replacement_Clock : private C_Uncopied {
  public:
-  C_Replacement_Clock(const C_Replacement_Clock&) = delete;
-  C_Replacement_Clock& operator=(const C_Replacement_Clock&) = delete;
-
   // The installed one, null while the process runs on the system clock.
   static C_Replacement_Clock* Current();
 
@@ -35,7 +33,6 @@ class C_Replacement_Clock {
   virtual C_Values* Thread_Values() = 0;
 
  protected:
-  C_Replacement_Clock() = default;
   ~C_Replacement_Clock() = default;
   // Returns false if another is installed.
   bool Install();

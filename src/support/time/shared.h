@@ -36,9 +36,6 @@ class Shared {
 template <class T>
 requires(!std::is_trivially_copyable_v<T>) class Shared<T> {
  public:
-  Shared() = default;
-  Shared(const Shared&) = delete;
-  Shared& operator=(const Shared&) = delete;
   Shared& operator=(T value) {
     const C_Lock_Guard hold(m_Lock);
     std::swap(m_Value, value);  // the old value ends after the lock
