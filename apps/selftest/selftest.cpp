@@ -2,7 +2,7 @@
 // since the library does not export it; `orsanta selftest` runs it.
 #include <cstdio>
 
-#include "host/motor_self_test.h"
+#include "apps/selftest/motor_self_test.h"
 #include "support/dialog/console_front.h"
 #include "support/dialog/message_box.h"
 #include "support/time/clock.h"

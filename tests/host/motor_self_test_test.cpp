@@ -1,4 +1,4 @@
-#include "host/motor_self_test.h"
+#include "apps/selftest/motor_self_test.h"
 
 #include <atomic>
 #include <thread>

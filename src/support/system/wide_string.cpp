@@ -1,5 +1,8 @@
 #include "support/system/wide_string.h"
 
+#include <utf8.h>
+#include <utf8/unchecked.h>
+
 #include <clocale>
 #include <cstdarg>
 #include <cstdint>
@@ -17,42 +20,8 @@ namespace orsanta {
 
 namespace {
 
-constexpr char32_t Replacement = 0xFFFD;
+constexpr wchar_t Replacement = 0xFFFD;
 constexpr size_t Longest_Text = size_t{1} << 24;  // characters; a composed text beyond it is a fault of its format
-
-// The well-formed sequences of UTF-8 by the number of bytes behind the first, of which each has six bits in 10xxxxxx.
-constexpr struct {
-  char32_t mask;   // of the first byte: these bits ...
-  char32_t mark;   // ... have this value, the others are the highest bits of the character
-  char32_t least;  // below it a shorter sequence exists
-} Sequences[] = {{0x80, 0x00, 0x00}, {0xE0, 0xC0, 0x80}, {0xF0, 0xE0, 0x800}, {0xF8, 0xF0, 0x10000}};
-
-bool Is_Scalar(char32_t c) {
-  return c < 0xD800 || (c > 0xDFFF && c <= 0x10FFFF);
-}
-
-void Append_Utf8(std::string& out, char32_t c) {
-  size_t more = std::size(Sequences) - 1;
-  while (c < Sequences[more].least) --more;
-  out.push_back(static_cast<char>(Sequences[more].mark | c >> 6 * more));
-  while (more-- > 0) out.push_back(static_cast<char>(0x80 | (c >> 6 * more & 0x3F)));
-}
-
-// Reads one character at `at` and moves behind it. False, with `at` unmoved, when there is no well-formed one.
-bool Read_Utf8(const std::string& bytes, size_t& at, char32_t& c) {
-  const auto byte = [&bytes](size_t i) { return static_cast<unsigned char>(bytes[i]); };
-  size_t more = 0;
-  while (more < std::size(Sequences) && (byte(at) & Sequences[more].mask) != Sequences[more].mark) ++more;
-  if (more == std::size(Sequences) || bytes.size() - at <= more) return false;
-  c = byte(at) & ~Sequences[more].mask;
-  for (size_t i = 1; i <= more; ++i) {
-    if ((byte(at + i) & 0xC0) != 0x80) return false;
-    c = c << 6 | (byte(at + i) & 0x3F);
-  }
-  if (c < Sequences[more].least || !Is_Scalar(c)) return false;
-  at += more + 1;
-  return true;
-}
 
 // The C library takes a wide text for %ls only; formats of the contract use %s and %c.
 std::wstring Widen_Text_Conversions(const wchar_t* format) {
@@ -117,8 +86,8 @@ std::string To_Utf8(const std::wstring& text) {
   std::string out;
   out.reserve(text.size());
   for (const wchar_t c : text) {
-    const auto scalar = static_cast<char32_t>(c);
-    Append_Utf8(out, Is_Scalar(scalar) ? scalar : Replacement);
+    const bool is_scalar = c >= 0 && c <= 0x10FFFF && (c < 0xD800 || c > 0xDFFF);
+    utf8::append(static_cast<uint32_t>(is_scalar ? c : Replacement), std::back_inserter(out));
   }
   return out;
 }
@@ -126,13 +95,13 @@ std::string To_Utf8(const std::wstring& text) {
 std::wstring From_Utf8(const std::string& text) {
   std::wstring out;
   out.reserve(text.size());
-  for (size_t at = 0; at < text.size();) {
-    char32_t c = Replacement;
-    if (!Read_Utf8(text, at, c)) {
-      c = Replacement;
-      ++at;
-    }
-    out.push_back(static_cast<wchar_t>(c));
+  for (auto at = text.begin(); at != text.end();) {
+    const auto end = utf8::find_invalid(at, text.end());
+    utf8::unchecked::utf8to32(at, end, std::back_inserter(out));
+    at = end;
+    if (at == text.end()) break;
+    out.push_back(Replacement);
+    ++at;
   }
   return out;
 }

@@ -1,4 +1,4 @@
-#include "host/motor_self_test.h"
+#include "apps/selftest/motor_self_test.h"
 
 #include "drive/motor.h"
 #include "support/dialog/message_box.h"
