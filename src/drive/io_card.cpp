@@ -1,7 +1,6 @@
 #include "drive/io_card.h"
 
 #include "drive/tremalink.h"
-#include "support/system/wide_string.h"
 
 namespace orsanta {
 

@@ -6,7 +6,6 @@
 #include "support/dialog/small_dialog.h"
 #include "support/services/serial.h"
 #include "support/system/file.h"
-#include "support/system/wide_string.h"
 
 namespace orsanta {
 

@@ -19,7 +19,6 @@
 #include "support/base/array.h"
 #include "support/dialog/dialog.h"
 #include "support/store/store.h"
-#include "support/system/wide_string.h"
 
 namespace orsanta {
 

@@ -5,7 +5,6 @@
 // Lives as long as its panel.
 #pragma once
 
-#include <string>
 #include <vector>
 
 #include "support/dialog/front.h"

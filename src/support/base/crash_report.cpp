@@ -6,7 +6,6 @@
 #include <fcntl.h>
 #include <limits.h>
 #include <link.h>
-#include <pthread.h>
 #include <unistd.h>
 
 #include <atomic>

@@ -1,6 +1,7 @@
 #include "support/base/hash.h"
 
 #include <algorithm>
+#include <functional>
 
 #include "support/base/assertion.h"
 

@@ -14,7 +14,6 @@
 #include "support/base/array.h"
 #include "support/base/smart_pointer.h"
 #include "support/dialog/front.h"
-#include "support/system/wide_string.h"
 #include "support/time/shared.h"
 #include "support/time/uncopied.h"
 

@@ -8,7 +8,6 @@
 
 #include <atomic>
 #include <cerrno>
-#include <cmath>
 #include <cstring>
 #include <filesystem>
 #include <map>

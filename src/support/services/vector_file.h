@@ -7,7 +7,6 @@
 
 #include <string>
 
-#include "support/system/wide_string.h"
 
 namespace orsanta {
 

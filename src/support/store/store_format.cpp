@@ -7,7 +7,6 @@
 #include <cstdint>
 #include <cstring>
 #include <set>
-#include <type_traits>
 #include <utility>
 
 namespace orsanta {

@@ -3,7 +3,6 @@
 #include <pthread.h>
 #include <sched.h>
 #include <sys/resource.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <atomic>

@@ -7,7 +7,6 @@
 #pragma once
 
 #include <deque>
-#include <limits>
 
 #include "support/base/array.h"
 #include "support/base/smart_pointer.h"
