@@ -71,6 +71,14 @@ namespace Orsanta
         public GaugeException(string message) : base(message) { }
     }
 
+    /// <summary>The library could not be loaded.</summary>
+    public class LibraryNotFoundException : GaugeException
+    {
+        public LibraryNotFoundException(Exception why)
+            : base(Native.Library + " cannot be used (" + why.Message + "); install the library, or put the folder that " +
+                   "it is in into LD_LIBRARY_PATH") { }
+    }
+
     /// <summary>A result came, and it is no thickness of a part.</summary>
     public class MeasurementFailedException : GaugeException
     {
@@ -92,10 +100,16 @@ namespace Orsanta
             : base(string.Format("station {0} takes no task; the message of the library says why", station)) { }
     }
 
-    /// <summary>The station did not get done in time, as when its drive has gone silent.</summary>
+    /// <summary>The station did not get done in time, as when its drive has gone silent. Measurement: the result, good
+    /// or not, where one had come and only the lift-off after it was late; else null.</summary>
     public class TimedOutException : GaugeException
     {
-        public TimedOutException(string message) : base(message) { }
+        public readonly Measurement? Measurement;
+
+        public TimedOutException(string message, Measurement? measurement = null) : base(message)
+        {
+            Measurement = measurement;
+        }
     }
 
     /// <summary>One result of a station. Good: the thickness is one that the parts can have; a measurement that failed
@@ -133,7 +147,8 @@ namespace Orsanta
 
         /// <summary>Lands on the part, measures it, and lifts the probe again; blocks until it is up. Throws
         /// MeasurementFailedException, after the lift-off, when the result is no thickness of a part, and
-        /// TimedOutException: the probe may be down then, and what comes late is never taken for the next result.</summary>
+        /// TimedOutException: the probe may be down then. Where only the lift-off was late, the exception has the result;
+        /// a result that comes late itself is never taken for the next one.</summary>
         public Measurement Measure(int timeoutMs = DefaultTimeoutMs, bool slow = false, bool lift = true)
         {
             Measurement result = Land(timeoutMs, slow ? Native.TaskMeasureSlow : Native.TaskMeasure, lift);
@@ -208,13 +223,7 @@ namespace Orsanta
         /// <summary>The set force of the next measurement. Setting it saves the station.</summary>
         public double Force
         {
-            get
-            {
-                _gauge.CheckRunning();
-                double value;
-                Native.Get_Force(Number, out value);
-                return value;
-            }
+            get { return Read(Native.Get_Force); }
             set { Native.Set_Force(Number, Checked(value)); }
         }
 
@@ -227,13 +236,7 @@ namespace Orsanta
         /// <summary>The size of the reference block, which is added to every thickness.</summary>
         public double Block
         {
-            get
-            {
-                _gauge.CheckRunning();
-                double value;
-                Native.Get_Ans_Offset(Number, out value);
-                return value;
-            }
+            get { return Read(Native.Get_Ans_Offset); }
             set { Native.Set_Ans_Offset(Number, Checked(value)); }
         }
 
@@ -248,6 +251,16 @@ namespace Orsanta
         {
             _gauge.CheckRunning();
             Native.Save_Parameter2file(Number);
+        }
+
+        private delegate void Getter(int station, out double value);
+
+        private double Read(Getter get)
+        {
+            _gauge.CheckRunning();
+            double value;
+            get(Number, out value);
+            return value;
         }
 
         private double Checked(double value)
@@ -285,8 +298,21 @@ namespace Orsanta
                 Queue(task);
                 _overdue = true;
                 while (!Take(out result)) Wait(waited, timeoutMs);
-                if (lift) LiftHeld(waited, timeoutMs);
+                if (lift) LiftAfter(result, waited, timeoutMs);
                 return result;
+            }
+        }
+
+        private void LiftAfter(Measurement result, Stopwatch waited, int timeoutMs)
+        {
+            try
+            {
+                LiftHeld(waited, timeoutMs);
+            }
+            catch (TimedOutException)
+            {
+                throw new TimedOutException(string.Format("station {0} gave {1:F3} mm, but its probe was not up within {2} ms",
+                                                          Number, result.Thickness, timeoutMs), result);
             }
         }
 
@@ -332,10 +358,10 @@ namespace Orsanta
                 Native.ORSA_resource_alloc(records, records.Length);
                 Native.Orsanta_dll_init(ioCard ? 1 : 0);
             }
-            catch (DllNotFoundException)
+            catch (TypeLoadException why) // no such library, or one without these functions
             {
                 Interlocked.Exchange(ref running, 0);
-                throw;
+                throw new LibraryNotFoundException(why);
             }
             _thinnest = thinnest;
             _thickest = thickest;

@@ -151,10 +151,22 @@ class OnAScript(unittest.TestCase):
         self.answer(3.0)
         self.assertEqual(self.station.measure(1.0).thickness_mm, 3.0)
 
-    def test_a_probe_that_stays_down_is_told_in_time(self):
+    def test_a_probe_that_stays_down_is_told_in_time_with_what_was_measured(self):
+        with self.assertRaises(orsanta.TimedOut) as nothing:
+            self.station.measure(0.01)
+        self.assertIsNone(nothing.exception.measurement)
+        self.library.results.append(1.0)
         self.library.back = 0
         with self.assertRaises(orsanta.TimedOut):
             self.station.lift(0.01)
+        for thickness, good in ((5.0, True), (-99.0, False)):
+            self.answer(thickness)
+            with self.assertRaisesRegex(orsanta.TimedOut, f"gave {thickness:.3f} mm, but its probe was not up") as late:
+                self.station.measure(0.05)
+            self.assertEqual(late.exception.measurement, orsanta.Measurement(1, thickness, 100.0, good))
+        self.library.back = 1
+        self.answer(3.0)
+        self.assertEqual(self.station.measure(1.0).thickness_mm, 3.0)
 
     def test_a_stopped_gauge_takes_no_call(self):
         self.gauge.stop()

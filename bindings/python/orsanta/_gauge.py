@@ -5,7 +5,7 @@ from __future__ import annotations
 import ctypes
 import math
 import threading
-from typing import Iterator, Sequence
+from typing import Callable, Iterator, Sequence
 
 from ._library import (
     TASK_FORCE_BACK,
@@ -48,7 +48,8 @@ class Station:
 
         slow: lands at 3 mm/s, for a part of unknown height. lift: False leaves the probe on the part, under force.
         Raises MeasurementFailed, after the lift-off, when the result is no thickness of a part, TimedOut, and
-        StationRests. After a time-out the probe may be down; what comes late is never taken for the next result.
+        StationRests. After a time-out the probe may be down. Where only the lift-off was late, the exception has the
+        result in `measurement`; a result that comes late itself is never taken for the next one.
         """
         return run(self._measure(timeout_s, TASK_MEASURE_SLOW if slow else TASK_MEASURE, lift, judge=True))
 
@@ -110,9 +111,7 @@ class Station:
     @property
     def force_g(self) -> float:
         """The set force of the next measurement. Setting it saves the station."""
-        value = ctypes.c_double()
-        self._library.Get_Force(self.number, value)
-        return value.value
+        return self._read(self._library.Get_Force)
 
     @force_g.setter
     def force_g(self, value: float) -> None:
@@ -125,9 +124,7 @@ class Station:
     @property
     def block_mm(self) -> float:
         """The size of the reference block, which is added to every thickness."""
-        value = ctypes.c_double()
-        self._library.Get_Ans_Offset(self.number, value)
-        return value.value
+        return self._read(self._library.Get_Ans_Offset)
 
     @block_mm.setter
     def block_mm(self, value: float) -> None:
@@ -147,6 +144,11 @@ class Station:
     def _library(self) -> ctypes.CDLL:
         self._gauge._check_running()  # the library ends the process at a call while no system runs
         return self._gauge._library
+
+    def _read(self, get: Callable[[int, ctypes.c_double], None]) -> float:
+        value = ctypes.c_double()
+        get(self.number, value)
+        return value.value
 
     def _queue(self, task: int) -> None:
         if self._library.do_test(self.number, task) != 1:
@@ -180,7 +182,11 @@ class Station:
                 deadline.check()
                 yield
             if lift:
-                yield from self._lift_held(deadline)
+                try:
+                    yield from self._lift_held(deadline)
+                except TimedOut:
+                    text = f"station {self.number} gave {result.thickness_mm:.3f} mm, but its probe was not up within {timeout_s} s"
+                    raise TimedOut(text, result) from None
         finally:
             self._work.release()
         if judge and not result.good:

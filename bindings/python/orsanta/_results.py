@@ -37,4 +37,11 @@ class StationRests(OrsantaError):
 
 
 class TimedOut(OrsantaError, TimeoutError):
-    """The station did not get done in time, as when its drive has gone silent."""
+    """The station did not get done in time, as when its drive has gone silent.
+
+    measurement: the result, good or not, where one had come and only the lift-off after it was late; else None.
+    """
+
+    def __init__(self, message: str, measurement: Measurement | None = None) -> None:
+        super().__init__(message)
+        self.measurement = measurement
