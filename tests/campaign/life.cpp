@@ -1,9 +1,10 @@
 // A life: the system starts on the stores that the life before has left, every station is worked in its own way (by a
 // host, by inputs of the IO card, by bytes of a serial line, from the panel), faults come and go, and it ends.
 //
-// Usage: campaign_life SEED STATIONS CYCLES FAULT_PAUSE_MS, in a folder of its own. About so many cycles, all stations
-// together; a fault every so many ms, none for 0. Prints what it counts, "name<tab>value", and what it finds that must
-// not be, "FOUND ..."; a log goes to the error stream.
+// Usage: campaign_life SEED STATIONS CYCLES FAULT_PAUSE_MS PACE_MS, in a folder of its own. About so many cycles, all
+// stations together; a fault every so many ms, none for 0. With a pace a station begins a cycle every so many ms, as in
+// production, and the life ends by a kill; else one cycle follows the other. Prints what it counts, "name<tab>value",
+// and what it finds that must not be, "FOUND ..."; a log goes to the error stream.
 //
 // Exactly one thread runs at a time, under the simulated clock: so what is shared here needs no lock.
 #include <unistd.h>
@@ -59,6 +60,7 @@ struct C_Plan {
   int stations;
   int cycles;
   double fault_pause_ms;
+  double pace_ms;
 };
 
 // What a life leaves for the next one.
@@ -108,9 +110,12 @@ class C_Life {
 
   [[noreturn]] void Run() {
     const auto files = Open_Files();
-    const double length = m_Plan.cycles * Mean_Cycle_Ms / m_Plan.stations;
+    const double length = m_Plan.cycles * std::max(Mean_Cycle_Ms, m_Plan.pace_ms) / m_Plan.stations;
     m_End_Ms = Now_Ms() + length + 3000.0;
-    if (Draw(0, 2) == 0) Plan_A_Kill(length);
+    if (m_Plan.pace_ms > 0.0)
+      Kill_After(static_cast<int>(length) - Draw(0, static_cast<int>(m_Plan.pace_ms)), End_By_Kill(Draw(0, 1) == 0));
+    else if (Draw(0, 2) == 0)
+      Plan_A_Kill(length);
     if (m_Plan.fault_pause_ms > 0.0)
       m_Fault_Thread.Start("faults", [this] { m_Faults->Run(m_End_Ms, m_Plan.fault_pause_ms); });
     Start();
@@ -177,15 +182,19 @@ class C_Life {
   }
   // At a time, or in the middle of a step on the disk.
   void Plan_A_Kill(double length) {
-    const bool is_power_cut = Draw(0, 1) == 0;
-    const auto end = [this, is_power_cut] {
+    const auto end = End_By_Kill(Draw(0, 1) == 0);
+    if (Draw(0, 1) == 0) return m_Disk->End_In_Step(Draw(1, 60), end);
+    Kill_After(Draw(1, static_cast<int>(length) + 3000), end);
+  }
+  std::function<void()> End_By_Kill(bool is_power_cut) {
+    return [this, is_power_cut] {
       const double lost_from_ms = Now_Ms() - C_Faulty_Disk::Longest_Unflushed_Ms;
       if (is_power_cut) m_Disk->Cut_Power(Draw(static_cast<int>(lost_from_ms), static_cast<int>(Now_Ms())));
       ++m_Counts[is_power_cut ? "power cuts" : "kills"];
       End(is_power_cut ? lost_from_ms : Never_Ms);
     };
-    if (Draw(0, 1) == 0) return m_Disk->End_In_Step(Draw(1, 60), end);
-    const int after_ms = Draw(1, static_cast<int>(length) + 3000);
+  }
+  void Kill_After(int after_ms, const std::function<void()>& end) {
     m_Killer.Start("killer", [this, after_ms, end] {
       for (const double at = Now_Ms() + after_ms; Now_Ms() < at && !Has_Ended();) Sleep(10);
       if (!Has_Ended()) end();
@@ -243,8 +252,9 @@ class C_Life {
     if (m_Roles[n] == Role::Panel) return show_dlg();
     Take_Up(n);
     std::mt19937_64 random(m_Plan.seed * 100 + static_cast<uint64_t>(n));
-    while (!Has_Ended()) {
-      const int dice = std::uniform_int_distribution(0, 999)(random);
+    for (double next_ms = Now_Ms(); !Has_Ended(); next_ms += m_Plan.pace_ms) {
+      if (Now_Ms() < next_ms) Sleep(static_cast<int>(next_ms - Now_Ms()));
+      const int dice = std::uniform_int_distribution(m_Plan.pace_ms > 0.0 ? 24 : 0, 999)(random);
       if (dice < 10 || !m_Is_Referenced[n])
         Set_Up(n, random);
       else if (dice < 14)
@@ -431,8 +441,8 @@ class C_Life {
 }  // namespace orsanta::campaign
 
 int main(int count, char** arguments) {
-  if (count != 5) return 2;
+  if (count != 6) return 2;
   (new orsanta::campaign::C_Life({std::strtoull(arguments[1], nullptr, 10), std::atoi(arguments[2]),
-                                  std::atoi(arguments[3]), std::atof(arguments[4])}))
+                                  std::atoi(arguments[3]), std::atof(arguments[4]), std::atof(arguments[5])}))
       ->Run();
 }
