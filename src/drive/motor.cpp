@@ -152,6 +152,7 @@ int C_Kestrune_Motor_test::Get_InterRunFlag() {
     Message_Box(Format_Text("CANID:%d  Get_InterRunFlag无法读取数据通道", m_CanId));
     return Run_Flag_Unreadable;
   }
+  m_HasAnswered = 1;
   return static_cast<int>(value);
 }
 

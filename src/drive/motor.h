@@ -91,6 +91,9 @@ class C_Kestrune_Motor_test : public C_Mapped_Device, private C_Uncopied {
   // The run flag: 1 while the drive moves or takes up a current, 0 idle. When the channel is silent it shows a box and
   // returns 2.
   int Get_InterRunFlag();
+  // 1 once the run flag was read. A drive that is not there, or not there any more, while its channels are mapped never
+  // sends one, whatever comes on the bus later.
+  int Has_Answered() const { return m_HasAnswered; }
 
   // --- Commands ---
 
@@ -159,6 +162,7 @@ class C_Kestrune_Motor_test : public C_Mapped_Device, private C_Uncopied {
   // Polls the ready flag until it has the wanted value. polls: spent so far of the poll budget; 0 once it is used up.
   int Wait_For_Ready_Flag(int wanted, int& flag, int& polls);
 
+  Shared<int> m_HasAnswered = 0;
   Shared<double> m_Sign = 1.0;
   Shared<double> m_Offset = 0.0;
   Shared<double> m_Scale = Start_Scale;
