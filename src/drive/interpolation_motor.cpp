@@ -181,28 +181,8 @@ void C_Interpolation_Voice_Motor::Reset_Current_Limit() {
   Output_Port(Port_Current_B, "电流", -Open_Clamp_Current);
 }
 
-void C_Interpolation_Voice_Motor::Set_Enable(int enable) {
-  Output_Port(17, "使能", enable);
-}
-void C_Interpolation_Voice_Motor::Set_Port8(int value) {
-  Output_Port(8, "端口8的值", value);
-}
-void C_Interpolation_Voice_Motor::Set_Port16(int value) {
-  Output_Port(16, "端口16的值", value);
-}
 void C_Interpolation_Voice_Motor::Set_Port15(int value) {
   Output_Port(15, "端口15的值", std::clamp(value, 250, 2000));
-}
-int C_Interpolation_Voice_Motor::Set_Port18(double value) {
-  return Output_Port(18, "端口18的值", value);
-}
-
-int C_Interpolation_Voice_Motor::Set_Output_Io(int, int) {
-  return 0;
-}
-
-double C_Interpolation_Voice_Motor::Axis_Scale() const {
-  return m_Dir == 1 ? -m_Scale : +m_Scale;
 }
 
 int C_Interpolation_Voice_Motor::SetScale(double counts_per_mm) {
@@ -246,10 +226,6 @@ int C_Interpolation_Voice_Motor::Get_Output_Pos(double& pos) {
   GetCurOutputPos(positions.GetData(), &count);
   if (count >= 1) pos = positions[count - 1];
   return count;
-}
-
-int C_Interpolation_Voice_Motor::Read_Port(int port, double& value) {
-  return Read_Once(Port_Channel(m_CanId, port), value);
 }
 
 int C_Interpolation_Voice_Motor::Get_Code(int port, uint64_t& code) {

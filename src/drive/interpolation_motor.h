@@ -92,14 +92,14 @@ class C_Interpolation_Voice_Motor : public C_Mapped_Device, private C_Uncopied {
   // Opens both clamps, to +50 and -50 amperes.
   void Reset_Current_Limit();
   // 1 puts the device under power.
-  void Set_Enable(int enable);
-  void Set_Port8(int value);
-  void Set_Port16(int value);
+  void Set_Enable(int enable) { Output_Port(17, "使能", enable); }
+  void Set_Port8(int value) { Output_Port(8, "端口8的值", value); }
+  void Set_Port16(int value) { Output_Port(16, "端口16的值", value); }
   // Clamped to 250 at least and 2000 at most.
   void Set_Port15(int value);
-  int Set_Port18(double value);
+  int Set_Port18(double value) { return Output_Port(18, "端口18的值", value); }
   // The device has no outputs of its own: does nothing and returns 0.
-  int Set_Output_Io(int io, int value);
+  int Set_Output_Io(int /*io*/, int /*value*/) { return 0; }
 
   // counts_per_mm: encoder counts for each millimetre, not 0. Required: a positive value turns the axis round; the
   // scales that hosts have stored are of that sign.
@@ -186,11 +186,11 @@ class C_Interpolation_Voice_Motor : public C_Mapped_Device, private C_Uncopied {
   int Send_To_Axis(int instruction(int, int, double), const char* what, double value);
   int Is_Direction_Turned() const;
   // The newest sample of an input port.
-  int Read_Port(int port, double& value);
+  int Read_Port(int port, double& value) { return Read_Once(Port_Channel(m_CanId, port), value); }
   int Get_Code(int port, uint64_t& code);
   void Map_Ports(int can_id);
   int Map_Axis(int can_id);
-  double Axis_Scale() const;
+  double Axis_Scale() const { return m_Dir == 1 ? -m_Scale : +m_Scale; }
   void Begin_Homing(double jerk);
   void Queue_Home_Passes(int dir);
   bool Is_Thread_Finished();

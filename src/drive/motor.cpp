@@ -44,10 +44,6 @@ C_Kestrune_Motor_test::~C_Kestrune_Motor_test() {
   if (theServer.Leave() == 0) theMappedIds.Clear();
 }
 
-int C_Kestrune_Motor_test::Channel(int k) const {
-  return m_CanId * Channels_Per_Drive + k;
-}
-
 // --- Scaling ---
 
 int C_Kestrune_Motor_test::Set_Pos_Offset(double offset) {
@@ -104,13 +100,6 @@ int C_Kestrune_Motor_test::Get_Cur_Pos(double& pos) {
   return 1;
 }
 
-int C_Kestrune_Motor_test::Get_Load(double& value) {
-  double load_temp = 0.0;
-  if (Read_Latest(Channel(In_Load), load_temp) != 1) return 0;
-  value = load_temp;
-  return 1;
-}
-
 int C_Kestrune_Motor_test::Get_Pos_Window(CMyArray<double>& positions) {
   const int result = m_PosWindow.Get_Window(positions);
   const double scale = m_Scale;
@@ -118,32 +107,11 @@ int C_Kestrune_Motor_test::Get_Pos_Window(CMyArray<double>& positions) {
   return result;
 }
 
-int C_Kestrune_Motor_test::Clear_Pos_Window(C_FIFO2Window& window) {
-  return window.Clear_Window();
-}
-
-int C_Kestrune_Motor_test::Get_Current_Fifo(CMyArray<double>& samples) {
-  return Read_Channel_Array(Channel(In_Current), samples);
-}
-int C_Kestrune_Motor_test::Get_Fifo7(CMyArray<double>& samples) {
-  return Read_Channel_Array(Channel(In_Stream_7), samples);
-}
-int C_Kestrune_Motor_test::Get_Fifo8(CMyArray<double>& samples) {
-  return Read_Channel_Array(Channel(In_Stream_8), samples);
-}
-int C_Kestrune_Motor_test::Get_Fifo10(CMyArray<double>& samples) {
-  return Read_Channel_Array(Channel(In_Stream_10), samples);
-}
-
 int C_Kestrune_Motor_test::Reset_Data_Fifo() {
   for (const int k : {In_Current, In_Stream_7, In_Stream_10, In_Stream_8}) {
     RESET_INPUT_DATA_FIFO(m_ThreadNum, Channel(k), Depth_Stream);
   }
   return 1;
-}
-
-int C_Kestrune_Motor_test::Get_Current(double& current) {
-  return Read_Latest(Channel(In_Current), current);
 }
 
 int C_Kestrune_Motor_test::Get_InterRunFlag() {

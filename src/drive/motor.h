@@ -23,6 +23,7 @@
 
 #include "drive/channel_map.h"
 #include "drive/fifo_window.h"
+#include "drive/motor_channels.h"
 #include "drive/raw_position.h"
 #include "drive/server_connection.h"
 #include "support/base/array.h"
@@ -73,21 +74,21 @@ class C_Kestrune_Motor_test : public C_Mapped_Device, private C_Uncopied {
   // pos: the newest position in mm. Untouched, with result 0, while the window is empty.
   int Get_Cur_Pos(double& pos);
   // value: the drive's load figure. Untouched on failure.
-  int Get_Load(double& value);
+  int Get_Load(double& value) { return Read_Latest(Channel(motor_channels::In_Load), value); }
   // positions: the whole window in mm, oldest first. Returns 1 if it is not empty.
   int Get_Pos_Window(CMyArray<double>& positions);
   // Drops all samples of the window. Returns 1.
-  int Clear_Pos_Window(C_FIFO2Window& window);
+  int Clear_Pos_Window(C_FIFO2Window& window) { return window.Clear_Window(); }
   // The samples that wait on the channels of the measured coil current and of three streamed drive values.
-  int Get_Current_Fifo(CMyArray<double>& samples);
-  int Get_Fifo7(CMyArray<double>& samples);
-  int Get_Fifo8(CMyArray<double>& samples);
-  int Get_Fifo10(CMyArray<double>& samples);
+  int Get_Current_Fifo(CMyArray<double>& samples) { return Read_All(motor_channels::In_Current, samples); }
+  int Get_Fifo7(CMyArray<double>& samples) { return Read_All(motor_channels::In_Stream_7, samples); }
+  int Get_Fifo8(CMyArray<double>& samples) { return Read_All(motor_channels::In_Stream_8, samples); }
+  int Get_Fifo10(CMyArray<double>& samples) { return Read_All(motor_channels::In_Stream_10, samples); }
   // Empties those four FIFOs and sets their depth to 4096. Returns 1.
   int Reset_Data_Fifo();
   // current: measured coil current in amperes, as old as the time since the last read allows; see Read_Latest.
   // Untouched on failure.
-  int Get_Current(double& current);
+  int Get_Current(double& current) { return Read_Latest(Channel(motor_channels::In_Current), current); }
   // The run flag: 1 while the drive moves or takes up a current, 0 idle. When the channel is silent it shows a box and
   // returns 2.
   int Get_InterRunFlag();
@@ -150,7 +151,8 @@ class C_Kestrune_Motor_test : public C_Mapped_Device, private C_Uncopied {
   static constexpr int Poll_Budget = 5000;  // polls of 1 ms: for a move, and for a homing from start to end
 
   // The number of input or output channel k.
-  int Channel(int k) const;
+  int Channel(int k) const { return m_CanId * motor_channels::Channels_Per_Drive + k; }
+  int Read_All(int k, CMyArray<double>& samples) { return Read_Channel_Array(Channel(k), samples); }
   // Writes a value to output channel k: the one way out to the drive. what: the operator's word for the value.
   int Output(int k, const char* what, double value);
   // The same, and waits until the server has sent it.
