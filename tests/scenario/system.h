@@ -54,9 +54,9 @@ class System : public C_Simulated_Test {
     return get_ans(station, &thickness, &force) == 0;
   }
   // One whole cycle: a part goes on, is measured, and the probe lifted. station and CAN id are the same.
-  static double Measure(int station, double part_mm, int code = ORSANTA_TASK_MEASURE) {
+  static double Measure(int station, double part_mm) {
     simulator::Place_Part(station, part_mm);
-    EXPECT_EQ(do_test(station, code), 1);
+    EXPECT_EQ(do_test(station, ORSANTA_TASK_MEASURE), 1);
     const double thickness = Next_Result(station);
     EXPECT_TRUE(Lift(station));
     return thickness;

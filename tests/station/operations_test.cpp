@@ -202,22 +202,24 @@ TEST_F(Operations, Wait_For_A_Silent_Drive) {
   EXPECT_EQ(station->ThicknessArray.GetSize(), 0);
   C_Thread helper;
   helper.Start("helper", [] {
-    Sleep(89000);  // two seconds beyond the last try
+    Sleep(99453);  // two seconds beyond the last try
     simulator::Set_Silent(Id, false);
   });
   simulator::Journal_Clear();
-  station->Force_Back(20.0F);
+  station->Correct_Base(20.0F, 1.0F);
   helper.Join();
-  EXPECT_EQ(Written(0).back() + Written(0)[3], 0.0);  // where it seems to be, which is 0 without a position
+  EXPECT_EQ(Written(0).back() + Written(0)[4], 0.0);  // where it seems to be, which is 0 without a position
   std::ostringstream told;
   for (const C_Shown& shown : front->Shown()) {
     const bool each_read = shown.text.find(L"CANID:1") == 0;
     if (!each_read) told << shown.at_ms - begin << " " << To_Utf8(shown.text) << " ";
   }
   EXPECT_EQ(told.str(),
-            "10251 等待电流设定超时 10333 TillStop无法获取数据 36004 canid:1 force_back_timeout Get_InterRunFlag "
-            "66556 canid:1 force_back_timeout Get_InterRunFlag 97108 canid:1 force_back_timeout Get_InterRunFlag "
-            "97108 canid:1 force_back_timeout 最小电流过小  97190 TillStop无法获取数据 97272 TillStop无法获取数据 ");
+            "10251 等待电流设定超时 10333 TillStop无法获取数据 20704 等待电流设定超时 20786 TillStop无法获取数据 "
+            "46457 canid:1 force_back_timeout Get_InterRunFlag 77009 canid:1 force_back_timeout Get_InterRunFlag "
+            "107561 canid:1 force_back_timeout Get_InterRunFlag 107561 canid:1 force_back_timeout 最小电流过小  "
+            "107643 TillStop无法获取数据 107725 TillStop无法获取数据 "
+            "109908 ID:1 基准面标定时没有读到位置，基准面无效，请检查驱动器后重新进行基准面标定 ");
   EXPECT_EQ(front->Count_Boxes(L"CANID:1读取位置超时,请检查驱动器电源"), 10002);
   EXPECT_GT(front->Count_Boxes(L"CANID:1  Get_InterRunFlag无法读取数据通道"), 1500);
 }
