@@ -36,7 +36,6 @@ class C_Pty {
     std::filesystem::create_symlink(ptsname(m_Master), m_Link);
   }
 
-  int Master() const { return m_Master; }
   // The rate of the line in baud.
   int Rate() const {
     termios2 line{};

@@ -138,11 +138,6 @@ class C_Scripted_Front : public C_Front {
     const C_Lock_Guard hold(m_Lock);
     return m_Tiles;
   }
-  // How often a chart was brought to the front.
-  int Raised() const {
-    const C_Lock_Guard hold(m_Lock);
-    return m_Raised;
-  }
 
   // --- C_Front ---
   int Open_Dialog(const C_Dialog_Model& model, C_Dialog_Listener& listener) override;
@@ -180,10 +175,7 @@ class C_Scripted_Front : public C_Front {
     const C_Lock_Guard hold(m_Lock);
     return m_Charts.count(chart) != 0;
   }
-  void Raise_Chart(unsigned) override {
-    const C_Lock_Guard hold(m_Lock);
-    ++m_Raised;
-  }
+  void Raise_Chart(unsigned) override {}
   void Show_Stations(const std::vector<C_Station_Tile>& tiles) override {
     const C_Lock_Guard hold(m_Lock);
     m_Tiles = tiles;
@@ -258,7 +250,6 @@ class C_Scripted_Front : public C_Front {
   std::map<int, C_Open> m_Open;
   std::set<unsigned> m_Charts;
   std::vector<C_Station_Tile> m_Tiles;
-  int m_Raised = 0;
   std::list<C_Thread> m_Late_Answers;
   int m_Last_Dialog = 0;
 };
