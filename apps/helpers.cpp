@@ -24,12 +24,13 @@ int Become(const char* name, const char* argument = nullptr) {
 }  // namespace
 
 void Add_Selftest(CLI::App& program, int& exit_status) {
-  CLI::App* command = program.add_subcommand(
-      "selftest",
-      "Tests the drive with CAN id 1 from ten workers at once: mapping, homing, stroke. It passes when one of\n"
-      "them gets through; the others find the drive in use and say so.\n"
-      "Example: orsanta selftest");
-  command->callback([&exit_status] { exit_status = Become("orsanta_selftest"); });
+  program
+      .add_subcommand(
+          "selftest",
+          "Tests the drive with CAN id 1 from ten workers at once: mapping, homing, stroke. It passes when\n"
+          "one of them gets through; the others find the drive in use and say so.\n"
+          "Example: orsanta selftest")
+      ->callback([&exit_status] { exit_status = Become("orsanta_selftest"); });
 }
 
 void Add_Doctor(CLI::App& program, int& exit_status) {
