@@ -8,10 +8,6 @@
 
 namespace orsanta {
 
-int C_Interpolation_Voice_Motor::Map_Once() {
-  return theMappedIds.Map_Once(m_CanId, [this] { return MapMotorID(m_CanId); });
-}
-
 int C_Interpolation_Voice_Motor::MapMotorID(int can_id) {
   for (;;) {
     const CMyStringW id_list = Search_Bus();

@@ -46,7 +46,9 @@ class C_Interpolation_Voice_Motor : public C_Mapped_Device, private C_Uncopied {
 
   // --- Mapping (interpolation_map.cpp) ---
 
-  int Map_Once();
+  int Map_Once() {
+    return theMappedIds.Map_Once(m_CanId, [this] { return MapMotorID(m_CanId); });
+  }
   // Searches the bus and maps the device. A device that does not answer is reported, and the operator is asked whether
   // to search again, without a limit.
   int MapMotorID(int can_id);

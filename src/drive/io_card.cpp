@@ -63,12 +63,4 @@ void C_Io_Card::Set_Io(int channel, int value) {
   if (m_NoCard == 0) SetCurIoOutput(channel, static_cast<uint8_t>(value));
 }
 
-void C_Io_Card::Set_Sim_Mask(uint32_t mask) {
-  m_SimMask = mask;
-}
-
-void C_Io_Card::Set_Sim_Rate(int rate) {
-  m_SimRate = rate;
-}
-
 }  // namespace orsanta

@@ -32,9 +32,9 @@ class C_Io_Card : private C_Uncopied {
   // Sets an output at once; without a card nothing happens. Only the low eight bits of value count.
   void Set_Io(int channel, int value);
   // Mask of simulated inputs, tested against the channel number itself.
-  void Set_Sim_Mask(uint32_t mask);
+  void Set_Sim_Mask(uint32_t mask) { m_SimMask = mask; }
   // A simulated input turns over every 2^(11 - rate) reads, counted over all channels; rate up to 11.
-  void Set_Sim_Rate(int rate);
+  void Set_Sim_Rate(int rate) { m_SimRate = rate; }
 
  private:
   Shared<uint32_t> m_SimMask = 0U;

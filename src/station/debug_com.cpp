@@ -49,10 +49,6 @@ void C_VoiceDebugCom::Send_Value(double value) {
   if (m_Port.WriteComData(line.data(), length, written) == 1) MY_DEBUG_ASSERT(written == length);
 }
 
-void C_VoiceDebugCom::Save() {
-  SaveAllClassParameterToHashOpt(m_Title.GetBuffer(), 1);
-}
-
 void C_VoiceDebugCom::Settings_Dialog() {
   const CSmartPointer<CMyArray<std::wstring>, 0> ports(1);
   const CSmartPointer<CMyArray<std::wstring>, 0> rates(1);

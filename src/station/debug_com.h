@@ -29,7 +29,7 @@ class C_VoiceDebugCom : public CAutoSaveClassData2 {
   // Sends the value (micrometres) as one line, if the link is open.
   void Send_Value(double value);
   // Stores the settings.
-  void Save();
+  void Save() { SaveAllClassParameterToHashOpt(m_Title.GetBuffer(), 1); }
   // Lets the operator choose port and rate, and stores them on confirmation. They take effect in a new link.
   void Settings_Dialog();
   // Gives the port back for good; no read or write is under way after it.

@@ -41,17 +41,9 @@ double C_Force_Model::Force_To_Current(double force) const {
   return -(K - std::sqrt(D)) / (2.0 * KK);
 }
 
-double C_Force_Model::Current_To_Force(double current) const {
-  return Val_Force_KK * current * current + Val_Force_K * current + Val_Static_GForce;
-}
-
 double C_Force_Model::Spring_Force(double position) const {
   if (Is_Inverted()) return (Val_mark_pos + position) * Val_Spring_K;
   return (position - Val_mark_pos) * Val_Spring_K;
-}
-
-double C_Force_Model::Force_Less_Spring(double current, double position) const {
-  return Current_To_Force(current) - Spring_Force(position);
 }
 
 CMyArray<double> C_Force_Model::Currents_To_Forces(CMyArray<double> currents) const {

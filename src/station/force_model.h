@@ -19,10 +19,14 @@ class C_Force_Model : public C_Station_Parameters {
 
   // The coil current of the force; not-a-number for a force that the polynomial never reaches.
   double Force_To_Current(double force) const;
-  double Current_To_Force(double current) const;
+  double Current_To_Force(double current) const {
+    return Val_Force_KK * current * current + Val_Force_K * current + Val_Static_GForce;
+  }
   // Force of the suspension at the position; zero at Val_mark_pos.
   double Spring_Force(double position) const;
-  double Force_Less_Spring(double current, double position) const;
+  double Force_Less_Spring(double current, double position) const {
+    return Current_To_Force(current) - Spring_Force(position);
+  }
   CMyArray<double> Currents_To_Forces(CMyArray<double> currents) const;
   // positions must be at least as long as currents.
   CMyArray<double> Net_Forces(CMyArray<double> currents, CMyArray<double> positions) const;

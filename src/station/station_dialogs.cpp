@@ -8,10 +8,6 @@ bool C_Station_Parameters::Edit_On_Panel(const wchar_t* caption, Shared<double>&
   return C_Small_Dialog().Number(caption, parameter, Ranges_Of(&parameter).panel, digits).Ask();
 }
 
-void C_Station_Parameters::Edit_In_Dialog(const wchar_t* caption, Shared<double>& parameter) {
-  C_Small_Dialog().Number(caption, parameter, Ranges_Of(&parameter).dialog).Ask();
-}
-
 void C_Station_Parameters::Set_Force_Dlg(int index) {
   if (index == 0 || index == 1) {
     double shown = Val_Force_Set[index] - Val_Force_OffSet;

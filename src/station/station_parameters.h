@@ -96,7 +96,9 @@ class C_Station_Parameters {
   Shared<int> Val_Sendback_Frq;
 
  private:
-  void Edit_In_Dialog(const wchar_t* caption, Shared<double>& parameter);
+  void Edit_In_Dialog(const wchar_t* caption, Shared<double>& parameter) {
+    C_Small_Dialog().Number(caption, parameter, Ranges_Of(&parameter).dialog).Ask();
+  }
 };
 
 }  // namespace orsanta

@@ -84,10 +84,6 @@ void C_VoiceMotor::Report_Faults_At_Start() {
   Report_Fault();
 }
 
-std::wstring C_VoiceMotor::Store_Name() const {
-  return Format_Text("音圈电机%d参数", CanID).Text();
-}
-
 void C_VoiceMotor::Save() {
   if (Owns_Store == 0) return;
   SaveAllClassParameterToHashOpt(Store_Name().c_str(), 1);

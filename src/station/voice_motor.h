@@ -143,7 +143,7 @@ class C_VoiceMotor : public CAutoSaveClassData2, public C_Force_Model, public C_
   bool Is_Inverted() const override;
 
  private:
-  std::wstring Store_Name() const;
+  std::wstring Store_Name() const { return Format_Text("音圈电机%d参数", CanID).Text(); }
   void Make_Temp_Sensor(int axis_num, int aux_axis_num);
   void Report_Faults_At_Start();
 

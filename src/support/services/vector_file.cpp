@@ -52,10 +52,6 @@ void Append_Value(std::string& text, double value) {
 
 }  // namespace
 
-void CMatLab_Matrix_Data::SetBaseSaveFileDir_SubDir(const wchar_t* dir, int) {
-  m_Sub_Folder = dir;
-}
-
 int CMatLab_Matrix_Data::Save_Double_Vector(const double* data, int count, const wchar_t* name) {
   const std::wstring whole_name = One_Name(name);
   std::wstring drive, dir, title, extension;

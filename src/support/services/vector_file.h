@@ -7,13 +7,12 @@
 
 #include <string>
 
-
 namespace orsanta {
 
 class CMatLab_Matrix_Data {
  public:
   // Sets the folder that the files go to, under the working directory. It is made with the first file.
-  void SetBaseSaveFileDir_SubDir(const wchar_t* dir, int reserved);
+  void SetBaseSaveFileDir_SubDir(const wchar_t* dir, int /*reserved*/) { m_Sub_Folder = dir; }
 
   // Writes `count` values to the file "<name>", with ".txt" behind a name that has no extension. A file of that name is
   // replaced, and only by a whole one. The variable in the file has the name without its extension, with '_' for each

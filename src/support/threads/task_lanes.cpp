@@ -70,10 +70,6 @@ int CQueueTask_MutiTask_Base::AddNewDelayProcess(int lane, int code, int mode, v
   return m_Lanes.GetAt(lane)->Add(code, data, max_unfinished) ? 1 : 0;
 }
 
-int CQueueTask_MutiTask_Base::GetDelayProcessFifoCount(int lane) {
-  return m_Lanes.GetAt(lane)->Unfinished();
-}
-
 int CQueueTask_MutiTask_Base::BeAtLeaseOneDelayTaskInProcess() {
   for (const auto& lane : m_Lanes) {
     if (lane->Unfinished() > 0) return 1;
@@ -90,30 +86,10 @@ CQueueTask_MutiTask_Thread::~CQueueTask_MutiTask_Thread() {
   ReleaseSubClass_CQueueTask_MutiTask_Thread();
 }
 
-void CQueueTask_MutiTask_Thread::ReleaseSubClass_CQueueTask_MutiTask_Thread() {
-  Stop_Lanes();
-}
-
-void CQueueTask_MutiTask_Thread::OnProcessQueueTask(int lane, int code, void* data) {
-  OnProcessTask(lane, code, data);
-}
-
-void CQueueTask_MutiTask_Thread::OnPreEndProcessQueueTask(int lane) {
-  PreEndDelayTask(lane);
-}
-
 CSmartPointer<CQueueTask_Single_Base, 0> CQueueTask_MutiTask_Thread::OnCreateAndInitNewSingleTaskObject(int lane) {
   CSmartPointer<CQueueTask_Single_Base, 0> object(1);
   object->Start(*this, lane);
   return object;
-}
-
-void CQueueTask_MutiTask_Thread::PreReleaseSingleTaskObject(CSmartPointer<CQueueTask_Single_Base, 0> lane) {
-  lane->Ask_To_End();
-}
-
-void CQueueTask_MutiTask_Thread::ReleaseSingleTaskObject(CSmartPointer<CQueueTask_Single_Base, 0> lane) {
-  lane->Wait_For_End(m_Timeout_Ms);
 }
 
 }  // namespace orsanta

@@ -74,7 +74,7 @@ class CQueueTask_MutiTask_Base : public ICQueueTask_MutiTask_Base {
   // refused.
   int AddNewDelayProcess(int lane, int code, int mode, void* data);
   // Tasks of the lane that have not finished, the running one included.
-  int GetDelayProcessFifoCount(int lane);
+  int GetDelayProcessFifoCount(int lane) { return m_Lanes.GetAt(lane)->Unfinished(); }
   // Non-zero while any lane holds a waiting or a running task.
   int BeAtLeaseOneDelayTaskInProcess();
 
@@ -94,13 +94,15 @@ class CQueueTask_MutiTask_Thread : public CQueueTask_MutiTask_Base {
 
   // Stops the lanes: each finishes the task it runs and drops those that wait. Called first in every subclass's
   // destructor.
-  void ReleaseSubClass_CQueueTask_MutiTask_Thread();
+  void ReleaseSubClass_CQueueTask_MutiTask_Thread() { Stop_Lanes(); }
 
-  void OnProcessQueueTask(int lane, int code, void* data) override;
-  void OnPreEndProcessQueueTask(int lane) override;
+  void OnProcessQueueTask(int lane, int code, void* data) override { OnProcessTask(lane, code, data); }
+  void OnPreEndProcessQueueTask(int lane) override { PreEndDelayTask(lane); }
   CSmartPointer<CQueueTask_Single_Base, 0> OnCreateAndInitNewSingleTaskObject(int lane) override;
-  void PreReleaseSingleTaskObject(CSmartPointer<CQueueTask_Single_Base, 0> lane) override;
-  void ReleaseSingleTaskObject(CSmartPointer<CQueueTask_Single_Base, 0> lane) override;
+  void PreReleaseSingleTaskObject(CSmartPointer<CQueueTask_Single_Base, 0> lane) override { lane->Ask_To_End(); }
+  void ReleaseSingleTaskObject(CSmartPointer<CQueueTask_Single_Base, 0> lane) override {
+    lane->Wait_For_End(m_Timeout_Ms);
+  }
 
  protected:
   // Does the work of one task, on the lane's thread.

@@ -89,10 +89,6 @@ int CBaseBindThread::EndThread(int, int) {
   return 1;
 }
 
-void CBaseBindThread::ReleaseSubClass_CBaseBindThread() {
-  EndThread(1, 1);
-}
-
 void CBaseBindThread::OnThreadBegin(void*) {}
 void CBaseBindThread::OnThreadLoop(void*) {}
 void CBaseBindThread::OnThreadHook3(void*) {}

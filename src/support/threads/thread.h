@@ -51,7 +51,7 @@ class CBaseBindThread : private C_Uncopied {
   // Asks the thread to leave its loop and waits for it: after the return no OnThreadLoop pass runs. Returns 1.
   int EndThread(int reserved1, int reserved2);
   // As EndThread; called first in the destructor of every subclass. A thread that never ran costs nothing.
-  void ReleaseSubClass_CBaseBindThread();
+  void ReleaseSubClass_CBaseBindThread() { EndThread(1, 1); }
 
  protected:
   virtual void OnThreadBegin(void* param);  // once, on the new thread, before the first pass
