@@ -60,8 +60,8 @@ int C_VoiceMotor::Force_Back(float speed) {
   double pos = 0.0;
   for (int retries = 0; !Try_Retract(speed, retries, pos);) ++retries;
   m_pMotor->Reset_Current_Limit();  // until here the current of the last landing was in force
-  // No limit, and no sleep of its own: reading the flag waits for a fresh sample of it. With a drive that has never sent
-  // one the station's tasks end all the same, and so does a stop.
+  // No limit, and no sleep of its own: reading the flag waits for a fresh sample of it. With a drive that has never
+  // sent one the station's tasks end all the same, and so does a stop.
   while (m_pMotor->Has_Answered() == 1 && m_pMotor->Get_InterRunFlag() != 0) {
   }
   ++the_Force_Backs;

@@ -1,7 +1,6 @@
 // The debug trace and the trace log. Neither can fail in a way that the caller sees. Any thread.
 #pragma once
 
-
 namespace orsanta {
 
 // Prints the text to the debug trace, the standard error stream, as one or more whole lines.
