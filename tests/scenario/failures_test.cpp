@@ -36,6 +36,24 @@ TEST_F(Failures, An_Absent_Drive_Is_Told_And_Its_Station_Stays) {
   EXPECT_NEAR(Measure(2, 2.5), 2.5, 0.001);
 }
 
+// It is on the bus while it is looked for, and again from soon after; what maps its channels in between is lost.
+TEST_F(Failures, A_Drive_That_Is_Lost_While_It_Is_Mapped_Holds_Up_No_Stop) {
+  simulator::Reset({.instruction_ms = 5.0});
+  C_Thread bus;
+  bus.Start("bus", [] {
+    while (simulator::Journal_Text().find("SET_INPUT_DATA_MAP") == std::string::npos) Sleep(1);
+    simulator::Set_Absent(1, true);
+    Sleep(200);
+    simulator::Set_Absent(1, false);
+  });
+  Start({1});
+  EXPECT_EQ(do_test(1, ORSANTA_TASK_FORCE_BACK), 1);
+  C_Thread stop;
+  stop.Start("stop", [this] { Stop(); });
+  EXPECT_TRUE(stop.Join(60000.0));
+  bus.Join();
+}
+
 // The station rests, and neither the measuring nor the store nor the stop of the others suffers.
 TEST_F(Failures, A_Station_On_An_Id_That_Is_Taken_Is_Told_And_Rests) {
   const std::wstring on_card = L"电机2的CANID 15是IO卡的地址，电机2停用，请改为不同的CANID后重新启动";
