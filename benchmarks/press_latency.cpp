@@ -1,5 +1,5 @@
-// How soon a press on the operator's panel answers on screen while four stations measure without a pause. Target: 50
-// ms.
+// How soon a press on the operator's panel answers on screen while fourteen stations measure without a pause, and how
+// long the panel takes to close. Targets: median under 5 ms, longest under 200 ms on a busy machine; closed in 1 s.
 //
 // Measured from the moment at which the pointer of a (virtual) display is told to press, through the X server and the
 // window's event loop, until the pressed button is painted and handed to the display; and from there until the command
@@ -21,7 +21,8 @@
 namespace orsanta {
 namespace {
 
-constexpr int Stations = 4;
+constexpr int Stations = All_Stations;
+constexpr char Screen[] = "1920x1080";  // on which all columns are in view
 constexpr int Presses = 200;
 constexpr int Still_Ms = 60;  // the pointer rests on the button before it presses, so that only the press paints
 constexpr double Lost_Ms = 5000.0;
@@ -88,7 +89,7 @@ void Note(benchmark::State& state, const std::string& name, const std::vector<do
 
 // Manual time: press to paint.
 void Press_While_Stations_Measure(benchmark::State& state) {
-  if (!C_Virtual_Display::Start()) return state.SkipWithError("no Xvfb");
+  if (!C_Virtual_Display::Start(Screen)) return state.SkipWithError("no Xvfb");
   Front();  // the thread that starts the windows is the one that ends them
   FILE* pointer = popen("xdotool -", "w");
   C_Benchmark_System system(Stations);
@@ -140,11 +141,11 @@ void Press_While_Stations_Measure(benchmark::State& state) {
     Note(state, "paint", painted);
     Note(state, "command", finished);
   }
-  On_Qt([&] {
-    watch.reset();
-    Find_Window("控制系统")->close();
-  });
+  On_Qt([&] { watch.reset(); });
+  const double start = Now_Ms();
+  On_Qt([] { Find_Window("控制系统")->close(); });
   panel.join();
+  state.counters["close_ms"] = Now_Ms() - start;
   pclose(pointer);
 }
 BENCHMARK(Press_While_Stations_Measure)->Iterations(Presses)->UseManualTime()->Unit(benchmark::kMillisecond);
