@@ -25,6 +25,7 @@ C_Status_Display::C_Status_Display(const QString& caption, int rows, double scal
     : m_Caption(caption), m_Largest_Text(Largest_Text(scale)) {
   setMinimumHeight(Height(rows, scale));
   setAccessibleName(caption);
+  setAttribute(Qt::WA_OpaquePaintEvent);
 }
 
 void C_Status_Display::Set_Text(const QString& text) {
@@ -49,13 +50,11 @@ void C_Status_Display::Fit() {
   if (!m_Lines.isEmpty())
     size = std::min(size, static_cast<int>(area.height() / (Line_Height * static_cast<double>(m_Lines.size()))));
   QFont text_font = font();
-  for (; size > Smallest_Text; --size) {
-    text_font.setPixelSize(size);
-    const QFontMetrics metrics(text_font);
-    int widest = 0;
-    for (const QString& line : m_Lines) widest = std::max(widest, metrics.horizontalAdvance(line));
-    if (widest <= area.width()) break;
-  }
+  text_font.setPixelSize(std::max(size, Smallest_Text));
+  const QFontMetrics metrics(text_font);
+  int widest = 0;
+  for (const QString& line : m_Lines) widest = std::max(widest, metrics.horizontalAdvance(line));
+  if (widest > area.width()) size = size * area.width() / widest;
   m_Text_Size = std::max(size, Smallest_Text);
 }
 
@@ -65,10 +64,7 @@ void C_Status_Display::resizeEvent(QResizeEvent*) {
 
 void C_Status_Display::paintEvent(QPaintEvent*) {
   QPainter painter(this);
-  painter.setRenderHint(QPainter::Antialiasing);
-  painter.setPen(Qt::NoPen);
-  painter.setBrush(theme::Display_Back);
-  painter.drawRoundedRect(rect(), 5, 5);
+  painter.fillRect(rect(), theme::Display_Back);
 
   QFont text_font = font();
   text_font.setPixelSize(14);

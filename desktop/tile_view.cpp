@@ -86,6 +86,7 @@ QFont Sized(const QWidget& widget, double pixels, bool bold) {
 
 C_Tile_View::C_Tile_View(std::function<void(const QString&)> say) : m_Say(std::move(say)) {
   setObjectName(QStringLiteral("tile"));
+  setAttribute(Qt::WA_OpaquePaintEvent);
 }
 
 void C_Tile_View::Show(const C_Station_Tile& tile) {
@@ -149,12 +150,12 @@ void C_Tile_View::Draw_Thickness(QPainter& painter, const QRectF& area) const {
   const bool has_value = !m_Tile.thickness.empty();
   const QString number = has_value ? To_Qt(m_Tile.thickness) : QStringLiteral("—");
   const QString unit = has_value ? QStringLiteral(" mm") : QString();
-  double size = area.height() * 0.95;
   const auto width_at = [&](double pixels) {
     return QFontMetrics(Sized(*this, pixels, true)).horizontalAdvance(number) +
            QFontMetrics(Sized(*this, pixels * Unit_Share, false)).horizontalAdvance(unit);
   };
-  while (size > 10.0 && width_at(size) > area.width()) size -= 1.0;
+  const double greatest = area.height() * 0.95;
+  const double size = greatest * std::min(1.0, area.width() / (width_at(greatest) + Margin));
   painter.setPen(is_old ? theme::Quiet : theme::Paper);
   painter.setFont(Sized(*this, size, true));
   const double number_width = painter.fontMetrics().horizontalAdvance(number);
