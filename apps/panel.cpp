@@ -1,4 +1,4 @@
-// orsanta panel: the operator's panel on the simulator, with the simulator strip beside it, in which parts are placed
+// orsanta panel: the operator's panel on the simulator, with the simulator strip under it, in which parts are placed
 // and IO inputs pressed. The strip is the program orsanta_strip, which needs Qt; this program needs none.
 #include <fcntl.h>
 #include <signal.h>
@@ -31,6 +31,8 @@ constexpr double Block_Mm = 5.0;  // the reference block, which lies under every
 constexpr int State_Ms = 200;     // between two states sent to the strip
 constexpr int Io_Channels = 8;    // of the IO card; stations beyond have none
 constexpr const char* Strip_Program = "orsanta_strip";
+// Pixels at the bottom of the screen, which the panel leaves to the strip; both take it from the environment.
+constexpr const char* Strip_Height = "46";
 constexpr int Poll_Ms = 20;  // while the strip is to end
 constexpr int Longest_End_Ms = 2000;
 constexpr int Not_Started = 127;  // status of a child that found no program
@@ -209,6 +211,7 @@ fs::path Enter_Folder(const std::string& wanted) {
 
 int Run_Panel(const C_Panel& panel) {
   if (!Can_Show_Windows()) return Failed;
+  setenv("ORSANTA_STRIP_HEIGHT", Strip_Height, 1);
   signal(SIGPIPE, SIG_IGN);  // a strip that was closed is noticed where it is written to
   const fs::path before = fs::current_path();
   fs::path passing;

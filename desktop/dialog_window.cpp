@@ -3,7 +3,6 @@
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QPushButton>
-#include <QScreen>
 #include <QScrollArea>
 #include <QStyle>
 #include <QTimer>
@@ -12,6 +11,7 @@
 #include <utility>
 
 #include "desktop/busy_indicator.h"
+#include "desktop/desk_space.h"
 #include "desktop/dialog_controls.h"
 #include "desktop/station_board.h"
 #include "desktop/status_line.h"
@@ -41,7 +41,7 @@ C_Dialog_Window::C_Dialog_Window(int number, const C_Dialog_Model& model, std::s
   layout->setContentsMargins(1, 1, 1, 1);
   layout->setSpacing(0);
   layout->addWidget(new C_Window_Head(this));
-  int space = screen()->availableGeometry().height() - Window_Frame - Around_Columns;
+  int space = Desk_Space(*this).height() - Window_Frame - Around_Columns;
   if (model.shows_stations) {
     m_Board = new C_Station_Board(static_cast<int>(model.stations.size()), [this](const QString& text) { Say(text); });
     layout->addWidget(m_Board);
@@ -90,13 +90,14 @@ QWidget* C_Dialog_Window::Make_Foot() {
   return foot;
 }
 
-// As large as the controls ask for, within the screen; what does not fit scrolls. The panel takes the screen.
+// As large as the controls ask for, within the screen; what does not fit scrolls. The panel takes the screen, and
+// leaves to the simulator strip what is its.
 void C_Dialog_Window::Choose_Size() {
-  const QRect space = screen()->availableGeometry();
+  const QRect space = Desk_Space(*this);
   if (Is_Panel()) {
     setGeometry(space);
-    setWindowState(Qt::WindowMaximized);
-    return;
+    if (Strip_Height() == 0) return setWindowState(Qt::WindowMaximized);
+    return setMaximumSize(space.size());
   }
   const int bar = style()->pixelMetric(QStyle::PM_ScrollBarExtent) + 2;
   const QSize around(0, layout()->sizeHint().height() - m_Scroll->sizeHint().height());

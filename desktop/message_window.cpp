@@ -5,12 +5,12 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QRegularExpression>
-#include <QScreen>
 #include <QStyle>
 #include <QVBoxLayout>
 #include <algorithm>
 #include <utility>
 
+#include "desktop/desk_space.h"
 #include "desktop/theme.h"
 #include "desktop/window_head.h"
 #include "support/dialog/message_box.h"
@@ -95,7 +95,7 @@ C_Message_Window::C_Message_Window(const C_Message_Model& model, int place, C_An
   layout->addLayout(buttons);
 
   adjustSize();
-  const QRect space = screen()->availableGeometry();
+  const QRect space = Desk_Space(*this);
   const QPoint first(space.center().x() - width() / 2, space.top() + space.height() / 3);  // below the stations
   move(first + (place % Places) * QPoint(Set_Off_X, Set_Off_Y));
   m_Shown.start();

@@ -1,9 +1,9 @@
 #include "desktop/station_board.h"
 
 #include <QGridLayout>
-#include <QScreen>
 #include <algorithm>
 
+#include "desktop/desk_space.h"
 #include "desktop/tile_view.h"
 
 namespace orsanta {
@@ -28,7 +28,7 @@ C_Station_Board::C_Station_Board(int count, const std::function<void(const QStri
     grid->addWidget(m_Tiles.back(), i / columns, i % columns);
   }
   const double share = rows == 2 ? Height_Of_Two_Rows : Height_Of_One_Row;
-  const int wanted = static_cast<int>(screen()->availableGeometry().height() * share);
+  const int wanted = static_cast<int>(Desk_Space(*this).height() * share);
   setFixedHeight(std::max(Least_Row * rows, wanted));
 }
 

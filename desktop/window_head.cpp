@@ -6,9 +6,10 @@
 #include <QLabel>
 #include <QMouseEvent>
 #include <QPushButton>
-#include <QScreen>
 #include <QWindow>
 #include <algorithm>
+
+#include "desktop/desk_space.h"
 
 namespace orsanta {
 
@@ -21,7 +22,7 @@ bool the_Desktop_Draws_Frames = true;
 
 void Bring_Onto_Screen(QWidget& window) {
   if (window.isMaximized() || window.isFullScreen()) return;
-  const QRect space = window.screen()->availableGeometry();
+  const QRect space = Desk_Space(window);
   const QSize frame = window.frameGeometry().size() - window.size();
   window.resize(window.size().boundedTo(space.size() - frame));
   const QSize whole = window.size() + frame;

@@ -2,10 +2,10 @@
 
 #include <QApplication>
 #include <QDateTime>
-#include <QScreen>
 #include <algorithm>
 
 #include "desktop/chart_window.h"
+#include "desktop/desk_space.h"
 #include "desktop/dialog_window.h"
 #include "desktop/message_window.h"
 #include "desktop/theme.h"
@@ -193,7 +193,7 @@ void C_Window_Manager::Draw_Chart(unsigned chart, const C_Chart_Model& model, st
   });
   // Each chart that stands open moves the next one down and to the left.
   const int place = static_cast<int>(m_Charts.size()) % Chart_Places;
-  const QRect space = window->screen()->availableGeometry();
+  const QRect space = Desk_Space(*window);
   window->move(space.right() - window->width() - Chart_Set_Off * (place + 1),
                space.top() + Chart_Set_Off * (place + 1));
   m_Charts[chart] = window;

@@ -1,6 +1,5 @@
-// orsanta_strip: the simulator strip of `orsanta panel`. A small window in which a newcomer does what hands and a
-// machine do at the real gauge: put a part of some thickness under a probe, take it away, press the IO input of a
-// station.
+// orsanta_strip: the simulator strip of `orsanta panel`, in which a newcomer does what hands and a machine do at the
+// real gauge: put a part of some thickness under a probe, take it away, press the IO input of a station.
 //
 // It runs as a process of its own beside the host program, which starts it, and talks in lines of text.
 //   out:  "part STATION MM", "remove STATION", "input STATION LEVEL"
@@ -9,21 +8,21 @@
 #include <unistd.h>
 
 #include <QApplication>
+#include <QComboBox>
 #include <QDoubleSpinBox>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
-#include <QScreen>
-#include <QScrollArea>
 #include <QSocketNotifier>
 #include <QTimer>
-#include <QVBoxLayout>
 #include <cstdio>
 #include <cstdlib>
+#include <functional>
 #include <sstream>
 #include <string>
 #include <vector>
 
+#include "desktop/desk_space.h"
 #include "desktop/display.h"
 #include "desktop/theme.h"
 
@@ -31,11 +30,12 @@ namespace orsanta {
 
 namespace {
 
-constexpr double Block_Mm = 5.0;      // what lies under each probe at first
-constexpr double Thickest_Mm = 8.9;   // more does not fit under a lifted probe
-constexpr int Strip_Width = 246;      // pixels
-constexpr int Show_After_Ms = 1500;   // after the panel, so that it lies above it
-constexpr int Greatest_Height = 480;  // pixels
+constexpr double Block_Mm = 5.0;     // what lies under each probe at first
+constexpr double Thickest_Mm = 8.9;  // more does not fit under a lifted probe
+constexpr int Button_Width = 52;     // pixels
+constexpr int State_Width = 190;     // pixels
+constexpr int Wide_Screen = 900;     // pixels, from which on the row has room for its name
+constexpr int Show_After_Ms = 1500;  // after the panel, so that it lies above it
 constexpr int Most_Stations = 14;
 constexpr int Io_Channels = 8;  // of the IO card; stations beyond have none
 
@@ -45,36 +45,45 @@ void Tell(const std::string& line) {
   fflush(stdout);
 }
 
+// One row along the bottom of the screen, where the panel leaves room for it: the station that is worked on, and what
+// can be done with it.
 class C_Strip : public QWidget {
  public:
-  explicit C_Strip(int stations) : QWidget(nullptr, Qt::Window | Qt::WindowStaysOnTopHint) {
+  explicit C_Strip(int stations)
+      : QWidget(nullptr, Qt::Window | Qt::FramelessWindowHint), m_Stations(static_cast<size_t>(stations)) {
     setObjectName(QStringLiteral("simulator_strip"));
     setWindowTitle(QStringLiteral("模拟台架"));
+    setAttribute(Qt::WA_ShowWithoutActivating);
     setStyleSheet(
-        QString::fromUtf8("QWidget#simulator_strip { border: 1px solid #14202B; } QPushButton, QLabel, QDoubleSpinBox "
-                          "{ font-size: 14px; } "
-                          "QPushButton { padding: 2px 4px; }"));
-    auto* body = new QWidget;
-    auto* rows = new QVBoxLayout(body);
-    rows->setContentsMargins(8, 6, 8, 6);
-    rows->setSpacing(4);
-    for (int station = 1; station <= stations; ++station) Add_Station(*rows, station);
-    rows->addStretch(1);
-    auto* scroll = new QScrollArea;
-    scroll->setWidget(body);
-    scroll->setWidgetResizable(true);
-    scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(1, 1, 1, 1);
-    layout->setSpacing(0);
-    auto* title = new QLabel(QStringLiteral("模拟台架：放零件、给信号"));
-    title->setStyleSheet(QStringLiteral("background: #0B5CAD; color: white; padding: 5px 8px;"));
-    layout->addWidget(title);
-    layout->addWidget(scroll);
-    // Beside the panel, under its column of commands for all stations, where nothing else stands.
-    const QRect space = screen()->availableGeometry();
-    resize(Strip_Width, std::min(body->sizeHint().height() + 34, Greatest_Height));
-    move(space.right() - width() - 10, space.bottom() - height() - 50);
+        QString::fromUtf8("QWidget#simulator_strip { border-top: 4px solid #0B5CAD; } QPushButton, QLabel, "
+                          "QComboBox, QDoubleSpinBox { font-size: 14px; } QPushButton { padding: 2px 4px; }"));
+    auto* row = new QHBoxLayout(this);
+    row->setContentsMargins(12, 6, 6, 4);
+    auto* name = new QLabel(QStringLiteral("模拟台架：放零件、给信号"));
+    const QRect space = Desk_Space(*this);
+    row->addWidget(name);
+    if (space.width() < Wide_Screen) name->hide();
+    m_Choice = new QComboBox;
+    for (int n = 1; n <= stations; ++n) m_Choice->addItem(QStringLiteral("工位 %1").arg(n));
+    QObject::connect(m_Choice, &QComboBox::currentIndexChanged, this, [this] { Show_Chosen(); });
+    row->addWidget(m_Choice);
+    Add_Thickness(*row);
+    Add_Button(*row, "放上", [this] { Tell("part " + Number() + " " + std::to_string(m_Thickness->value())); });
+    Add_Button(*row, "取走", [this] { Tell("remove " + Number()); });
+    // Held down it asks for a measurement, let go it asks for the probe to go back.
+    m_Input = Add_Button(*row, "信号", [this] {
+      Chosen().input_down = m_Input->isChecked();
+      Tell("input " + Number() + (m_Input->isChecked() ? " 0" : " 1"));
+    });
+    m_Input->setCheckable(true);
+    m_Input->setToolTip(QStringLiteral("IO 输入：按下测量，再按回位"));
+    m_State = new QLabel;
+    m_State->setMinimumWidth(State_Width);
+    row->addWidget(m_State);
+    row->addStretch(1);
+    Add_Button(*row, "✕", [this] { close(); })->setAccessibleName(QStringLiteral("关闭"));
+    setGeometry(space.left(), space.bottom() + 1, space.width(), Strip_Height());
+    Show_Chosen();
   }
 
   void Show_State(const std::string& line) {
@@ -84,59 +93,56 @@ class C_Strip : public QWidget {
     double position = 0.0, force = 0.0;
     int output = 0;
     if (!(words >> word >> station >> position >> force >> output) || word != "state") return;
-    if (station < 1 || station > m_Rows.size()) return;
-    const C_Row& row = m_Rows[station - 1];
-    row.position->setText(QStringLiteral("%1 mm").arg(position, 0, 'f', 3));
-    row.force->setText(QStringLiteral("%1 g").arg(force, 0, 'f', 1));
-    row.output->setText(output != 0 ? QStringLiteral("● 1") : QStringLiteral("○ 0"));
+    if (station < 1 || station > m_Stations.size()) return;
+    m_Stations[station - 1].state = QStringLiteral("%1 mm   %2 g   输出 %3")
+                                        .arg(position, 0, 'f', 3)
+                                        .arg(force, 0, 'f', 1)
+                                        .arg(output != 0 ? QStringLiteral("● 1") : QStringLiteral("○ 0"));
+    m_State->setText(Chosen().state);
   }
 
  private:
-  struct C_Row {
-    QLabel* position;
-    QLabel* force;
-    QLabel* output;
+  struct C_Station {
+    double thickness_mm = Block_Mm;
+    bool input_down = false;
+    QString state;
   };
 
-  void Add_Station(QVBoxLayout& rows, int station) {
-    const std::string number = std::to_string(station);
-    const C_Row row{new QLabel, new QLabel, new QLabel};
-    auto* state = new QHBoxLayout;
-    auto* name = new QLabel(QStringLiteral("工位 %1").arg(station));
-    name->setStyleSheet(QStringLiteral("font-weight: 600;"));
-    for (QLabel* label : {name, row.position, row.force, row.output}) state->addWidget(label);
-    rows.addLayout(state);
+  C_Station& Chosen() { return m_Stations[static_cast<size_t>(m_Choice->currentIndex())]; }
+  std::string Number() const { return std::to_string(m_Choice->currentIndex() + 1); }
 
-    auto* thickness = new QDoubleSpinBox;
-    thickness->setRange(0.001, Thickest_Mm);
-    thickness->setDecimals(3);
-    thickness->setSingleStep(0.01);
-    thickness->setValue(Block_Mm);
-    thickness->setToolTip(QStringLiteral("零件厚度 (mm)"));
-    auto* place = new QPushButton(QStringLiteral("放上"));
-    QObject::connect(place, &QPushButton::clicked, this,
-                     [=] { Tell("part " + number + " " + std::to_string(thickness->value())); });
-    auto* remove = new QPushButton(QStringLiteral("取走"));
-    QObject::connect(remove, &QPushButton::clicked, this, [=] { Tell("remove " + number); });
-    // Held down it asks for a measurement, let go it asks for the probe to go back.
-    auto* input = new QPushButton(QStringLiteral("信号"));
-    input->setCheckable(true);
-    input->setEnabled(station < Io_Channels);
-    input->setToolTip(QStringLiteral("IO 输入：按下测量，再按回位"));
-    QObject::connect(input, &QPushButton::toggled, this,
-                     [=](bool down) { Tell("input " + number + (down ? " 0" : " 1")); });
-    auto* work = new QHBoxLayout;
-    work->setSpacing(4);
-    work->addWidget(thickness, 1);
-    for (QPushButton* button : {place, remove, input}) {
-      button->setFixedWidth(44);
-      work->addWidget(button);
-    }
-    rows.addLayout(work);
-    m_Rows.push_back(row);
+  void Show_Chosen() {
+    m_Thickness->setValue(Chosen().thickness_mm);
+    m_Input->setChecked(Chosen().input_down);
+    m_Input->setEnabled(m_Choice->currentIndex() + 1 < Io_Channels);
+    m_State->setText(Chosen().state);
   }
 
-  std::vector<C_Row> m_Rows;
+  void Add_Thickness(QHBoxLayout& row) {
+    m_Thickness = new QDoubleSpinBox;
+    m_Thickness->setRange(0.001, Thickest_Mm);
+    m_Thickness->setDecimals(3);
+    m_Thickness->setSingleStep(0.01);
+    m_Thickness->setSuffix(QStringLiteral(" mm"));
+    m_Thickness->setToolTip(QStringLiteral("零件厚度"));
+    QObject::connect(m_Thickness, &QDoubleSpinBox::valueChanged, this,
+                     [this](double value_mm) { Chosen().thickness_mm = value_mm; });
+    row.addWidget(m_Thickness);
+  }
+
+  QPushButton* Add_Button(QHBoxLayout& row, const char* caption, const std::function<void()>& work) {
+    auto* button = new QPushButton(QString::fromUtf8(caption));
+    button->setFixedWidth(Button_Width);
+    QObject::connect(button, &QPushButton::clicked, this, work);
+    row.addWidget(button);
+    return button;
+  }
+
+  std::vector<C_Station> m_Stations;
+  QComboBox* m_Choice = nullptr;
+  QDoubleSpinBox* m_Thickness = nullptr;
+  QPushButton* m_Input = nullptr;
+  QLabel* m_State = nullptr;
 };
 
 // Hands on whole lines from the host, and ends the program with the stream.
@@ -181,7 +187,6 @@ int Run(const std::string& platform, const std::string& argument) {
   Set_Up_Look();
   C_Strip strip(stations);
   const C_Host_Lines lines(strip);
-  strip.setAttribute(Qt::WA_ShowWithoutActivating);
   QTimer::singleShot(Show_After_Ms, &strip, [&strip] { strip.show(); });
   return QApplication::exec();
 }
