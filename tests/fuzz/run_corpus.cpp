@@ -1,9 +1,5 @@
 // Runs a fuzz target over every file of a folder, for compilers without a fuzzer.
-#include <cstdint>
-
-#include "common/temp_folder.h"
-
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);
+#include "fuzz/fuzz.h"
 
 int main(int /*argc*/, char** argv) {
   for (const auto& item : std::filesystem::directory_iterator(argv[1])) {

@@ -1,30 +1,18 @@
 // Feeds the store's reader with arbitrary bytes. What it takes must survive being written and read again.
-#include <cstdint>
-#include <cstdio>
-#include <cstdlib>
-#include <string_view>
-
+#include "fuzz/fuzz.h"
 #include "support/store/store_parser.h"
-
-static void Demand(bool holds, const char* what) {
-  if (holds) return;
-  std::fprintf(stderr, "store reader: %s\n", what);
-  std::abort();
-}
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   using namespace orsanta;
-  C_Store_Content content;
+  C_Store_Content content, again, merged;
   std::vector<C_Store_Fault> faults;
   const C_Store_State state = Parse_Store({reinterpret_cast<const char*>(data), size}, content, faults);
   Demand(faults.empty() == (state == C_Store_State::Whole), "the faults do not go with the state");
   for (const C_Store_Fault& fault : faults) Demand(fault.line >= 1 && !fault.text.empty(), "no line or no reason");
   Demand(state != C_Store_State::Broken || content.entries.empty(), "takes entries of a broken file");
   const std::string text = Format_Store(content);
-  C_Store_Content again;
   Demand(Parse_Store(text, again, faults) == C_Store_State::Whole, "refuses what it has written itself");
   Demand(Format_Store(again) == text, "writes another text the second time");
-  C_Store_Content merged;
   Keep_Unknown_Entries(content, merged);
   Demand(Format_Store(merged) == text, "loses entries that it is to keep");
   return 0;

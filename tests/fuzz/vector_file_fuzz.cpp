@@ -1,0 +1,25 @@
+// Saves vectors under arbitrary names. Whatever the name, there is one file with the values in the folder or a message,
+// and nothing anywhere else.
+#include "common/scripted_front.h"
+#include "fuzz/fuzz.h"
+#include "support/services/vector_file.h"
+
+int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  using namespace orsanta;
+  static const C_Temp_Folder folder;
+  static const C_Scripted_Front_Holder front;
+  const double value = 1.5;
+  front->Clear_Record();
+  CMatLab_Matrix_Data writer;
+  writer.SetBaseSaveFileDir_SubDir(L"vectors", 0);
+  const bool saved =
+      writer.Save_Double_Vector(&value, 1, From_Utf8({reinterpret_cast<const char*>(data), size}).c_str()) == 1;
+  Demand(front->Boxes().size() == (saved ? 0 : 1), "no message of a failure, or one without");
+  std::vector<std::filesystem::path> files;
+  for (const auto& item : std::filesystem::recursive_directory_iterator(folder.Path())) files.push_back(item.path());
+  Demand(files.size() == (saved ? 2 : 1) && files[0] == folder.Path() / "vectors", "a file in another place");
+  const std::string text = saved ? File_Text(files[1]) : "";
+  Demand(std::count(text.begin(), text.end(), '\n') == (saved ? 6 : 0), "no head of five lines");
+  if (saved) std::filesystem::remove(files[1]);
+  return 0;
+}
