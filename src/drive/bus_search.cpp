@@ -1,14 +1,14 @@
 #include "drive/bus_search.h"
 
+#include "drive/motor_channels.h"
 #include "drive/tremalink.h"
 
 namespace orsanta {
 
 CMyStringW Search_Bus() {
-  constexpr int Last_Can_Id = 63;
   CMyStringW id_list = L"总线上搜索到的设备id\r\n";
   bool found = false;
-  for (int id = 1; id <= Last_Can_Id; ++id) {
+  for (int id = 1; id <= motor_channels::Last_Can_Id; ++id) {
     int beExist = 0;
     CheckDeviceExist(id, &beExist);
     if (beExist == 0) continue;

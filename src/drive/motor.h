@@ -150,8 +150,11 @@ class C_Kestrune_Motor_test : public C_Mapped_Device, private C_Uncopied {
  private:
   static constexpr int Poll_Budget = 5000;  // polls of 1 ms: for a move, and for a homing from start to end
 
-  // The number of input or output channel k.
-  int Channel(int k) const { return m_CanId * motor_channels::Channels_Per_Drive + k; }
+  // The number of input or output channel k. An id that no bus has uses the channels of id 0, which no device has.
+  int Channel(int k) const {
+    const bool is_on_bus = m_CanId >= 1 && m_CanId <= motor_channels::Last_Can_Id;
+    return (is_on_bus ? m_CanId : 0) * motor_channels::Channels_Per_Drive + k;
+  }
   int Read_All(int k, CMyArray<double>& samples) { return Read_Channel_Array(Channel(k), samples); }
   // Writes a value to output channel k: the one way out to the drive. what: the operator's word for the value.
   int Output(int k, const char* what, double value);

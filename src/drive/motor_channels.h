@@ -4,6 +4,7 @@
 namespace orsanta::motor_channels {
 
 constexpr int Channels_Per_Drive = 20;
+constexpr int Last_Can_Id = 63;  // of a bus; the first is 1
 
 // Output channels 4 to 7 are mapped and never written.
 constexpr int Out_Position = 0;       // position command, raw
