@@ -82,15 +82,20 @@ C_VoiceMotor& Station(int station) {
 
 void Fill_Default_Resources(int MotorNum, int Start_num) {
   for (int i = 1; i <= MotorNum; ++i) {
-    VCM_Resource_struct record;
-    record.CanID = i + Start_num - 1;
-    record.AxisNum = i;
-    record.AuxAxisNum = i;
-    record.ControllerNum = 2 * i;
-    record.SpareNum = 2 * i + 1;
-    record.ConnectServer = 1;
-    theResourceList().Add(record);
+    theResourceList().Add({.CanID = i + Start_num - 1,
+                           .AxisNum = i,
+                           .AuxAxisNum = i,
+                           .ControllerNum = 2 * i,
+                           .SpareNum = 2 * i + 1,
+                           .ConnectServer = 1});
   }
+}
+
+void Set_And_Save_Force(const char* export_name, int station, int index, double force) {
+  if (!Check_Station(export_name, station) || !Check_Finite(export_name, station, force)) return;
+  Station(station).Val_Force_Set[index] = force;
+  Station(station).Test_Force[index] = force;
+  Station(station).Save();
 }
 
 }  // namespace
@@ -163,17 +168,11 @@ int GoZero(int station) noexcept {
 }
 
 void Set_Force(int station, double force) noexcept {
-  if (!Check_Station("Set_Force", station) || !Check_Finite("Set_Force", station, force)) return;
-  Station(station).Val_Force_Set[0] = force;
-  Station(station).Test_Force[0] = force;
-  Save_Parameter2file(station);
+  Set_And_Save_Force("Set_Force", station, 0, force);
 }
 
 void Set_Force2(int station, double force) noexcept {
-  if (!Check_Station("Set_Force2", station) || !Check_Finite("Set_Force2", station, force)) return;
-  Station(station).Val_Force_Set[1] = force;
-  Station(station).Test_Force[1] = force;
-  Save_Parameter2file(station);
+  Set_And_Save_Force("Set_Force2", station, 1, force);
 }
 
 void Get_Force(int station, double* force) noexcept {
