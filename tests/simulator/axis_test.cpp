@@ -127,54 +127,6 @@ TEST_F(Axis, Follows_Moves_Jumps_And_New_Targets_On_The_Way) {
   EXPECT_EQ(m_Told.str(), "0/0> 800/800 611/611> 800/800 -300/800 -300/-300 0/0 1500/1000 -1500/-1000 0/-999 ");
 }
 
-// On the way at 20 mm/s, 4 mm from the start.
-TEST_F(Axis, Sends_At_Each_Port_What_It_Stands_For) {
-  simulator::Set_Temperature(20, 41.3);
-  for (const double no_temperature : {std::nan(""), HUGE_VAL, -300.0}) simulator::Set_Temperature(20, no_temperature);
-  simulator::Set_Fault_Bits(20, 5);
-  // port, value, give or take
-  const std::string table =
-      "15 0.008 0.005  16 0.003 0.004  17 20 0.1  18 0 0.002  19 20 1e-6  20 4 0.05  21 0 1e-6  22 100 1e-6  "
-      "23 0 1e-9  24 0 1e-9  25 4 0.05  26 1 0  27 1370 0  28 49 0  29 5.8e-5 2e-6  30 4 0.05  31 20 0.1  "
-      "32 0.003 0.004  33 0 0.002  40 1370 0  41 49 0  42 0.008 0.005  43 1 0  44 4 0.05  50 1e-4 5e-5  "
-      "199 5 0  200 35339076370947 0  201 5 0  202 0 0  203 0 0";
-  SGO(4, 2, 8.0);
-  Sleep(205);
-  int port = 0;
-  double value = 0.0, slack = 0.0;
-  for (std::istringstream in(table); in >> port >> value >> slack;) Map_Input(4, 20, port, 8, port, 4);
-  Sleep(3);
-  for (std::istringstream in(table); in >> port >> value >> slack;)
-    EXPECT_NEAR(Take(port).back(), value, slack) << "port " << port;
-}
-
-TEST_F(Axis, Scale_And_Zeros_Rename_Places_Without_Moving) {
-  Go_And_Wait(2.0);
-  SET_AXIS_SCALE(4, 2, -2.0 * Raw_Per_Mm);  // one unit is two millimetres, turned round
-  WaitForAllInsFinish(4);
-  Sleep(50);
-  Tell();
-  SET_AXIS_ZEROS(4, 2, 10.0);
-  Tell();
-  SGO(4, 2, 11.0);
-  Sleep(20);
-  SGO(4, 2, 11.0);
-  SET_AXIS_ZEROS(4, 2, 0.0);  // on the way: the targets move along
-  Till_Stopped();
-  Sleep(50);
-  Tell();
-  SGO(4, 2, 0.0);
-  SET_AXIS_SCALE(4, 2, 1.0);
-  SET_AXIS_SCALE(4, 2, 0.0);
-  SET_MAX_VEL(4, 2, -1.0);
-  SET_MAX_ACC(4, 2, std::nan(""));
-  SGO(4, 2, 1e30);
-  for (int i = 0; i < 5; ++i) EXPECT_EQ(GetError(nullptr, nullptr, nullptr, nullptr, nullptr), 1);
-  Till_Stopped();
-  Tell();
-  EXPECT_EQ(m_Told.str(), "-100/200 1000/200 73/0 0/145 ");
-}
-
 TEST_F(Axis, Stops_Pauses_Goes_On_And_Is_Stopped_From_Outside) {
   SGO(4, 2, 8.0);
   Sleep(100);

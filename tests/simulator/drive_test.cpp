@@ -56,24 +56,6 @@ TEST_F(Drive, Lands_With_The_Force_Of_The_Clamp) {
   }
 }
 
-TEST_F(Drive, Bounces_On_The_Part_And_Rings_Out) {
-  simulator::Place_Part(1, 3.0);
-  m_Drive.Set_Current_Pos(0.6);
-  m_Drive.TillStop();
-  m_Drive.Send_Pos(10.0);
-  double before = 0.0, last_motion = 0.0, highest_bounce = 0.0, touched = 0.0;
-  while (touched == 0.0 || Now_Ms() < touched + 200.0) {
-    Sleep(1);
-    const double now = simulator::True_Position(1);
-    if (now > 6.0 && touched == 0.0) touched = Now_Ms();
-    if (touched != 0.0) highest_bounce = std::max(highest_bounce, 6.0 - now);
-    if (std::abs(now - before) > 1e-6) last_motion = Now_Ms();
-    before = now;
-  }
-  EXPECT_NEAR(highest_bounce, 0.0133, 0.0005);
-  EXPECT_NEAR(last_motion - touched, 35.0, 2.0);
-}
-
 // A command on the way - further, short of the braking way, back, at a lower speed - starts from the present speed.
 TEST_F(Drive, Goes_Over_To_A_New_Command_Within_The_Acceleration) {
   const double commands[][2] = {{8.5, 80.0}, {2.0, 80.0}, {0.0, 80.0}, {8.5, 20.0}};
@@ -98,38 +80,6 @@ TEST_F(Drive, Goes_Over_To_A_New_Command_Within_The_Acceleration) {
     EXPECT_NEAR(most, 1000.0, 200.0);
     EXPECT_NEAR(simulator::True_Position(1), target, 0.001);
   }
-}
-
-TEST_F(Room, Samples_Come_Every_Two_Milliseconds_Staggered_And_With_The_Encoders_Noise) {
-  for (const int drive : {1, 2}) Map_Position(drive);
-  std::vector<double> values(4096), others(4096);
-  std::vector<uint64_t> stamps(4096), other_stamps(4096);
-  int count = 0;
-  Sleep(4000);
-  GetInputChannelData(2, 4096, &count, others.data(), other_stamps.data());
-  GetInputChannelData(1, 4096, &count, values.data(), stamps.data());
-  ASSERT_EQ(count, 2000);
-  EXPECT_NE(stamps[0] % 100, other_stamps[0] % 100);
-  EXPECT_NE(values, others);
-  double sum = 0.0, squares = 0.0;
-  for (size_t k = 0; k < 2000; ++k) {
-    const double um = values[k] / Raw_Per_Mm * 1000.0;
-    ASSERT_NEAR(um * 10.0, std::round(um * 10.0), 1e-3) << "not a step of the encoder";
-    ASSERT_EQ(stamps[k] - stamps[0], k * 100);
-    sum += um;
-    squares += um * um;
-  }
-  EXPECT_NEAR(sum / 2000.0, simulator::True_Position(1) * 1000.0, 0.03);
-  EXPECT_NEAR(std::sqrt(squares / 2000.0), 0.3, 0.02);
-
-  // Hours in which nobody calls: the FIFO holds the oldest samples, and the instants stay where they were.
-  Sleep(5 * 3600 * 1000);
-  GetInputChannelData(1, 4096, &count, values.data(), other_stamps.data());
-  EXPECT_EQ(count, 4096);
-  EXPECT_EQ(other_stamps[4095] - stamps[0], 100u * (2000u + 4095u));
-  Sleep(2);
-  GetInputChannelData(1, 4096, &count, values.data(), other_stamps.data());
-  EXPECT_EQ(other_stamps[0] - stamps[0], 100u * (2000u + 5u * 3600u * 500u));
 }
 
 TEST_F(Room, Homing_Measures_The_Stroke_Keeps_Commands_For_Later_And_Tells_When_It_Cannot) {
@@ -195,22 +145,6 @@ TEST_F(Drive, Faults_Come_And_Go) {
   simulator::Set_Head_Height(1, std::nan(""));
   simulator::Place_Part(1, HUGE_VAL);
   EXPECT_EQ(simulator::True_Contact_Position(1), 3.5);
-}
-
-TEST_F(Room, Calls_Stand_In_The_Journal_And_Reads_When_Asked) {
-  simulator::Journal_Clear();
-  Sleep(5);
-  std::set<uint64_t> sums{simulator::Journal_Checksum()};
-  OUTPUT_DATA(4, 23, 12.5);
-  sums.insert(simulator::Journal_Checksum());
-  Take(25, 10);
-  sums.insert(simulator::Journal_Checksum());
-  EXPECT_EQ(sums.size(), 3U);
-  simulator::Journal_Keep_Reads(true);
-  Take(25, 10);
-  EXPECT_EQ(simulator::Journal_Text(), "5.000 4 OUTPUT_DATA(23, 12.5)\n5.000 -1 GetInputChannelData(25, 10)\n");
-  for (int i = 0; i < simulator::Journal_Limit + 10; ++i) BeAxisRun(0, nullptr, nullptr);
-  EXPECT_EQ(simulator::Journal().size(), static_cast<size_t>(simulator::Journal_Limit));
 }
 
 }  // namespace
