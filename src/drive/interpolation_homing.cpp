@@ -87,9 +87,7 @@ int C_Interpolation_Voice_Motor::Go_Home(int dir, double offset) {
 //             <- slowest -|            onto it again; here the axis takes its zero
 void C_Interpolation_Voice_Motor::Queue_Home_Passes(int dir) {
   const double distance = dir == 1 ? m_HomeStroke : -m_HomeStroke;
-  int io_temp = 0;
-  GetCurIoInput(m_HomeIo, &io_temp);
-  if (io_temp == 1) {  // on the sensor already: leave it first
+  if (Read_Io(m_HomeIo) == 1) {  // on the sensor already: leave it first
     Sgo(distance);
     TILLIO_NEG(m_ThreadNum, m_HomeIo);
     STOP_S(m_ThreadNum, m_Axis);

@@ -259,15 +259,9 @@ int C_Interpolation_Voice_Motor::Get_Temperature(double& t, int which) {
   return 1;
 }
 
-int C_Interpolation_Voice_Motor::Get_Sensor() {
+int C_Interpolation_Voice_Motor::Read_Io(int io) {
   int value = 0;
-  GetCurIoInput(m_SensorIo, &value);
-  return value;
-}
-
-int C_Interpolation_Voice_Motor::Get_Sensor2() {
-  int value = 0;
-  GetCurIoInput(m_SensorIo2, &value);
+  GetCurIoInput(io, &value);
   return value;
 }
 

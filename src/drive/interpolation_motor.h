@@ -128,8 +128,8 @@ class C_Interpolation_Voice_Motor : public C_Mapped_Device, private C_Uncopied {
   // without a retry; t is untouched on failure.
   int Get_Temperature(double& t, int which);
   // State of the first, second sensor input.
-  int Get_Sensor();
-  int Get_Sensor2();
+  int Get_Sensor() { return Read_Io(m_SensorIo); }
+  int Get_Sensor2() { return Read_Io(m_SensorIo2); }
   // The server's oldest instruction error; see GetError of the motion contract.
   int Get_Error(int* ith, int* ins_point, wchar_t* str, int* str_len, int* ERROR_Num);
 
@@ -187,6 +187,7 @@ class C_Interpolation_Voice_Motor : public C_Mapped_Device, private C_Uncopied {
   // The same for an instruction of the axis.
   int Send_To_Axis(int instruction(int, int, double), const char* what, double value);
   int Is_Direction_Turned() const;
+  static int Read_Io(int io);
   // The newest sample of an input port.
   int Read_Port(int port, double& value) { return Read_Once(Port_Channel(m_CanId, port), value); }
   int Get_Code(int port, uint64_t& code);

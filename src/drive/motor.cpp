@@ -157,12 +157,6 @@ int C_Kestrune_Motor_test::Set_Current_Pos(double current) {
   return Output_And_Wait(Out_Current_Upper, "电流", current);
 }
 
-int C_Kestrune_Motor_test::Set_Current_Neg(double current) {
-  if (std::abs(current) > Sleep_Above_Current) Sleep(1);
-  if (m_Be_Invert == 1) return Output_And_Wait(Out_Current_Lower, "电流", current);
-  return Output_And_Wait(Out_Current_Upper, "电流", -current);
-}
-
 void C_Kestrune_Motor_test::Reset_Current_Limit() {
   Output(Out_Current_Upper, "电流", Open_Clamp_Current);
   Output_And_Wait(Out_Current_Lower, "电流", -Open_Clamp_Current);

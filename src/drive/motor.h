@@ -108,7 +108,7 @@ class C_Kestrune_Motor_test : public C_Mapped_Device, private C_Uncopied {
   int Send_Pos(double mm);
   // The coil current in amperes that clamps the force, upward and downward. Both wait until the server has sent it.
   int Set_Current_Pos(double current);
-  int Set_Current_Neg(double current);
+  int Set_Current_Neg(double current) { return Set_Current_Pos(-current); }
   // Opens both clamps, to +40 and -40 amperes.
   void Reset_Current_Limit();
   // Speed in mm/s, acceleration in mm/s^2, for later moves.

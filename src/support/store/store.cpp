@@ -34,13 +34,6 @@ C_Areas& Areas() {
   return areas.Get();
 }
 
-// The 32-bit FNV-1a hash.
-uint32_t Hash_Of(const std::string& path) {
-  uint32_t hash = 2166136261U;
-  for (const char c : path) hash = (hash ^ static_cast<unsigned char>(c)) * 16777619U;
-  return hash;
-}
-
 void Start_Key(CHashOpt& hash, int area_id, const char* key, int index) {
   (hash << Member_Entry)
       .ConnectIndexDataOrOutputData(area_id)
@@ -144,7 +137,7 @@ int Area_ID(const std::string& path) {
   const C_Lock_Guard hold(areas.lock);
   const auto known = areas.ids.find(path);
   if (known != areas.ids.end()) return known->second;
-  uint32_t id = Hash_Of(path);
+  auto id = static_cast<uint32_t>(std::hash<std::string>()(path));
   while (!areas.paths.try_emplace(static_cast<int>(id), path).second) ++id;  // the number belongs to another path
   areas.ids.emplace(path, static_cast<int>(id));
   return static_cast<int>(id);

@@ -1,7 +1,6 @@
 #include "support/system/wide_string.h"
 
 #include <utf8.h>
-#include <utf8/unchecked.h>
 
 #include <clocale>
 #include <cstdarg>
