@@ -4,6 +4,8 @@
 
 #include <cstddef>
 
+#include "support/time/uncopied.h"
+
 #if defined(__has_feature)
 #define ORSANTA_HAS_SANITIZER(name) __has_feature(name)
 #else
@@ -43,8 +45,6 @@ class C_Sanitizer_Fiber : private C_Uncopied {
 #elif defined(__SANITIZE_THREAD__) || ORSANTA_HAS_SANITIZER(thread_sanitizer)
 
 #include <sanitizer/tsan_interface.h>
-
-#include "support/time/uncopied.h"
 
 namespace orsanta {
 
