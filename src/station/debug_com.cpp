@@ -30,8 +30,6 @@ C_VoiceDebugCom::C_VoiceDebugCom(int CanID) : m_Title(Format_Text("电机%d串�
   m_Open = 1;
 }
 
-C_VoiceDebugCom::~C_VoiceDebugCom() = default;
-
 int C_VoiceDebugCom::Read_Trigger() {
   if (m_Open == 0) return 0;
   char bytes[Read_Buffer_Bytes];

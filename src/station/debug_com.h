@@ -21,7 +21,6 @@ class C_VoiceDebugCom : public CAutoSaveClassData2 {
   // Loads the link's settings from the store "电机%d串口参数" with the id, and opens the port if one is set. A port
   // that will not open, or does not take the rate, is shown in a message box; the link then stays closed.
   explicit C_VoiceDebugCom(int CanID);
-  ~C_VoiceDebugCom() override;
 
   int Is_Open() const { return m_Open; }
   // Reads all that has arrived (up to 256 bytes): 1 if the last byte is "T", else 0; 0 if the link is closed.
