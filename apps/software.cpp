@@ -5,6 +5,7 @@
 
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <vector>
 
 #include "orsanta/version.h"
@@ -55,7 +56,7 @@ std::vector<C_Module> Modules() {
   dl_iterate_phdr(
       [](dl_phdr_info* module, size_t, void* out) {
         auto& list = *static_cast<std::vector<C_Module>*>(out);
-        const std::string path = module->dlpi_name;
+        const std::string path = std::filesystem::path(module->dlpi_name).lexically_normal();
         const std::string file = path.substr(path.rfind('/') + 1);
         if (path.empty() && list.empty())
           list.push_back({std::string("orsanta ") + ORSANTA_VERSION, path, Build_Id(*module)});

@@ -1,6 +1,7 @@
 // The client library, the motion server behind it, and the devices on the bus.
 #include <dlfcn.h>
 
+#include <filesystem>
 #include <string>
 
 #include "checks.h"
@@ -20,7 +21,8 @@ constexpr int Card_Id = 15;
 std::string Client_Path() {
   Dl_info found{};
   const bool known = dladdr(reinterpret_cast<const void*>(&ConnectControlServer), &found) != 0;
-  return known && found.dli_fname != nullptr ? found.dli_fname : "libtremalink.so";
+  if (!known || found.dli_fname == nullptr) return "libtremalink.so";
+  return std::filesystem::path(found.dli_fname).lexically_normal();
 }
 
 bool Connects() {
