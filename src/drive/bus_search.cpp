@@ -20,10 +20,9 @@ CMyStringW Search_Bus() {
 }
 
 CMyStringW Missing_Drive_Report(int can_id, const CMyStringW& id_list) {
-  CMyStringW str = Format_Text("无法找到ID：%d的驱动器\r\n", can_id);
-  str.Append(id_list);
-  str.Append(L"请检查CANID拨码\r\n请检查CAN线路\r\n");
-  return str;
+  return Format_Text("无法找到ID：%d的驱动器\r\n", can_id)
+      .Append(id_list)
+      .Append(L"请检查CANID拨码\r\n请检查CAN线路\r\n");
 }
 
 }  // namespace orsanta

@@ -17,9 +17,7 @@ constexpr const wchar_t* Middle_Failed = L"无法回中";
 
 // Tells the operator which drive failed at what. Returns 0, the result of the failed check.
 inline int Report_Failure(int can_id, const wchar_t* words) {
-  CMyStringW str = Format_Text("ID:%d的驱动器", can_id);
-  str.Append(words);
-  Message_Box(str);
+  Message_Box(Format_Text("ID:%d的驱动器", can_id).Append(words));
   return 0;
 }
 

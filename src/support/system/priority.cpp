@@ -56,15 +56,12 @@ bool Set_Class(int scheduling_class, int real_time_level) {
 void SetPriorityClass(int process_class) {
   if (process_class != Process_Class_High || Is_Simulated_Time()) return;
   const int normal = Normal_Nice();
-  const bool granted = Raise_Thread(0, Nice_Process_High);
-  if (granted) Normal_Nice() = std::min(normal, Nice_Process_High);
+  if (!Raise_Thread(0, Nice_Process_High)) return Report_Once();
+  Normal_Nice() = std::min(normal, Nice_Process_High);
   std::error_code error;
-  for (const auto& entry : std::filesystem::directory_iterator("/proc/self/task", error)) {
-    if (!granted) break;
-    // A thread that has ended since the listing is no refusal.
+  // A thread that has ended since the listing is no refusal.
+  for (const auto& entry : std::filesystem::directory_iterator("/proc/self/task", error))
     Raise_Thread(std::atoi(entry.path().filename().c_str()), Nice_Process_High);
-  }
-  if (!granted) Report_Once();
 }
 
 void SetThreadPriority(int level) {
