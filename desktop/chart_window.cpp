@@ -21,6 +21,7 @@ namespace orsanta {
 
 namespace {
 constexpr int Title_Height = 40;  // of a saved picture, pixels
+constexpr int Note_Height = 28;   // of one line under the buttons, pixels
 }  // namespace
 
 C_Chart_Window::C_Chart_Window(const C_Chart_Model& model, std::function<void()> closed)
@@ -57,8 +58,12 @@ C_Chart_Window::C_Chart_Window(const C_Chart_Model& model, std::function<void()>
   m_Note = new QLabel;
   m_Note->setObjectName(QStringLiteral("hint"));
   m_Note->setTextFormat(Qt::PlainText);
-  foot->addWidget(m_Note, 1);
+  m_Note->setWordWrap(true);
+  m_Note->setMinimumHeight(Note_Height);
+  m_Note->setContentsMargins(10, 0, 10, 0);
+  foot->addStretch(1);
   layout->addLayout(foot);
+  layout->addWidget(m_Note);
 
   resize(std::max(model.width, minimumSizeHint().width()), std::max(model.height, minimumSizeHint().height()));
   Redraw(model);
@@ -69,6 +74,11 @@ void C_Chart_Window::Redraw(const C_Chart_Model& model) {
   m_Model = model;
   setWindowTitle(To_Qt(model.title));
   m_View->Set_Model(model);
+  if (!model.note.empty()) Note(To_Qt(model.note));
+}
+
+void C_Chart_Window::Note(const QString& text) {
+  m_Note->setText(With_Breaks(text));
 }
 
 void C_Chart_Window::Ask_And_Save(const QString& filter, const QString& suffix,
@@ -81,18 +91,24 @@ void C_Chart_Window::Ask_And_Save(const QString& filter, const QString& suffix,
   dialog->setDefaultSuffix(suffix);
   QObject::connect(dialog, &QFileDialog::fileSelected, this, [this, save](const QString& path) {
     const QString failure = (this->*save)(path);
-    m_Note->setText(failure.isEmpty() ? QStringLiteral("已保存：%1").arg(path) : failure);
+    Note(failure.isEmpty() ? QStringLiteral("已保存：%1").arg(path) : failure);
   });
   dialog->open();
 }
 
+// The station, what is drawn, and its unit.
+QString C_Chart_Window::Full_Title() const {
+  if (m_Model.station == 0) return windowTitle();
+  return To_Qt(Station_Name(m_Model.station)) + QLatin1Char(' ') + windowTitle();
+}
+
 // Title and time, without what a file system may not take.
 QString C_Chart_Window::File_Name() const {
-  QString name = windowTitle() + QDateTime::currentDateTime().toString(QStringLiteral(" yyyy-MM-dd hh.mm.ss"));
+  QString name = Full_Title() + QDateTime::currentDateTime().toString(QStringLiteral(" yyyy-MM-dd hh.mm.ss"));
   return name.replace(QRegularExpression(QStringLiteral("[/\\\\:：*?\"<>|]")), QStringLiteral(" "));
 }
 
-// The drawing under its title, with unit and station, and the time.
+// The drawing under its title and the time.
 QString C_Chart_Window::Save_Png(const QString& path) {
   const QPixmap drawing = m_View->grab();
   QPixmap picture(drawing.size() + QSize(0, static_cast<int>(Title_Height * drawing.devicePixelRatio())));
@@ -101,7 +117,7 @@ QString C_Chart_Window::Save_Png(const QString& path) {
   QPainter painter(&picture);
   painter.setPen(theme::Ink);
   const QRect head(12, 0, m_View->width() - 24, Title_Height);
-  painter.drawText(head, Qt::AlignLeft | Qt::AlignVCenter, windowTitle());
+  painter.drawText(head, Qt::AlignLeft | Qt::AlignVCenter, Full_Title());
   painter.drawText(head, Qt::AlignRight | Qt::AlignVCenter,
                    QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd hh:mm:ss")));
   painter.drawPixmap(0, Title_Height, drawing);
@@ -113,8 +129,8 @@ QString C_Chart_Window::Save_Png(const QString& path) {
 
 QString C_Chart_Window::Save_Csv(const QString& path) {
   QSaveFile file(path);
-  bool good = file.open(QIODevice::WriteOnly | QIODevice::Text) &&
-              file.write(("序号,\"" + windowTitle() + "\"\n").toUtf8()) > 0;
+  bool good =
+      file.open(QIODevice::WriteOnly | QIODevice::Text) && file.write(("序号,\"" + Full_Title() + "\"\n").toUtf8()) > 0;
   const size_t count = std::min(m_Model.x.size(), m_Model.y.size());
   for (size_t i = 0; good && i < count; ++i) {
     const QByteArray line = QByteArray::number(m_Model.x[i], 'g', 17) + ',' + QByteArray::number(m_Model.y[i], 'g', 17);

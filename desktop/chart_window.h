@@ -26,6 +26,8 @@ class C_Chart_Window : public QWidget {
   void closeEvent(QCloseEvent* event) override;
 
  private:
+  void Note(const QString& text);
+  QString Full_Title() const;
   QString File_Name() const;
   void Ask_And_Save(const QString& filter, const QString& suffix, QString (C_Chart_Window::*save)(const QString&));
 

@@ -110,6 +110,7 @@ void C_Desktop_Front::Give_Up() {
 void C_Desktop_Front::Draw_Chart(unsigned chart, const C_Chart_Model& model) {
   {
     const C_Lock_Guard hold(m_Lock);
+    if (!model.opens && m_Charts.count(chart) == 0) return;
     C_Chart_State& state = m_Charts[chart];
     const bool posted = state.waiting != nullptr;
     state.waiting = std::make_unique<C_Chart_Model>(model);

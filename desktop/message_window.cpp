@@ -4,7 +4,6 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QPushButton>
-#include <QRegularExpression>
 #include <QStyle>
 #include <QVBoxLayout>
 #include <algorithm>
@@ -24,17 +23,7 @@ constexpr int Set_Off_Y = 72;
 constexpr int Places = 6;        // set-offs before the first place is used again
 constexpr int Text_Width = 380;  // pixels of the narrowest text
 constexpr int Greatest_Text_Width = 620;
-// A path may be broken behind each of its slashes.
-QString With_Breaks(const QString& text) {
-  constexpr int Longest_Word = 30;
-  QString broken = text;
-  for (const QString& word : text.split(QRegularExpression(QStringLiteral("\\s")))) {
-    if (word.size() <= Longest_Word || !word.contains(QLatin1Char('/'))) continue;
-    broken.replace(word, QString(word).replace(QLatin1Char('/'), QStringLiteral("/\u200B")));
-  }
-  return broken;
-}
-
+constexpr int Around_Text = 120;  // pixels of width: icon, margins and frame
 }  // namespace
 
 C_Message_Window::C_Message_Window(const C_Message_Model& model, int place, C_Answered answered, QWidget* under)
@@ -70,7 +59,8 @@ C_Message_Window::C_Message_Window(const C_Message_Model& model, int place, C_An
   text->setWordWrap(true);
   text->ensurePolished();
   const int widest = text->fontMetrics().boundingRect(QRect(), 0, text->text()).width();
-  text->setFixedWidth(std::clamp(widest + 2, Text_Width, Greatest_Text_Width));
+  const int greatest = std::min(Greatest_Text_Width, Desk_Space(*this).width() - Around_Text);
+  text->setFixedWidth(std::clamp(widest + 2, Text_Width, greatest));
   text->setMinimumHeight(text->heightForWidth(text->width()));  // all its lines, however long a path in it is
   row->addWidget(text, 1);
   layout->addLayout(row);

@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QFontDatabase>
 #include <QPalette>
+#include <QRegularExpression>
 #include <QStyleFactory>
 
 namespace orsanta {
@@ -67,6 +68,17 @@ QScrollArea { border: none; background: transparent; }
 )";
 
 }  // namespace
+
+QString With_Breaks(const QString& text) {
+  static const QRegularExpression long_words(QStringLiteral("\\S{30,}"));
+  static const QRegularExpression places(QStringLiteral("(/|[^/]{30})"));
+  QString broken = text;
+  for (auto found = long_words.globalMatch(text); found.hasNext();) {
+    const QString word = found.next().captured();
+    broken.replace(word, QString(word).replace(places, QStringLiteral("\\1\u200B")));
+  }
+  return broken;
+}
 
 bool Set_Up_Look() {
   QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));

@@ -9,6 +9,10 @@ namespace orsanta {
 // Sets font and style of the application. False when no font has Chinese, so that texts will show as boxes.
 bool Set_Up_Look();
 
+// With places to break its long words, so that a label can wrap it: behind the slashes of a path, and where a part of
+// it is longer than a line.
+QString With_Breaks(const QString& text);
+
 inline QString To_Qt(const std::wstring& text) {
   return QString::fromStdWString(text);
 }

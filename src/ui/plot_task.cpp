@@ -4,6 +4,7 @@
 
 #include "host/motor_base.h"
 #include "station/voice_motor.h"
+#include "support/dialog/subject.h"
 #include "support/system/wide_string.h"
 #include "support/time/clock.h"
 
@@ -47,23 +48,24 @@ void plot_task::OnThreadLoop(void* param) {
   if (m_Plot.BeImageWindowCreate() == 0) return;
   const C_VoiceMotorBase& base = *static_cast<C_VoiceMotorBase*>(param);
   const C_VoiceMotor& station = *base.StationList[m_MotorIndex];
-  const int points = static_cast<int>(base.PlotPointNum);
   const int number = m_MotorIndex + 1;
+  const C_Subject_Scope subject({base.ResourceList[m_MotorIndex].CanID});
+  const auto draw = [&](const CMyStringW& title, const C_History& data) {
+    Plot_Last(title.Text(), data.Copy(), static_cast<int>(base.PlotPointNum), 0, false);
+  };
   switch (base.SelectedChart) {
     case 0:
-      return Plot_Last(Format_Text("Orsanta：%d测量尺寸（mm）", number).Text(), station.ThicknessArray.Copy(), points,
-                       0);
+      return draw(Format_Text("Orsanta：%d测量尺寸（mm）", number), station.ThicknessArray);
     case 1:
-      return Plot_Last(Format_Text("Orsanta：%d测量时间（ms）", number).Text(), station.TestTimeArray.Copy(), points,
-                       0);
+      return draw(Format_Text("Orsanta：%d测量时间（ms）", number), station.TestTimeArray);
     case 2:
-      return Plot_Last(Format_Text("Orsanta：%d测量温度（°C）", number).Text(), station.TempArray.Copy(), points, 0);
+      return draw(Format_Text("Orsanta：%d测量温度（°C）", number), station.TempArray);
     default:
       return;
   }
 }
 
-void plot_task::Plot_Last(const std::wstring& title, CMyArray<double> y, int n, int mode) {
+void plot_task::Plot_Last(const std::wstring& title, CMyArray<double> y, int n, int mode, bool opens) {
   const int count = y.GetSize();
   if (count == 0) return;
   const int first = std::max(0, count - n);
@@ -71,7 +73,7 @@ void plot_task::Plot_Last(const std::wstring& title, CMyArray<double> y, int n, 
   x.SetArraySize(count - first);
   for (int i = first; i < count; ++i) x[i - first] = i;
   y.GetSubArray(first, x.GetSize(), y);
-  m_Plot.Plot(title, x, y, mode, Chart_Width, Chart_Height, CKestruneGraph::Line_Solid, L"");
+  m_Plot.Plot(title, x, y, mode, Chart_Width, Chart_Height, CKestruneGraph::Line_Solid, L"", opens);
 }
 
 }  // namespace orsanta

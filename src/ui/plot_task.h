@@ -24,8 +24,8 @@ class plot_task : public CBaseBindThread {
   ~plot_task() override;
 
   // Draws the last n points of y over their numbers since the start of y, and opens the window if it is not open. An
-  // empty y draws nothing and opens nothing.
-  void Plot_Last(const std::wstring& title, CMyArray<double> y, int n, int mode);
+  // empty y draws nothing and opens nothing. opens: false leaves a window closed that the operator has closed.
+  void Plot_Last(const std::wstring& title, CMyArray<double> y, int n, int mode, bool opens = true);
   // Brings the open window above the others.
   void Raise() { m_Plot.Raise(); }
   // Returns at once; the destructor then need not wait for the pass.

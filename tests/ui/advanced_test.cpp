@@ -130,6 +130,7 @@ TEST_F(Advanced_Dialog, Charts_Follow_The_Measurements_And_Share_Their_Kind) {
     Sleep(600);
     EXPECT_EQ(Charts().back().chart.x.back(), 12.0);
     EXPECT_TRUE(Charts().back().chart.axes_follow);
+    EXPECT_EQ(std::pair(Charts().back().chart.station, Charts().back().chart.opens), std::pair(1, false));
     for (const double celsius : {31.0, 31.5}) Station(0).TempArray.Append(celsius);
     front->Clear_Record();
   });

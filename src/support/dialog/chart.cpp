@@ -4,6 +4,7 @@
 #include <atomic>
 
 #include "support/dialog/front.h"
+#include "support/dialog/subject.h"
 
 namespace orsanta {
 
@@ -32,10 +33,12 @@ void CKestrunePlot::Raise() {
 }
 
 int CKestrunePlot::Plot(const std::wstring& title, const CMyArray<double>& x, const CMyArray<double>& y, int /*mode*/,
-                        int width, int height, CKestruneGraph::LineStyle style, const std::wstring& note) {
+                        int width, int height, CKestruneGraph::LineStyle style, const std::wstring& note, bool opens) {
   C_Chart_Model model;
   model.title = title;
   model.note = note;
+  model.station = Present_Subject().station;
+  model.opens = opens;
   const int count = std::min(x.GetSize(), y.GetSize());
   model.x.assign(x.begin(), x.begin() + count);
   model.y.assign(y.begin(), y.begin() + count);

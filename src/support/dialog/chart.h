@@ -26,10 +26,11 @@ class CKestrunePlot : private C_Uncopied {
   // Brings the window, where it is open, above the others.
   void Raise();
   // Opens the window if it is not open, and draws the line through the points x[i], y[i].
-  // mode: 0. width, height: pixels of the window at opening. note: a text under the title, empty for none. Returns 1,
-  // or 0 where no window can open.
+  // mode: 0. width, height: pixels of the window at opening. note: a text under the drawing, empty for none. opens:
+  // false leaves a window closed that the operator has closed. The chart is about the station of the thread's present
+  // subject. Returns 1, or 0 where no window is open.
   int Plot(const std::wstring& title, const CMyArray<double>& x, const CMyArray<double>& y, int mode, int width,
-           int height, CKestruneGraph::LineStyle style, const std::wstring& note);
+           int height, CKestruneGraph::LineStyle style, const std::wstring& note, bool opens = true);
 
  private:
   unsigned m_Number;

@@ -132,7 +132,9 @@ struct C_Chart_Model {
   int height = 400;  // pixels at opening
   bool axes_follow = true;
   bool joined = true;  // a line through the points, else the points alone
-  std::wstring note;   // shown under the title, where it is not empty
+  std::wstring note;   // shown under the drawing, where it is not empty
+  int station = 0;     // number of the station it is about, 0 for none
+  bool opens = true;   // its window, where it is not open
 };
 
 class C_Front {
@@ -164,7 +166,8 @@ class C_Front {
   // Shows a box and returns at once; the listener gets exactly one answer, possibly before the return.
   virtual void Post_Message(const C_Message_Model& model, C_Message_Listener& listener) = 0;
 
-  // Opens the chart with that number or redraws it. The owner of the charts never uses a number twice.
+  // Opens the chart with that number, if the model says so, or redraws it. The owner of the charts never uses a number
+  // twice.
   virtual void Draw_Chart(unsigned chart, const C_Chart_Model& model) = 0;
   virtual bool Is_Chart_Open(unsigned chart) = 0;
   virtual void Close_Chart(unsigned chart) = 0;
