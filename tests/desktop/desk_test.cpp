@@ -5,9 +5,10 @@
 #include <QScreen>
 #include <QWindow>
 #include <atomic>
-#include <sstream>
+#include <filesystem>
 
 #include "common/command.h"
+#include "common/temp_folder.h"
 #include "desktop/virtual_display.h"
 #include "desktop/windows.h"
 #include "support/dialog/dialog.h"
@@ -47,22 +48,12 @@ class C_Panel : public CParameterInOutDlg, public CParameterInOutDlgInterface {
   }
 
   void OnCtrlButton(int id, long, long) override {
-    switch (id % 50) {
-      case 0:
-        C_Small_Dialog().Number(L"设定推力(g)", m_Force, {0.0, 1000.0}).Ask();
-        break;
-      case 1:
-        Message_Box(L"请确认");
-        break;
-      case 2:
-        Sleep(Slow_Ms);
-        break;
-      case 3:
-        ++measured;
-        break;
-      default:
-        Show_Advanced();
-    }
+    const int command = id % 50;
+    if (command == 0) C_Small_Dialog().Number(L"设定推力(g)", m_Force, {0.0, 1000.0}).Ask();
+    if (command == 1) Message_Box(L"请确认");
+    if (command == 2) Sleep(Slow_Ms);
+    if (command == 3) ++measured;
+    if (command == 4) Show_Advanced();
   }
   void OnCtrlDynamicDisp(int, std::wstring& text, long) override { text = std::to_wstring(++refreshes); }
 
@@ -89,21 +80,15 @@ class C_Panel : public CParameterInOutDlg, public CParameterInOutDlgInterface {
   std::thread m_Thread;
 };
 
-QPushButton* Button(const char* window, const char* text, int place = 0) {
-  for (QPushButton* button : Find_Window(window)->findChildren<QPushButton*>())
-    if (button->text() == text && place-- == 0) return button;
-  return nullptr;
-}
-
 bool Has_Keyboard(const char* title) {
   const QWidget* window = Find_Window(title);
   return window != nullptr && window->isActiveWindow();
 }
 
 std::string Id_Of(const char* title) {
-  std::ostringstream id;
-  On_Qt([&] { id << "0x" << std::hex << Find_Window(title)->winId(); });
-  return id.str();
+  QString id;
+  On_Qt([&] { id = "0x" + QString::number(Find_Window(title)->winId(), 16); });
+  return id.toStdString();
 }
 
 // The output of a command that works on the test's display.
@@ -113,10 +98,7 @@ std::string On_Display(const std::string& command) {
 
 // A property of the display's root window, or of the window with that title.
 std::string Property(const std::string& name, const char* title = nullptr) {
-  std::ostringstream command;
-  command << "xprop " << (title == nullptr ? "-root " : "-id ") << (title == nullptr ? "" : Id_Of(title)) << ' '
-          << name;
-  return On_Display(command.str());
+  return On_Display("xprop " + (title == nullptr ? "-root" : "-id " + Id_Of(title)) + " " + name);
 }
 
 // Clicks into the panel where nothing can be pressed.
@@ -124,14 +106,6 @@ void Click_Blank_Spot() {
   QPoint place;
   On_Qt([&] { place = Find_Window(Panel)->findChild<QWidget*>("status_line")->mapToGlobal(QPoint(8, 8)); });
   On_Display("xdotool mousemove " + std::to_string(place.x()) + " " + std::to_string(place.y()) + " click 1");
-}
-
-bool Eventually(const std::function<bool()>& condition) {
-  for (int i = 0; i < 300; ++i) {
-    if (condition()) return true;
-    std::this_thread::sleep_for(std::chrono::milliseconds(10));
-  }
-  return false;
 }
 
 // Of the windows with these titles, from the lowest to the highest.
@@ -172,15 +146,15 @@ TEST_P(Desk, A_Press_Under_A_Dialog_Or_Box_Does_Nothing_And_Says_Why) {
   C_Panel panel(GetParam());
   for (const char* opens : {"设定", "提示"}) {
     const std::string title = std::string("微米仪2 ") + opens;
-    Click_With_Pointer([&] { return Button(Panel, opens, 1); });
+    Click_With_Pointer([&] { return Find_Button(Panel, opens, 1); });
     ASSERT_TRUE(Wait_On_Qt([&] { return Find_Window(title.c_str()) != nullptr; }));
     const int refreshed = panel.refreshes;
-    Click_With_Pointer([&] { return Button(Panel, "测量"); });
+    Click_With_Pointer([&] { return Find_Button(Panel, "测量"); });
     EXPECT_TRUE(Wait_On_Qt(
         [&] { return Find_By_Text<QLabel>(Find_Window(Panel), ("请先处理：" + title).c_str()) != nullptr; }));
     On_Qt([&] {
       Find_Window(Panel)->close();
-      EXPECT_EQ(Button(Panel, opens, 1)->property("command"), "asks");
+      EXPECT_EQ(Find_Button(Panel, opens, 1)->property("command"), "asks");
     });
     EXPECT_TRUE(Eventually([&] { return panel.refreshes > refreshed + 3; })) << "displays go on";
     EXPECT_TRUE(Wait_On_Qt([&] { return Has_Keyboard(title.c_str()); }));
@@ -188,7 +162,7 @@ TEST_P(Desk, A_Press_Under_A_Dialog_Or_Box_Does_Nothing_And_Says_Why) {
     EXPECT_TRUE(Wait_On_Qt([&] { return Find_Window(title.c_str()) == nullptr && Has_Keyboard(Panel); }));
   }
   EXPECT_EQ(panel.measured, 0);
-  On_Qt([] { Click(Button(Panel, "测量")); });
+  On_Qt([] { Click(Find_Button(Panel, "测量")); });
   EXPECT_TRUE(Eventually([&] { return panel.measured == 1; }));
 }
 
@@ -200,9 +174,9 @@ TEST_P(Desk, A_Box_Of_Another_Thread_Stands_Above_And_Lets_The_Panel_Work) {
     Message_Box(L"等待测量值稳定超时");
   });
   ASSERT_TRUE(Wait_On_Qt([] { return Find_Window("微米仪2") != nullptr; }));
-  On_Qt([] { Click(Button(Panel, "测量")); });
+  On_Qt([] { Click(Find_Button(Panel, "测量")); });
   EXPECT_TRUE(Eventually([&] { return panel.measured == 1; }));
-  On_Qt([] { Click(Button(Panel, "设定")); });
+  On_Qt([] { Click(Find_Button(Panel, "设定")); });
   ASSERT_TRUE(Wait_On_Qt([] { return Find_Window("微米仪1 设定") != nullptr; }));
   EXPECT_TRUE(Wait_On_Qt([] { return Find_Window("微米仪2") != nullptr; }));
   if (GetParam()) {
@@ -223,14 +197,14 @@ TEST_P(Desk, A_Box_Of_Another_Thread_Stands_Above_And_Lets_The_Panel_Work) {
 TEST_P(Desk, A_Window_Is_Kept_Above_The_One_It_Stands_On_And_Goes_Away_With_It) {
   if (!GetParam()) GTEST_SKIP() << "a bare display does neither";
   C_Panel panel(GetParam());
-  On_Qt([] { Click(Button(Panel, "高级")); });
+  On_Qt([] { Click(Find_Button(Panel, "高级")); });
   ASSERT_TRUE(
       Wait_On_Qt([] { return Find_Window("高级窗口") != nullptr && Find_Window("高级窗口")->isActiveWindow(); }));
   EXPECT_NE(Property("WM_TRANSIENT_FOR", "高级窗口").find(Id_Of(Panel)), std::string::npos);
   Click_Blank_Spot();
   EXPECT_TRUE(Eventually([] { return Is_Active(Panel); }));
   EXPECT_TRUE(Stand_In_Order({Panel, "高级窗口"}));
-  On_Qt([] { Click(Button(Panel, "设定")); });
+  On_Qt([] { Click(Find_Button(Panel, "设定")); });
   ASSERT_TRUE(Wait_On_Qt([] { return Find_Window("微米仪1 设定") != nullptr; }));
   Click_Blank_Spot();
   EXPECT_TRUE(Eventually([] { return Is_Active("微米仪1 设定"); })) << "what has to be answered comes back by itself";
@@ -249,22 +223,40 @@ TEST_P(Desk, Presses_Wait_For_A_Command_And_Closing_Overtakes_Them) {
   {
     C_Panel panel(GetParam());
     On_Qt([] {
-      Click(Button(Panel, "慢"));
-      for (int i = 0; i < 3; ++i) Click(Button(Panel, "测量"));
-      EXPECT_EQ(Button(Panel, "测量")->property("command"), "waiting");
+      Click(Find_Button(Panel, "慢"));
+      for (int i = 0; i < 3; ++i) Click(Find_Button(Panel, "测量"));
+      EXPECT_EQ(Find_Button(Panel, "测量")->property("command"), "waiting");
     });
-    EXPECT_TRUE(Wait_On_Qt([] { return Button(Panel, "慢")->property("command") == "running"; }));
-    EXPECT_TRUE(Wait_On_Qt([] { return Button(Panel, "测量")->property("command") == ""; }));
+    EXPECT_TRUE(Wait_On_Qt([] { return Find_Button(Panel, "慢")->property("command") == "running"; }));
+    EXPECT_TRUE(Wait_On_Qt([] { return Find_Button(Panel, "测量")->property("command") == ""; }));
     EXPECT_EQ(panel.measured, 1);
     On_Qt([] {
-      Click(Button(Panel, "慢"));
-      Click(Button(Panel, "测量"));
+      Click(Find_Button(Panel, "慢"));
+      Click(Find_Button(Panel, "测量"));
       Find_Window(Panel)->close();
     });
     EXPECT_TRUE(Wait_On_Qt([] { return Find_Window(Panel) == nullptr; }));
     measured = panel.measured.load();
   }
   EXPECT_EQ(measured, 1);
+}
+
+// Beside a panel of fourteen stations. At the end it is stopped, and there is no more room in its pipe.
+TEST_P(Desk, The_Simulator_Strip_Covers_Nothing_Takes_No_Keyboard_And_Holds_Up_Nobody) {
+  if (!GetParam()) GTEST_SKIP() << "a bare display has no button to close the panel";
+  const C_Temp_Folder folder;
+  const std::string program = std::filesystem::read_symlink("/proc/self/exe").parent_path() / "orsanta";
+  EXPECT_EQ(On_Display("timeout 40 " + program + R"( panel --stations 14 2>/dev/null & host=$!
+      find() { until xdotool search --onlyvisible --name $1; do sleep 0.05; done | tail -n 1; }
+      panel=$(find ^Orsanta) strip=$(find 模拟台架)
+      [ $(xdotool getactivewindow) = $panel ] && echo the panel has the keyboard
+      at() { xwininfo -id $1 | sed -n "s/.*$2: *//p"; }
+      [ $(($(at $panel 'Absolute upper-left Y') + $(at $panel Height))) -le $(at $strip 'Absolute upper-left Y') ] &&
+        echo apart
+      pid=$(xdotool getwindowpid $strip)
+      kill -STOP $pid; timeout 0.3 cat /dev/zero > /proc/$pid/fd/0
+      xdotool key alt+F4; wait $host; echo ended with $?)"),
+            "the panel has the keyboard\napart\nended with 0\n");
 }
 
 }  // namespace

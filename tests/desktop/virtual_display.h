@@ -57,14 +57,11 @@ class C_Virtual_Display {
 class C_Managed_Desk {
  public:
   C_Managed_Desk() {
-    m_Manager =
-        popen("echo $$; exec setpriv --pdeathsig TERM openbox --sm-disable --startup 'echo ready' 2>/dev/null", "re");
-    if (fscanf(m_Manager, "%d", &m_Pid) != 1) return;
     char line[256] = "";
     while (!m_Works && fgets(line, sizeof line, m_Manager) != nullptr) m_Works = std::string(line) == "ready\n";
   }
   ~C_Managed_Desk() {
-    if (m_Pid > 0) kill(m_Pid, SIGTERM);
+    if (m_Works && std::system("openbox --exit") != 0) fputs("openbox does not end\n", stderr);
     pclose(m_Manager);
   }
   C_Managed_Desk(const C_Managed_Desk&) = delete;
@@ -74,8 +71,8 @@ class C_Managed_Desk {
   bool Works() const { return m_Works; }
 
  private:
-  FILE* m_Manager;
-  pid_t m_Pid = 0;
+  FILE* m_Manager =
+      popen("exec setpriv --pdeathsig TERM openbox --sm-disable --startup 'echo ready' 2>/dev/null", "re");
   bool m_Works = false;
 };
 

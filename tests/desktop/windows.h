@@ -25,15 +25,23 @@ inline void On_Qt(const std::function<void()>& work) {
   QMetaObject::invokeMethod(qApp, work, Qt::BlockingQueuedConnection);
 }
 
-// Asks on the Qt thread until the answer is yes; false after the time.
-inline bool Wait_On_Qt(const std::function<bool()>& question, int longest_ms = 5000) {
-  for (int waited_ms = 0; waited_ms <= longest_ms; waited_ms += 5) {
-    bool answer = false;
-    if (QCoreApplication::instance() != nullptr) On_Qt([&] { answer = question(); });
-    if (answer) return true;
+// Asks until the answer is yes; false after the time.
+inline bool Eventually(const std::function<bool()>& question, int longest_ms = 5000) {
+  for (int waited_ms = 0; !question(); waited_ms += 5) {
+    if (waited_ms > longest_ms) return false;
     std::this_thread::sleep_for(std::chrono::milliseconds(5));
   }
-  return false;
+  return true;
+}
+
+// The same, asking on the Qt thread.
+inline bool Wait_On_Qt(const std::function<bool()>& question, int longest_ms = 5000) {
+  const auto ask = [&] {
+    bool answer = false;
+    if (QCoreApplication::instance() != nullptr) On_Qt([&] { answer = question(); });
+    return answer;
+  };
+  return Eventually(ask, longest_ms);
 }
 
 // --- Qt thread only ---
@@ -50,6 +58,13 @@ template <class T>
 T* Find_By_Text(QWidget* window, const QString& text) {
   for (T* widget : window == nullptr ? QList<T*>() : window->findChildren<T*>())
     if (widget->isVisible() && widget->text() == text) return widget;
+  return nullptr;
+}
+
+// Of those with the text, the one that comes at that place.
+inline QPushButton* Find_Button(const QString& window, const QString& text, int place = 0) {
+  for (QPushButton* button : Find_Window(window)->findChildren<QPushButton*>())
+    if (button->text() == text && place-- == 0) return button;
   return nullptr;
 }
 

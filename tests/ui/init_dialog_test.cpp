@@ -32,13 +32,8 @@ TEST_F(Init_Dialog, Asks_At_The_First_Start_Only_And_Stores_Even_A_Cancel) {
   EXPECT_EQ(model.controls[3].selected, 6);
 
   EXPECT_EQ(File_Text(Store),
-            "orsanta store 1\n"
-            "C_InitDlg Num 0 = int 1\n"
-            "C_InitDlg Com 0 = int 0\n"
-            "C_InitDlg Baud 0 = int 115200\n"
-            "C_InitDlg IoInit 0 = int 0\n"
-            "C_InitDlg BegineMotor 0 = int 1\n"
-            "end\n");
+            "orsanta store 1\nC_InitDlg Num 0 = int 1\nC_InitDlg Com 0 = int 0\nC_InitDlg Baud 0 = int 115200\n"
+            "C_InitDlg IoInit 0 = int 0\nC_InitDlg BegineMotor 0 = int 1\nend\n");
   const C_InitDlg second;
   EXPECT_EQ(front->Shown().size(), 2U);
 }
