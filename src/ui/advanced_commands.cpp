@@ -8,7 +8,6 @@
 #include "support/dialog/message_box.h"
 #include "support/dialog/small_dialog.h"
 #include "ui/panel.h"
-#include "ui/panel_ids.h"
 #include "ui/plot_task.h"
 
 namespace orsanta {

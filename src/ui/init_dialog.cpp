@@ -31,7 +31,7 @@ C_InitDlg::C_InitDlg() {
     return;
   }
   Settings_Dialog();
-  Save();
+  SaveAllClassParameterToHashOpt(Store_Name, 1);
 }
 
 void C_InitDlg::Settings_Dialog() {
@@ -64,15 +64,11 @@ void C_InitDlg::Settings_Dialog() {
     Baud = CComSerial::Rates[static_cast<size_t>(rate_place)];
     MotorNum = count_place + 1;
     Start_num = start_place + 1;
-    Save();
+    SaveAllClassParameterToHashOpt(Store_Name, 1);
   }
   // The dialog has no control for this password, and is to have none: the text stays empty, so that the advanced
   // functions are reached through the panel's service gate alone.
   if (password == Service_Password) advanceduser = 1;
-}
-
-void C_InitDlg::Save() {
-  SaveAllClassParameterToHashOpt(Store_Name, 1);
 }
 
 void C_InitDlg::Read_Out(int& MotorNum_out, int& PortNum_out, int& Baud_out, int& advanceduser_out, int& IoInit_out,

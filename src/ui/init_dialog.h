@@ -16,7 +16,6 @@ class C_InitDlg : private CAutoSaveClassData2 {
 
   // Asks the operator; a confirmation takes the choices and saves them, a cancel changes nothing.
   void Settings_Dialog();
-  void Save();
   // MotorNum: number of stations. PortNum: host serial port, 0 none, n for COMn. Baud: its rate. advanceduser: 0 in
   // every run. IoInit: 1 with the IO card, 0 without. Start_num: id of the first station.
   void Read_Out(int& MotorNum_out, int& PortNum_out, int& Baud_out, int& advanceduser_out, int& IoInit_out,

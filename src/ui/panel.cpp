@@ -4,7 +4,6 @@
 #include "station/voice_motor.h"
 #include "support/dialog/message_box.h"
 #include "support/dialog/small_dialog.h"
-#include "ui/panel_ids.h"
 #include "ui/plot_task.h"
 #include "ui/station_board.h"
 
@@ -67,10 +66,6 @@ void C_ORS_Dlg::OptSaveAndLoadDataStore(CAutoSaveClassData_Data& data) {
     Process_Member("auto_lock_password_time_s", auto_lock_password_time_s, data);
   }
   CAutoSaveClassData2::OptSaveAndLoadDataStore(data);
-}
-
-int C_ORS_Dlg::Id(int index, int sub_id) const {
-  return index * panel_id::Station_Span + sub_id;
 }
 
 void C_ORS_Dlg::Add_Panel_Button(const wchar_t* caption, int column, int sub_id) {
@@ -159,7 +154,7 @@ C_ORS_Dlg::C_End C_ORS_Dlg::Carry_Out(int index, int sub_id, C_VoiceMotor* stati
       Correct_Reference_Plane(index, *station);
       break;
     case panel_id::Block_Size:
-      Edit_Block_Size(*station);
+      station->Edit_On_Panel(L"输入基准块尺寸(mm)", station->Val_Block_Size);
       break;
     case panel_id::Measure_Slowly:
       Measure_Slowly(index, *station);

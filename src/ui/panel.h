@@ -19,6 +19,7 @@
 #include "support/base/array.h"
 #include "support/dialog/dialog.h"
 #include "support/store/store.h"
+#include "ui/panel_ids.h"
 
 namespace orsanta {
 
@@ -47,7 +48,7 @@ class C_ORS_Dlg : public CParameterInOutDlg, public CParameterInOutDlgInterface,
   void Add_Station_Column(int index);
   void Add_Panel_Button(const wchar_t* caption, int column, int sub_id);
   C_End Carry_Out(int index, int sub_id, C_VoiceMotor* station);
-  int Id(int index, int sub_id) const;
+  int Id(int index, int sub_id) const { return index * panel_id::Station_Span + sub_id; }
 
   // panel_gates.cpp
   bool Pass_Service_Gate();
@@ -56,7 +57,6 @@ class C_ORS_Dlg : public CParameterInOutDlg, public CParameterInOutDlgInterface,
 
   // panel_commands.cpp
   void Edit_Acceleration(C_VoiceMotor& station);
-  void Edit_Block_Size(C_VoiceMotor& station);
   void Correct_Reference_Plane(int index, C_VoiceMotor& station);
   void Measure_Slowly(int index, C_VoiceMotor& station);
   void Measure_By_Hand(int index, C_VoiceMotor& station);

@@ -11,7 +11,6 @@
 #include "support/dialog/small_dialog.h"
 #include "support/time/clock.h"
 #include "ui/panel.h"
-#include "ui/panel_ids.h"
 
 namespace orsanta {
 
@@ -30,10 +29,6 @@ constexpr wchar_t Measure_Manual_Caption[] = L"测量(手动模式)";
 void C_ORS_Dlg::Edit_Acceleration(C_VoiceMotor& station) {
   station.Edit_On_Panel(L"输入加速度mm/s^2", station.Val_Acc_Set[0]);
   station.m_pMotor->Set_Acc(station.Val_Acc_Set[0]);
-}
-
-void C_ORS_Dlg::Edit_Block_Size(C_VoiceMotor& station) {
-  station.Edit_On_Panel(L"输入基准块尺寸(mm)", station.Val_Block_Size);
 }
 
 void C_ORS_Dlg::Correct_Reference_Plane(int index, C_VoiceMotor& station) {

@@ -20,10 +20,6 @@ CKestrunePlot::~CKestrunePlot() {
   Front().Close_Chart(m_Number);
 }
 
-void CKestrunePlot::SetDynamicAdjustRange(int follow) {
-  m_Axes_Follow = follow;
-}
-
 int CKestrunePlot::BeImageWindowCreate() {
   return Front().Is_Chart_Open(m_Number) ? 1 : 0;
 }

@@ -20,7 +20,7 @@ class CKestrunePlot : private C_Uncopied {
   ~CKestrunePlot();
 
   // 1: the axes follow the data at each new plot. 0: they stay as the first plot set them.
-  void SetDynamicAdjustRange(int follow);
+  void SetDynamicAdjustRange(int follow) { m_Axes_Follow = follow; }
   // Non-zero while the chart's window is open.
   int BeImageWindowCreate();
   // Brings the window, where it is open, above the others.
