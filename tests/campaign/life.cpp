@@ -46,7 +46,9 @@ constexpr double Mean_Cycle_Ms = 900.0;
 // The longest that a measuring task may take once no fault is in force: what waits before it, two landings whose waits
 // all run out, and two lift-offs with their attempts.
 constexpr double Longest_Wait_Ms = 90000.0;
-
+// A stop works off what is queued: with a drive that has never answered a lift-off waits half a minute, and hosts ask
+// again.
+constexpr double Longest_Stop_Ms = 5.0 * Longest_Wait_Ms;
 // What an operator leaves queued may run into the longest wait of a drive, of 200 s, several times.
 constexpr double Longest_Stop_Of_Operator_Ms = 2000000.0;
 
@@ -175,7 +177,7 @@ class C_Life {
     const double from = Now_Ms();
     C_Thread stop;
     stop.Start("stop", [] { Orsanta_dll_uninit(); });
-    if (!stop.Join(m_Has_Panel ? Longest_Stop_Of_Operator_Ms : Longest_Wait_Ms)) {
+    if (!stop.Join(m_Has_Panel ? Longest_Stop_Of_Operator_Ms : Longest_Stop_Ms)) {
       Find(0, "the stop does not end");
       End();
     }
