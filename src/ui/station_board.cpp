@@ -26,8 +26,8 @@ C_Station_Board::~C_Station_Board() {
 }
 
 void C_Station_Board::OnThreadLoop(void*) {
-  std::vector<C_Station_Tile> tiles;
-  for (int i = 0; i < m_Base.StationCount; ++i) tiles.push_back(Look_At(i, m_Watched[static_cast<size_t>(i)]));
+  std::vector<C_Station_Tile> tiles(m_Watched.size());
+  for (size_t i = 0; i < tiles.size(); ++i) tiles[i] = Look_At(static_cast<int>(i), m_Watched[i]);
   Front().Show_Stations(tiles);
   Sleep(Pass_Ms);
 }

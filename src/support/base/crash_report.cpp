@@ -93,7 +93,6 @@ class C_Dump_Text {
     char line[Line_Room];
     va_list arguments;
     va_start(arguments, format);
-    // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): va_start is just above
     std::vsnprintf(line, sizeof(line), format, arguments);
     va_end(arguments);
     Put(line);
