@@ -15,7 +15,6 @@ namespace orsanta {
 namespace {
 
 constexpr int First_Fault_Read_Ms = 1000;  // for the drive's first fault word
-constexpr double Last_Can_Id = 63.0;       // of a bus
 
 // The local date and time as it stands in file names; the year is left out.
 class get_time {
@@ -54,7 +53,7 @@ C_VoiceMotor::C_VoiceMotor(int can_id, int axis_num, int aux_axis_num, int contr
 
 void C_VoiceMotor::Make_Temp_Sensor(int axis_num, int aux_axis_num) {
   const double sensor_id = std::trunc(Val_TempSensorCanID);  // a fraction is cut off
-  if (!(sensor_id >= 1.0 && sensor_id <= Last_Can_Id)) {
+  if (!(sensor_id >= 1.0 && sensor_id <= motor_channels::Last_Can_Id)) {
     Message_Box(Format_Text("ID:%d 温度传感器CANID %g 超出范围1到63，请重新设置，没有温度板时设为0", CanID,
                             Val_TempSensorCanID.Get()));
     return;
