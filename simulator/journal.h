@@ -8,6 +8,7 @@
 #include <cwchar>
 #include <deque>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "simulator/noise.h"
@@ -56,7 +57,11 @@ class C_Journal {
   template <class... A>
   void Add_To_Checksum(double time_ms, const char* function, int thread, const A&... arguments) {
     Add_Value(time_ms);
-    for (const char* c = function; *c != '\0'; ++c) Add(static_cast<uint64_t>(*c));
+    for (std::string_view name = function; !name.empty();) {
+      uint64_t letters = 0;
+      name.remove_prefix(name.copy(reinterpret_cast<char*>(&letters), sizeof letters));
+      Add(letters);
+    }
     Add_Value(thread);
     (Add_Value(arguments), ...);
   }
