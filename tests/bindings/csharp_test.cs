@@ -1,4 +1,4 @@
-// The safe class of the C# binding, on a library that does what no simulator does on command (scripted_library.c).
+// The safe class of the C# binding, on a library that does what no simulator does on command (scripted_library.cpp).
 using System;
 using System.Collections.Generic;
 using System.Linq;

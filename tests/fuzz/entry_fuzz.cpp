@@ -5,9 +5,9 @@
 #include "support/dialog/dialog_entry.h"
 #include "support/system/wide_string.h"
 
-int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+void Fuzz(std::string input) {
   using namespace orsanta;
-  const std::wstring text = From_Utf8({reinterpret_cast<const char*>(data), size});
+  const std::wstring text = From_Utf8(input);
   double value = -1.5, shown = 0.0;
   int whole = 7;
   if (!Read_Typed(text, value)) {
@@ -17,5 +17,4 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     Demand(std::abs(shown - value) <= 1e-6 + std::abs(value) * 1e-15, "shows another number");
   }
   Demand(Read_Typed(text, whole) ? value == whole : whole == 7, "takes an integer for another number");
-  return 0;
 }

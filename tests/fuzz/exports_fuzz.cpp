@@ -9,9 +9,8 @@
 #include "simulated_clock/simulated_clock.h"
 #include "simulator/simulator.h"
 
-int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+void Fuzz(std::string input) {
   using namespace orsanta;
-  std::string input(reinterpret_cast<const char*>(data), size);
   const C_Simulated_Clock clock(Take<uint8_t>(input));
   const C_Temp_Folder folder;
   const C_Scripted_Front_Holder front;
@@ -53,5 +52,4 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     calls[next]();
   }
   if (stations > 0) Orsanta_dll_uninit();
-  return 0;
 }

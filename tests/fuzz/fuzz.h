@@ -4,11 +4,18 @@
 #include <cstdint>
 #include <cstdio>
 #include <functional>
+#include <string>
 
 #include "common/temp_folder.h"
 
-// One input; libFuzzer's name. It ends the process where something does not hold, so that the input is kept.
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);
+// What a target does with one input. It ends the process where something does not hold, so that the input is kept.
+void Fuzz(std::string input);
+
+// libFuzzer's name for it.
+extern "C" [[gnu::used]] inline int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  Fuzz({reinterpret_cast<const char*>(data), size});
+  return 0;
+}
 
 namespace orsanta {
 

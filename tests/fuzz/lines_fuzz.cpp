@@ -29,20 +29,18 @@ struct C_Called_Supervisor : C_Room_Without_Drives, C_VoiceMotorBase {
   int tasks = 0;
 };
 
-int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+void Fuzz(std::string input) {
   static const C_Simulated_Clock clock(1);
   static const C_Temp_Folder folder;
   static C_Pty host(1), link(2);
   static C_Called_Supervisor base;
   // One visit of the loop reads 256 bytes.
-  const std::string bytes(reinterpret_cast<const char*>(data), size);
-  const std::string asked = bytes.substr(0, std::min(size / 2, size_t{256}));
-  const std::string heard = bytes.substr(asked.size(), 256);
+  const std::string asked = input.substr(0, std::min(input.size() / 2, size_t{256}));
+  const std::string heard = input.substr(asked.size(), 256);
   host.Send(asked), link.Send(heard);
   base.StationList[0]->Force_Back_Finish = 1;
   base.OnThreadLoop(nullptr);
   Sleep(1);  // for the task
   Demand(std::exchange(base.tasks, 0) == (!heard.empty() && heard.back() == 'T' ? 1 : 0), "a wrong task");
   Demand(host.Take() == (asked.find('C') < asked.size() ? "ID:1 State:0\n" : ""), "a wrong answer");
-  return 0;
 }

@@ -2,11 +2,11 @@
 #include "fuzz/fuzz.h"
 #include "support/store/store_parser.h"
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+void Fuzz(std::string input) {
   using namespace orsanta;
   C_Store_Content content, again, merged;
   std::vector<C_Store_Fault> faults;
-  const C_Store_State state = Parse_Store({reinterpret_cast<const char*>(data), size}, content, faults);
+  const C_Store_State state = Parse_Store(input, content, faults);
   Demand(faults.empty() == (state == C_Store_State::Whole), "the faults do not go with the state");
   for (const C_Store_Fault& fault : faults) Demand(fault.line >= 1 && !fault.text.empty(), "no line or no reason");
   Demand(state != C_Store_State::Broken || content.entries.empty(), "takes entries of a broken file");
@@ -15,5 +15,4 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   Demand(Format_Store(again) == text, "writes another text the second time");
   Keep_Unknown_Entries(content, merged);
   Demand(Format_Store(merged) == text, "loses entries that it is to keep");
-  return 0;
 }

@@ -4,7 +4,7 @@
 #include "fuzz/fuzz.h"
 #include "support/services/vector_file.h"
 
-int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+void Fuzz(std::string input) {
   using namespace orsanta;
   static const C_Temp_Folder folder;
   static const C_Scripted_Front_Holder front;
@@ -12,8 +12,7 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   front->Clear_Record();
   CMatLab_Matrix_Data writer;
   writer.SetBaseSaveFileDir_SubDir(L"vectors", 0);
-  const bool saved =
-      writer.Save_Double_Vector(&value, 1, From_Utf8({reinterpret_cast<const char*>(data), size}).c_str()) == 1;
+  const bool saved = writer.Save_Double_Vector(&value, 1, From_Utf8(input).c_str()) == 1;
   Demand(front->Boxes().size() == (saved ? 0 : 1), "no message of a failure, or one without");
   const std::filesystem::path vectors = folder.Path() / "vectors";
   const auto count = [](const auto& path) { return std::distance(std::filesystem::directory_iterator(path), {}); };
@@ -22,5 +21,4 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const std::string text = saved ? File_Text(file) : "";
   Demand(std::count(text.begin(), text.end(), '\n') == (saved ? 6 : 0), "no head of five lines");
   if (saved) std::filesystem::remove(file);
-  return 0;
 }
