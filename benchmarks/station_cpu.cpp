@@ -1,5 +1,5 @@
 // Processor time of fourteen stations in real time, idle and measuring, and the shares of it that the simulator and the
-// polling hosts take.
+// polling hosts take; and that of as many threads which sleep as often and do nothing, the floor.
 //
 // The simulator is part of the process, and each call moves its room on. The linker puts the functions below in the
 // place of those that a measurement calls all the time (CMakeLists.txt); they take the time of a part of the calls, so
@@ -12,6 +12,7 @@
 #include <ctime>
 
 #include "benchmarks/system.h"
+#include "support/system/priority.h"
 #include "support/threads/thread.h"
 
 namespace {
@@ -95,6 +96,24 @@ int __wrap_WaitForAllInsFinish(int thread) {  // NOLINT
 
 int main() {
   constexpr int Span_Ms = 10000;
+  const C_Share sleeping = Share_Of_A_Core([] {
+    std::vector<std::unique_ptr<C_Thread>> sleepers;
+    const auto add = [&sleepers, until = Now_Ms() + Span_Ms](int period_ms, int level) {
+      sleepers.push_back(std::make_unique<C_Thread>());
+      sleepers.back()->Start(
+          "sleeper",
+          [=] {
+            while (Now_Ms() < until) Sleep(period_ms);
+          },
+          level);
+    };
+    for (int n = 1; n <= All_Stations; ++n) {
+      add(1, Priority_Normal);         // its host
+      add(1, Priority_Normal);         // its task
+      add(2, Priority_Sample_Reader);  // its window
+    }
+    for (auto& sleeper : sleepers) sleeper->Join();
+  });
   C_Benchmark_System system(All_Stations);
   const C_Share idle = Share_Of_A_Core([] { Sleep(Span_Ms); });
   int cycles[All_Stations] = {};
@@ -116,5 +135,6 @@ int main() {
   for (const int count : cycles) total += count;
   Print("idle", idle);
   Print("measuring", measuring);
+  std::printf("as many threads that only sleep: %.1f %% of one core\n", 100.0 * sleeping.process);
   std::printf("%d cycles in %d s\n", total, Span_Ms / 1000);
 }

@@ -21,7 +21,8 @@ double Now_Ms();
 // True while the process runs on simulated time.
 bool Is_Simulated_Time();
 
-// Suspends the calling thread for ms milliseconds (0 or less: lets other threads run and returns).
+// Suspends the calling thread for ms milliseconds, to the nearest tick of 1 ms in real time, so that one sleep may be
+// up to half a millisecond shorter or longer and a row of them is not (0 or less: lets other threads run and returns).
 void Sleep(int ms);
 
 // Date and time of day, local.
