@@ -284,7 +284,9 @@ class C_Life {
     m_From_Ms[n] = m_Start_Ms;
     double offset = 0.0;
     Get_Ans_Offset(n, &offset);
-    m_Is_Referenced[n] = m_Memory.saves[n].Is_Referenced() && offset == Block_Mm;
+    // A drive that was not on the bus at the start stays unused.
+    const bool is_lost = m_Faults->Met(n, Fault::Absent, m_Start_Ms);
+    m_Is_Referenced[n] = !is_lost && m_Memory.saves[n].Is_Referenced() && offset == Block_Mm;
   }
   // A new force, a new reference for it, all saved. After a fault on the way the station counts as set up once it goes
   // through without one.
