@@ -53,16 +53,13 @@ class C_Pty {
   }
 
   // What has come out: all that is there now; or at least so many bytes, waiting for them.
-  std::string Take() {
-    std::string bytes;
-    char part[4096];
-    for (ssize_t count; (count = read(m_Master, part, sizeof part)) > 0;)
-      bytes.append(part, static_cast<size_t>(count));
-    return bytes;
-  }
+  std::string Take() { return Take_At_Least(0); }
   std::string Take_At_Least(size_t wanted) {
-    std::string bytes = Take();
-    while (bytes.size() < wanted && Wait_For(POLLIN)) bytes += Take();
+    std::string bytes;
+    char byte;
+    do {
+      while (read(m_Master, &byte, 1) == 1) bytes += byte;
+    } while (bytes.size() < wanted && Wait_For(POLLIN));
     return bytes;
   }
 

@@ -98,7 +98,11 @@ TEST(Hash, Builds_Keys_Commits_Values_And_Reads_Them_Back) {
   };
   double number = -1.5;
   char text[] = "mocha";
-  EXPECT_EQ(found("Val_Pos"), -1);
+  CHashObject_String key = "Val";
+  std::strcpy(key.GetBuffer(20) + 3, "_Pos");  // a text ends at its first zero
+  EXPECT_TRUE(key == "Val_Pos" && key == CHashObject_String("Val_Pos"));
+  EXPECT_FALSE(key == "Val" || key == CHashObject_String());
+  EXPECT_EQ(found(key.GetBuffer(0)), -1);
   hash.StartAddVarToLogInData(77).ConnectIndexDataOrOutputData(text).ConnectIndexDataOrOutputData(number);
   hash++;
   number = text[0] = 0;
@@ -115,13 +119,6 @@ TEST(Hash, Builds_Keys_Commits_Values_And_Reads_Them_Back) {
   hash--;
   EXPECT_NE(0, Failed_Check_Line(read_on));
   EXPECT_EQ(found("Val_Pos"), -1) << "removed";
-}
-
-TEST(Hash, Texts_End_At_Their_First_Zero) {
-  CHashObject_String text = "Val";
-  std::strcpy(text.GetBuffer(20) + 3, "_Pos");
-  EXPECT_TRUE(text == "Val_Pos" && text == CHashObject_String("Val_Pos"));
-  EXPECT_FALSE(text == "Val" || text == CHashObject_String());
 }
 
 TEST(Hash, Gather_Hands_Out_Each_Number_Once_And_The_Smallest_First) {

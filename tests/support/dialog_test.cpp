@@ -89,11 +89,18 @@ class Dialog : public ::testing::Test {
   C_Panel panel{values};
 };
 
-TEST_F(Dialog, Writes_At_Confirmation_And_Only_Then_And_Keeps_What_Nobody_Touched) {
+TEST_F(Dialog, Shows_Its_Values_Writes_At_Confirmation_And_Only_Then_And_Keeps_What_Nobody_Touched) {
   C_Script changes;
   changes.Fill(L"新密码", L"摩卡").Fill(L"整数", L" -12 ").Fill(L"数值", L"0.1").Fill(L"数值2", L"１０．５");
   changes.Fill(L"范围", L"+4").Select(L"勾选", 0).Select(L"串口号", 1);
   EXPECT_EQ(Confirmed(C_Script(changes).Cancel()), 0);
+  const C_Dialog_Model model = front->Shown()[0].dialog;
+  std::wstring told;
+  for (const C_Control_Model& control : model.controls)
+    told += std::to_wstring(static_cast<int>(control.kind)) + control.caption + L":" + control.text + L" ";
+  EXPECT_EQ(told,
+            L"3新密码:新密码 4整数:7 6勾选: 5数值:0.333 5数值2:2.500 4范围:6 7串口号: "
+            L"1状态: 1温度: 2提示:新密码 0高级: 0测量: 8: 0测量: 0无: ");
   EXPECT_EQ(values, C_Values());
   EXPECT_EQ(Confirmed(C_Script().Run([this] { values.shared_number = 100.0; }).Confirm()), 1);
   C_Values untouched;   // as shown, numbers to the bit
@@ -134,17 +141,6 @@ TEST_F(Dialog, Shows_And_Reads_Numbers_In_One_Way_Everywhere) {
   for (const wchar_t* bad :
        {L"", L" ", L"inf", L"nan", L"1e999", L"1 2", L"0x10", L"+", L"+-1", L"++1", L"1.5g", L"千"})
     EXPECT_FALSE(Read_Typed(bad, value)) << To_Utf8(bad);
-}
-
-TEST_F(Dialog, Tells_The_Front_What_Each_Control_Is_And_Shows) {
-  panel.Show(1);
-  const C_Dialog_Model model = front->Shown()[0].dialog;
-  std::wstring told;
-  for (const C_Control_Model& control : model.controls)
-    told += std::to_wstring(static_cast<int>(control.kind)) + control.caption + L":" + control.text + L" ";
-  EXPECT_EQ(told,
-            L"3新密码:新密码 4整数:7 6勾选: 5数值:0.333 5数值2:2.500 4范围:6 7串口号: "
-            L"1状态: 1温度: 2提示:新密码 0高级: 0测量: 8: 0测量: 0无: ");
 }
 
 // A front that sends what no control can send, and then closes the dialog.
@@ -225,10 +221,14 @@ TEST_F(Dialog, A_Box_Is_Modal_To_The_Dialogs_Of_Its_Thread_And_Their_Displays_Go
     edit.AddDataEdit(L"数值", 0, 10.0F, values.text, 1, 0, nullptr);
     edit.DoParameterDlg(0, 1, 1.0F, 1, nullptr, nullptr, 1);
   };
-  panel.on_press[3] = [&] { Refuse_Press(L"没有数据"); };
+  panel.on_press[3] = [&] {
+    Refuse_Press(L"没有数据");
+    EXPECT_TRUE(front->Press(L"面板", L"无") && front->Cancel(L"面板"));  // which overtakes the press
+  };
   front->Next_Dialog(
       C_Script().Press(L"测量", 1).Run([&] { EXPECT_THAT(panel.presses, ElementsAre(2)); }).Press(L"测量", 2));
   panel.Show(0);
+  EXPECT_THAT(panel.presses, ElementsAre(2, 3));
   EXPECT_THAT(front->Refusals(), ElementsAre(L"测量: 请先处理打开的窗口", L"测量: 没有数据"));
   std::wstring names;
   for (const C_Shown& shown : front->Shown())
@@ -236,40 +236,22 @@ TEST_F(Dialog, A_Box_Is_Modal_To_The_Dialogs_Of_Its_Thread_And_Their_Displays_Go
   EXPECT_EQ(names, L"面板, 微米仪3 测量, 微米仪3 测量, ");
 }
 
-// While a command runs, its displays are served where it lets them, and closing overtakes the presses that wait.
-TEST_F(Dialog, A_Close_Overtakes_What_Waits_Behind_A_Running_Command) {
-  panel.on_press[1] = [&] {
-    for (const wchar_t* button : {L"测量", L"无"}) front->Press(L"面板", button);
-    front->Cancel(L"面板");
-    for (int i = 0; i < 100; ++i) {
-      Sleep(10);
-      Refresh_Displays();
-    }
-    EXPECT_THAT(panel.refreshes, ElementsAre(Pair(50, 10), Pair(51, 14)));
-  };
-  front->Next_Dialog(C_Script().Press(L"高级"));
-  panel.Show(0);
-  EXPECT_THAT(panel.presses, ElementsAre(1));
-}
-
 TEST_F(Dialog, Of_One_Thread_Is_None_Of_Anothers) {
-  C_Panel panels[2] = {C_Panel(values), C_Panel(values)};
-  uint64_t pressed_on[2] = {}, opened_on[2] = {};
-  C_Thread threads[2];
-  for (int id = 0; id < 2; ++id) {
-    panels[id].on_press[2] = [&, id] {
+  const auto operate = [this] {
+    const uint64_t opened_on = This_Thread_Number();
+    C_Panel own(values);
+    own.on_press[2] = [opened_on] {
       Sleep(100);  // which keeps the other thread from nothing
-      pressed_on[id] = This_Thread_Number();
+      EXPECT_EQ(This_Thread_Number(), opened_on);
     };
-    front->Next_Dialog(C_Script().Press(L"测量", 1).Confirm());
-    threads[id].Start("operator", [&, id] {
-      opened_on[id] = This_Thread_Number();
-      EXPECT_EQ(panels[id].Show(1), 1);
-    });
-  }
-  for (C_Thread& thread : threads) thread.Join();
+    EXPECT_EQ(own.Show(1), 1);
+  };
+  for (int id = 0; id < 2; ++id) front->Next_Dialog(C_Script().Press(L"测量", 1).Confirm());
+  C_Thread other;
+  other.Start("operator", operate);
+  operate();
+  other.Join();
   EXPECT_EQ(Now_Ms(), 100.0);
-  EXPECT_THAT(pressed_on, testing::ElementsAreArray(opened_on));
 }
 
 class Console : public ::testing::Test {

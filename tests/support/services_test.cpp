@@ -16,7 +16,6 @@
 #include "support/base/process.h"
 #include "support/services/serial.h"
 #include "support/services/vector_file.h"
-#include "support/system/file.h"
 #include "support/system/trace.h"
 #include "support/system/wide_string.h"
 #include "support/time/clock.h"
@@ -55,11 +54,6 @@ TEST(Trace, Writes_Whole_Lines_To_The_Stream_And_Dated_Records_To_The_Log) {
   std::filesystem::remove("orsanta_trace.log");
   ASSERT_EQ(mkfifo("orsanta_trace.log", 0600), 0);
   TraceLog2File("int F()", 9, L"nobody reads it");
-}
-
-TEST(Files, Exist_Unless_They_Are_Folders) {
-  EXPECT_EQ(CMyFileCopy::FileExist(L"/proc/self/exe"), 1);
-  for (const wchar_t* none : {L"/proc", L"missing"}) EXPECT_EQ(CMyFileCopy::FileExist(none), 0);
 }
 
 TEST(Processes, Paths_Are_Cut_At_Their_Last_Separator_And_Dot) {
