@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <thread>
+#include <tuple>
 
 #include "common/pty.h"
 #include "common/simulated_test.h"
@@ -19,16 +20,14 @@ TEST_F(Debug_Com, Closed_Link_Does_Nothing_And_A_Port_That_Fails_Is_Told) {
   EXPECT_TRUE(front->Boxes().empty());
 
   Store_Link(3, 7, 9600);
-  C_VoiceDebugCom failed(3);
-  EXPECT_EQ(failed.Is_Open(), 0);
+  EXPECT_EQ(C_VoiceDebugCom(3).Is_Open(), 0);
   C_Pty line(2);
   Store_Link(4, 2, 0);
   EXPECT_EQ(C_VoiceDebugCom(4).Is_Open(), 0);
   ASSERT_EQ(front->Boxes(), (std::vector<std::wstring>{L"打开电机3串口7失败", L"打开电机4串口2失败：波特率0无法设定"}));
   for (const C_Shown& shown : front->Shown()) EXPECT_EQ(shown.flags, Box_System_Modal);
   Store_Link(5, 2, 4800);  // the port was given back, and any rate is set
-  C_VoiceDebugCom link(5);
-  EXPECT_EQ(link.Is_Open(), 1);
+  EXPECT_EQ(C_VoiceDebugCom(5).Is_Open(), 1);
   EXPECT_EQ(line.Rate(), 4800);
 }
 
@@ -50,36 +49,26 @@ TEST_F(Debug_Com, Only_The_Last_Byte_Of_A_Read_Triggers) {
 
 TEST_F(Debug_Com, The_Dialog_Offers_All_Ports_And_Rates_And_Stores_The_Choice) {
   EXPECT_EQ(C_VoiceDebugCom(6).ValBaud, 115200);  // without a store
-  Store_Link(5, 0, 4800);                         // a rate that is not offered shows as the first
-  C_VoiceDebugCom link(5);
-  front->Next_Dialog(C_Script().Confirm());
-  link.Settings_Dialog();
-  const C_Dialog_Model dialog = front->Shown().front().dialog;
-  ASSERT_EQ(dialog.controls.size(), 2U);
-  const std::vector<std::wstring>& ports = dialog.controls[0].items;
-  EXPECT_EQ(std::to_wstring(ports.size()) + ports.front() + ports.back(), L"33无串口COM32");
-  EXPECT_EQ(dialog.controls[1].items.size(), 7U);
-  EXPECT_EQ(link.ValBaud, 9600);
-
   const C_Script choice = C_Script().Select(L"串口号", 12).Select(L"波特率", 3);
-  front->Next_Dialog(C_Script(choice).Cancel());
-  link.Settings_Dialog();
-  EXPECT_EQ(link.ValComNum, 0);
-  front->Next_Dialog(C_Script(choice).Confirm());
-  link.Settings_Dialog();
-  const C_VoiceDebugCom stored(5);
-  EXPECT_EQ(stored.ValComNum, 12);
-  EXPECT_EQ(stored.ValBaud, 28800);
-
-  link.ValComNum = 40;  // beyond the list
-  for (const int kept : {1, 0}) {
+  using C_Case = std::tuple<int, C_Script, std::wstring, int, int>;  // port, script, ports offered, port and rate then
+  for (const auto& [port, script, offered, port_then, rate_then] :
+       {C_Case(0, C_Script().Confirm(), L"33 无串口..COM32", 0, 9600),  // a rate that is not offered shows as the first
+        C_Case(0, C_Script(choice).Cancel(), L"33 无串口..COM32", 0, 4800),
+        C_Case(0, C_Script(choice).Confirm(), L"33 无串口..COM32", 12, 28800),
+        C_Case(40, C_Script().Confirm(), L"34 无串口..COM40", 40, 9600),  // beyond the list
+        C_Case(40, C_Script().Select(L"串口号", 2).Confirm(), L"34 无串口..COM40", 2, 9600)}) {
+    Store_Link(5, port, 4800);
+    C_VoiceDebugCom link(5);
     front->Clear_Record();
-    front->Next_Dialog(kept == 1 ? C_Script().Confirm() : C_Script().Select(L"串口号", 2).Confirm());
+    front->Next_Dialog(script);
     link.Settings_Dialog();
-    const C_Control_Model offered = front->Shown().front().dialog.controls[0];
-    EXPECT_EQ(offered.items.back(), L"COM40");
-    EXPECT_EQ(offered.selected, 33);
-    EXPECT_EQ(link.ValComNum, kept == 1 ? 40 : 2);
+    const std::vector<C_Control_Model> controls = front->Shown()[0].dialog.controls;
+    const std::vector<std::wstring>& ports = controls[0].items;
+    EXPECT_EQ(std::to_wstring(ports.size()) + L" " + ports.front() + L".." + ports.back(), offered);
+    EXPECT_EQ(controls[1].items.size(), 7U);
+    const C_VoiceDebugCom stored(5);
+    EXPECT_EQ(stored.ValComNum, port_then);
+    EXPECT_EQ(stored.ValBaud, rate_then);
   }
 }
 

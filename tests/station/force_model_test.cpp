@@ -36,28 +36,7 @@ TEST_F(Force_Model, Polynomial_Takes_The_Root_That_Grows_And_Knows_Its_Limits) {
   EXPECT_NEAR(Force_To_Current(255.0), 10.0, 1e-10);
 }
 
-TEST_F(Force_Model, Surface_Takes_Over_Once_A_Landing_Is_Known) {
-  Val_Force_KK = 0.0;
-  Val_Force_K = 100.0;
-  Val_Spring_K = 10.0;
-  Last_Land_Pos = 4.0;
-  EXPECT_EQ(Landing_Current(96.0), 0.96);  // no surface yet
-  EXPECT_EQ(Current_At(56.0, 4.0), 0.96F);
-  // F = 2 + 3 I + 0.5 P + 0.25 I P + 0.125 I P^2
-  Surface_Fit(Array({1, 2, 1, 2, 1, 2}), Array({0, 0, 2, 2, 4, 4}), Array({5, 8, 7, 11, 10, 16}));
-  EXPECT_NEAR(Surface_Force(2.0, 4.0), 16.0, 1e-10);
-  EXPECT_NEAR(Surface_Current(16.0, 4.0), 2.0, 1e-12);
-  EXPECT_NEAR(Surface_Currents(Array({5.0, 16.0}), Array({0.0, 4.0}))[1], 2.0, 1e-12);
-  EXPECT_NEAR(Landing_Current(16.0), 2.0, 1e-12);
-  EXPECT_NEAR(Current_At(11.0, 2.0), 2.0, 1e-12);
-  inverted = true;
-  Last_Land_Pos = -4.0;
-  EXPECT_NEAR(Landing_Current(16.0), 2.0, 1e-12);
-  Last_Land_Pos = 0.0;
-  EXPECT_EQ(Landing_Current(96.0), 0.96);
-}
-
-TEST_F(Force_Model, Spring_Is_Zero_At_The_Mark_And_Turns_With_The_Drive) {
+TEST_F(Force_Model, Surface_Takes_Over_Once_A_Landing_Is_Known_And_The_Spring_Is_Zero_At_The_Mark) {
   Val_Force_KK = 0.0;
   Val_Force_K = 100.0;
   Val_Static_GForce = -4.0;
@@ -65,8 +44,20 @@ TEST_F(Force_Model, Spring_Is_Zero_At_The_Mark_And_Turns_With_The_Drive) {
   Val_Spring_K = 3.0;
   EXPECT_THAT(Values(Net_Forces(Array({1.0, 2.0}), Array({2.0, 3.0, 9.0}))), ElementsAre(96.0, 193.0));
   EXPECT_NEAR(Current_At(50.0, 2.1), (50.3 + 4.0) / 100.0, 1e-6);
+  Last_Land_Pos = 4.0;
+  EXPECT_EQ(Landing_Current(96.0), 1.0);  // no surface yet
+  // F = 2 + 3 I + 0.5 P + 0.25 I P + 0.125 I P^2
+  Surface_Fit(Array({1, 2, 1, 2, 1, 2}), Array({0, 0, 2, 2, 4, 4}), Array({5, 8, 7, 11, 10, 16}));
+  EXPECT_NEAR(Surface_Force(2.0, 4.0), 16.0, 1e-10);
+  EXPECT_NEAR(Surface_Currents(Array({5.0, 16.0}), Array({0.0, 4.0}))[1], 2.0, 1e-12);
+  EXPECT_NEAR(Landing_Current(16.0), 2.0, 1e-12);
+  EXPECT_NEAR(Current_At(11.0, 2.0), 2.0, 1e-12);
   inverted = true;
   EXPECT_EQ(Spring_Force(-5.0), -9.0);
+  Last_Land_Pos = -4.0;
+  EXPECT_NEAR(Landing_Current(16.0), 2.0, 1e-12);
+  Last_Land_Pos = 0.0;
+  EXPECT_EQ(Landing_Current(96.0), 1.0);
 }
 
 TEST_F(Force_Model, Sample_Correction_Forgets_The_Oldest_And_The_Key_Window_Goes_Round) {

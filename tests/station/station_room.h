@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 
 #include "common/arrays.h"
+#include "common/drive_order.h"
 #include "common/simulated_test.h"
 #include "drive/motor.h"
 #include "station/voice_motor.h"
@@ -48,15 +49,14 @@ class C_Station_Test : public C_Simulated_Test {
     front->Clear_Record();
   }
 
-  // The values of all writes to output channel k of the drive since the journal was cleared, in order.
-  static std::vector<double> Written(int k) {
-    std::vector<double> values;
-    const std::string channel = std::to_string(Id * 20 + k) + ", ";
+  // Where the drive was sent since the journal was cleared, "go 6.00 go 0.00 ".
+  static std::string Targets() {
+    std::string targets;
     for (const simulator::Journal_Entry& call : simulator::Journal()) {
-      if (call.function == "OUTPUT_DATA" && call.arguments.rfind(channel, 0) == 0)
-        values.push_back(std::stod(call.arguments.substr(call.arguments.rfind(' '))));
+      const std::string order = Drive_Order(call, Id);
+      if (order.rfind("go ", 0) == 0) targets += order + " ";
     }
-    return values;
+    return targets;
   }
 
   // The cycle fails with a box that begins so, and nothing goes to the drive but what puts the probe up.
@@ -67,7 +67,7 @@ class C_Station_Test : public C_Simulated_Test {
     EXPECT_EQ(cycle(), -99.0);
     EXPECT_EQ(station->Ans_Valid, 0);
     EXPECT_THAT(front->Boxes(), testing::ElementsAre(testing::StartsWith(box)));
-    EXPECT_THAT(Written(0), testing::IsEmpty());
+    EXPECT_EQ(Targets(), "");
     EXPECT_EQ(simulator::Journal_Text().find("nan"), std::string::npos);
   }
 

@@ -13,17 +13,9 @@ TEST_F(Time_Viewer, Instances_Share_Marks_And_Plot_All_But_The_Newest_Run) {
     const C_Time_Mark mark(first, L"shared");
     Sleep(ms);
   }
-  Sleep(100);
-  C_TimeViewer second;  // does not start the clock again
-  second.TimeBegin(L"other");
-  EXPECT_EQ(second.FindMark(L"other"), first.FindMark(L"shared") + 1);
   first.TimeBegin(L"shared");
-  testing::internal::CaptureStderr();
-  first.TraceAll();
-  EXPECT_THAT(testing::internal::GetCapturedStderr(),
-              testing::HasSubstr("shared\nUsage:  20.0\nUsage:  30.0\nUsage:   0.0\nother\nUsage:   0.0\n"));
-
-  for (int i = 0; i < C_TimeViewer::Max_Runs; ++i) second.TimeBegin(L"other");
+  C_TimeViewer second;
+  for (int i = 0; i <= C_TimeViewer::Max_Runs; ++i) second.TimeBegin(L"other");
   for (const int x_mode : {0, 1}) second.PlotMark(L"shared", x_mode);
   for (const wchar_t* name : {L"other", L"none"}) second.PlotMark(name, 0);
   const std::vector<C_Shown> shown = front->Shown();
