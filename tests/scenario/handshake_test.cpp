@@ -11,25 +11,6 @@ class Handshake : public System {
   static int Output(int bit) { return simulator::Get_Output(bit); }
 };
 
-TEST_F(Handshake, One_Measurement_For_Each_Level_Zero) {
-  Start({1, 2}, 1);
-  Correct_Reference(1);
-  simulator::Place_Part(1, 2.0);
-  for (int cycle = 0; cycle < 3; ++cycle) {
-    for (const int level : {0, 1, 0, 1, 0}) {  // what comes during a measurement neither ends it nor starts another
-      simulator::Set_Input(1, level);
-      Sleep(5);
-    }
-    EXPECT_NEAR(Next_Result(1), 2.0, 0.001);
-    Sleep(2000);  // the level stays, and nothing more happens
-    EXPECT_TRUE(No_Result(1));
-    EXPECT_GT(simulator::True_Force(1), 10.0);
-    simulator::Set_Input(1, 1);
-    EXPECT_TRUE(Wait_Lifted(1));
-  }
-  EXPECT_TRUE(No_Result(2));
-}
-
 TEST_F(Handshake, Levels_Of_A_Missing_Card_Start_Nothing) {
   for (const int io_mode : {1, 0}) {  // the card falls out; there is none
     simulator::Set_Input(1, 1);

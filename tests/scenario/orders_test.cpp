@@ -65,6 +65,12 @@ TEST_F(Orders, Each_Task_And_Function_Sends_Exactly_This) {
     EXPECT_TRUE(Wait_For([&] { return get_ans(1, &thickness, &force) == 0 && std::abs(thickness - 2.0) < 0.001; }));
     simulator::Place_Part(3, 3.0);
   };
+  const auto bounce = [] {
+    for (const int level : {0, 1, 0, 1, 0}) {
+      simulator::Set_Input(3, level);
+      Sleep(5);
+    }
+  };
   double thickness = -1.0, force = -1.0;
   EXPECT_EQ(get_ans(1, &thickness, &force), 0);  // both are written all the same
   EXPECT_EQ(thickness, 0.0);
@@ -83,8 +89,8 @@ TEST_F(Orders, Each_Task_And_Function_Sends_Exactly_This) {
       {[] { do_test(1, 3); }, "io3 0 " + Land("11", "4", "6.00") + Land("11", "2", "6.00") + lift, 0.0},
       {[] { set_test_distance(1, 7.75), Set_Ans_Offset(1, 6.0), do_test(1, 1); },
        "io3 0 " + Land("11", "5", "6.00", "7.75") + lift, 6.25},
-      // The loop measures, with the correction of the automatic cycle.
-      {[] { simulator::Set_Input(3, 0); }, "io3 0 " + Land("11", "5.175", "6.00", "7.75"), 6.25},
+      // The loop measures, with the correction of the automatic cycle, and once, however the input bounces.
+      {bounce, "io3 0 " + Land("11", "5.175", "6.00", "7.75"), 6.25},
       {[] { simulator::Set_Input(3, 1); }, lift, 6.25},
       {[] { EXPECT_EQ(SetIO(5, 1), 1); }, "io5 1 ", 6.25},
       {[] { EXPECT_EQ(GoZero(1), 1); }, "3:85 ", 6.25}};
