@@ -25,7 +25,7 @@ inline void Literal_Step(DetectorState& s) {
     s.OrderedWindow[i] = s.RingBuffer[static_cast<int>(k) - 1];
   }
   const double start = 1000 - s.WindowLen + 1;
-  const int first = start > 1000 ? 0 : static_cast<int>(start) - 1;
+  const int first = start >= 1 && start <= 1000 ? static_cast<int>(start) - 1 : 0;  // at most the whole ring
   const int length = start > 1000 ? 0 : 1000 - first;
   const double* window = s.OrderedWindow + first;
   s.Settled = s.Threshold > Literal_Extreme(window, length, 1) - Literal_Extreme(window, length, -1);
