@@ -1,5 +1,4 @@
 // The advanced dialog: its edits, charts, serial link, calibration and linearity.
-#include "station/calibration_operator.h"
 #include "station/debug_com.h"
 #include "ui/operator.h"
 
@@ -95,7 +94,8 @@ TEST_F(Advanced_Dialog, Stands_Once_And_Leaves_The_Panel_Alive) {
   const auto old_link = Station(0).Debug_Com();
   Answer(L"串口号", C_Script().Select(L"波特率", 0).Confirm());
   Measure(0, 3.0);
-  Work(script.Press(L"调试串口").Press(L"导出调试数据"));
+  Work(script.Press(L"调试串口").Press(L"推力矫正").Press(L"导出调试数据"));
+  EXPECT_THAT(Edits(), testing::StartsWith(L"请输入测试最大电流(A): 1.000, -5 to 10\n")) << "of the calibration";
   EXPECT_THAT(Shown(C_Shown::Kind::Dialog, Title(0))[0].dialog.controls,
               testing::Each(testing::Field(&C_Control_Model::width, 20.0F)));
   EXPECT_EQ(Station(1).ThicknessArray.GetSize(), 1);
@@ -184,17 +184,6 @@ TEST_F(Advanced_Dialog, Linearity_Compares_Two_Blocks) {
   const std::wstring edit = L"请输入量块尺寸: 0.0000000000000000, 0 to 64\n";
   EXPECT_EQ(Edits(), edit + edit);
   EXPECT_EQ(base->LoopPaused, 0);
-}
-
-// The operator reads a force gauge under the probe at each current, at three heights of the head.
-TEST_F(Advanced_Dialog, Calibrates_The_Force_With_A_Gauge) {
-  Start(1);
-  C_Calibration_Operator person{.max_current = 2.0, .min_current = 0.5, .heights = {0.0, -0.6, -1.2}};
-  Work(C_Script().Run([&] { person.Prepare(*front); }).Press(L"推力矫正"));
-  EXPECT_EQ(person.readings.size(), 12U);
-  EXPECT_THAT(File_Text("音圈电机1参数"), HasSubstr("m_P 0 = array CMyArray<double> 6"))
-      << "the surface, saved by the press";
-  EXPECT_THAT(front->Boxes().back(), testing::StartsWith(L"3D推力拟合误差0."));
 }
 
 }  // namespace

@@ -15,12 +15,9 @@
 #include <vector>
 
 #include "common/resources.h"
-#include "common/scripted_front.h"
-#include "common/temp_folder.h"
+#include "common/simulated_test.h"
 #include "drive/motor.h"
 #include "host/motor_base.h"
-#include "simulated_clock/simulated_clock.h"
-#include "simulator/simulator.h"
 #include "station/voice_motor.h"
 #include "support/time/clock.h"
 
@@ -30,9 +27,8 @@ constexpr wchar_t Panel[] = L"Orsanta控制系统";
 constexpr double Block_Mm = 5.0;   // the reference block
 constexpr double Near_Mm = 0.002;  // how well a thickness of the noisy simulator is met
 
-class Operator : public ::testing::Test {
+class Operator : public C_Simulated_Test {
  protected:
-  Operator() : clock(7) { simulator::Reset(); }
   ~Operator() override {
     base.reset();
     // The cells of every dialog that takes entries, whichever a test opened, are alike.
@@ -116,9 +112,6 @@ class Operator : public ::testing::Test {
   int64_t Count_Dialogs(const std::wstring& name) { return std::ssize(Shown(C_Shown::Kind::Dialog, name)); }
   std::vector<C_Shown> Charts() { return Shown(C_Shown::Kind::Chart, L""); }
 
-  C_Simulated_Clock clock;
-  C_Temp_Folder folder;
-  C_Scripted_Front_Holder front;
   std::unique_ptr<C_VoiceMotorBase> base;
 
  private:
