@@ -80,7 +80,7 @@ TEST(Processes, Are_Found_By_Their_Executable_And_By_The_Name_They_Were_Started_
 }
 
 // As GNU Octave writes such a file and NumPy reads it.
-TEST(Vector_Files, Keep_Every_Bit_Under_Any_Name_And_Are_Replaced_Whole) {
+TEST(Vector_Files, Keep_Every_Bit_Under_Any_Name_And_Are_Replaced_Whole_Or_Not_At_All) {
   const C_Temp_Folder folder;
   const double values[] = {0.1,          -1.0 / 3.0, 5e-324,   1.7976931348623157e308, -0.0, 1e22,
                            std::nan(""), HUGE_VAL,   -HUGE_VAL};
@@ -101,13 +101,9 @@ TEST(Vector_Files, Keep_Every_Bit_Under_Any_Name_And_Are_Replaced_Whole) {
               Format_Utf8("# %s\n# type: matrix\n# rows: %d\n# columns: 1\n", head.c_str(), count) + lines);
     EXPECT_EQ(std::filesystem::status("历史数据/" + file).permissions(), std::filesystem::perms(0644));
   }
-}
-
-TEST(Vector_Files, A_Failure_Is_Shown_Once_With_File_And_Reason_And_Leaves_Nothing) {
-  const C_Temp_Folder folder;
+  // A failure is shown once, with file and reason, and leaves nothing.
   std::filesystem::create_directories("taken/y_data.dat");
   std::ofstream("file");
-  CMatLab_Matrix_Data exporter;
   for (const wchar_t* where : {L"taken", L"file"}) {
     exporter.SetBaseSaveFileDir_SubDir(where, 1);
     testing::internal::CaptureStderr();

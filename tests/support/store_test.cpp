@@ -165,39 +165,37 @@ TEST_F(Store, Leaves_What_Is_Absent_And_Keeps_What_Is_Unknown) {
 }
 
 TEST_F(Store, Stays_In_Its_Place_With_A_Copy_Of_Each_State_That_Was_Not_Taken_Whole) {
-  const struct {
-    std::string lines;
-    int count;  // as it is read
-    std::string told, copy;
-  } stores[] = {{"C_Thing count 0 = int 5\nC_Thing force 0 = double 15O\nend\n", 5,
-                 "第3行 不是有效的数值\n有误的各项使用默认值,其余照常。", ".bad"},
-                {"C_Thing count 0 = int 7\n", 1, "第2行 文件不完整,缺少最后一行 end\n本次使用默认值。", ".1.bad"},
-                {"C_Thing count 0 = int 6\nC_Thing force 0 = float 3\nC_Thing word 0 = int 1\n"
-                 "C_Thing Val_Pos_Friction[0].MyArrayP 0 = array CMyArray<double> 2\n"
-                 "C_Thing/CMyArray Val_Pos_Friction[0].MyArrayP 0 = double 8\n"
-                 "C_Thing/CMyArray Val_Pos_Friction[0].MyArrayP 1 = int 9\nend\n",
-                 6,
-                 "第3行 C_Thing force 0 应为 double\n第4行 C_Thing word 0 应为 text\n"
-                 "第7行 C_Thing/CMyArray Val_Pos_Friction[0].MyArrayP 1 应为 double\n有误的各项使用默认值,其余照常。",
-                 ".2.bad"}};
-  for (const auto& store : stores) {
-    const std::string text = "orsanta store 1\n" + store.lines;
+  // The lines, the count that is read, what is told, and the end of the copy's name.
+  const std::tuple<std::string, int, std::string, std::string> stores[] = {
+      {"C_Thing count 0 = int 5\nC_Thing force 0 = double 15O\nend\n", 5,
+       "第3行 不是有效的数值\n有误的各项使用默认值,其余照常。", ".bad"},
+      {"C_Thing count 0 = int 7\n", 1, "第2行 文件不完整,缺少最后一行 end\n本次使用默认值。", ".1.bad"},
+      {"C_Thing count 0 = int 6\nC_Thing force 0 = float 3\nC_Thing word 0 = int 1\n"
+       "C_Thing Val_Pos_Friction[0].MyArrayP 0 = array CMyArray<double> 2\n"
+       "C_Thing/CMyArray Val_Pos_Friction[0].MyArrayP 0 = double 8\n"
+       "C_Thing/CMyArray Val_Pos_Friction[0].MyArrayP 1 = int 9\nend\n",
+       6,
+       "第3行 C_Thing force 0 应为 double\n第4行 C_Thing word 0 应为 text\n"
+       "第7行 C_Thing/CMyArray Val_Pos_Friction[0].MyArrayP 1 应为 double\n有误的各项使用默认值,其余照常。",
+       ".2.bad"}};
+  for (const auto& [lines, count, told, copy] : stores) {
+    const std::string text = First + lines;
     Write(text);
     for (int start = 0; start < 2; ++start) {  // the first one is killed before it saves; its copy serves the second
       C_Thing thing;
       thing.first = Array({4.0});
-      EXPECT_EQ(thing.Load(), store.count == 1 ? 0 : 1);
-      EXPECT_EQ(thing.count, store.count);
+      EXPECT_EQ(thing.Load(), count == 1 ? 0 : 1);
+      EXPECT_EQ(thing.count, count);
       EXPECT_EQ(thing.force, 200.0);
       EXPECT_EQ(thing.word.Text(), L"mocha");
       EXPECT_THAT(Values(thing.first), ElementsAre(4.0)) << "no array of half its values";
-      EXPECT_EQ(Only_Box(), store_name + " 有误:\n" + store.told + "\n原文件的副本是 " + File + store.copy +
+      EXPECT_EQ(Only_Box(), store_name + " 有误:\n" + told + "\n原文件的副本是 " + File + copy +
                                 "。要恢复,请先退出程序,把副本修正后改回原名,再启动。");
       EXPECT_EQ(File_Text(File), text);
-      EXPECT_EQ(File_Text(File + store.copy), text);
+      EXPECT_EQ(File_Text(File + copy), text);
       EXPECT_EQ(start == 0 ? 1 : thing.Save(), 1);
     }
-    EXPECT_THAT(File_Text(File), HasSubstr("count 0 = int " + std::to_string(store.count) + "\n"));
+    EXPECT_THAT(File_Text(File), HasSubstr("count 0 = int " + std::to_string(count) + "\n"));
     EXPECT_TRUE(front->Shown().empty()) << "what the load has told";
   }
   EXPECT_EQ(fs::status("音圈电机3参数.bad").permissions(), fs::perms(0600));

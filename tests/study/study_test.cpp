@@ -1,18 +1,17 @@
-// The numbers of the studies: against statsmodels and scipy on random designs, against published examples, and where
-// there is little to work out.
+// The studies. Their numbers: against statsmodels and scipy on random designs, against published examples, and where
+// there is little to work out. Their reports in a real browser: what is drawn, where, and on which paper.
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
-#include <chrono>
 #include <cmath>
-#include <fstream>
 #include <functional>
-#include <sstream>
 
+#include "common/command.h"
+#include "common/temp_folder.h"
 #include "study/average_range.h"
 #include "study/csv.h"
 #include "study/linearity.h"
 #include "study/refused.h"
+#include "study/reports.h"
 #include "study/type1.h"
 #include "study/uncertainty.h"
 
@@ -24,6 +23,7 @@ using ::testing::ElementsAre;
 using ::testing::FieldsAre;
 using ::testing::HasSubstr;
 using ::testing::Pointwise;
+using ::testing::ThrowsMessage;
 
 // SplitMix64, as in reference/make_reference.py.
 class C_Random {
@@ -122,7 +122,8 @@ TEST(Studies, Agree_With_A_Second_Computation_On_Random_Designs) {
   EXPECT_EQ(compared, 300);
 }
 
-C_Crossed Handbook_Data() {
+// The examples of the AIAG handbook, 4th edition.
+TEST(Studies, Give_The_Published_Results) {
   static constexpr double Trials[3][3][10] = {{{0.29, -0.56, 1.34, 0.47, -0.80, 0.02, 0.59, -0.31, 2.26, -1.36},
                                                {0.41, -0.68, 1.17, 0.50, -0.92, -0.11, 0.75, -0.20, 1.99, -1.25},
                                                {0.64, -0.58, 1.27, 0.64, -0.84, -0.21, 0.66, -0.17, 2.01, -1.31}},
@@ -132,18 +133,14 @@ C_Crossed Handbook_Data() {
                                               {{0.04, -1.38, 0.88, 0.14, -1.46, -0.29, 0.02, -0.46, 1.77, -1.49},
                                                {-0.11, -1.13, 1.09, 0.20, -1.07, -0.67, 0.01, -0.56, 1.45, -1.77},
                                                {-0.15, -0.96, 0.67, 0.11, -1.45, -0.49, 0.21, -0.49, 1.87, -2.16}}};
-  return Filled(10, 3, 3, [](int i, int j, int k) { return Trials[j][k][i]; });
-}
-
-// The examples of the AIAG handbook, 4th edition.
-TEST(Studies, Give_The_Published_Results) {
-  const C_Anova anova = Work_Out_Anova(Handbook_Data());
+  const C_Crossed crossed = Filled(10, 3, 3, [](int i, int j, int k) { return Trials[j][k][i]; });
+  const C_Anova anova = Work_Out_Anova(crossed);
   EXPECT_NEAR(anova.total.sum_of_squares, 94.6471, 5e-5);
   EXPECT_TRUE(anova.Pooled());
   EXPECT_NEAR(anova.components.Percent_GRR(), 27.9, 0.05);
   EXPECT_EQ(anova.components.Ndc(), 4);
 
-  const C_Components range = Work_Out_Average_Range(Handbook_Data())->components;
+  const C_Components range = Work_Out_Average_Range(crossed)->components;
   // The handbook rounds its factors to four digits.
   EXPECT_THAT((std::vector{range.EV, range.AV, range.GRR, range.PV, range.TV}),
               Pointwise(DoubleNear(1.5e-4), {0.20188, 0.22963, 0.30575, 1.10456, 1.14610}));
@@ -201,31 +198,23 @@ TEST(Studies, Judge_A_Gauge_Against_A_Tolerance) {
               ElementsAre(2.0, 5.0, -0.5, 1.0));
 }
 
-std::string Refusal(const std::function<void()>& work) {
-  try {
-    work();
-  } catch (const C_Refused& refused) {
-    return refused.what();
-  }
-  return "not refused";
-}
-
 TEST(Studies, Say_What_Cannot_Be_Worked_Out) {
-  EXPECT_THAT(Refusal([] { Work_Out_Anova(Filled(5, 3, 2, [](int, int, int) { return 1.0 / 3.0; })); }),
-              HasSubstr("all 30 values are identical"));
-  EXPECT_THAT(Refusal([] { Work_Out_Anova(Filled(1, 3, 2, [](int, int j, int k) { return j + k * 0.1; })); }),
-              HasSubstr("at least 2 parts"));
-  EXPECT_THAT(Refusal([] { Work_Out_Anova(Filled(5, 3, 1, [](int i, int, int) { return i * 1.0; })); }),
-              HasSubstr("at least twice"));
-  EXPECT_THAT(Refusal([] { Work_Out_Type1(std::vector<double>(24, 1.0), {}); }), HasSubstr("there are 24"));
-  EXPECT_THAT(Refusal([] { Work_Out_Type1(Twenty_Five(3.0), {}); }), HasSubstr("--tolerance"));
-  EXPECT_THAT(Refusal([] { Work_Out_Type1(std::vector<double>(30, 1.0), {1.0, 1.0}); }), HasSubstr("identical"));
-  std::vector<C_Reference_Values> references = Random_References(1);
-  references[1].values_mm.resize(9);
-  EXPECT_THAT(Refusal([&] { Work_Out_Linearity(references); }), HasSubstr("reference 1 mm has 9 values"));
-  references.resize(4);
-  EXPECT_THAT(Refusal([&] { Work_Out_Linearity(references); }), HasSubstr("there are 4"));
-  EXPECT_THAT(Refusal([] { Work_Out_Force({{1, 0, 5}}); }), HasSubstr("above 0 g"));
+  std::vector<C_Reference_Values> nine = Random_References(1), four(4);
+  nine[1].values_mm.resize(9);
+  const C_Type1_Settings settings{1.0, 1.0};
+  const std::vector<C_Force_Reading> weightless{{1, 0, 5}};
+  const std::pair<std::function<void()>, const char*> refused[] = {
+      {[] { Work_Out_Anova(Filled(5, 3, 2, [](int, int, int) { return 1.0 / 3.0; })); }, "all 30 values are identical"},
+      {[] { Work_Out_Anova(Filled(1, 3, 2, [](int, int j, int k) { return j + k * 0.1; })); }, "at least 2 parts"},
+      {[] { Work_Out_Anova(Filled(5, 3, 1, [](int i, int, int) { return i * 1.0; })); }, "at least twice"},
+      {[] { Work_Out_Type1(std::vector<double>(24, 1.0), {}); }, "there are 24"},
+      {[] { Work_Out_Type1(Twenty_Five(3.0), {}); }, "--tolerance"},
+      {[&] { Work_Out_Type1(std::vector<double>(30, 1.0), settings); }, "identical"},
+      {[&] { Work_Out_Linearity(nine); }, "reference 1 mm has 9 values"},
+      {[&] { Work_Out_Linearity(four); }, "there are 4"},
+      {[&] { Work_Out_Force(weightless); }, "above 0 g"},
+      {[] { Read_References("value\n1\n"); }, "no column \"reference\""}};
+  for (const auto& [work, told] : refused) EXPECT_THAT(work, ThrowsMessage<C_Refused>(HasSubstr(told)));
 }
 
 TEST(Studies, Take_What_Little_There_Is) {
@@ -260,25 +249,125 @@ TEST(Csv, Reads_What_Spreadsheets_Write) {
 }
 
 TEST(Csv, Tells_Every_Bad_Line) {
-  const auto crossed = [](const std::string& text) { return Refusal([&] { Cross(Read_Crossed(text)); }); };
   const std::string head = "part,appraiser,trial,value\n";
-  EXPECT_EQ(crossed(head + "1,A,1,3\n1,A,2,3,002\n,A,1,nan\n1,A,3,1e999\n"),
-            "line 3: 5 fields, not 4; with decimal commas separate the columns by semicolons\n"
-            "line 4: the column \"part\" is empty\n"
-            "line 4: the column \"value\" holds \"nan\", which is no number\n"
-            "line 5: the column \"value\" holds \"1e999\", which is no number");
   std::string many = head;
   for (int i = 0; i < 30; ++i) many += "x\n";
-  EXPECT_THAT(crossed(many), testing::ContainsRegex("\nline 21: 1 fields.*\nand 10 more"));
-  EXPECT_THAT(crossed(head + "1,A,1,3\n1,A,2,3\n2,A,1,3\n1,B,1,3\n1,B,2,3\n2,B,2,3\n2,B,1,3\n"),
-              HasSubstr("not balanced: part 2, appraiser A, trial 2 is missing"));
-  EXPECT_THAT(crossed(head + "1,A,1,3\n1,A,1,3\n"), HasSubstr("part 1, appraiser A, trial 1 is there twice (line 3)"));
-  EXPECT_THAT(crossed("part,operator,trial,value\n"),
-              HasSubstr("no column \"appraiser\", only \"part\", \"operator\""));
-  EXPECT_THAT(crossed("part,part,appraiser,trial,value\n"), HasSubstr("\"part\" twice"));
-  EXPECT_THAT(crossed(""), HasSubstr("empty"));
-  EXPECT_THAT(crossed(head), HasSubstr("no values"));
-  EXPECT_THAT(Refusal([] { Read_References("value\n1\n"); }), HasSubstr("no column \"reference\""));
+  const std::pair<std::string, testing::Matcher<const std::string&>> files[] = {
+      {head + "1,A,1,3\n1,A,2,3,002\n,A,1,nan\n1,A,3,1e999\n",
+       "line 3: 5 fields, not 4; with decimal commas separate the columns by semicolons\n"
+       "line 4: the column \"part\" is empty\n"
+       "line 4: the column \"value\" holds \"nan\", which is no number\n"
+       "line 5: the column \"value\" holds \"1e999\", which is no number"},
+      {many, testing::ContainsRegex("\nline 21: 1 fields.*\nand 10 more")},
+      {head + "1,A,1,3\n1,A,2,3\n2,A,1,3\n1,B,1,3\n1,B,2,3\n2,B,2,3\n2,B,1,3\n",
+       HasSubstr("not balanced: part 2, appraiser A, trial 2 is missing")},
+      {head + "1,A,1,3\n1,A,1,3\n", HasSubstr("part 1, appraiser A, trial 1 is there twice (line 3)")},
+      {"part,operator,trial,value\n", HasSubstr("no column \"appraiser\", only \"part\", \"operator\"")},
+      {"part,part,appraiser,trial,value\n", HasSubstr("\"part\" twice")},
+      {"", HasSubstr("empty")},
+      {head, HasSubstr("no values")}};
+  for (const auto& [text, told] : files)
+    EXPECT_THAT([&text = text] { Cross(Read_Crossed(text)); }, ThrowsMessage<C_Refused>(told));
+}
+
+// Looks at the page after it was laid out and writes what it sees into it, one line for each chart: the marks inside
+// the plot, and whatever is wrong.
+constexpr char Look[] = R"(<pre id="seen"></pre><script>
+const seen = [];
+const inside = (a, b, by) => a.left >= b.left - by && a.right <= b.right + by && a.top >= b.top - by && a.bottom <= b.bottom + by;
+const apart = (a, b) => a.right <= b.left + 1 || b.right <= a.left + 1 || a.bottom <= b.top + 3 || b.bottom <= a.top + 3;
+const root = document.documentElement;
+if (root.scrollWidth > root.clientWidth) seen.push('wider than the page');
+document.querySelectorAll('svg').forEach(svg => {
+  const box = svg.getBoundingClientRect(), frame = svg.querySelector('.frame').getBoundingClientRect();
+  const count = {};
+  svg.querySelectorAll('.value, .line, .bar, .band').forEach(mark => {
+    const place = mark.getBoundingClientRect(), kind = mark.getAttribute('class');
+    if (inside(place, frame, 2) && getComputedStyle(mark).visibility === 'visible') count[kind] = (count[kind] || 0) + 1;
+    else seen.push('outside the plot: ' + mark.outerHTML);
+  });
+  const texts = [...svg.querySelectorAll('text')].map(text => [text.textContent, text.getBoundingClientRect()]);
+  texts.forEach(([text, place], i) => {
+    if (!inside(place, box, 0.5)) seen.push('cut: ' + text);
+    texts.slice(i + 1).forEach(([other, there]) => { if (!apart(place, there)) seen.push('over each other: ' + text + ' | ' + other); });
+  });
+  seen.push(svg.getAttribute('aria-label') + ': ' + JSON.stringify(count));
+});
+seen.push([...document.querySelectorAll('td')].some(cell => cell.scrollWidth > cell.clientWidth + 1) ? 'cell too narrow' : 'cells fit');
+document.getElementById('seen').textContent = seen.join('\n');
+</script></body>)";
+
+std::string Chromium(const std::string& what) {
+  return orsanta::Shell(
+             "chromium --headless --no-sandbox --disable-gpu --disable-quic --no-first-run "
+             "--disable-background-networking --disable-component-update --disable-sync --user-data-dir=profile "
+             "--window-size=794,1123 " +
+             what + " file://$PWD/page.html 2>&1")
+      .output;
+}
+
+// What the browser sees of the report.
+std::string Seen(const C_Report& report, C_Language language) {
+  std::string page = Html(report, language);
+  for (const char* foreign : {"<script", "href", "src=", "url(", "@import"})
+    EXPECT_THAT(page, testing::Not(HasSubstr(foreign)));
+  page.replace(page.find("</body>"), 7, Look);
+  std::ofstream("page.html") << page;
+  const std::string shown = Chromium("--dump-dom");
+  const std::string begin = "<pre id=\"seen\">";
+  const size_t at = shown.find(begin);
+  if (at == std::string::npos) return "chromium shows no page (is it installed?): " + shown.substr(0, 2000);
+  return shown.substr(at + begin.size(), shown.find("</pre>", at) - at - begin.size());
+}
+
+TEST(Report, Shows_A_Crossed_Study_On_A4) {
+  const orsanta::C_Temp_Folder folder;
+  C_Crossed data;
+  data.parts = {"<b>1</b>&\"", "2", "3", "4", "5", "6", "7", "8", "9", "a part with a long name"};
+  data.appraisers = {"A", "B", "张三"};
+  data.trials = 3;
+  for (int i = 0; i < 90; ++i) data.values_mm.push_back(3.0 + i / 9 * 0.002 + i / 3 % 3 * 0.0003 + i * 37 % 8 * 1e-4);
+  C_Report report = Report_Crossed(data, {}, 0.02, Work_Out_Anova(data), Work_Out_Average_Range(data));
+  report.header = {{{"工位", "Station"}, Same("1 <i>&amp;</i>")}};
+  EXPECT_EQ(Seen(report, C_Language::English),
+            "Components of the variation: {\"bar\":9}\n"
+            "Run chart by part: difference from the part's mean: {\"value\":90}\n"
+            "Range chart: {\"line\":5,\"value\":30}\n"
+            "Mean chart: {\"line\":6,\"value\":30}\n"
+            "Interaction: appraiser's mean less the part's mean: {\"line\":3,\"value\":30}\n"
+            "cells fit");
+  Chromium("--no-pdf-header-footer --print-to-pdf=page.pdf");
+  EXPECT_THAT(orsanta::File_Text("page.pdf"), HasSubstr("/MediaBox [0 0 59"));  // 595 x 842 points are A4
+}
+
+TEST(Report, Shows_The_Other_Studies_In_Chinese) {
+  const orsanta::C_Temp_Folder folder;
+  std::vector<double> values;
+  for (int i = 0; i < 30; ++i) values.push_back(3.0001 + i * 11 % 7 * 1e-4);
+  std::vector<C_Reference_Values> references;
+  for (int i = 1; i <= 5; ++i) {
+    references.push_back({i * 1.0, {}});
+    for (int k = 0; k < 10; ++k) references.back().values_mm.push_back(i * 1.0 + k * 3 % 5 * 1e-4 + i * 5e-5);
+  }
+  const C_Type1_Settings type1 = {3.0, 0.02, 0.0001, 0.95};
+  const C_Uncertainty_Settings budget{0.02, 0.0001};
+  const std::vector<C_Force_Reading> forces = {{1, 50, 50.2}, {1, 400, 399}, {6, 50, 49.8}, {6, 400, 401}};
+  C_Report all = Report_Type1(values, type1, Work_Out_Type1(values, type1));
+  for (const C_Report& other : {Report_Linearity(references, 0.95, 0.02, Work_Out_Linearity(references)),
+                                Report_Uncertainty(budget, Work_Out_Uncertainty(references, {}, budget)),
+                                Report_Force(forces, Work_Out_Force(forces))}) {
+    all.checks.insert(all.checks.end(), other.checks.begin(), other.checks.end());
+    all.tables.insert(all.tables.end(), other.tables.begin(), other.tables.end());
+    all.charts.insert(all.charts.end(), other.charts.begin(), other.charts.end());
+    all.notes.insert(all.notes.end(), other.notes.begin(), other.notes.end());
+  }
+  EXPECT_EQ(Seen(all, C_Language::Chinese),
+            "运行图：与参考值之差: {\"line\":7,\"value\":30}\n"
+            "直方图: {\"bar\":9}\n"
+            "偏倚与尺寸: {\"band\":1,\"value\":55,\"line\":2}\n"
+            "不确定度分量: {\"bar\":6}\n"
+            "推力误差: {\"line\":5,\"value\":4}\n"
+            "cells fit");
 }
 
 }  // namespace
