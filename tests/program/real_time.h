@@ -35,7 +35,7 @@ class Real_Time : public ::testing::Test {
                           ")")};
     C_Command measured{In("measured", BUILT_PROGRAM " measure --stations 2 --parts=2 --force 50 --csv parts.csv")};
     C_Command interrupted{In("interrupted", "timeout --preserve-status -s INT 7 " BUILT_PROGRAM
-                                            " measure --stations 1 --parts 1000 --csv parts.csv")};
+                                            " measure --stations 1 --parts 1000 --force 50 --csv parts.csv")};
     C_Command tested{In("tested", BUILT_PROGRAM " selftest")};
     C_Command grr{In("grr", BUILT_PROGRAM
                      " study grr --parts 2 --appraisers 2 --trials 2 --tolerance 20 --placement-error 0.5 "
