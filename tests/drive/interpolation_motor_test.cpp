@@ -3,7 +3,6 @@
 #include <cmath>
 #include <memory>
 
-#include "common/temp_folder.h"
 #include "drive/testbed.h"
 #include "drive/tremalink.h"
 
@@ -17,8 +16,8 @@ constexpr double Second_Edge_Mm = 3.25;
 
 class Interpolation_Motor : public Testbed {
  protected:
-  Interpolation_Motor() {
-    Reset({.temperature_boards = {Id}, .sample_ms = 0.5, .encoder_step_mm = 0.0, .noise_mm = 0.0});
+  Interpolation_Motor()
+      : Testbed({.temperature_boards = {Id}, .sample_ms = 0.5, .encoder_step_mm = 0.0, .noise_mm = 0.0}) {
     simulator::Set_Home_Sensor(Id, 2, Edge_Mm, false);
     simulator::Set_Home_Sensor(Id, 6, Second_Edge_Mm, true);
   }
@@ -80,20 +79,19 @@ TEST_F(Interpolation_Motor, The_Operator_Decides_About_A_Missing_Device_And_Serv
   const std::wstring no_drive = L"无法找到ID：20的驱动器,是否重试";
   simulator::Set_Absent(Id, true);
   simulator::Set_Refused_Connects(103);
-  for (int yes = 0; yes < 2; ++yes) m_Front->On_Box(no_server, Answer_Yes);
-  m_Front->On_Box(no_drive, Answer_Yes);
+  for (int yes = 0; yes < 2; ++yes) front->On_Box(no_server, Answer_Yes);
+  front->On_Box(no_drive, Answer_Yes);
   const auto motor = Make_Motor();
   EXPECT_EQ(motor->Be_Mapped(), 0);
-  const Texts boxes = m_Front->Boxes();
+  const Texts boxes = front->Boxes();
   ASSERT_EQ(boxes.size(), 7U);
   EXPECT_EQ(boxes[3].rfind(L"无法找到ID：20的驱动器\r\n总线上搜索到的设备id\r\nCAN_ID：1 \r\n", 0), 0U);
   // Asked after tries 101 to 103, the last time answered with No; then report and question twice, with Yes and No.
   EXPECT_EQ(boxes, (Texts{no_server, no_server, no_server, boxes[3], no_drive, boxes[3], no_drive}));
-  EXPECT_EQ(m_Front->Shown()[0].flags, Box_Yes_No);
-  EXPECT_EQ(m_Front->Shown()[4].flags, Box_Yes_No | Box_Stop_Icon);
+  EXPECT_EQ(front->Shown()[0].flags, Box_Yes_No);
+  EXPECT_EQ(front->Shown()[4].flags, Box_Yes_No | Box_Stop_Icon);
   EXPECT_EQ(Count("ConnectControlServer"), 104);
 
-  const C_Temp_Folder folder;
   EXPECT_DEATH([&]() noexcept { motor->SetScale(0.0); }(), "SetScale");
   EXPECT_DEATH([&]() noexcept { motor->CheckStop(); }(), "CheckStop");  // an unmapped axis
   EXPECT_DEATH([&]() noexcept { motor->Set_Home_Speed(0.0); }(), "Set_Home_Speed");
@@ -199,7 +197,7 @@ TEST_F(Interpolation_Motor, A_Server_Too_Slow_For_The_Axis_Map_Is_Told) {
     simulator::Reset({.temperature_boards = {Id}, .instruction_ms = pace_ms});
     EXPECT_EQ(Make_Motor()->Be_Mapped(), pace_ms < 91.0 ? 1 : 0);
   }
-  EXPECT_EQ(m_Front->Boxes(), (Texts{L"map轴超时"}));
+  EXPECT_EQ(front->Boxes(), (Texts{L"map轴超时"}));
 }
 
 // The home sensor may be a bit of the IO card, and its IO numbers may be given.
@@ -274,18 +272,18 @@ TEST_F(Interpolation_Axis, Homing_Asks_In_Order_And_Ends_On_The_Edge) {
   Expect_Stands_At(Edge_Mm);
   EXPECT_EQ(m_Motor->Zero_Correct(0.5), 1);  // positions count from this place, less the half millimetre
   Expect_Stands_At(Edge_Mm, -0.5);
-  EXPECT_TRUE(m_Front->Boxes().empty());
+  EXPECT_TRUE(front->Boxes().empty());
 }
 
 TEST_F(Interpolation_Axis, A_Sensor_That_Never_Switches_Is_Told) {
   simulator::Set_Home_Sensor(Id, 2, -50.0, false);
   // While the box stands somebody queues more: the watch goes on and tells it again. What the second box leaves is done
   // within a pass, and the watch ends.
-  m_Front->On_Box(L"回零超时", Answer_Ok, 0, [] { TILLTIME(5, 60000); });
-  m_Front->On_Box(L"回零超时", Answer_Ok, 0, [] { TILLTIME(5, 50); });
+  front->On_Box(L"回零超时", Answer_Ok, 0, [] { TILLTIME(5, 60000); });
+  front->On_Box(L"回零超时", Answer_Ok, 0, [] { TILLTIME(5, 50); });
   const double before = Now_Ms();
   EXPECT_EQ(m_Motor->Go_Home(1, 0.0), -1);
-  const auto boxes = m_Front->Shown();
+  const auto boxes = front->Shown();
   ASSERT_EQ(boxes.size(), 2U);
   EXPECT_EQ(boxes[0].text.rfind(L"CANID:20回零超时，请检查回零传感器和栅尺-", 0), 0U);
   EXPECT_NEAR(boxes[0].at_ms - before, 2800.0, 200.0);  // 15 mm at 20 mm/s may take 2500 ms
@@ -319,7 +317,7 @@ TEST_F(Interpolation_Axis, The_Check_Finds_The_Stops_And_Names_Its_Failure) {
   simulator::Set_Silent(Id, true);
   RESET_INPUT_DATA_FIFO(5, 5320, 256);  // of the version
   EXPECT_EQ(m_Motor->Home_And_Check(9, max, min), 0);
-  EXPECT_EQ(m_Front->Boxes(), (Texts{L"ID:9的驱动器无法回零", L"ID:9的驱动器无法获取版本号"}));
+  EXPECT_EQ(front->Boxes(), (Texts{L"ID:9的驱动器无法回零", L"ID:9的驱动器无法获取版本号"}));
 }
 
 }  // namespace

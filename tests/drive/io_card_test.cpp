@@ -9,7 +9,6 @@ namespace {
 using Io_Card = Testbed;
 
 TEST_F(Io_Card, Maps_Eight_Channels_Once_And_Reads_And_Writes_Them) {
-  Reset();
   InitDevice_PC_Local_Controler(1, 0);
   ConnectControlServer(L"", 0, nullptr);
   C_Io_Card card;
@@ -31,7 +30,6 @@ TEST_F(Io_Card, Maps_Eight_Channels_Once_And_Reads_And_Writes_Them) {
 }
 
 TEST_F(Io_Card, Without_A_Card_Pulses_Stand_In_For_Inputs) {
-  Reset();
   C_Io_Card card;
   card.Set_Io_Mode(0);
   card.Map_Io(2, 15);

@@ -15,7 +15,7 @@ constexpr double Raw_Per_Mm = 65536000.0;
 
 class Motor : public Testbed {
  protected:
-  Motor() { Reset({.first_drive_id = Id, .drives = 3, .io_card = false, .noise_mm = 0.0}); }
+  Motor() : Testbed({.first_drive_id = Id, .drives = 3, .io_card = false, .noise_mm = 0.0}) {}
 };
 
 TEST_F(Motor, Connects_Twice_And_Maps_In_Order) {
@@ -51,7 +51,7 @@ TEST_F(Motor, Tells_What_Keeps_A_Drive_From_Its_Map) {
   C_Kestrune_Motor_test absent(4, Server_Thread, 1);
   EXPECT_EQ(Now_Ms(), 102 * 100.0);
   simulator::Set_Absent(4, true);
-  m_Front->On_Box(L"无法找到ID：4", Answer_Ok, 1000);  // its box stands open while the next drive is mapped
+  front->On_Box(L"无法找到ID：4", Answer_Ok, 1000);  // its box stands open while the next drive is mapped
   C_Thread other;
   other.Start("other", [&] { EXPECT_EQ(absent.Map_Once(), 0); });
   Sleep(500);
@@ -61,10 +61,9 @@ TEST_F(Motor, Tells_What_Keeps_A_Drive_From_Its_Map) {
   other.Join();
   const std::wstring begin = L"的驱动器\r\n总线上搜索到的设备id\r\n";
   const std::wstring end = L"请检查CANID拨码\r\n请检查CAN线路\r\n";
-  EXPECT_EQ(m_Front->Boxes(),
-            (Texts{L"连接服务端失败", L"无法找到ID：4" + begin + L"CAN_ID：3 \r\nCAN_ID：5 \r\n" + end,
-                   L"无法找到ID：70" + begin + L"无设备" + end}));
-  EXPECT_EQ(m_Front->Shown()[0].at_ms, 101 * 100.0);
+  EXPECT_EQ(front->Boxes(), (Texts{L"连接服务端失败", L"无法找到ID：4" + begin + L"CAN_ID：3 \r\nCAN_ID：5 \r\n" + end,
+                                   L"无法找到ID：70" + begin + L"无设备" + end}));
+  EXPECT_EQ(front->Shown()[0].at_ms, 101 * 100.0);
   EXPECT_EQ(Count("SET_INPUT_DATA_MAP"), 0);
   EXPECT_EQ(Calls_Of([&] { EXPECT_EQ(absent.Go_Zero(), 0); }), "ReadDeviceReg(4, 0, 1); ");
   simulator::Set_Absent(4, false);
@@ -81,15 +80,13 @@ TEST_F(Motor, Tells_What_Keeps_A_Drive_From_Its_Map) {
 }
 
 // The check of a drive that homes by itself: over its whole stroke when it is sound, then with a failure at each step.
-TEST_F(Testbed, The_Check_Of_A_Drive_Runs_Over_Its_Stroke_Or_Ends_With_The_Words_Of_The_First_Failure) {
-  Reset({.counts_per_mm = 2000.0});
+TEST_F(Motor, The_Check_Of_A_Drive_Runs_Over_Its_Stroke_Or_Ends_With_The_Words_Of_The_First_Failure) {
   C_Kestrune_Motor_test motor(3, 1, 1);
-  motor.SetScale(2000.0);
   double max = 0.0, min = 0.0;
   const auto check = [&] { return motor.Home_And_Check(9, max, min); };
   simulator::Set_Absent(3, true);
   EXPECT_EQ(check(), 0);
-  Texts expected = m_Front->Boxes();
+  Texts expected = front->Boxes();
   ASSERT_EQ(expected.size(), 1U);  // the report of the search alone
   simulator::Set_Absent(3, false);
   EXPECT_EQ(check(), 1);
@@ -102,7 +99,7 @@ TEST_F(Testbed, The_Check_Of_A_Drive_Runs_Over_Its_Stroke_Or_Ends_With_The_Words
   std::string places;
   for (const simulator::Journal_Entry& call : simulator::Journal())
     if (call.function == "OUTPUT_DATA" && call.arguments.rfind("60, ", 0) == 0)
-      places += std::to_string(std::lround(std::stod(call.arguments.substr(4)) / 1310720.0)) + ' ';
+      places += std::to_string(std::lround(std::stod(call.arguments.substr(4)) / 655360.0)) + ' ';
   const std::string turn = "895 425 -45 425 ";
   EXPECT_EQ(places, "-45 49 143 237 331 425 519 613 707 801 895 801 707 613 519 425 331 237 143 49 " + turn + turn +
                         turn + turn + turn + "-45 ");
@@ -131,7 +128,7 @@ TEST_F(Testbed, The_Check_Of_A_Drive_Runs_Over_Its_Stroke_Or_Ends_With_The_Words
   simulator::Set_Silent(3, true);
   EXPECT_EQ(check(), 0);
   expected.insert(expected.end(), {L"Check_Ready无法获取数据通道", L"ID:9的驱动器无法回零"});
-  EXPECT_EQ(m_Front->Boxes(), expected);
+  EXPECT_EQ(front->Boxes(), expected);
 }
 
 class Mapped_Motor : public Motor {
@@ -188,7 +185,7 @@ TEST_F(Mapped_Motor, What_Is_No_Number_Stays_Here) {
   using M = C_Kestrune_Motor_test;
   Expect_Refusals<M>(m_Motor, {&M::Send_Pos, &M::Go_Pos, &M::Set_Current_Pos, &M::Set_Current_Neg, &M::Set_Speed,
                                &M::Set_Acc, &M::Till_Time});
-  EXPECT_EQ(m_Front->Boxes()[0], L"ID:3 目标位置不是有效数字(nan)，没有发送，请检查推力标定和工位参数");
+  EXPECT_EQ(front->Boxes()[0], L"ID:3 目标位置不是有效数字(nan)，没有发送，请检查推力标定和工位参数");
 }
 
 TEST_F(Mapped_Motor, Reads_In_Order_And_Tells_A_Silent_Drive) {
@@ -269,9 +266,6 @@ TEST_F(Mapped_Motor, The_Window_Tells_Where_A_Move_Ends_However_Long_It_Takes) {
   window.Set_Window_Len(10);
   EXPECT_NEAR(Reads_In(50), 25, 1);  // of the motor's own window
   EXPECT_EQ(window.Get_Count(), 10);
-  C_FIFO2Window unbound;
-  unbound.Start_Read(0);
-  EXPECT_EQ(unbound.Wait_Pass(), 0);
 
   // A drive that takes longer than 5000 polls is told at each further one, and the wait goes on.
   m_Motor.Set_Speed(0.35);
@@ -279,7 +273,7 @@ TEST_F(Mapped_Motor, The_Window_Tells_Where_A_Move_Ends_However_Long_It_Takes) {
   EXPECT_EQ(m_Motor.Go_Pos(0.0), 1);
   const double polls = (Now_Ms() - before) / 2.0;  // a poll waits for the next sample of the run flag
   EXPECT_GT(polls, 5500.0);
-  EXPECT_NEAR(m_Front->Count_Boxes(L"到位超时"), polls - 5000.0, 5.0);
+  EXPECT_NEAR(front->Count_Boxes(L"到位超时"), polls - 5000.0, 5.0);
 }
 
 }  // namespace

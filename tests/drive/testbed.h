@@ -1,8 +1,5 @@
-// What the tests of both drive classes share: a simulated room on the simulated clock, with a scripted operator, and
-// looks at the journal.
+// What the tests of both drive classes share: looks at the journal.
 #pragma once
-
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
@@ -13,23 +10,17 @@
 #include <utility>
 #include <vector>
 
-#include "common/scripted_front.h"
-#include "common/server_pace.h"
-#include "simulated_clock/simulated_clock.h"
-#include "simulator/simulator.h"
+#include "common/simulated_test.h"
 
 namespace orsanta {
 
 using Texts = std::vector<std::wstring>;
 using Results = std::vector<int>;  // of operations, in the order of the calls
 
-class Testbed : public testing::Test {
+class Testbed : public C_Simulated_Test {
  protected:
-  // A room with the pace of this run.
-  static void Reset(simulator::Settings settings = {}) {
-    settings.instruction_ms = Server_Pace_Ms();
-    simulator::Reset(settings);
-  }
+  using C_Simulated_Test::C_Simulated_Test;
+
   // The calls of the motion library since the journal was cleared, as they stand in C but for five short names, "; "
   // behind each. "+5 " stands before one that came 5 ms after the call before it, " x 41 +1" behind one that came 41
   // times, 1 ms apart. Reads are told while the journal keeps them, without those of the window threads.
@@ -81,9 +72,8 @@ class Testbed : public testing::Test {
     simulator::Journal_Clear();
     for (const double value : {std::nan(""), HUGE_VAL, -HUGE_VAL})
       for (const auto way_out : ways_out) EXPECT_NE((drive.*way_out)(value), 1);
-    EXPECT_EQ(m_Front->Count_Boxes(L"不是有效数字("), 3 * static_cast<int>(ways_out.size()));
-    const std::string calls = Calls();
-    for (const char* word : {"nan", "inf", "TILLTIME", "Out("}) EXPECT_EQ(calls.find(word), std::string::npos);
+    EXPECT_EQ(front->Count_Boxes(L"不是有效数字("), 3 * static_cast<int>(ways_out.size()));
+    EXPECT_FALSE(std::regex_search(Calls(), std::regex("nan|inf|TILLTIME|Out\\("))) << Calls();
   }
   // How many reads of channels there are in the next `ms`.
   static int Reads_In(int ms) {
@@ -99,9 +89,6 @@ class Testbed : public testing::Test {
     calls = std::regex_replace(calls, std::regex("SET_IN" + map + reset), "i $1 $2 $3 $4 ");
     return std::regex_replace(calls, std::regex("i (\\d+ \\d+ \\d+) 4096 Wait\\(" + thread + "\\); "), "w $1 ");
   }
-
-  C_Simulated_Clock m_Clock{1};
-  C_Scripted_Front_Holder m_Front;
 
  private:
   static std::string Text_Of(const simulator::Journal_Entry& call) {
