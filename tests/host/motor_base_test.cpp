@@ -107,7 +107,6 @@ TEST_F(Supervisor, Io_Lock_Holds_Back_Every_Report) {
   C_Pty host(Host_Port);
   simulator::Set_Input(1, 1);
   Start({1}, Host_Port, 1);
-  base->LoopPaused = 1;
   C_VoiceMotor& station = Station(0);
   station.Set_Cur_BaseDistance(7.0005F);
   const auto state = [&] {
@@ -116,8 +115,8 @@ TEST_F(Supervisor, Io_Lock_Holds_Back_Every_Report) {
            std::to_string(station.Get_Test_Finish()) + std::to_string(station.Get_Force_Back_Finish()) + host.Take();
   };
   base->IoLock.Lock();
-  base->do_test(1, Task_Measure);
-  EXPECT_EQ(state(), "1001");  // output, result, measured, lifted
+  simulator::Set_Input(1, 0);
+  EXPECT_EQ(state(), "1000");  // output, result, measured, lifted: the loop has taken the last, and starts one task
   base->IoLock.Unlock();
   Sleep(1);
   base->IoLock.Lock();
@@ -127,7 +126,6 @@ TEST_F(Supervisor, Io_Lock_Holds_Back_Every_Report) {
   base->IoLock.Lock();
   base->do_test(1, Task_Force_Back);
   EXPECT_EQ(state(), "0110");
-  base->LoopPaused = 0;
   Send(host, "C");
   EXPECT_EQ(state(), "0110");
   base->IoLock.Unlock();
@@ -168,7 +166,6 @@ TEST_F(Supervisor, A_Trigger_Byte_Runs_The_Whole_Handshake) {
   Start({1, 2}, Host_Port);
   Station(0).Set_Cur_BaseDistance(7.0006F);  // a part of 2 mm on the anvil at 9 mm reads 0, with the dent of the force
   simulator::Place_Part(1, 1.5);
-  Station(0).Val_Force_OffSet = 44.0;  // belongs to the automatic cycle alone
   for (int round = 0; round < 3; ++round) {
     Send(link, "Tx");
     Sleep(1000);
@@ -176,10 +173,6 @@ TEST_F(Supervisor, A_Trigger_Byte_Runs_The_Whole_Handshake) {
     Send(link, "T");
     EXPECT_EQ(Collect(link, 7), "  -500\n");
     EXPECT_EQ(Collect(host, 14), "11-00500 0200\n");
-    EXPECT_EQ(Station(0).Test_Force[0], 244.0);
-    double thickness = 0.0, force = 0.0;
-    EXPECT_EQ(base->get_ans(1, &thickness, &force), 1);
-    EXPECT_EQ(force, 200.0);
     Sleep(1000);
     EXPECT_EQ(simulator::True_Force(1), 0.0);  // lifted by itself
     EXPECT_EQ(Station(0).Force_Back_Finish, 1);

@@ -7,21 +7,12 @@
 
 namespace orsanta {
 
-TEST(Thread_Numbers, Hands_Out_The_Lowest_Free_Number) {
-  CMyArray<int> pool;
-  for (int n = 1; n <= 31; ++n) EXPECT_EQ(Take_Thread_Number(pool), n);
-  EXPECT_EQ(Take_Thread_Number(pool), 0);
-  for (const int n : {17, 3}) EXPECT_EQ(Give_Back_Thread_Number(pool, n), 1);
-  EXPECT_EQ(Give_Back_Thread_Number(pool, 17), 0);
-  for (const int n : {3, 17, 0}) EXPECT_EQ(Take_Thread_Number(pool), n);
-}
-
-// In real time: what two threads hold at once differs, and in the end all is there again.
+// In real time: what two threads hold at once differs, and in the end all is there again. The lowest goes first.
 TEST(Thread_Numbers, Many_Threads_Share_One_Pool) {
   constexpr int Rounds = 100000;
   constexpr int Taken = 20;  // for good, so that the search for a free one is long
   CMyArray<int> pool;
-  for (int i = 0; i < Taken; ++i) Take_Thread_Number(pool);
+  for (int n = 1; n <= Taken; ++n) EXPECT_EQ(Take_Thread_Number(pool), n);
   std::atomic<int> holders[Thread_Number_Max + 1] = {};
   std::atomic<int> shared{0};
   const auto take_and_give_back = [&] {
@@ -36,7 +27,9 @@ TEST(Thread_Numbers, Many_Threads_Share_One_Pool) {
   for (std::thread& thread : threads) thread = std::thread(take_and_give_back);
   for (std::thread& thread : threads) thread.join();
   EXPECT_EQ(shared, 0);
-  EXPECT_EQ(pool.GetSize(), Taken);
+  for (const int n : {17, 3}) EXPECT_EQ(Give_Back_Thread_Number(pool, n), 1);
+  EXPECT_EQ(Give_Back_Thread_Number(pool, 17), 0);
+  for (const int n : {3, 17, 21, 22, 23, 24, 25, 26, 27, 28, 29, 30, 31, 0}) EXPECT_EQ(Take_Thread_Number(pool), n);
 }
 
 using Self_Test = C_Simulated_Test;
