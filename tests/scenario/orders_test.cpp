@@ -129,6 +129,7 @@ TEST_F(Orders, A_System_That_Died_Comes_Back_As_It_Was) {
   EXPECT_EQ(offset, Block_Mm);
   EXPECT_EQ(Sent([] { do_test(1, ORSANTA_TASK_MEASURE); }), Land("11", "2.4", ""));
   EXPECT_NEAR(Next_Result(1), 3.25, 0.001);
+  EXPECT_EQ(Get_Force_Back_Finish(1), 0);
   EXPECT_EQ(Sent([] { do_test(1, ORSANTA_TASK_FORCE_DIFFERENCE); }),
             Land("11", "2.4", "7.00") + Land("11", "1.6", "7.00"));
 }
