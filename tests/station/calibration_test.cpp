@@ -51,23 +51,6 @@ TEST_F(Calibration, Few_Heights_Fit_The_Polynomial_And_Drop_The_Surface) {
   Expect_No_Landing([this] { return Measure(); }, L"ID:1 电流不是有效数字");
 }
 
-TEST_F(Calibration, Five_Heights_Bring_The_True_Force_On_Every_Part) {
-  C_Calibration_Operator person{5.0, 0.5, 10, {-8.0, -6.0, -4.0, -2.0, 0.0}};  // to some 450 g on parts to 7 mm
-  person.Prepare(*front);
-  EXPECT_EQ(station->Calibrate_Force(), 1);
-  EXPECT_THAT(front->Boxes().back(), testing::StartsWith(L"3D推力拟合误差0."));
-  for (const double force : {50.0, 400.0}) {
-    for (const double part : {1.0, 6.0}) {
-      simulator::Place_Part(Id, part);
-      Measure(force);
-      station->Force_Back(20.0F);
-      Measure(force);  // at the height that is known now
-      EXPECT_NEAR(simulator::True_Force(Id), force, std::max(0.5, force * 0.01)) << part << " mm";
-      station->Force_Back(20.0F);
-    }
-  }
-}
-
 TEST_F(Calibration, Model_Entered_By_Hand_Is_Linear) {
   Give_Surface();
   station->Val_mark_pos = 3.0;

@@ -77,13 +77,9 @@ TEST_F(Thickness_Cycle, What_Is_No_Number_Is_Never_Sent_Never_Valid_And_Never_Th
 
 TEST(History, Keeps_The_Newest_Within_Its_Limit) {
   C_History history(8);
-  for (int i = 0; i < 30; ++i) {
-    history.Append(i);
-    EXPECT_LE(history.GetSize(), 8);
-    EXPECT_GE(history.GetSize(), std::min(i + 1, 6));
-    EXPECT_EQ(history.Copy().GetEndData(), i);
-  }
-  history.Append(Array({1, 2, 3, 4, 5, 6, 7, 8, 9, 10}));  // more than the limit at once
+  for (int i = 0; i < 9; ++i) history.Append(i);
+  EXPECT_THAT(Values(history.Copy()), testing::ElementsAre(2, 3, 4, 5, 6, 7, 8));  // the oldest quarter goes at once
+  history.Append(Array({1, 2, 3, 4, 5, 6, 7, 8, 9, 10}));                          // more than the limit at once
   EXPECT_THAT(Values(history.Copy()), testing::ElementsAre(3, 4, 5, 6, 7, 8, 9, 10));
   history.Append(Array({11, 12, 13}));
   EXPECT_THAT(Values(history.Copy()), testing::ElementsAre(6, 7, 8, 9, 10, 11, 12, 13));
