@@ -7,14 +7,13 @@
 #include <QTest>
 #include <QWidget>
 #include <chrono>
-#include <condition_variable>
 #include <cstdio>
 #include <cstdlib>
-#include <deque>
 #include <functional>
 #include <mutex>
 #include <optional>
 #include <thread>
+#include <vector>
 
 #include "support/dialog/front.h"
 
@@ -85,12 +84,12 @@ inline void Click(QWidget* widget) {
 // --- Any thread but Qt's ---
 
 // Moves the pointer of the display onto the widget and clicks: unlike Click it does nothing to a window that is blocked
-// or covered.
-inline void Click_With_Pointer(const std::function<QWidget*()>& find) {
+// or covered. at: the place on the widget, its middle when none is given.
+inline void Click_With_Pointer(const std::function<QWidget*()>& find, std::optional<QPoint> at = {}) {
   QPoint place;
   On_Qt([&] {
     QWidget* widget = find();
-    place = widget->mapToGlobal(widget->rect().center());
+    place = widget->mapToGlobal(at.value_or(widget->rect().center()));
   });
   const QString command = QStringLiteral("xdotool mousemove %1 %2 click 1").arg(place.x()).arg(place.y());
   if (std::system(qPrintable(command)) != 0) fputs("xdotool failed; is it installed?\n", stderr);
@@ -103,21 +102,22 @@ class C_Kept_Events : public C_Dialog_Listener {
   void On_Dialog_Event(const C_Dialog_Event& event) override {
     const std::lock_guard guard(m_Lock);
     m_Events.push_back(event);
-    m_Came.notify_one();
   }
   std::optional<C_Dialog_Event> Take(int timeout_ms = 3000) {
-    std::unique_lock hold(m_Lock);
-    const std::chrono::milliseconds time(timeout_ms);
-    if (!m_Came.wait_for(hold, time, [this] { return !m_Events.empty(); })) return std::nullopt;
-    const C_Dialog_Event event = m_Events.front();
-    m_Events.pop_front();
+    std::optional<C_Dialog_Event> event;
+    const auto take = [&] {
+      const std::lock_guard guard(m_Lock);
+      if (m_Taken < m_Events.size()) event = m_Events[m_Taken++];
+      return event.has_value();
+    };
+    Eventually(take, timeout_ms);
     return event;
   }
 
  private:
   std::mutex m_Lock;
-  std::condition_variable m_Came;
-  std::deque<C_Dialog_Event> m_Events;
+  std::vector<C_Dialog_Event> m_Events;
+  size_t m_Taken = 0;
 };
 
 }  // namespace orsanta

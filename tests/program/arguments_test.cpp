@@ -20,10 +20,6 @@ C_Outcome Orsanta(const std::string& arguments) {
   return Shell(BUILT_PROGRAM " " + arguments + " 2>&1");
 }
 
-void Put(const std::string& name, const std::string& text) {
-  std::ofstream(name, std::ios::binary) << text;
-}
-
 nlohmann::json Result(const std::string& folder) {
   return nlohmann::json::parse(File_Text(folder + "/result.json"));
 }
@@ -35,7 +31,7 @@ constexpr char Crossed[] =
 
 TEST(Program, Works_Out_Files_And_Loses_None) {
   const C_Temp_Folder folder;
-  Put("grr.csv", Crossed);
+  std::ofstream("grr.csv") << Crossed;
   const C_Outcome ran = Orsanta("study grr --data grr.csv --tolerance 20 --out out --language en");
   EXPECT_EQ(ran.status, 0);
   EXPECT_THAT(ran.output, HasSubstr("%GRR of the tolerance: 3.91 %"));
@@ -52,7 +48,7 @@ TEST(Program, Works_Out_Files_And_Loses_None) {
   // The same values with another tolerance; other values do not go over them.
   EXPECT_EQ(Orsanta("study grr --data out/data.csv --tolerance 1 --out out").status, 0);
   EXPECT_EQ(Result("out")["verdict"], "rejected");
-  Put("other.csv", std::string(Crossed).substr(0, 120));
+  std::ofstream("other.csv") << std::string(Crossed).substr(0, 120);
   const C_Outcome other = Orsanta("study grr --data other.csv --out out");
   EXPECT_EQ(other.status, 2);
   EXPECT_THAT(other.output, HasSubstr("\"out\" holds other values"));
@@ -60,20 +56,20 @@ TEST(Program, Works_Out_Files_And_Loses_None) {
   std::string references = "reference,value\n";
   for (int i = 0; i < 60; ++i)
     references += std::to_string(1 + i % 5) + "," + std::to_string(1 + i % 5 + (i * 7 % 11 - 5) * 1e-4) + "\n";
-  Put("references.csv", references);
+  std::ofstream("references.csv") << references;
   EXPECT_EQ(Orsanta("study linearity --data references.csv --tolerance 20 --out line").status, 0);
   EXPECT_EQ(Result("line")["linearity"]["sizes"].size(), 5U);
   EXPECT_EQ(Orsanta("study uncertainty --data references.csv --grr grr.csv --tolerance 20 --out budget").status, 0);
   EXPECT_LT(Result("budget")["uncertainty"]["process"]["Q_MP"].get<double>(), 30.0);
-  Put("force.csv", "height,set,true\n1,100,99\n1,200,203\n");
+  std::ofstream("force.csv") << "height,set,true\n1,100,99\n1,200,203\n";
   EXPECT_EQ(Orsanta("study force --data force.csv --out force").status, 0);
   EXPECT_EQ(Result("force")["verdict"], "conditional");
 }
 
 TEST(Program, Says_In_One_Line_What_Is_Wrong_And_What_Is_Allowed) {
   const C_Temp_Folder folder;
-  Put("two_bad.csv", "part,appraiser,trial,value\n1,A,1,x\n1,A\n");
-  Put("short.csv", "value\n1\n2\n");
+  std::ofstream("two_bad.csv") << "part,appraiser,trial,value\n1,A,1,x\n1,A\n";
+  std::ofstream("short.csv") << "value\n1\n2\n";
   const std::tuple<std::string, int, std::string> cases[] = {
       {"", 2, "measure"},
       {"weigh", 2, "measure"},

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <numeric>
-#include <set>
+#include <utility>
 
 #include "drive/motor.h"
 #include "simulator_line.h"
@@ -58,27 +58,23 @@ TEST_F(Drive, Lands_With_The_Force_Of_The_Clamp) {
 
 // A command on the way - further, short of the braking way, back, at a lower speed - starts from the present speed.
 TEST_F(Drive, Goes_Over_To_A_New_Command_Within_The_Acceleration) {
-  const double commands[][2] = {{8.5, 80.0}, {2.0, 80.0}, {0.0, 80.0}, {8.5, 20.0}};
   m_Drive.Set_Acc(1000.0);
-  for (const auto& [target, speed] : commands) {
+  for (const auto& [target, speed] : {std::pair(8.5, 80.0), {2.0, 80.0}, {0.0, 80.0}, {8.5, 20.0}}) {
     SCOPED_TRACE(testing::Message() << target << " mm at " << speed << " mm/s");
     m_Drive.Set_Speed(80.0);
     m_Drive.Go_Pos(0.0);
     m_Drive.Send_Pos(8.0);
-    double way[4] = {};  // at the last four milliseconds
-    double most = 0.0;
+    double most = 0.0, before = 0.0, last = 0.0;  // mm/s^2; mm
     for (int ms = 0; ms < 1000; ++ms) {
-      if (ms == 60) {
-        m_Drive.Set_Speed(speed);
-        m_Drive.Send_Pos(target);
-      }
+      if (ms == 60) m_Drive.Set_Speed(speed);
+      if (ms == 60) m_Drive.Send_Pos(target);
       Sleep(1);
-      std::rotate(way, way + 1, way + 4);
-      way[3] = simulator::True_Position(1);
-      most = std::max(most, std::abs(way[3] - 2 * way[2] + way[1]) * 1e6);  // mm/s^2
+      const double now = simulator::True_Position(1);
+      most = std::max(most, std::abs(now - 2 * last + before) * 1e6);
+      before = std::exchange(last, now);
     }
     EXPECT_NEAR(most, 1000.0, 200.0);
-    EXPECT_NEAR(simulator::True_Position(1), target, 0.001);
+    EXPECT_NEAR(last, target, 0.001);
   }
 }
 

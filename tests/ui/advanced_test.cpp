@@ -128,9 +128,8 @@ TEST_F(Advanced_Dialog, Charts_Follow_The_Measurements_And_Share_Their_Kind) {
     EXPECT_EQ(Charts().back().name, L"Orsanta：1测量尺寸（mm）") << "the worker's own title from its first pass on";
     Measure(0, 2.0);
     Sleep(600);
-    EXPECT_EQ(Charts().back().chart.x.back(), 12.0);
-    EXPECT_TRUE(Charts().back().chart.axes_follow);
-    EXPECT_EQ(std::pair(Charts().back().chart.station, Charts().back().chart.opens), std::pair(1, false));
+    const C_Chart_Model last = Charts().back().chart;
+    EXPECT_EQ(std::tuple(last.x.back(), last.station, last.opens, last.axes_follow), std::tuple(12.0, 1, false, true));
     for (const double celsius : {31.0, 31.5}) Station(0).TempArray.Append(celsius);
     front->Clear_Record();
   });
