@@ -9,6 +9,7 @@
 #include "common/pty.h"
 #include "common/resources.h"
 #include "common/simulated_test.h"
+#include "drive/motor.h"
 #include "host/task_app.h"
 #include "station/link_settings.h"
 #include "station/voice_motor.h"
@@ -25,21 +26,12 @@ class Supervisor : public C_Simulated_Test {
   }
   C_VoiceMotor& Station(int index) { return *base->StationList[index]; }
 
-  // Lets simulated time go on until the line has given so many bytes. They cross in real time, hence the real limit.
-  static std::string Collect(C_Pty& line, size_t wanted) {
-    std::string bytes;
-    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-    while (bytes.size() < wanted && std::chrono::steady_clock::now() < limit) {
-      Sleep(1);
-      bytes += line.Take();
-    }
-    return bytes;
-  }
   // The kernel hands bytes over in real time, while simulated time stands still.
   static void Let_Bytes_Cross() { std::this_thread::sleep_for(std::chrono::milliseconds(20)); }
   static void Send(C_Pty& line, const char* bytes) {
     line.Send(bytes);
     Let_Bytes_Cross();
+    Sleep(3000);  // a measurement and its lift-off end
   }
 
   std::unique_ptr<C_VoiceMotorBase> base;
@@ -81,11 +73,10 @@ TEST_F(Supervisor, Answers_The_Status_Query_And_Nothing_Else) {
   const std::string answer = "ID:a State:1\nID:b State:0\nID:c State:1\n";
   for (const char* query : {"C", "C", "CCC", "xTC\r\n", "CT"}) {
     Send(host, query);
-    EXPECT_EQ(Collect(host, answer.size()), answer) << query;
+    EXPECT_EQ(host.Take_At_Least(answer.size()), answer) << query;
   }
   const auto stays_silent = [&](const char* bytes) {
     Send(host, bytes);
-    Sleep(500);
     Let_Bytes_Cross();
     return host.Take() == "" && base->BeAtLeaseOneDelayTaskInProcess() == 0;
   };
@@ -93,13 +84,14 @@ TEST_F(Supervisor, Answers_The_Status_Query_And_Nothing_Else) {
   base->LoopPaused = 1;  // the panel holds the loop: no answer until it lets go
   EXPECT_TRUE(stays_silent("C"));
   base->LoopPaused = 0;
-  EXPECT_EQ(Collect(host, answer.size()), answer);
+  Sleep(1000);
+  EXPECT_EQ(host.Take_At_Least(answer.size()), answer);
 
   Station(0).Motor_Ready = 0;  // as a station that rests
   simulator::Set_Silent(12, true);
-  Sleep(100);
+  Station(2).m_pMotor->Reset_Data_Fifo();  // what waits from before
   Send(host, "C");
-  EXPECT_EQ(Collect(host, answer.size()), "ID:a State:0\nID:b State:0\nID:c State:0\n");
+  EXPECT_EQ(host.Take_At_Least(answer.size()), "ID:a State:0\nID:b State:0\nID:c State:0\n");
 }
 
 // Whoever reports waits for the lock, and does what comes after the report only then.
@@ -129,7 +121,7 @@ TEST_F(Supervisor, Io_Lock_Holds_Back_Every_Report) {
   Send(host, "C");
   EXPECT_EQ(state(), "0110");
   base->IoLock.Unlock();
-  EXPECT_EQ(Collect(host, 13), "ID:1 State:1\n");
+  EXPECT_EQ(state(), "0110ID:1 State:1\n11-02000 0200\n");  // and the loop goes on
 }
 
 using Supervisor_DeathTest = Supervisor;
@@ -168,12 +160,10 @@ TEST_F(Supervisor, A_Trigger_Byte_Runs_The_Whole_Handshake) {
   simulator::Place_Part(1, 1.5);
   for (int round = 0; round < 3; ++round) {
     Send(link, "Tx");
-    Sleep(1000);
     EXPECT_EQ(Station(0).Force_Back_Finish, 1);
     Send(link, "T");
-    EXPECT_EQ(Collect(link, 7), "  -500\n");
-    EXPECT_EQ(Collect(host, 14), "11-00500 0200\n");
-    Sleep(1000);
+    EXPECT_EQ(link.Take_At_Least(7), "  -500\n");
+    EXPECT_EQ(host.Take_At_Least(14), "11-00500 0200\n");
     EXPECT_EQ(simulator::True_Force(1), 0.0);  // lifted by itself
     EXPECT_EQ(Station(0).Force_Back_Finish, 1);
   }
