@@ -8,7 +8,6 @@
 #include "drive/thermistor.h"
 
 namespace orsanta {
-namespace {
 
 TEST(Device_Text, Reads_Identity_Words_And_Fault_Bits) {
   const C_Device_Text text;
@@ -48,5 +47,4 @@ TEST(Thermistor, Follows_The_Published_Curve_To_One_Step_Of_The_Adc_And_Ends_As_
   EXPECT_TRUE(std::isinf(ADC2Rt()(4096)));
 }
 
-}  // namespace
 }  // namespace orsanta

@@ -10,7 +10,6 @@
 #include "support/threads/thread.h"
 
 namespace orsanta {
-namespace {
 
 // Random pushes, reads, clears and changes of length against a plain queue.
 TEST(Fifo_Window, Slides_Like_A_Queue) {
@@ -19,9 +18,8 @@ TEST(Fifo_Window, Slides_Like_A_Queue) {
   size_t length = C_FIFO2Window::Default_Window_Len;
   std::deque<double> queue;
   CMyArray<double> out;
-  out.Add(7.0);
   double newest = 7.0;
-  EXPECT_EQ(window.Get_Window(out) + out.GetSize() + window.Newest(newest), 0);
+  EXPECT_EQ(window.Get_Window(out) + window.Newest(newest), 0);
   EXPECT_EQ(newest, 7.0);
   for (uint64_t index = 0; index < 60000; ++index) {
     const int what = static_cast<int>(choice() % 2000);
@@ -76,5 +74,4 @@ TEST(Fifo_Window, Readers_On_Many_Threads_See_Whole_Windows) {
   EXPECT_EQ(broken, 0);
 }
 
-}  // namespace
 }  // namespace orsanta

@@ -1,13 +1,9 @@
 #include "drive/interpolation_motor.h"
 
-#include <cmath>
-#include <memory>
-
 #include "drive/testbed.h"
 #include "drive/tremalink.h"
 
 namespace orsanta {
-namespace {
 
 constexpr int Id = 20;
 constexpr double Count_Mm = 0.001;  // one encoder count at the start scale
@@ -114,7 +110,7 @@ class Interpolation_Axis : public Interpolation_Motor {
   const std::unique_ptr<C_Interpolation_Voice_Motor> m_Motor = Make_Motor();
 };
 
-TEST_F(Interpolation_Axis, Commands_Become_Instructions) {
+TEST_F(Interpolation_Axis, Commands_Become_Instructions_And_What_Is_No_Number_Stays_Here) {
   EXPECT_EQ(
       Calls_Of([&] {
         m_Motor->Go_Relative(0.25);
@@ -146,6 +142,10 @@ TEST_F(Interpolation_Axis, Commands_Become_Instructions) {
       "5138, 1.5); SET_AXIS_SCALE(5, 2, -131072000); Out(5, 5132, -2); Out(5, 5124, 3); Wait(5); SET_AXIS_SCALE(5, 2, "
       "65536000); Out(5, 5124, 2); Out(5, 5132, -3); Wait(5); Out(5, 5124, 50); Out(5, 5132, -50); TILLTIME(5, 3); "
       "Places(5); Places(6); BeAxisRun(2); ");
+  using M = C_Interpolation_Voice_Motor;
+  Expect_Refusals<M>(*m_Motor, {&M::Send_Go, &M::Go_Wait, &M::Sgo, &M::Go_Relative, &M::Rapid_Go, &M::Set_Max_Vel,
+                                &M::Set_Max_Acc, &M::Set_Max_Jerk, &M::Set_Current_Pos, &M::Set_Current_Neg,
+                                &M::Set_Port18, &M::SetScale, &M::Zero_Correct, &M::Till_Time});
 }
 
 TEST_F(Interpolation_Axis, Status_Reads_Their_Channels) {
@@ -212,17 +212,10 @@ TEST_F(Interpolation_Motor, A_Sensor_On_The_Card_Is_Mapped_And_Read) {
   EXPECT_EQ(motor.Get_Sensor2(), 1);
 }
 
-TEST_F(Interpolation_Axis, What_Is_No_Number_Stays_Here) {
-  using M = C_Interpolation_Voice_Motor;
-  Expect_Refusals<M>(*m_Motor, {&M::Send_Go, &M::Go_Wait, &M::Sgo, &M::Go_Relative, &M::Rapid_Go, &M::Set_Max_Vel,
-                                &M::Set_Max_Acc, &M::Set_Max_Jerk, &M::Set_Current_Pos, &M::Set_Current_Neg,
-                                &M::Set_Port18, &M::SetScale, &M::Zero_Correct, &M::Till_Time});
-}
-
 // What a homing asks of the server. first: what leaves the sensor; looks: at the buffer; travel: the time to the
 // offset.
-std::string Home_Calls(const std::string& io, const char* away, const char* onto, const char* first, int looks,
-                       const char* offset, const char* travel) {
+static std::string Home_Calls(const std::string& io, const char* away, const char* onto, const char* first, int looks,
+                              const char* offset, const char* travel) {
   std::ostringstream calls;
   calls << "Out(5, 5137, 1); SET_MAX_VEL(5, 2, 20); SET_MAX_ACC(5, 2, 5000); SET_MAX_JERK(5, 2, 5e+05); TILLSTOP(5, "
            "2); USE_LOCAL_REG(5); SET_AXIS_ZEROS(5, 2, 0); Out(5, 5124, 50); Out(5, 5132, -50); TILLSTOP(5, 2); "
@@ -320,5 +313,4 @@ TEST_F(Interpolation_Axis, The_Check_Finds_The_Stops_And_Names_Its_Failure) {
   EXPECT_EQ(front->Boxes(), (Texts{L"ID:9的驱动器无法回零", L"ID:9的驱动器无法获取版本号"}));
 }
 
-}  // namespace
 }  // namespace orsanta

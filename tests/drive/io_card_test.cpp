@@ -4,7 +4,6 @@
 #include "drive/tremalink.h"
 
 namespace orsanta {
-namespace {
 
 using Io_Card = Testbed;
 
@@ -52,5 +51,4 @@ TEST_F(Io_Card, Without_A_Card_Pulses_Stand_In_For_Inputs) {
   EXPECT_EQ(Count("SET_IO"), 0);
 }
 
-}  // namespace
 }  // namespace orsanta

@@ -1,21 +1,14 @@
 // What the tests of both drive classes share: looks at the journal.
 #pragma once
 
-#include <algorithm>
 #include <cmath>
-#include <map>
 #include <regex>
-#include <sstream>
-#include <string>
-#include <utility>
-#include <vector>
 
 #include "common/simulated_test.h"
 
 namespace orsanta {
 
 using Texts = std::vector<std::wstring>;
-using Results = std::vector<int>;  // of operations, in the order of the calls
 
 class Testbed : public C_Simulated_Test {
  protected:
