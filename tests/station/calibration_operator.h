@@ -19,9 +19,11 @@ struct C_Calibration_Operator {
     front.Next_Dialog(Settings());
     for (const double height : heights) {
       front.On_Box(L"请调整测量头高度", Answer_Ok, 0, [height] { simulator::Set_Head_Height(1, height); });
-      for (int i = 0; i < currents; ++i) {
-        front.Next_Dialog(C_Script().Fill(L"请输入当前推力(g)", [this] { return Read_Gauge(); }).Confirm());
-      }
+      const auto read_gauge = [this] {
+        readings.push_back(simulator::Force_Gauge(1));
+        return std::wstring(Format_Text("%.2f", readings.back()).Text());
+      };
+      for (int i = 0; i < currents; ++i) front.Next_Dialog(C_Script().Fill(L"请输入当前推力(g)", read_gauge).Confirm());
     }
   }
 
@@ -32,11 +34,6 @@ struct C_Calibration_Operator {
         .Fill(L"测试采集的电流点数", std::to_wstring(currents))
         .Fill(L"测试采集的位置点数", std::to_wstring(heights.size()))
         .Confirm();
-  }
-
-  std::wstring Read_Gauge() {
-    readings.push_back(simulator::Force_Gauge(1));
-    return Format_Text("%.2f", readings.back()).Text();
   }
 };
 
