@@ -18,6 +18,7 @@
 #include <list>
 #include <map>
 #include <memory>
+#include <optional>
 #include <set>
 #include <stdexcept>
 #include <string>
@@ -119,7 +120,7 @@ class C_Scripted_Front : public C_Front {
     const C_Lock_Guard hold(m_Lock);
     C_Open* const open = Find_Open(match);
     const int control = Find_Control(open, caption, column);
-    return control < 0 ? std::wstring() : open->texts[static_cast<size_t>(control)];
+    return control < 0 ? std::wstring() : open->entries[static_cast<size_t>(control)].text;
   }
   // Presses and returns at once; false where there is no such button.
   bool Press(const std::wstring& match, const std::wstring& caption, int column = -1) {
@@ -144,26 +145,17 @@ class C_Scripted_Front : public C_Front {
   void Close_Dialog(int dialog) override;
   void Set_Control_Text(int dialog, int control, const std::wstring& text) override {
     const C_Lock_Guard hold(m_Lock);
-    m_Open.at(dialog).texts.at(static_cast<size_t>(control)) = text;
+    m_Open.at(dialog).entries.at(static_cast<size_t>(control)).text = text;
   }
   void Refuse_Entry(int dialog, int control, const std::wstring& reason) override {
-    const C_Lock_Guard hold(m_Lock);
-    C_Open& open = m_Open.at(dialog);
-    ++open.refusals;
-    Record({C_Shown::Kind::Refusal, open.name,
-            open.model.controls.at(static_cast<size_t>(control)).caption + L": " + reason});
+    Refuse(dialog, control, reason, -1);
   }
   void Set_Command(int dialog, int control, C_Command_State state) override {
-    if (state == C_Command_State::Ended) End_Press(dialog, control);
+    const C_Lock_Guard hold(m_Lock);
+    if (state == C_Command_State::Ended) Go_On(m_Open.at(dialog), control);
   }
   void Refuse_Press(int dialog, int control, const std::wstring& reason) override {
-    {
-      const C_Lock_Guard hold(m_Lock);
-      const C_Open& open = m_Open.at(dialog);
-      Record({C_Shown::Kind::Refusal, open.name,
-              open.model.controls.at(static_cast<size_t>(control)).caption + L": " + reason});
-    }
-    End_Press(dialog, control);
+    Refuse(dialog, control, reason, control);
   }
   void Post_Message(const C_Message_Model& model, C_Message_Listener& listener) override;
   void Draw_Chart(unsigned chart, const C_Chart_Model& model) override {
@@ -189,11 +181,10 @@ class C_Scripted_Front : public C_Front {
   struct C_Open {
     std::wstring name;
     C_Dialog_Model model;
-    std::vector<std::wstring> texts;  // what stands in each control; of a button, its caption
+    std::vector<C_Control_Entry> entries;  // what stands in each control; of a button, its caption
     C_Dialog_Listener* listener = nullptr;
     bool closed = false;
-    int refusals = 0;
-    int pressed = -1;  // the button whose press the script waits for
+    std::optional<int> awaited;  // the button whose press the script waits for, -1 of a confirmation
     C_Thread thread;
   };
   struct C_Queued_Answer {
@@ -204,15 +195,15 @@ class C_Scripted_Front : public C_Front {
   };
 
   static bool Matches(const C_Dialog_Model& model, const std::wstring& match) {
-    const auto found = [&match](const std::wstring& text) { return text.find(match) != std::wstring::npos; };
-    return found(model.title) || std::any_of(model.controls.begin(), model.controls.end(),
-                                             [&](const C_Control_Model& control) { return found(control.caption); });
+    std::wstring texts = model.title;
+    for (const C_Control_Model& control : model.controls) texts += L'\n' + control.caption;
+    return texts.find(match) != std::wstring::npos;
   }
   static int Find_Control(const C_Open* open, const std::wstring& caption, int column) {
     for (size_t i = 0; open != nullptr && i < open->model.controls.size(); ++i) {
       const C_Control_Model& control = open->model.controls[i];
       const bool named =
-          control.caption == caption || (control.kind == C_Control_Kind::Button && open->texts[i] == caption);
+          control.caption == caption || (control.kind == C_Control_Kind::Button && open->entries[i].text == caption);
       if (named && (column < 0 || control.column == column)) return static_cast<int>(i);
     }
     return -1;
@@ -239,8 +230,24 @@ class C_Scripted_Front : public C_Front {
     if (!open.closed) open.listener->On_Dialog_Event(event);
     return !open.closed;
   }
+  void Refuse(int dialog, int control, const std::wstring& reason, int awaited) {
+    const C_Lock_Guard hold(m_Lock);
+    C_Open& open = m_Open.at(dialog);
+    Record({C_Shown::Kind::Refusal, open.name,
+            open.model.controls.at(static_cast<size_t>(control)).caption + L": " + reason});
+    Go_On(open, awaited);
+  }
+  // The script that waits for this goes on.
+  void Go_On(C_Open& open, int awaited) {
+    if (open.awaited == awaited) open.awaited.reset();
+    m_Changed.Notify_All();
+  }
+  void Send_And_Wait(C_Open& open, const C_Dialog_Event& event) {
+    open.awaited = event.control;
+    if (!Deliver(open, event)) return;
+    while (!open.closed && open.awaited) m_Changed.Wait(m_Lock);
+  }
   void Play(C_Open& open, C_Script script);
-  void End_Press(int dialog, int control);
 
   mutable C_Leaf_Lock m_Lock;  // guards all below
   C_Wait_Point m_Changed{"C_Scripted_Front"};
@@ -261,7 +268,7 @@ inline int C_Scripted_Front::Open_Dialog(const C_Dialog_Model& model, C_Dialog_L
   open.model = model;
   open.name = model.title;
   for (const C_Control_Model& control : model.controls) {
-    open.texts.push_back(control.kind == C_Control_Kind::Button ? control.caption : control.text);
+    open.entries.push_back({control.kind == C_Control_Kind::Button ? control.caption : control.text, control.selected});
     if (open.name.empty()) open.name = control.caption;
   }
   open.listener = &listener;
@@ -271,19 +278,16 @@ inline int C_Scripted_Front::Open_Dialog(const C_Dialog_Model& model, C_Dialog_L
       std::find_if(m_Scripts.begin(), m_Scripts.end(), [&](auto& item) { return Matches(model, item.first); });
   if (queued == m_Scripts.end()) {
     Deliver(open, {});
-    return dialog;
+  } else {
+    open.thread.Start("script", [this, &open, script = queued->second] { Play(open, script); });
+    m_Scripts.erase(queued);
   }
-  const C_Script script = queued->second;
-  m_Scripts.erase(queued);
-  open.thread.Start("script", [this, &open, script] { Play(open, script); });
   return dialog;
 }
 
 // On the script's thread.
 inline void C_Scripted_Front::Play(C_Open& open, C_Script script) {
   using C_Kind = C_Script::C_Kind;
-  std::vector<C_Control_Entry> entries;
-  for (const C_Control_Model& control : open.model.controls) entries.push_back({control.text, control.selected});
   for (const C_Script::C_Step& step : script.Cancel().m_Steps) {
     if (step.kind == C_Kind::Run) step.function();
     const std::wstring text = step.text ? step.text() : L"";
@@ -291,18 +295,14 @@ inline void C_Scripted_Front::Play(C_Open& open, C_Script script) {
     const int control = Find_Control(&open, step.caption, step.column);
     if (control < 0 && !step.caption.empty())
       throw std::out_of_range("no control '" + To_Utf8(step.caption) + "' in '" + To_Utf8(open.name) + "'");
-    if (step.kind == C_Kind::Fill) entries[static_cast<size_t>(control)].text = text;
-    if (step.kind == C_Kind::Select) entries[static_cast<size_t>(control)].selected = step.number;
-    if (step.kind == C_Kind::Press) open.pressed = control;
-    if (step.kind == C_Kind::Press && Deliver(open, {C_Dialog_Event::Kind::Press, control, {}}))
-      while (!open.closed && open.pressed == control) m_Changed.Wait(m_Lock);
+    if (step.kind == C_Kind::Fill) open.entries[static_cast<size_t>(control)].text = text;
+    if (step.kind == C_Kind::Select) open.entries[static_cast<size_t>(control)].selected = step.number;
     if (step.kind == C_Kind::Wait) {
       const double until = Now_Ms() + step.number;
       while (!open.closed && m_Changed.Wait_Until(m_Lock, until)) continue;
     }
-    const int refusals = open.refusals;
-    if (step.kind == C_Kind::Confirm && Deliver(open, {C_Dialog_Event::Kind::Confirm, -1, entries}))
-      while (!open.closed && open.refusals == refusals) m_Changed.Wait(m_Lock);
+    if (step.kind == C_Kind::Press) Send_And_Wait(open, {C_Dialog_Event::Kind::Press, control, {}});
+    if (step.kind == C_Kind::Confirm) Send_And_Wait(open, {C_Dialog_Event::Kind::Confirm, -1, open.entries});
     if (step.kind == C_Kind::Cancel) Deliver(open, {});
   }
 }
@@ -316,14 +316,6 @@ inline void C_Scripted_Front::Close_Dialog(int dialog) {
     Record({C_Shown::Kind::Closed, node.mapped().name, L""});
   }
   if (node.mapped().thread.Is_Running()) node.mapped().thread.Join();
-}
-
-// The script that waits for its press goes on.
-inline void C_Scripted_Front::End_Press(int dialog, int control) {
-  const C_Lock_Guard hold(m_Lock);
-  C_Open& open = m_Open.at(dialog);
-  if (open.pressed == control) open.pressed = -1;
-  m_Changed.Notify_All();
 }
 
 inline void C_Scripted_Front::Post_Message(const C_Message_Model& model, C_Message_Listener& listener) {
