@@ -65,11 +65,9 @@ class Store : public ::testing::Test {
   static void Write(const std::string& text) { std::ofstream(File, std::ios::binary | std::ios::trunc) << text; }
   // The one box since the last call.
   std::string Only_Box() {
-    std::vector<std::wstring> boxes = front->Boxes();
+    const std::vector<std::wstring> boxes = front->Boxes();
     front->Clear_Record();
-    EXPECT_EQ(boxes.size(), 1U);
-    boxes.resize(1);
-    return To_Utf8(boxes[0]);
+    return boxes.size() == 1 ? To_Utf8(boxes[0]) : std::to_string(boxes.size()) + " boxes";
   }
 
   C_Temp_Folder folder;
