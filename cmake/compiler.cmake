@@ -12,11 +12,6 @@ if(ORSANTA_SANITIZE)
   add_link_options(-fsanitize=${ORSANTA_SANITIZE})
   if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     add_compile_options(-Wno-maybe-uninitialized)  # GCC finds it in the standard library's own regex then
-    if(ORSANTA_SANITIZE MATCHES "address")
-      # The heap alone: what marks the stack's frames does not survive the simulated clock's jumps between stacks, and sound
-      # frames are then reported.
-      add_compile_options(--param=asan-stack=0)
-    endif()
   endif()
 endif()
 if(ORSANTA_COVERAGE)

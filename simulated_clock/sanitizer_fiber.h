@@ -14,6 +14,7 @@
 #if defined(__SANITIZE_ADDRESS__) || ORSANTA_HAS_SANITIZER(address_sanitizer)
 
 #include <pthread.h>
+#include <sanitizer/asan_interface.h>
 #include <sanitizer/common_interface_defs.h>
 
 namespace orsanta {
@@ -27,8 +28,10 @@ class C_Sanitizer_Fiber : private C_Uncopied {
     pthread_attr_getstack(&attributes, &m_Stack, &m_Size);
     pthread_attr_destroy(&attributes);
   }
-  // A new fiber on this stack.
-  C_Sanitizer_Fiber(void* stack, size_t size) : m_Stack(stack), m_Size(size) {}
+  // A new fiber on this stack. What lay there before may have left its marks of frames that were never returned from.
+  C_Sanitizer_Fiber(void* stack, size_t size) : m_Stack(stack), m_Size(size) {
+    __asan_unpoison_memory_region(stack, size);
+  }
 
   // This one's last call before the switch to `next`, and its first after a switch to it.
   void Leave_For(C_Sanitizer_Fiber& next) { __sanitizer_start_switch_fiber(&m_Locals, next.m_Stack, next.m_Size); }
