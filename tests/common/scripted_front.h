@@ -242,7 +242,7 @@ class C_Scripted_Front : public C_Front {
     if (open.awaited == awaited) open.awaited.reset();
     m_Changed.Notify_All();
   }
-  void Send_And_Wait(C_Open& open, const C_Dialog_Event& event) {
+  void Send_And_Wait(C_Open& open, const C_Dialog_Event& event) REQUIRES(m_Lock) {
     open.awaited = event.control;
     if (!Deliver(open, event)) return;
     while (!open.closed && open.awaited) m_Changed.Wait(m_Lock);
