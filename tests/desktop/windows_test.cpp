@@ -193,7 +193,7 @@ TEST_F(Windows, Four_Stations_Fit_The_Screen_And_Fourteen_Scroll) {
   }
 }
 
-TEST_F(Windows, A_Form_Gives_Its_Entries_And_Refuses_And_Goes_On) {
+TEST_F(Windows, A_Form_Refuses_And_Goes_On_And_Boxes_Of_Any_Thread_Stand_Above_It) {
   const int panel = Open(Panel_Model(1));
   const int dialog = Open(Form_Model(panel));
   const auto edit = [] { return Find_Window("推力")->findChild<QLineEdit*>(); };
@@ -217,16 +217,8 @@ TEST_F(Windows, A_Form_Gives_Its_Entries_And_Refuses_And_Goes_On) {
     Click(Find_By_Text<QPushButton>(Find_Window("推力"), "确定"));
   });
   EXPECT_EQ(Next(Kind::Confirm).entries.at(0).text, L"150");
-  On_Qt([] { QTest::keyClick(Find_Window("推力"), Qt::Key_Escape); });
-  Next(Kind::Cancel);
-  Close(dialog);
-  Close(panel);
-}
 
-// Boxes of three threads stand open over a modal dialog and are answered in an order of the person's own.
-TEST_F(Windows, Boxes_Of_Any_Thread_Stand_Together) {
-  const int panel = Open(Panel_Model(1));
-  const int dialog = Open(Form_Model(panel));
+  // Boxes of three threads, answered in an order of the person's own.
   const auto button = [](const char* text, const char* name) {
     return Find_Boxes(text).front()->findChild<QPushButton*>(name);
   };
@@ -251,6 +243,8 @@ TEST_F(Windows, Boxes_Of_Any_Thread_Stand_Together) {
   EXPECT_EQ(first.wait_for(std::chrono::milliseconds(450)), std::future_status::timeout);
   On_Qt([] { QTest::keyClick(Find_Boxes("第一").front(), Qt::Key_Escape); });
   EXPECT_EQ(first.get(), Answer_Ok);
+  On_Qt([] { QTest::keyClick(Find_Window("推力"), Qt::Key_Escape); });
+  Next(Kind::Cancel);
   Close(dialog);
   Close(panel);
 }

@@ -75,7 +75,9 @@ TEST_F(Gates, Ask_Twice_Before_The_Advanced_Functions_And_Take_A_New_Password) {
   EXPECT_THAT(File_Text("pw_file.dat"), HasSubstr("password_str 0 = text \"摩卡2\""));
   EXPECT_THAT(File_Text("pw_file.dat"), HasSubstr("auto_lock_password_time_s 0 = int 0"));
 
-  // A new panel is locked, with the password that was saved, but the service gate does not come up again.
+  // A new panel is locked, with the password that was saved and that stays without the tick.
+  base->AdvancedUser = 0;
+  Answer(Service_Gate, C_Script().Fill(L"输入密码", L"摩卡2").Confirm());
   Type_Password(L"摩卡2");
   Answer(Advanced, C_Script());
   Run_Panel(C_Script().Press(L"高级功能"));
