@@ -122,7 +122,7 @@ TEST_F(Interpolation_Axis, Commands_Become_Instructions_And_What_Is_No_Number_St
         m_Motor->Set_Port8(7);
         for (const int value : {100, 250, 1000, 2000, 5000}) m_Motor->Set_Port15(value);
         m_Motor->Set_Port16(9);
-        m_Motor->Set_Port18(1.5);
+        EXPECT_EQ(m_Motor->Set_Port18(1.5), 1);
         EXPECT_EQ(m_Motor->Set_Output_Io(1, 1), 0);
         for (const double scale : {2000.0, -1000.0}) {  // the first turns the axis round and swaps the clamps
           m_Motor->SetScale(scale);

@@ -144,7 +144,7 @@ TEST_F(Mapped_Motor, Commands_Reach_Their_Channels_And_What_Is_No_Number_Stays_H
         EXPECT_EQ(m_Motor.Set_Run_Dir(0), 0);  // changes nothing
         EXPECT_EQ(m_Motor.Set_Run_Dir(1), 1);
         m_Motor.Send_Pos(0.5);
-        m_Motor.Set_Pos_Offset(12.0);
+        EXPECT_EQ(m_Motor.Set_Pos_Offset(12.0), 1);
         m_Motor.Send_Pos(0.5);
         m_Motor.Set_Speed(3.5);
         m_Motor.Set_Acc(400.0);

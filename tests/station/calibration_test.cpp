@@ -27,7 +27,7 @@ class Calibration : public C_Station_Test {
   }
 };
 
-TEST_F(Calibration, Few_Heights_Fit_The_Polynomial_And_Drop_The_Surface) {
+TEST_F(Calibration, Two_Heights_Fit_The_Polynomial_And_Drop_The_Surface_Of_Three) {
   Give_Surface();
   station->Val_Spring_K = 2.0;
   C_Calibration_Operator person{.heights = {0.0, -3.0}};
@@ -44,6 +44,11 @@ TEST_F(Calibration, Few_Heights_Fit_The_Polynomial_And_Drop_The_Surface) {
   EXPECT_EQ(station->Val_mark_pos, y[0]);
 
   Make_Station();
+  person = {.heights = {-8.0, -4.0, 0.0}};
+  person.Prepare(*front);
+  EXPECT_EQ(station->Calibrate_Force(), 1);
+  EXPECT_EQ(front->Boxes().back(), L"3D推力拟合误差0.114 g");
+  EXPECT_TRUE(Has_Surface());
   person = {.max_current = 0.8, .min_current = 0.8};
   person.Prepare(*front);
   EXPECT_EQ(station->Calibrate_Force(), 1);
