@@ -52,7 +52,7 @@ TEST_F(Motor, Tells_What_Keeps_A_Drive_From_Its_Map) {
   other.Start("other", [&] { EXPECT_EQ(absent.Map_Once(), 0); });
   Sleep(500);
   for (const int id : {3, 5}) simulator::Set_Absent(id, true);
-  EXPECT_EQ(C_Kestrune_Motor_test(70, Server_Thread, 1).Map_Once(), 0);
+  EXPECT_EQ(C_Kestrune_Motor_test(70, Server_Thread, 1).MapMotorID(70), 0);
   EXPECT_EQ(Now_Ms(), 102 * 100.0 + 500.0);
   other.Join();
   const std::wstring begin = L"的驱动器\r\n总线上搜索到的设备id\r\n";

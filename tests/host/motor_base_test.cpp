@@ -150,22 +150,23 @@ TEST_F(Supervisor, Goes_On_Without_A_Host_Port_That_Does_Not_Open) {
   EXPECT_EQ(CComSerial().OpenCom(2), 1) << "the port was given back";
 }
 
-// One T is one measurement and one lift-off, with the result on both lines; a T with a byte behind it is lost.
+// One T is one measurement and one lift-off, with the result on both lines; a T with a byte behind it is lost. The loop
+// serves each station in its turn.
 TEST_F(Supervisor, A_Trigger_Byte_Runs_The_Whole_Handshake) {
   C_Pty host(Host_Port);
   C_Pty link(2);
   Store_Link(1, 2);
-  Start({1, 2}, Host_Port);
-  Station(0).Set_Cur_BaseDistance(7.0006F);  // a part of 2 mm on the anvil at 9 mm reads 0, with the dent of the force
+  Start({2, 1}, Host_Port);
+  Station(1).Set_Cur_BaseDistance(7.0006F);  // a part of 2 mm on the anvil at 9 mm reads 0, with the dent of the force
   simulator::Place_Part(1, 1.5);
   for (int round = 0; round < 3; ++round) {
     Send(link, "Tx");
-    EXPECT_EQ(Station(0).Force_Back_Finish, 1);
+    EXPECT_EQ(Station(1).Force_Back_Finish, 1);
     Send(link, "T");
     EXPECT_EQ(link.Take_At_Least(7), "  -500\n");
     EXPECT_EQ(host.Take_At_Least(14), "11-00500 0200\n");
     EXPECT_EQ(simulator::True_Force(1), 0.0);  // lifted by itself
-    EXPECT_EQ(Station(0).Force_Back_Finish, 1);
+    EXPECT_EQ(Station(1).Force_Back_Finish, 1);
   }
 }
 

@@ -31,6 +31,7 @@ TEST(Wide_String, Formats_Wide_Texts_Numbers_And_Texts_Of_Any_Length) {
   EXPECT_EQ(text.Format(L"%s%s", text.GetBuffer(), text.GetBuffer()).Text(), L"xx") << "its own text as an argument";
   const std::wstring longer(5000, L'长');
   EXPECT_EQ(Format_Text("<%s>", To_Utf8(longer).c_str()).Text(), L"<" + longer + L">");
+  EXPECT_EQ(text.Format(L"<%s>", longer.c_str()).Text(), L"<" + longer + L">");
 }
 
 TEST(Wide_String, Converts_Utf8_Both_Ways_And_Marks_What_Is_None) {

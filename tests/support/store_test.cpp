@@ -147,7 +147,7 @@ TEST_F(Store, Leaves_What_Is_Absent_And_Keeps_What_Is_Unknown) {
   // As an editor of another system may leave it: byte order mark, line ends, blanks, a comment.
   Write(
       "\xEF\xBB\xBForsanta store 1\r\n# Müller 2024\r\n\r\n"
-      "  C_Thing\tforce 0  =  double 150.5 \r\n"
+      "   C_Thing\tforce 0  =  double 150.5 \r\nC_Thing word 0 = text \"\\x01\\x7f\"\r\n"
       "\"C_Other Class\" \"a b\" 7 = raw 00FF\r\n\"end\" \"#\" 0 = int 1\r\n"
       "C_Thing Val_Pos_Friction[1].MyArrayP 0 = array CMyArray<double> 0\r\n  end");
   EXPECT_EQ(thing.Load(), 1);
@@ -157,7 +157,7 @@ TEST_F(Store, Leaves_What_Is_Absent_And_Keeps_What_Is_Unknown) {
 
   EXPECT_EQ(thing.Save(), 1);
   EXPECT_THAT(File_Text(File),
-              AllOf(HasSubstr("# Müller 2024\n"),
+              AllOf(HasSubstr("# Müller 2024\n"), HasSubstr("word 0 = text \"\\x01\\x7f\"\n"),
                     HasSubstr("\"C_Other Class\" \"a b\" 7 = raw 00ff\n\"end\" \"#\" 0 = int 1\nend\n")));
   EXPECT_TRUE(front->Shown().empty());
 }
