@@ -253,6 +253,9 @@ TEST_F(Mapped_Motor, The_Window_Tells_Where_A_Move_Ends_However_Long_It_Takes) {
   window.Set_Window_Len(10);
   EXPECT_NEAR(Reads_In(50), 25, 1);  // of the motor's own window
   EXPECT_EQ(window.Get_Count(), 10);
+  C_FIFO2Window unbound;
+  unbound.Start_Read(0);
+  EXPECT_EQ(unbound.Wait_Pass(), 0);
 
   // A drive that takes longer than 5000 polls is told at each further one, and the wait goes on.
   m_Motor.Set_Speed(0.35);

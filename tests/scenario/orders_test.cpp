@@ -102,6 +102,7 @@ TEST_F(Orders, Each_Task_And_Function_Sends_Exactly_This) {
     EXPECT_EQ(Get_Force_Back_Finish(1), sent.find(lift) == std::string::npos && measured ? 0 : 1);
     EXPECT_NEAR(thickness, expected, 0.001) << sent;
   }
+  EXPECT_EQ(force, 200.0) << "the set one, without the correction of the automatic cycle";
   EXPECT_EQ(Sent([this] { Stop(); }), "io0 0 io1 0 io2 0 io3 0 io4 0 io5 0 io6 0 io7 0 ");
 }
 

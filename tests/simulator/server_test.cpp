@@ -1,6 +1,8 @@
 // The motion server: FIFOs, instruction threads and their waits, connection, errors, IO.
 #include <cmath>
+#include <cstdlib>
 #include <limits>
+#include <thread>
 
 #include "simulated_clock/simulated_clock.h"
 #include "simulator_line.h"
@@ -137,6 +139,20 @@ TEST_F(Server, Tells_Each_Step_Past_A_Limit_And_Leaves_Everything_As_It_Was) {
   GetError(nullptr, nullptr, text, &length, nullptr);
   EXPECT_EQ(std::wstring(text), L"the thread's ins");  // as much as there is room for
   EXPECT_EQ(length, 16);
+}
+
+// A sanitizer sees what a reader meets that goes on while the process takes its static objects down.
+TEST(Callers_DeathTest, A_Process_May_End_Under_Its_Readers) {
+  const auto leave_under_a_reader = [] {
+    Connect();
+    Map_Position(1);
+    std::thread([] {
+      for (;;) Take(1);
+    }).detach();
+    Sleep(20);
+    std::exit(0);
+  };
+  EXPECT_EXIT(leave_under_a_reader(), testing::ExitedWithCode(0), "");
 }
 
 }  // namespace
