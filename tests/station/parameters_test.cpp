@@ -27,6 +27,7 @@ TEST_F(Parameters, Every_Key_Stands_In_Order_And_Comes_Back_From_The_Store) {
   EXPECT_EQ(station->test_distance, 15.125F);
   EXPECT_EQ(station->Val_Static_GForce, 17.125);
   EXPECT_NEAR(station->Surface_Force(2.0, 4.0), 16.0, 1e-10);
+  EXPECT_NEAR(station->Surface_Current(16.0, 4.0), 2.0, 1e-12);
   EXPECT_THAT(Values(station->Val_Pos_Friction[1].p), ElementsAre(0.1, -0.2));
   station->Save();
   EXPECT_EQ(File_Text(store), earlier);
