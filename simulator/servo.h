@@ -7,6 +7,9 @@
 // simulator's lock.
 #pragma once
 
+#include <algorithm>
+#include <cmath>
+
 #include "simulator/plant.h"
 #include "simulator/ticks.h"
 
@@ -49,6 +52,14 @@ class C_Servo {
   const C_Plant& Plant() const { return m_Plant; }
 
  private:
+  static constexpr double Position_Gain = 150.0;     // 1/s
+  static constexpr double Speed_Gain = 1000.0;       // 1/s
+  static constexpr double Speed_Integral_S = 0.002;  // integral time; with the gain a damping ratio of 0.7
+  static constexpr double Deadband = 0.0005;         // mm, so that the loop comes to rest within the dry friction
+
+  static constexpr double Noticeable_Speed = 0.5;  // mm/s
+  static constexpr double Noticeable_Way = 0.25;   // mm
+
   // A clamp that reaches a new setting by a ramp.
   struct C_Clamp {
     double value;
@@ -76,5 +87,48 @@ class C_Servo {
   double m_Progress_From = 0.0;
   Ticks m_Steady_Ticks = 0;  // since anything changed
 };
+
+inline void C_Servo::C_Clamp::Step() {
+  if (left == 0) return;
+  --left;
+  value = left == 0 ? goal : value + step;
+}
+
+inline void C_Servo::Step(const Setpoint& setpoint, double speed_limit) {
+  const double old_current = m_Current;
+  m_Upper.Step();
+  m_Lower.Step();
+  m_Error = setpoint.position - m_Plant.Position();
+  if (m_Enabled) {
+    const double error = std::abs(m_Error) < Deadband ? 0.0 : m_Error;
+    const double speed = std::clamp(setpoint.velocity + Position_Gain * error, -speed_limit, speed_limit);
+    const double speed_error = speed - m_Plant.Velocity();
+    const double acceleration = setpoint.acceleration + Speed_Gain * speed_error + m_Integral;
+    const double wanted =
+        m_Plant.Holding_Current() + acceleration * C_Plant::Mass_G / (C_Plant::Gravity * m_Plant.Gain());
+    // The upper clamp wins where the two are crossed.
+    m_Current =
+        std::min(std::max(wanted, std::max(m_Lower.value, -m_Search_Limit)), std::min(m_Upper.value, m_Search_Limit));
+    m_Saturated = m_Current != wanted;
+    const bool winds_up = (wanted > m_Current && speed_error > 0.0) || (wanted < m_Current && speed_error < 0.0);
+    if (!winds_up) m_Integral += speed_error * (Speed_Gain / Speed_Integral_S * Tick_S);
+  }
+  // Under the same current a probe that stood still over a whole tick stays where it is.
+  const bool stays = m_Steady_Ticks >= 2 && m_Current == old_current && !m_Plant.Has_Vibration();
+  if (!stays) m_Plant.Step(m_Current);
+  Watch_Motion(old_current);
+}
+
+inline void C_Servo::Watch_Motion(double old_current) {
+  const double velocity = m_Plant.Velocity();
+  m_Slow_Ticks = std::abs(velocity) > Noticeable_Speed ? 0 : m_Slow_Ticks + 1;
+  ++m_No_Progress_Ticks;
+  if (std::abs(m_Plant.Position() - m_Progress_From) > Noticeable_Way) {
+    m_Progress_From = m_Plant.Position();
+    m_No_Progress_Ticks = 0;
+  }
+  const bool changed = velocity != 0.0 || m_Current != old_current || m_Plant.Is_Shaken();
+  m_Steady_Ticks = changed ? 0 : m_Steady_Ticks + 1;
+}
 
 }  // namespace simulator
