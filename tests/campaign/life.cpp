@@ -2,9 +2,10 @@
 // host, by inputs of the IO card, by bytes of a serial line, from the panel), faults come and go, and it ends.
 //
 // Usage: campaign_life SEED STATIONS CYCLES FAULT_PAUSE_MS PACE_MS, in a folder of its own. About so many cycles, all
-// stations together; a fault every so many ms, none for 0. With a pace a station begins a cycle every so many ms, as in
-// production, and the life ends by a kill; else one cycle follows the other. Prints what it counts, "name<tab>value",
-// and what it finds that must not be, "FOUND ..."; a log goes to the error stream.
+// stations together; a fault every so many ms, none for 0. With a pace it is a day in production: a station begins a
+// cycle every so many ms, hosts only measure, nobody plays with the panel, and the life ends by a kill; else one cycle
+// follows the other. Prints what it counts, "name<tab>value", and what it finds that must not be, "FOUND ..."; a log
+// goes to the error stream.
 //
 // Exactly one thread runs at a time, under the simulated clock: so what is shared here needs no lock.
 #include <unistd.h>
@@ -98,7 +99,7 @@ class C_Life {
     simulator::Reset(room);
     m_Io_Mode = Draw(0, 1);
     m_Lines.resize(static_cast<size_t>(plan.stations) + 1);
-    m_Has_Panel = Draw(0, 3) == 0;
+    m_Has_Panel = Draw(0, 3) == 0 && !Is_Production();
     for (int n = 1; n <= plan.stations; ++n) Choose_Role(n);
 
     auto disk = std::make_unique<C_Faulty_Disk>();
@@ -116,7 +117,7 @@ class C_Life {
     const auto files = Open_Files();
     const double length = m_Plan.cycles * std::max(Mean_Cycle_Ms, m_Plan.pace_ms) / m_Plan.stations;
     m_End_Ms = Now_Ms() + length + 3000.0;
-    if (m_Plan.pace_ms > 0.0)
+    if (Is_Production())
       Kill_After(static_cast<int>(length) - Draw(0, static_cast<int>(m_Plan.pace_ms)), End_By_Kill(Draw(0, 1) == 0));
     else if (Draw(0, 2) == 0)
       Plan_A_Kill(length);
@@ -204,6 +205,7 @@ class C_Life {
       if (!Has_Ended()) end();
     });
   }
+  bool Is_Production() const { return m_Plan.pace_ms > 0.0; }
   bool Has_Ended() const { return Now_Ms() >= m_End_Ms; }
   // lost_from_ms: what was saved from then on may not have reached the disk.
   [[noreturn]] void End(double lost_from_ms = Never_Ms) {
@@ -258,7 +260,7 @@ class C_Life {
     std::mt19937_64 random(m_Plan.seed * 100 + static_cast<uint64_t>(n));
     for (double next_ms = Now_Ms(); !Has_Ended(); next_ms += m_Plan.pace_ms) {
       if (Now_Ms() < next_ms) Sleep(static_cast<int>(next_ms - Now_Ms()));
-      const int dice = std::uniform_int_distribution(m_Plan.pace_ms > 0.0 ? 24 : 0, 999)(random);
+      const int dice = std::uniform_int_distribution(Is_Production() ? 24 : 0, 999)(random);
       if (dice < 10 || !m_Is_Referenced[n])
         Set_Up(n, random);
       else if (dice < 14)
@@ -341,7 +343,7 @@ class C_Life {
   void Cycle_By_Host(int n, std::mt19937_64& random) {
     const int codes[] = {ORSANTA_TASK_MEASURE, ORSANTA_TASK_MEASURE, ORSANTA_TASK_MEASURE, ORSANTA_TASK_MEASURE_SLOW,
                          ORSANTA_TASK_FORCE_DIFFERENCE};
-    const int code = codes[std::uniform_int_distribution(0, 4)(random)];
+    const int code = Is_Production() ? ORSANTA_TASK_MEASURE : codes[std::uniform_int_distribution(0, 4)(random)];
     const double part = Place_Part(n, random);
     if (do_test(n, code) != 1) return Find(n, "a task was refused");
     double thickness = 0.0;
