@@ -216,7 +216,7 @@ ORSANTA_API void Set_Ans_Offset(int station, double offset) ORSANTA_NOEXCEPT;
 /** Writes the size of the reference block in mm to *offset. */
 ORSANTA_API void Get_Ans_Offset(int station, double* offset) ORSANTA_NOEXCEPT;
 /** The greatest landing travel in mm, in single precision: how far down a probe goes that meets no part. Range 1 to 30;
- * 10 at first. Saved as the block's size is. */
+ * 10 at first. Saved as the block's size is. Beyond 1000 mm a landing is refused with a message box and gives -99.0. */
 ORSANTA_API void set_test_distance(int station, double distance) ORSANTA_NOEXCEPT;
 
 /* --- IO card, by channel 0 to 7 --- */

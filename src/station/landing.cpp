@@ -14,11 +14,12 @@ namespace {
 
 std::atomic<int> the_Force_Backs{0};
 
-constexpr double Current_Limit_Ms = 2000.0;  // until a current setting must have been taken up
-constexpr double Retract_Limit_Ms = 5000.0;  // for one attempt to lift the probe
-constexpr double Free_Mm = 1.0;              // a probe that moved so far has come off the part
-constexpr double Sane_Position_Mm = 100.0;   // a reading beyond it is garbage
-constexpr int Retries = 1;                   // attempts after the first before the probe counts as stuck
+constexpr double Current_Limit_Ms = 2000.0;    // until a current setting must have been taken up
+constexpr double Retract_Limit_Ms = 5000.0;    // for one attempt to lift the probe
+constexpr double Free_Mm = 1.0;                // a probe that moved so far has come off the part
+constexpr double Sane_Position_Mm = 100.0;     // a reading beyond it is garbage
+constexpr double Farthest_Target_Mm = 1000.0;  // no probe travels so far
+constexpr int Retries = 1;                     // attempts after the first before the probe counts as stuck
 
 }  // namespace
 
@@ -26,6 +27,11 @@ int C_VoiceMotor::Land_To(float speed, float current, float target) {
   // Required: the travel figure is in seconds and stretches a limit in milliseconds, by next to nothing; the time of a
   // failed landing is part of the contract with hosts.
   const double travel = std::fabs(target / speed);
+  // A target out of all reach would stretch the limit without end, and a drive that is lost be waited for so long.
+  if (!(std::fabs(target) <= Farthest_Target_Mm)) {
+    Message_Box(Format_Text("ID:%d 目标位置%g mm超出探头行程，没有下压，请检查测试距离", CanID, target));
+    return 0;
+  }
   const C_Lock_Guard hold(m_TestLock);
   if (m_pMotor->Set_Speed(speed) != 1) return 0;
   // The two operations are mirror images, so that both ways put the same value on the same channel.

@@ -66,7 +66,8 @@ class C_VoiceMotor : public CAutoSaveClassData2, public C_Force_Model, public C_
   // cycle is no number, a box says what, the result is No_Samples_Result, and Ans_Valid is 0.
   double Detection_thickness(float speed, float current);
   // Drives the probe toward target (mm) with the current as its limit, and returns when the drive has finished.
-  // Returns 1; or 0, with the probe where it was, if the drive refused a value that is no number.
+  // Returns 1; or 0, with the probe where it was, if a value is no number or the target, with a message box, out of a
+  // probe's reach of 1000 mm.
   int Land_To(float speed, float current, float target);
   // Sends the drive the current for the force at the position, the spring included.
   void Set_Landing_Current(double force, double position);

@@ -49,9 +49,13 @@ TEST_F(Thickness_Cycle, What_Is_No_Number_Is_Never_Sent_Never_Valid_And_Never_Th
   }
   station->Val_Force_K = 100.0;
   Expect_No_Landing([&] { return station->Detection_thickness(std::nanf(""), 1.0F); }, L"ID:1 速度不是有效数字");
-  station->test_distance = INFINITY;
-  station->Last_Land_Pos = 0.0;  // one leg
-  Expect_No_Landing(cycle, L"ID:1 目标位置不是有效数字");
+  station->Last_Land_Pos = 0.0;     // one leg
+  simulator::Set_Silent(Id, true);  // nothing is waited for
+  for (const float out_of_reach : {INFINITY, 1e30F, -1001.0F}) {
+    station->test_distance = out_of_reach;
+    Expect_No_Landing(cycle, Format_Text("ID:1 目标位置%g mm超出探头行程", out_of_reach).GetBuffer());
+  }
+  simulator::Set_Silent(Id, false);
   station->Last_Land_Pos = last;
   station->test_distance = 10.0F;
 
