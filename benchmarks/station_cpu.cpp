@@ -1,5 +1,6 @@
 // Processor time of fourteen stations in real time, idle and measuring, and the shares of it that the simulator and the
-// polling hosts take; and that of as many threads which sleep as often and do nothing, the floor.
+// polling hosts take; and that of as many threads as the stations have which sleep as often and do nothing,
+// the floor of what the simulator and the hosts leave.
 //
 // The simulator is part of the process, and each call moves its room on. The linker puts the functions below in the
 // place of those that a measurement calls all the time (CMakeLists.txt); they take the time of a part of the calls, so
@@ -107,9 +108,9 @@ int main() {
           },
           level);
     };
+    add(1, Priority_Time_Critical);  // the loop
     for (int n = 1; n <= All_Stations; ++n) {
-      add(1, Priority_Normal);         // its host
-      add(1, Priority_Normal);         // its task
+      add(1, Priority_Normal);         // a station's task
       add(2, Priority_Sample_Reader);  // its window
     }
     for (auto& sleeper : sleepers) sleeper->Join();
