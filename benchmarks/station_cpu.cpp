@@ -1,6 +1,6 @@
 // Processor time of fourteen stations in real time, idle and measuring, and the shares of it that the simulator and the
-// polling hosts take; and that of as many threads as the stations have which sleep as often and do nothing,
-// the floor of what the simulator and the hosts leave.
+// polling hosts take; and that of as many threads as the stations have which sleep as often and do nothing, the floor
+// of what the simulator and the hosts leave.
 //
 // The simulator is part of the process, and each call moves its room on. The linker puts the functions below in the
 // place of those that a measurement calls all the time (CMakeLists.txt); they take the time of a part of the calls, so

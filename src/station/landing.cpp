@@ -24,14 +24,14 @@ constexpr int Retries = 1;                     // attempts after the first befor
 }  // namespace
 
 int C_VoiceMotor::Land_To(float speed, float current, float target) {
-  // Required: the travel figure is in seconds and stretches a limit in milliseconds, by next to nothing; the time of a
-  // failed landing is part of the contract with hosts.
-  const double travel = std::fabs(target / speed);
-  // A target out of all reach would stretch the limit without end, and a drive that is lost be waited for so long.
+  // A target out of all reach would stretch the limit below without end, and a lost drive be waited for so long.
   if (!(std::fabs(target) <= Farthest_Target_Mm)) {
     Message_Box(Format_Text("ID:%d 目标位置%g mm超出探头行程，没有下压，请检查测试距离", CanID, target));
     return 0;
   }
+  // Required: the travel figure is in seconds and stretches a limit in milliseconds, by next to nothing; the time of a
+  // failed landing is part of the contract with hosts.
+  const double travel = std::fabs(target / speed);
   const C_Lock_Guard hold(m_TestLock);
   if (m_pMotor->Set_Speed(speed) != 1) return 0;
   // The two operations are mirror images, so that both ways put the same value on the same channel.

@@ -21,8 +21,10 @@ void Fuzz(std::string input) {
   bool has_moved = false;
   const std::function<void()> calls[] = {
       [&] {
-        if (Take<int8_t>(input) < 0) return Orsanta_dll_uninit(), static_cast<void>(stations = 0);
-        ORSA_resource_alloc(nullptr, 0), Orsanta_dll_init(0);
+        if (Take<int8_t>(input) < 0)
+          Orsanta_dll_uninit(), stations = 0;
+        else
+          ORSA_resource_alloc(nullptr, 0), Orsanta_dll_init(0);
       },
       [&] { show_dlg(); },
       [&] { do_test(s, Take<int8_t>(input)); },
